@@ -1,0 +1,62 @@
+/* Typed items of one message on the host's IPC channel, from the helper library. */
+#ifndef TAV_PLATFORM_HDATA_H
+#define TAV_PLATFORM_HDATA_H
+
+#include <stddef.h>
+
+#include "visibility.h"
+
+/* Reads the items of a message in the order in which they were written. The bytes belong to the
+ * caller and must outlive the reader. A read that meets the end of the message, an item of another
+ * type or a damaged one fails; after a failure every further read fails too. */
+class TAV_PLATFORM_API HDataReader {
+public:
+    HDataReader(const void* bytes, size_t size);
+    ~HDataReader();
+    HDataReader(const HDataReader&) = delete;
+    HDataReader& operator=(const HDataReader&) = delete;
+
+    /* Copies a string into a buffer of `size` bytes, cut to size - 1 and terminated. On failure the
+     * buffer holds the empty string. */
+    void readStr(char* buffer, int size);
+
+    /* A string in fresh storage, to be released with delete[]; null on failure, and for an item
+     * that the sender wrote as a null string, which is no failure. */
+    char* allocReadStr();
+
+    /* The value; 0 and false on failure. */
+    int readInt();
+    bool readBool();
+
+    /* True while no read has failed. */
+    bool isSuccessful() const;
+
+private:
+    struct Message;
+    Message* m_message;
+};
+
+/* Builds a message. */
+class TAV_PLATFORM_API HDataWriter {
+public:
+    HDataWriter();
+    ~HDataWriter();
+    HDataWriter(const HDataWriter&) = delete;
+    HDataWriter& operator=(const HDataWriter&) = delete;
+
+    void writeInt(int value);
+    void writeBool(bool value);
+
+    /* A null string is allowed and arrives as null. */
+    void writeStr(const char* text);
+
+    /* The message so far; valid until the next write and no longer than the writer. */
+    const void* bytes() const;
+    size_t size() const;
+
+private:
+    struct Message;
+    Message* m_message;
+};
+
+#endif

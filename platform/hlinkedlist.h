@@ -1,0 +1,36 @@
+/* Ordered list of untyped pointers, from the helper library. */
+#ifndef TAV_PLATFORM_HLINKEDLIST_H
+#define TAV_PLATFORM_HLINKEDLIST_H
+
+#include "visibility.h"
+
+/* The list owns none of the things that its pointers point to: removing, clearing and destroying
+ * leave them alone. Indices run from 0; one outside the list answers null or does nothing. */
+class TAV_PLATFORM_API HLinkedList {
+public:
+    HLinkedList();
+    ~HLinkedList();
+    HLinkedList(const HLinkedList&) = delete;
+    HLinkedList& operator=(const HLinkedList&) = delete;
+
+    void append(void* element);
+    void* get(int index) const;
+    int size() const;
+
+    /* Later elements move down by one. */
+    void remove(int index);
+
+    /* Removes the first element that equals the pointer, if there is one. */
+    void remove(void* element);
+
+    /* Non-null when the pointer is in the list. */
+    void* getLLElem(const void* element) const;
+
+    void clear();
+
+private:
+    struct Elements;
+    Elements* m_elements;
+};
+
+#endif

@@ -1,0 +1,24 @@
+// Owners of the helper library's objects.
+#ifndef TAV_CORE_HANDLES_H
+#define TAV_CORE_HANDLES_H
+
+#include <memory>
+
+#include "platform/hjson.h"
+#include "platform/hstring.h"
+
+namespace tav {
+
+struct HStringDeleter {
+    void operator()(HString* string) const { HString_free(string); }
+};
+using HStringPtr = std::unique_ptr<HString, HStringDeleter>;
+
+struct HJsonDeleter {
+    void operator()(HJson* json) const { HJson_free(json); }
+};
+using HJsonPtr = std::unique_ptr<HJson, HJsonDeleter>;
+
+}  // namespace tav
+
+#endif

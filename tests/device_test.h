@@ -1,0 +1,90 @@
+// A fresh simulated device for each test, in virtual time, with every trace line kept.
+#ifndef TAV_TESTS_DEVICE_TEST_H
+#define TAV_TESTS_DEVICE_TEST_H
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "SDL.h"
+#include "simulator/device.h"
+#include "tav.h"
+
+namespace tavtest {
+
+// An enumeration with a value that its type does not promise, as a C caller can pass it.
+template <typename Enumeration>
+Enumeration anyValue(int value) {
+    Enumeration enumeration;
+    std::memcpy(&enumeration, &value, sizeof value);
+    return enumeration;
+}
+
+class DeviceTest : public testing::Test {
+protected:
+    void SetUp() override { startDevice({}); }
+
+    void TearDown() override {
+        TAV_Quit();
+        sim::device().stop();
+    }
+
+    // Starts over with these data.
+    void startDevice(sim::Profile profile, std::string pageFile = {}) {
+        sim::Options options;
+        options.virtualTime = true;
+        options.pageFile = std::move(pageFile);
+        std::string error;
+        ASSERT_TRUE(device.start(std::move(profile), options, &error)) << error;
+        device.listen("all");
+        SDL_ClearError();
+    }
+
+    // The trace since the last look at it.
+    std::vector<std::string> trace() { return device.takeTrace(); }
+
+    // Expects the last call's failure: its message as SDL's error string, and as the trace's last
+    // line under the function's name. Forgets both.
+    void expectFailure(const std::string& function, const std::string& message) {
+        EXPECT_EQ(SDL_GetError(), message);
+        const std::vector<std::string> lines = trace();
+        ASSERT_FALSE(lines.empty());
+        EXPECT_EQ(lines.back(), "tav_e " + function + " " + message);
+        SDL_ClearError();
+    }
+
+    sim::Device& device = sim::device();
+};
+
+// For tests that need SDL's event queue.
+class EventTest : public DeviceTest {
+protected:
+    void SetUp() override {
+        SDL_putenv(const_cast<char*>("SDL_VIDEODRIVER=dummy"));
+        ASSERT_EQ(SDL_Init(SDL_INIT_VIDEO), 0) << SDL_GetError();
+        DeviceTest::SetUp();
+    }
+
+    void TearDown() override {
+        DeviceTest::TearDown();
+        SDL_Quit();
+    }
+
+    // Takes everything off the queue and returns the user events' codes.
+    std::vector<int> userEvents() {
+        std::vector<int> codes;
+        for (SDL_Event event; SDL_PollEvent(&event) != 0;) {
+            if (event.type == SDL_USEREVENT) {
+                codes.push_back(event.user.code);
+            }
+        }
+        return codes;
+    }
+};
+
+}  // namespace tavtest
+
+#endif
