@@ -16,6 +16,10 @@ Sint32 rawValue(const Enumeration& value) {
     return std::bit_cast<Sint32>(value);
 }
 
+inline SDL_bool sdlBool(bool value) {
+    return value ? SDL_TRUE : SDL_FALSE;
+}
+
 inline const char* trueOrFalse(Sint32 value) {
     return value != 0 ? "true" : "false";
 }
