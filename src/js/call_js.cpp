@@ -1,0 +1,22 @@
+#include "core/report.h"
+#include "core/value.h"
+#include "js/handlers.h"
+#include "platform/napp.h"
+#include "tav.h"
+
+int TAV_CallJS(const char* functionName, const char** arguments, int argumentCount) {
+    HTracker_funcTrack("tav_f", __func__, "%s, %p, %d", functionName, static_cast<void*>(arguments),
+                       argumentCount);
+    if (tav::rawValue(TAV_IsPlugin()) == 0) {
+        return tav::fail(__func__, TAV_ECONNECTION,
+                         "TAV_CallJS only functions in Plug-in components");
+    }
+    if (!tav::g_jsRegistrationComplete) {
+        return tav::fail(__func__, TAV_UNINIT,
+                         "You must call TAV_JSRegistrationComplete before calling TAV_CallJS");
+    }
+    if (!NApp_JSCall(functionName, arguments, argumentCount)) {
+        return tav::fail(__func__, TAV_ECONNECTION, "Unable to dispatch message");
+    }
+    return TAV_NOERROR;
+}
