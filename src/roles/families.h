@@ -1,0 +1,20 @@
+// The families of role templates.
+#ifndef TAV_ROLES_FAMILIES_H
+#define TAV_ROLES_FAMILIES_H
+
+#include <string>
+
+#include "tav.h"
+
+// Both make sure that the role store is there and write the application's public and private role
+// file, where they are missing. The id is a plain file name: one with a '/' changes nothing. Both
+// families write the same files, so the first one that an application meets decides. Visible to
+// other modules of the platform.
+
+// From the development kit's templates, which name the application's executable.
+TAV_API void kobGenerateRole(std::string appId, std::string exePath);
+
+// From the templates for applications that run in the JavaScript engine.
+TAV_API void vantorGenerateRole(std::string appId);
+
+#endif
