@@ -1,0 +1,14 @@
+// Whether the library was started.
+#ifndef TAV_CORE_INIT_H
+#define TAV_CORE_INIT_H
+
+#include "SDL.h"
+
+namespace tav {
+
+// 1 from the first TAV_Init on; TAV_Quit leaves it.
+extern Sint32 g_calledInit;
+
+}  // namespace tav
+
+#endif
