@@ -1,0 +1,28 @@
+// Calls whose replies go to functions of the application.
+#ifndef TAV_SERVICES_SERVICE_CALLS_H
+#define TAV_SERVICES_SERVICE_CALLS_H
+
+#include "SDL.h"
+#include "tav.h"
+
+namespace tav {
+
+// One open call. The bus hands its address back with every reply.
+struct UserCallbackContext {
+    UserCallbackContext();
+
+    TAV_ServiceCallback callback;
+    void* userData;
+    int token;
+    Sint32 removeAfterResponse;  // 0 for a subscription
+};
+
+// Hands a reply on to the function of the call that it belongs to.
+void userCallback(int token, const char* reply, void* context);
+
+}  // namespace tav
+
+// Forgets all open calls and cancels none. Visible to other modules of the platform.
+TAV_API void TAV_ServicesQuit();
+
+#endif
