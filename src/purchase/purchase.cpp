@@ -1,0 +1,167 @@
+#include <strings.h>
+
+#include <memory>
+#include <new>
+
+#include "core/handles.h"
+#include "core/report.h"
+#include "platform/htracker.h"
+#include "services/blocking_call.h"
+#include "services/bus.h"
+#include "tav.h"
+
+// The application releases each record itself, and the record its reply.
+struct TAV_ItemCollection {
+    tav::HStringPtr json;
+};
+
+struct TAV_ItemReceipt {
+    tav::HStringPtr json;
+};
+
+struct TAV_ItemInfo {
+    tav::HStringPtr json;
+};
+
+namespace {
+
+constexpr char kAvailableItemsUri[] = "vire://com.vire.service.payment/getAvailableItems";
+constexpr char kPurchaseUri[] = "vire://com.vire.service.payment/purchaseItem";
+constexpr char kItemInfoUri[] = "vire://com.vire.service.payment/getItemInfo";
+constexpr char kPendingPurchaseUri[] = "vire://com.vire.service.payment/getPendingPurchaseInfo";
+
+constexpr char kAvailableItemsPayload[] =
+    R"({"includePerishable":true, "includeNonPerishable":true, )"
+    R"("includePurchased":true, "includeNotPurchased":true })";
+constexpr char kPurchasePayload[] = R"({ "itemId": "%s", "quantity": %d })";
+constexpr char kVendorPurchasePayload[] =
+    R"({ "itemId": "%s", "quantity": %d, "vendorData": "%s" })";
+constexpr char kItemInfoPayload[] =
+    R"({ "itemId": "%s", "includeReceipts": true, "maxReceipts": %d })";
+constexpr char kPendingPurchasePayload[] = R"({ "orderNo": "%s" })";
+
+constexpr int kTimeoutMs = 15000;
+constexpr int kNoTimeout = 0;
+constexpr int kQuantity = 1;
+constexpr int kMaxReceipts = 16;
+
+constexpr char kItemIdMissing[] = "itemID is NULL";
+constexpr char kCollectionMissing[] = "itemCollectionInfo is NULL";
+constexpr char kReceiptMissing[] = "receipt is NULL";
+constexpr char kItemInfoMissing[] = "itemInfo is NULL";
+
+bool isRefusal(const char* reply) {
+    const tav::HStringPtr value(HJson_getValueFromStr(reply, "returnValue"));
+    return value != nullptr && strcasecmp(HString_toStr(value.get()), "false") == 0;
+}
+
+tav::HStringPtr dispatch(const char* uri, const char* payload, bool waitWithoutTimeOut) {
+    const int timeoutMs = waitWithoutTimeOut ? kNoTimeout : kTimeoutMs;
+    tav::HStringPtr reply = tav::blockingKSCall(uri, payload, tav::kForApplication, timeoutMs);
+    if (reply == nullptr) {
+        return nullptr;
+    }
+    const char* text = HString_toStr(reply.get());
+    if (isRefusal(text)) {
+        return tav::failNull(__func__, "Failure on dispatch: %s", text);
+    }
+    return reply;
+}
+
+template <typename Record>
+Record* request(const char* function, const char* uri, const char* payload,
+                bool waitWithoutTimeOut) {
+    // Comes first: what was bought must not be lost for want of memory.
+    std::unique_ptr<Record> record(new (std::nothrow) Record);
+    if (record == nullptr) {
+        return tav::failNull(function, tav::kOutOfMemory);
+    }
+    record->json = dispatch(uri, payload, waitWithoutTimeOut);
+    return record->json != nullptr ? record.release() : nullptr;
+}
+
+template <typename Record>
+Record* request(const char* function, const char* uri, const tav::HStringPtr& payload,
+                bool waitWithoutTimeOut) {
+    if (payload == nullptr) {
+        return tav::failNull(function, tav::kOutOfMemory);
+    }
+    return request<Record>(function, uri, HString_toStr(payload.get()), waitWithoutTimeOut);
+}
+
+template <typename Record>
+const char* recordText(const char* function, const Record* record, const char* missing) {
+    if (record == nullptr) {
+        return tav::failNull(function, missing);
+    }
+    return HString_toStr(record->json.get());
+}
+
+template <typename Record>
+void freeRecord(const char* function, Record* record, const char* missing) {
+    if (record == nullptr) {
+        tav::failNull(function, missing);
+        return;
+    }
+    delete record;
+}
+
+}  // namespace
+
+TAV_ItemCollection* TAV_GetAvailableItems(void) {
+    return request<TAV_ItemCollection>(__func__, kAvailableItemsUri, kAvailableItemsPayload, false);
+}
+
+TAV_ItemReceipt* TAV_PurchaseItem(const char* itemID, int qty, const char* vendorData) {
+    if (itemID == nullptr) {
+        return tav::failNull(__func__, kItemIdMissing);
+    }
+    if (qty != kQuantity) {
+        return tav::failNull(__func__, "qty must be set to 1");
+    }
+    const tav::HStringPtr payload =
+        vendorData != nullptr
+            ? tav::formatPayload(kVendorPurchasePayload, itemID, kQuantity, vendorData)
+            : tav::formatPayload(kPurchasePayload, itemID, kQuantity);
+    return request<TAV_ItemReceipt>(__func__, kPurchaseUri, payload, true);
+}
+
+TAV_ItemInfo* TAV_GetItemInfo(const char* itemID) {
+    if (itemID == nullptr) {
+        return tav::failNull(__func__, kItemIdMissing);
+    }
+    const tav::HStringPtr payload = tav::formatPayload(kItemInfoPayload, itemID, kMaxReceipts);
+    return request<TAV_ItemInfo>(__func__, kItemInfoUri, payload, false);
+}
+
+TAV_ItemReceipt* TAV_GetPendingPurchaseInfo(const char* orderNo) {
+    if (orderNo == nullptr) {
+        return tav::failNull(__func__, "orderNo is NULL");
+    }
+    const tav::HStringPtr payload = tav::formatPayload(kPendingPurchasePayload, orderNo);
+    return request<TAV_ItemReceipt>(__func__, kPendingPurchaseUri, payload, false);
+}
+
+const char* TAV_GetItemCollectionJSON(const TAV_ItemCollection* itemCollectionInfo) {
+    return recordText(__func__, itemCollectionInfo, kCollectionMissing);
+}
+
+const char* TAV_GetItemReceiptJSON(const TAV_ItemReceipt* receipt) {
+    return recordText(__func__, receipt, kReceiptMissing);
+}
+
+const char* TAV_GetItemJSON(const TAV_ItemInfo* itemInfo) {
+    return recordText(__func__, itemInfo, kItemInfoMissing);
+}
+
+void TAV_FreeItemCollection(TAV_ItemCollection* itemCollectionInfo) {
+    freeRecord(__func__, itemCollectionInfo, kCollectionMissing);
+}
+
+void TAV_FreeItemReceipt(TAV_ItemReceipt* receipt) {
+    freeRecord(__func__, receipt, kReceiptMissing);
+}
+
+void TAV_FreeItemInfo(TAV_ItemInfo* itemInfo) {
+    freeRecord(__func__, itemInfo, kItemInfoMissing);
+}
