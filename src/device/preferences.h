@@ -1,0 +1,16 @@
+// The user's settings and the system's properties.
+#ifndef TAV_DEVICE_PREFERENCES_H
+#define TAV_DEVICE_PREFERENCES_H
+
+namespace tav {
+
+// Copies a member of a preference whose value is a JSON object. Failures are reported, except what
+// the host says of the member (other than that it does not fit), for which there is no message.
+int getPrefsDBField(const char* key, const char* member, char* buffer, int bufferLength);
+
+// Copies a system property. Leaves it to the caller to report a failure.
+int getKoraPrefSystemValue(const char* key, char* buffer, int bufferLength);
+
+}  // namespace tav
+
+#endif
