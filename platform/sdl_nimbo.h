@@ -1,7 +1,7 @@
 /* The functions that the device's build of SDL adds to SDL 1.2.
  *
- * Each switch takes an SDL_bool's value as it is, in full, and answers non-zero when the request was
- * accepted, 0 when it was refused. */
+ * Each switch takes an SDL_bool's value as it is, in full, and answers non-zero when the request
+ * was accepted, 0 when it was refused. */
 #ifndef TAV_PLATFORM_SDL_NIMBO_H
 #define TAV_PLATFORM_SDL_NIMBO_H
 

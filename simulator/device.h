@@ -14,10 +14,11 @@
 namespace sim {
 
 struct Options {
-    std::string root;          // folder of the device's files; empty: a fresh one, removed at the end
+    std::string root;  // folder of the device's files; empty: a fresh one, removed at the end
     bool virtualTime = false;  // SDL_Delay costs nothing and SDL_GetTicks follows it
     std::string pageFile;      // script of the page; needs a profile that is a plug-in
     std::string journalFile;
+    bool control = false;  // listen on the control socket in the root folder
 };
 
 // Things that can be made to fail.
@@ -34,8 +35,8 @@ public:
     // preferences, unique id and role templates.
     Profile profile;
 
-    // Starts over: these data, an empty bus and queue, an empty journal, the clock at 0. False, with
-    // a line in `error`, when the root folder cannot be prepared.
+    // Starts over: these data, an empty bus and queue, an empty journal, the clock at 0. False,
+    // with a line in `error`, when the root folder cannot be prepared.
     bool start(Profile newProfile, Options options = {}, std::string* error = nullptr);
 
     // Removes the root folder if the device made it, ends the page, closes the files.
@@ -78,6 +79,10 @@ public:
 };
 
 TAV_PLATFORM_API Device& device();
+
+// Makes a fresh, private folder for a device's files below freshRootsFolder(); empty on failure.
+TAV_PLATFORM_API std::string makeFreshRoot();
+TAV_PLATFORM_API std::string freshRootsFolder();
 
 }  // namespace sim
 

@@ -89,7 +89,7 @@ struct Profile {
                                     // "pauseUi", "screenTimeout"
     Compass compass;
     LocationTrack location;
-    std::vector<Item> items;                 // what the payment service sells
+    std::vector<Item> items;                  // what the payment service sells
     std::map<std::string, Service> services;  // by URI, before the device's own services
 };
 
@@ -98,8 +98,7 @@ TAV_PLATFORM_API bool canBeRefused(const std::string& request);
 
 // Reads a profile. Without a value, `error` is one line that names the source and the field.
 TAV_PLATFORM_API std::optional<Profile> parseProfile(const std::string& json,
-                                                     const std::string& source,
-                                                     std::string* error);
+                                                     const std::string& source, std::string* error);
 TAV_PLATFORM_API std::optional<Profile> readProfile(const std::string& path, std::string* error);
 
 // The folder with the profiles that come with the simulator.

@@ -1,0 +1,64 @@
+#include "simulator/clock.h"
+
+#include <chrono>
+
+#include "SDL.h"
+#include "platform/visibility.h"
+#include "simulator/next.h"
+
+namespace sim {
+namespace {
+
+using SteadyClock = std::chrono::steady_clock;
+
+bool g_virtual = false;
+long g_virtualNow = 0;
+SteadyClock::time_point g_startedAt = SteadyClock::now();
+
+}  // namespace
+
+void startClock(bool virtualTime) {
+    g_virtual = virtualTime;
+    g_virtualNow = 0;
+    g_startedAt = SteadyClock::now();
+}
+
+bool isTimeVirtual() {
+    return g_virtual;
+}
+
+long now() {
+    if (g_virtual) {
+        return g_virtualNow;
+    }
+    using std::chrono::milliseconds;
+    return std::chrono::duration_cast<milliseconds>(SteadyClock::now() - g_startedAt).count();
+}
+
+void setTime(long milliseconds) {
+    if (g_virtual && milliseconds > g_virtualNow) {
+        g_virtualNow = milliseconds;
+    }
+}
+
+}  // namespace sim
+
+extern "C" {
+
+TAV_PLATFORM_API void SDL_Delay(Uint32 milliseconds) {
+    if (sim::isTimeVirtual()) {
+        sim::setTime(sim::now() + static_cast<long>(milliseconds));
+        return;
+    }
+    static const auto real = sim::nextFunction<void(Uint32)>("SDL_Delay");
+    real(milliseconds);
+}
+
+TAV_PLATFORM_API Uint32 SDL_GetTicks(void) {
+    if (sim::isTimeVirtual()) {
+        return static_cast<Uint32>(sim::now());
+    }
+    static const auto real = sim::nextFunction<Uint32()>("SDL_GetTicks");
+    return real();
+}
+}

@@ -1,0 +1,19 @@
+// The device's clock. SDL_Delay and SDL_GetTicks run on it.
+#ifndef TAV_SIMULATOR_CLOCK_H
+#define TAV_SIMULATOR_CLOCK_H
+
+namespace sim {
+
+void startClock(bool virtualTime);
+
+bool isTimeVirtual();
+
+// Milliseconds since the start.
+long now();
+
+// Virtual time only: moves the clock on, never back.
+void setTime(long milliseconds);
+
+}  // namespace sim
+
+#endif

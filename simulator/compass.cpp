@@ -1,0 +1,79 @@
+#include "simulator/compass.h"
+
+#include <cmath>
+
+#include "simulator/clock.h"
+#include "simulator/pump.h"
+#include "simulator/running.h"
+#include "simulator/state.h"
+
+namespace sim {
+namespace {
+
+constexpr double kFullTurn = 360.0;
+
+NApp_CompassCallback g_callback = nullptr;
+bool g_enabled = false;
+long g_enabledAt = 0;
+size_t g_played = 0;
+int g_run = 0;  // counts the times it was enabled; readings queued in an earlier run are void
+
+CompassReading nextReading() {
+    const Compass& compass = device().profile.compass;
+    if (!compass.readings.empty()) {
+        const size_t last = compass.readings.size() - 1;
+        return compass.readings[g_played < last ? g_played++ : last];
+    }
+    const double seconds = static_cast<double>(now() - g_enabledAt) / 1000.0;
+    return {1, std::fmod(compass.turn * seconds, kFullTurn), 1.0};
+}
+
+bool hasReadings() {
+    const Compass& compass = device().profile.compass;
+    return !compass.readings.empty() || compass.turn != 0.0;
+}
+
+void scheduleReading(long due, int run) {
+    schedule(due, [due, run] {
+        if (!g_enabled || run != g_run) {
+            return;
+        }
+        scheduleReading(due + device().profile.compass.interval, run);
+        deliverCompassReading(nextReading());
+    });
+}
+
+}  // namespace
+
+void setCompassCallback(NApp_CompassCallback callback) {
+    g_callback = callback;
+}
+
+void enableCompass(bool enable) {
+    setState("compass", enable ? "on" : "off");
+    if (enable == g_enabled) {
+        return;
+    }
+    g_enabled = enable;
+    ++g_run;
+    if (enable && hasReadings()) {
+        g_enabledAt = now();
+        scheduleReading(now() + device().profile.compass.interval, g_run);
+    }
+}
+
+bool deliverCompassReading(const CompassReading& reading) {
+    if (g_callback == nullptr) {
+        return false;
+    }
+    g_callback(reading.intValue, reading.doubleValue1, reading.doubleValue2);
+    return true;
+}
+
+void stopCompass() {
+    g_callback = nullptr;
+    g_enabled = false;
+    g_played = 0;
+}
+
+}  // namespace sim

@@ -1,0 +1,140 @@
+#include "simulator/pump.h"
+
+#include <dlfcn.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <utility>
+#include <vector>
+
+#include "SDL.h"
+#include "platform/visibility.h"
+#include "simulator/clock.h"
+#include "simulator/control.h"
+#include "simulator/next.h"
+#include "simulator/running.h"
+
+namespace sim {
+namespace {
+
+constexpr Uint32 kWaitStep = 10;  // milliseconds between two looks at SDL's queue
+
+constexpr char kNotInFront[] =
+    "tavsim: this program was linked with SDL in front of the simulated device, so it will receive "
+    "no replies, readings or calls. Run it with `tavsim run`, or link with the output of "
+    "`pkg-config --libs tav` before SDL.\n";
+
+struct Delivery {
+    long due;
+    unsigned long order;
+    std::function<void()> deliver;
+};
+
+bool isLater(const Delivery& left, const Delivery& right) {
+    return std::pair(left.due, left.order) > std::pair(right.due, right.order);
+}
+
+std::vector<Delivery> g_queue;  // a heap, the next one in front
+unsigned long g_nextOrder = 0;
+
+Delivery takeFirst() {
+    std::pop_heap(g_queue.begin(), g_queue.end(), isLater);
+    Delivery first = std::move(g_queue.back());
+    g_queue.pop_back();
+    return first;
+}
+
+int realPollEvent(SDL_Event* event) {
+    static const auto real = nextFunction<int(SDL_Event*)>("SDL_PollEvent");
+    return real(event);
+}
+
+// Lets time pass until the next delivery or SDL event may be there.
+void waitABit() {
+    if (isTimeVirtual() && !g_queue.empty()) {
+        setTime(g_queue.front().due);
+        return;
+    }
+    static const auto realDelay = nextFunction<void(Uint32)>("SDL_Delay");
+    realDelay(kWaitStep);
+}
+
+}  // namespace
+
+void schedule(long due, std::function<void()> deliver) {
+    g_queue.push_back({due, g_nextOrder++, std::move(deliver)});
+    std::push_heap(g_queue.begin(), g_queue.end(), isLater);
+}
+
+void pumpNow() {
+    if (!isWanted()) {
+        return;
+    }
+    serveControl();
+    const long time = now();
+    const unsigned long newcomers = g_nextOrder;
+    while (!g_queue.empty()) {
+        const Delivery& first = g_queue.front();
+        const bool isDue = first.due < time || (first.due == time && first.order < newcomers);
+        if (!isDue) {
+            return;
+        }
+        takeFirst().deliver();
+    }
+}
+
+void pumpUntil(long time) {
+    pumpNow();
+    while (!g_queue.empty() && g_queue.front().due <= time) {
+        setTime(g_queue.front().due);
+        pumpNow();
+    }
+    setTime(time);
+}
+
+void clearQueue() {
+    g_queue.clear();
+}
+
+void warnIfNotInFront() {
+    static bool looked = false;
+    if (std::exchange(looked, true)) {
+        return;
+    }
+    Dl_info inUse;
+    Dl_info own;
+    void* pollEvent = dlsym(RTLD_DEFAULT, "SDL_PollEvent");
+    if (pollEvent == nullptr || dladdr(pollEvent, &inUse) == 0 ||
+        dladdr(reinterpret_cast<void*>(&clearQueue), &own) == 0) {
+        return;
+    }
+    if (inUse.dli_fbase != own.dli_fbase) {
+        std::fputs(kNotInFront, stderr);
+    }
+}
+
+}  // namespace sim
+
+extern "C" {
+
+TAV_PLATFORM_API void SDL_PumpEvents(void) {
+    static const auto real = sim::nextFunction<void()>("SDL_PumpEvents");
+    sim::pumpNow();
+    real();
+}
+
+TAV_PLATFORM_API int SDL_PollEvent(SDL_Event* event) {
+    sim::pumpNow();
+    return sim::realPollEvent(event);
+}
+
+TAV_PLATFORM_API int SDL_WaitEvent(SDL_Event* event) {
+    while (true) {
+        sim::pumpNow();
+        if (sim::realPollEvent(event) != 0) {
+            return 1;
+        }
+        sim::waitABit();
+    }
+}
+}

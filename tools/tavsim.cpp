@@ -1,0 +1,97 @@
+// The command line of the simulated device.
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+#include "run.h"
+#include "simulator/profile.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr int kBadUsage = 2;
+
+int complain(const std::string& text) {
+    std::fprintf(stderr, "tavsim: %s\n", text.c_str());
+    return kBadUsage;
+}
+
+int listDevices() {
+    std::vector<fs::path> files;
+    std::error_code problem;
+    for (fs::directory_iterator at(sim::profileFolder(), problem), end; !problem && at != end;
+         at.increment(problem)) {
+        files.push_back(at->path());
+    }
+    if (problem) {
+        return complain(sim::profileFolder() + ": " + problem.message());
+    }
+    std::sort(files.begin(), files.end());
+    for (const fs::path& file : files) {
+        std::string error;
+        const std::optional<sim::Profile> profile = sim::readProfile(file, &error);
+        std::printf("%-12s %s\n", file.stem().c_str(),
+                    profile ? profile->title.c_str() : error.c_str());
+    }
+    return 0;
+}
+
+CLI::App* addRun(CLI::App& app, tools::RunRequest* request) {
+    CLI::App* run = app.add_subcommand(
+        "run",
+        "Run a program on a simulated device: tavsim run [OPTIONS] [--] PROGRAM [ARGUMENTS]");
+    run->add_option("--device", request->device,
+                    "A device of `tavsim devices`, or the file of a profile")
+        ->capture_default_str();
+    run->add_option("--root", request->root,
+                    "Folder of the device's files; a fresh one each time when not given");
+    run->add_option("--page", request->page,
+                    "Run the program as a plug-in of the page with this script");
+    run->add_flag("--plugin", request->plugin,
+                  "Run the program as a plug-in whose host never calls");
+    run->add_flag("--virtual-time", request->virtualTime,
+                  "Let SDL_Delay cost nothing and SDL_GetTicks follow it");
+    run->add_option("--journal", request->journal,
+                    "Write what the program does to the device into this file");
+    // Everything from the program's name on is the program's own.
+    run->prefix_command();
+    return run;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    CLI::App app("Runs programs on a simulated device");
+    app.name("tavsim");
+    app.require_subcommand(1);
+    tools::RunRequest request;
+    CLI::App* run = addRun(app, &request);
+    CLI::App* devices = app.add_subcommand("devices", "List the devices that come with it");
+    // What stands behind "--" is the program's, whatever it looks like.
+    char** const end = argv + argc;
+    char** const dashes = std::find(argv, end, std::string_view("--"));
+    try {
+        app.parse(static_cast<int>(dashes - argv), argv);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? 0 : kBadUsage;
+    }
+    if (devices->parsed()) {
+        return listDevices();
+    }
+    request.command = run->remaining();
+    if (dashes != end) {
+        request.command.insert(request.command.end(), dashes + 1, end);
+    }
+    if (request.command.empty()) {
+        return complain("run: no program given");
+    }
+    if (dashes == end && request.command[0][0] == '-') {
+        return complain("run: unknown option " + request.command[0] +
+                        " (`tavsim run --help` lists the options)");
+    }
+    return tools::run(request);
+}
