@@ -2,7 +2,7 @@
 #ifndef TAV_CORE_VALUE_H
 #define TAV_CORE_VALUE_H
 
-#include <bit>
+#include <cstring>
 
 #include "SDL.h"
 
@@ -13,7 +13,9 @@ namespace tav {
 template <typename Enumeration>
 Sint32 rawValue(const Enumeration& value) {
     static_assert(sizeof(Enumeration) == sizeof(Sint32));
-    return std::bit_cast<Sint32>(value);
+    Sint32 raw;
+    std::memcpy(&raw, &value, sizeof raw);  // a bit_cast would read the enumeration
+    return raw;
 }
 
 inline SDL_bool sdlBool(bool value) {
