@@ -56,6 +56,10 @@ void appendEscaped(std::string& out, std::string_view text) {
     }
 }
 
+std::string quoted(const char* value) {
+    return value != nullptr ? '"' + escapedJson(value) + '"' : "null";
+}
+
 }  // namespace
 
 JournalEntry::JournalEntry(const char* kind, const char* what) {
@@ -80,19 +84,20 @@ JournalEntry::~JournalEntry() {
 }
 
 JournalEntry& JournalEntry::text(const char* key, const char* value) {
-    if (value != nullptr) {
-        return text(key, std::string(value));
-    }
-    m_line += std::string(",\"") + key + "\":null";
+    m_line += std::string(",\"") + key + "\":" + quoted(value);
     return *this;
 }
 
 JournalEntry& JournalEntry::text(const char* key, const std::string& value) {
-    m_line += ",\"";
-    m_line += key;
-    m_line += "\":\"";
-    appendEscaped(m_line, value);
-    m_line += '"';
+    return text(key, value.c_str());
+}
+
+JournalEntry& JournalEntry::texts(const char* key, const char* const* values, int count) {
+    m_line += std::string(",\"") + key + "\":[";
+    for (int index = 0; index < count; ++index) {
+        m_line += (index > 0 ? "," : "") + quoted(values[index]);
+    }
+    m_line += ']';
     return *this;
 }
 

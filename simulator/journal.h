@@ -20,6 +20,7 @@ public:
     // A null text shows as null; text that is no UTF-8 is repaired.
     JournalEntry& text(const char* key, const char* value);
     JournalEntry& text(const char* key, const std::string& value);
+    JournalEntry& texts(const char* key, const char* const* values, int count);
     JournalEntry& number(const char* key, long value);
     JournalEntry& real(const char* key, double value);
     JournalEntry& flag(const char* key, bool value);
