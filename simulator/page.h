@@ -1,4 +1,4 @@
-// The web page that a plug-in application is part of.
+// The web page whose plug-in the application is.
 #ifndef TAV_SIMULATOR_PAGE_H
 #define TAV_SIMULATOR_PAGE_H
 
@@ -6,8 +6,11 @@
 
 namespace sim {
 
-// Remembers the page's script, which runs once the application has registered its methods.
+// Names the page's script; empty: a host that never calls. Nothing runs before the application
+// connects its methods.
 void startPage(const std::string& pageFile);
+
+// Ends the page and forgets the application's methods.
 void stopPage();
 
 }  // namespace sim
