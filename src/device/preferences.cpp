@@ -73,7 +73,10 @@ std::string_view withoutQuotes(std::string_view text) {
         return text;
     }
     text.remove_prefix(1);
-    return text.substr(0, text.empty() ? 0 : text.size() - 1);
+    if (!text.empty()) {  // empty when one quote is both first and last
+        text.remove_suffix(1);
+    }
+    return text;
 }
 
 }  // namespace
