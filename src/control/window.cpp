@@ -76,12 +76,6 @@ int TAV_BannerMessagesEnable(SDL_bool enable) {
     return reportHook(__func__, SDL_NimboHookBannerMessagesEnable(value));
 }
 
-int TAV_ScreenTimeoutEnable(SDL_bool enable) {
-    const Sint32 value = rawValue(enable);
-    HTracker_funcTrack("tav_f", __func__, "%s", trueOrFalse(value));
-    return reportHook(__func__, SDL_NimboHookScreenTimeoutEnable(value));
-}
-
 int TAV_SetOrientation(TAV_Orientation orientation) {
     const Sint32 value = rawValue(orientation);
     HTracker_funcTrack("tav_f", __func__, "%d", value);
@@ -89,4 +83,10 @@ int TAV_SetOrientation(TAV_Orientation orientation) {
         return fail(__func__, TAV_INVALIDINPUT, "invalid orientation");
     }
     return reportHook(__func__, SDL_NimboHookSetOrientation(kOrientationNames[value]));
+}
+
+int TAV_ScreenTimeoutEnable(SDL_bool enable) {
+    const Sint32 value = rawValue(enable);
+    HTracker_funcTrack("tav_f", __func__, "%s", trueOrFalse(value));
+    return reportHook(__func__, SDL_NimboHookScreenTimeoutEnable(value));
 }
