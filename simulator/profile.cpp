@@ -339,6 +339,9 @@ private:
 }  // namespace
 
 bool canBeRefused(const std::string& request) {
+    if (request.find("://") != std::string::npos) {
+        return true;
+    }
     for (const std::string_view name : kRefusable) {
         if (name == request) {
             return true;

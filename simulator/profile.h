@@ -86,14 +86,14 @@ struct Profile {
     std::map<std::string, std::string> templates;                   // role templates by file name
     std::set<std::string> refused;  // what the host refuses: "keyboard", "minimize", "touch",
                                     // "compass", "bridge", "orientation", "gestures", "banners",
-                                    // "pauseUi", "screenTimeout"
+                                    // "pauseUi", "screenTimeout", or the URI of a service
     Compass compass;
     LocationTrack location;
     std::vector<Item> items;                  // what the payment service sells
     std::map<std::string, Service> services;  // by URI, before the device's own services
 };
 
-// The names that a profile's "refuse" may hold.
+// What a profile's "refuse" may hold.
 TAV_PLATFORM_API bool canBeRefused(const std::string& request);
 
 // Reads a profile. Without a value, `error` is one line that names the source and the field.

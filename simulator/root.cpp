@@ -53,28 +53,38 @@ struct DatabaseCloser {
     void operator()(sqlite3* database) const { sqlite3_close(database); }
 };
 
-// One row a preference, all in one transaction.
-bool fillDatabase(sqlite3* database, const std::map<std::string, std::string>& preferences) {
-    std::string statements = "BEGIN; CREATE TABLE Preferences (KEY TEXT PRIMARY KEY, VALUE TEXT);";
-    for (const auto& [key, value] : preferences) {
-        const std::unique_ptr<char, decltype(&sqlite3_free)> insert(
-            sqlite3_mprintf("INSERT INTO Preferences VALUES (%Q, %Q);", key.c_str(), value.c_str()),
-            sqlite3_free);
-        statements += insert.get();
-    }
-    statements += "COMMIT;";
+using DatabasePtr = std::unique_ptr<sqlite3, DatabaseCloser>;
+
+DatabasePtr openDatabase(const std::string& path) {
+    static const auto open = nextFunction<int(const char*, sqlite3**)>("sqlite3_open");
+    sqlite3* opened = nullptr;
+    const int result = open(path.c_str(), &opened);
+    DatabasePtr database(opened);
+    return result == SQLITE_OK ? std::move(database) : nullptr;
+}
+
+bool execute(sqlite3* database, const std::string& statements) {
     return sqlite3_exec(database, statements.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK;
 }
 
+std::string storingStatement(const std::string& key, const std::string& value) {
+    const std::unique_ptr<char, decltype(&sqlite3_free)> statement(
+        sqlite3_mprintf("REPLACE INTO Preferences VALUES (%Q, %Q);", key.c_str(), value.c_str()),
+        sqlite3_free);
+    return statement.get();
+}
+
+// One row a preference, all in one transaction.
 bool writeDatabase(const std::string& path, const std::map<std::string, std::string>& preferences) {
     if (fs::exists(path)) {
         return true;
     }
-    static const auto open = nextFunction<int(const char*, sqlite3**)>("sqlite3_open");
-    sqlite3* opened = nullptr;
-    const int result = open(path.c_str(), &opened);
-    const std::unique_ptr<sqlite3, DatabaseCloser> database(opened);
-    return result == SQLITE_OK && fillDatabase(database.get(), preferences);
+    const DatabasePtr database = openDatabase(path);
+    std::string statements = "BEGIN; CREATE TABLE Preferences (KEY TEXT PRIMARY KEY, VALUE TEXT);";
+    for (const auto& [key, value] : preferences) {
+        statements += storingStatement(key, value);
+    }
+    return database != nullptr && execute(database.get(), statements + "COMMIT;");
 }
 
 bool makeFolder(const std::string& path) {
@@ -151,6 +161,11 @@ std::string makeFreshRoot() {
 std::string freshRootsFolder() {
     std::error_code problem;
     return fs::temp_directory_path(problem).string() + "/tavsim-" + std::to_string(geteuid());
+}
+
+bool storePreference(const std::string& key, const std::string& value) {
+    const DatabasePtr database = openDatabase(rootFolder() + kDatabase);
+    return database != nullptr && execute(database.get(), storingStatement(key, value));
 }
 
 std::optional<std::string> devicePath(const char* path) {

@@ -18,6 +18,9 @@ void releaseRoot();
 
 const std::string& rootFolder();
 
+// Writes a preference, a JSON text, into the device's database; false when that is not possible.
+bool storePreference(const std::string& key, const std::string& value);
+
 // The real path of one of the device's fixed paths; nothing for any other path.
 std::optional<std::string> devicePath(const char* path);
 

@@ -83,17 +83,6 @@ Answer launch(const dom::object& request) {
     return oneReply(kDone);
 }
 
-std::string fixReply(const Fix& fix) {
-    const auto member = [](const char* name, double value) {
-        char number[G_ASCII_DTOSTR_BUF_SIZE];
-        return std::string(",\"") + name + "\":" + g_ascii_dtostr(number, sizeof number, value);
-    };
-    return "{\"errorCode\":0" + member("latitude", fix.latitude) +
-           member("longitude", fix.longitude) + member("altitude", fix.altitude) +
-           member("horizAccuracy", fix.horizAccuracy) + member("vertAccuracy", fix.vertAccuracy) +
-           member("heading", fix.heading) + member("velocity", fix.velocity) + "}";
-}
-
 Answer startTracking(const dom::object&) {
     const LocationTrack& track = device().profile.location;
     Answer answer{{}, track.interval, track.interval};
@@ -181,7 +170,7 @@ const std::map<std::string, std::function<Answer(const dom::object&)>>& handlers
             {"kora://com.vire.firewall/portCtrl", setFirewallRule},
             {"vire://com.vire.mediad/service/pauseAllMediaPlayback", pauseMedia},
             {"vire://com.vire.applicationManager/launch", launch},
-            {"vire://com.vire.location/startTracking", startTracking},
+            {kLocationUri, startTracking},
             {"vire://com.vire.service.payment/getAvailableItems", availableItems},
             {"vire://com.vire.service.payment/getItemInfo", itemInfo},
             {"vire://com.vire.service.payment/purchaseItem", purchaseItem},
@@ -191,6 +180,17 @@ const std::map<std::string, std::function<Answer(const dom::object&)>>& handlers
 }
 
 }  // namespace
+
+std::string fixReply(const Fix& fix) {
+    const auto member = [](const char* name, double value) {
+        char number[G_ASCII_DTOSTR_BUF_SIZE];
+        return std::string(",\"") + name + "\":" + g_ascii_dtostr(number, sizeof number, value);
+    };
+    return "{\"errorCode\":0" + member("latitude", fix.latitude) +
+           member("longitude", fix.longitude) + member("altitude", fix.altitude) +
+           member("horizAccuracy", fix.horizAccuracy) + member("vertAccuracy", fix.vertAccuracy) +
+           member("heading", fix.heading) + member("velocity", fix.velocity) + "}";
+}
 
 Answer deviceServiceAnswer(const std::string& uri, const std::string& payload) {
     const auto handler = handlers().find(uri);

@@ -9,6 +9,11 @@
 
 namespace sim {
 
+inline constexpr char kLocationUri[] = "vire://com.vire.location/startTracking";
+
+// The location service's reply that carries a fix.
+std::string fixReply(const Fix& fix);
+
 // What comes back on one request; its first reply is worked out when the request arrives.
 struct Answer {
     std::vector<Reply> replies;

@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "ctl.h"
 #include "run.h"
 #include "simulator/profile.h"
 
@@ -14,6 +15,25 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr int kBadUsage = 2;
+
+constexpr char kCommands[] =
+    "Commands:\n"
+    "  compass INT DOUBLE DOUBLE    deliver a compass reading\n"
+    "  location LATITUDE LONGITUDE ALTITUDE HORIZONTAL_ACCURACY VERTICAL_ACCURACY HEADING "
+    "VELOCITY\n"
+    "                               send a fix to whoever tracks the location\n"
+    "  location error CODE          send an error of the location service\n"
+    "  reply URI TEXT               send a reply to every open call of the service\n"
+    "  refuse NAME|URI              refuse keyboard, minimize, touch, compass, bridge,\n"
+    "                               orientation, gestures, banners, pauseUi, screenTimeout, or\n"
+    "                               requests to a service\n"
+    "  allow NAME|URI               take that back\n"
+    "  set property|appinfo KEY VALUE\n"
+    "  set preference KEY JSON\n"
+    "  plugin on|off\n"
+    "  state                        what the application has made of the device\n"
+    "  journal [--follow]           what it did, and with --follow also what it does from now on\n"
+    "  quit                         send the application SDL's quit event";
 
 int complain(const std::string& text) {
     std::fprintf(stderr, "tavsim: %s\n", text.c_str());
@@ -70,6 +90,13 @@ int main(int argc, char** argv) {
     app.require_subcommand(1);
     tools::RunRequest request;
     CLI::App* run = addRun(app, &request);
+    std::string controlledRoot;
+    CLI::App* ctl = app.add_subcommand(
+        "ctl", "Steer a running device: tavsim ctl [--root DIR] COMMAND [ARGUMENTS]");
+    ctl->add_option("--root", controlledRoot,
+                    "Root folder of the device; the only running one when not given");
+    ctl->prefix_command();
+    ctl->footer(kCommands);
     CLI::App* devices = app.add_subcommand("devices", "List the devices that come with it");
     // What stands behind "--" is the program's, whatever it looks like.
     char** const end = argv + argc;
@@ -82,10 +109,14 @@ int main(int argc, char** argv) {
     if (devices->parsed()) {
         return listDevices();
     }
-    request.command = run->remaining();
+    std::vector<std::string> words = (ctl->parsed() ? ctl : run)->remaining();
     if (dashes != end) {
-        request.command.insert(request.command.end(), dashes + 1, end);
+        words.insert(words.end(), dashes + 1, end);
     }
+    if (ctl->parsed()) {
+        return tools::control(controlledRoot, words);
+    }
+    request.command = words;
     if (request.command.empty()) {
         return complain("run: no program given");
     }
