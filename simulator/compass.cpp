@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "simulator/clock.h"
+#include "simulator/journal.h"
 #include "simulator/pump.h"
 #include "simulator/running.h"
 #include "simulator/state.h"
@@ -66,6 +67,10 @@ bool deliverCompassReading(const CompassReading& reading) {
     if (g_callback == nullptr) {
         return false;
     }
+    JournalEntry("host", "compass reading")
+        .number("intValue", reading.intValue)
+        .real("doubleValue1", reading.doubleValue1)
+        .real("doubleValue2", reading.doubleValue2);
     g_callback(reading.intValue, reading.doubleValue1, reading.doubleValue2);
     return true;
 }

@@ -67,6 +67,26 @@ int lookUp(const char* function, const char* key, const std::string* value, char
     return status;
 }
 
+// The named member of a JSON object, if it has one; nothing when the text is no object.
+std::optional<Values> membersOf(const char* json, const char* member) {
+    static simdjson::dom::parser& parser = *new simdjson::dom::parser;
+    simdjson::dom::object object;
+    const size_t length = json != nullptr ? std::strlen(json) : 0;
+    if (member == nullptr || parser.parse(json, length).get(object) != simdjson::SUCCESS) {
+        return std::nullopt;
+    }
+    Values members;
+    simdjson::dom::element value;
+    if (object[std::string_view(member)].get(value) == simdjson::SUCCESS) {
+        members[member] = textOf(value);
+    }
+    return members;
+}
+
+const char* found(const std::string* value) {
+    return value != nullptr ? "found" : "not found";
+}
+
 int accepted(bool accepts) {
     return accepts ? 1 : 0;
 }
@@ -117,23 +137,16 @@ int NApp_GetDataFilePath(const char* name, char* buffer, int bufferLength) {
 
 int NApp_GetJsonValue(const char* json, const char* member, char* buffer, int bufferLength) {
     running();
-    if (sim::faultStrikes(sim::Fault::HostRequest) || json == nullptr || member == nullptr) {
+    const std::optional<sim::Values> members = sim::membersOf(json, member);
+    if (!members) {
         return sim::failLookUp(NAPP_FAILURE, buffer, bufferLength);
     }
-    static simdjson::dom::parser& parser = *new simdjson::dom::parser;
-    simdjson::dom::object object;
-    if (parser.parse(json, std::strlen(json)).get(object) != simdjson::SUCCESS) {
-        return sim::failLookUp(NAPP_FAILURE, buffer, bufferLength);
-    }
-    simdjson::dom::element value;
-    if (object[std::string_view(member)].get(value) != simdjson::SUCCESS) {
-        return sim::failLookUp(NAPP_NO_SUCH_VALUE, buffer, bufferLength);
-    }
-    return sim::copyValue(sim::textOf(value), buffer, bufferLength);
+    return sim::lookUp(__func__, member, sim::findValue(*members, member), buffer, bufferLength);
 }
 
 const char* NApp_GetPortabilityValue(const char* key) {
     const std::string* value = sim::findValue(running().profile.portability, key);
+    sim::JournalEntry("host", __func__).text("key", key).outcome(sim::found(value));
     return value != nullptr ? value->c_str() : nullptr;
 }
 
@@ -200,20 +213,24 @@ int NApp_SetTouchAggression(int aggression) {
 
 const char* HHardware_getMachine() {
     const std::optional<std::string>& machine = running().profile.machine;
+    sim::JournalEntry("host", __func__).outcome(machine.value_or("unknown"));
     return machine ? machine->c_str() : nullptr;
 }
 
 int KPSystemCopyStringValue(const char* key, char** value) {
-    const std::string* found = sim::findValue(running().profile.properties, key);
-    if (sim::faultStrikes(sim::Fault::HostRequest) || found == nullptr) {
+    const std::string* property = sim::findValue(running().profile.properties, key);
+    sim::JournalEntry("host", __func__).text("key", key).outcome(sim::found(property));
+    if (sim::faultStrikes(sim::Fault::HostRequest) || property == nullptr) {
         return -1;
     }
-    *value = g_strdup(found->c_str());
+    *value = g_strdup(property->c_str());
     return 0;
 }
 
 SDL_bool SDL_NimboHookIsComponent() {
-    return running().profile.plugin ? SDL_TRUE : SDL_FALSE;
+    const bool plugin = running().profile.plugin;
+    sim::JournalEntry("sdl", __func__).flag("outcome", plugin);
+    return plugin ? SDL_TRUE : SDL_FALSE;
 }
 
 int SDL_NimboHookSetOrientation(const char* orientation) {

@@ -2,6 +2,7 @@
 
 #include <glib.h>
 
+#include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <memory>
@@ -107,11 +108,7 @@ JournalEntry& JournalEntry::number(const char* key, long value) {
 }
 
 JournalEntry& JournalEntry::real(const char* key, double value) {
-    char text[G_ASCII_DTOSTR_BUF_SIZE] = "null";
-    if (std::isfinite(value)) {
-        g_ascii_dtostr(text, sizeof text, value);
-    }
-    m_line += std::string(",\"") + key + "\":" + text;
+    m_line += std::string(",\"") + key + "\":" + jsonNumber(value);
     return *this;
 }
 
@@ -144,6 +141,15 @@ const std::deque<std::string>& journalLines() {
 
 long journalLength() {
     return journal().length;
+}
+
+std::string jsonNumber(double value) {
+    if (!std::isfinite(value)) {
+        return "null";
+    }
+    char text[32];
+    const auto [end, problem] = std::to_chars(std::begin(text), std::end(text), value);
+    return std::string(text, end);
 }
 
 std::string escapedJson(std::string_view text) {

@@ -42,6 +42,9 @@ long journalLength();
 // The text as the inside of a JSON string.
 std::string escapedJson(std::string_view text);
 
+// The shortest JSON number that reads back as the value; null for one that JSON cannot spell.
+std::string jsonNumber(double value);
+
 }  // namespace sim
 
 #endif

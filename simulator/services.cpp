@@ -183,8 +183,7 @@ const std::map<std::string, std::function<Answer(const dom::object&)>>& handlers
 
 std::string fixReply(const Fix& fix) {
     const auto member = [](const char* name, double value) {
-        char number[G_ASCII_DTOSTR_BUF_SIZE];
-        return std::string(",\"") + name + "\":" + g_ascii_dtostr(number, sizeof number, value);
+        return std::string(",\"") + name + "\":" + jsonNumber(value);
     };
     return "{\"errorCode\":0" + member("latitude", fix.latitude) +
            member("longitude", fix.longitude) + member("altitude", fix.altitude) +
