@@ -1,5 +1,4 @@
 #include "core/report.h"
-#include "core/value.h"
 #include "js/handlers.h"
 #include "platform/napp.h"
 #include "tav.h"
@@ -7,7 +6,7 @@
 int TAV_CallJS(const char* functionName, const char** arguments, int argumentCount) {
     HTracker_funcTrack("tav_f", __func__, "%s, %p, %d", functionName, static_cast<void*>(arguments),
                        argumentCount);
-    if (tav::rawValue(TAV_IsPlugin()) == 0) {
+    if (!TAV_IsPlugin()) {
         return tav::fail(__func__, TAV_ECONNECTION,
                          "TAV_CallJS only functions in Plug-in components");
     }

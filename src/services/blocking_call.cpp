@@ -53,8 +53,9 @@ HStringPtr blockingKSCall(const char* uri, const char* payload, bool option, int
         SDL_Delay(kPollPeriodMs);
         elapsedMs += kPollPeriodMs;
     } while (timeoutMs <= 0 || elapsedMs < timeoutMs);
+    failNull(__func__, "Timed out waiting for response to call");
     bus->ksCancelCall(token);
-    return failNull(__func__, "Timed out waiting for response to call");
+    return nullptr;
 }
 
 }  // namespace tav
