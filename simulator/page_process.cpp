@@ -1,6 +1,7 @@
 #include "simulator/page_process.h"
 
 #include <duktape.h>
+#include <malloc.h>
 #include <signal.h>
 #include <sys/prctl.h>
 #include <unistd.h>
@@ -30,6 +31,9 @@ constexpr char kMethods[] = "methods";  // the functions that stand for native m
 constexpr int kOnce = 0;
 constexpr int kShortestDelay = 1;  // so that a script's timers always let the clock move on
 
+// What the script may use; far less than would trouble the machine that the application runs on.
+constexpr size_t kMemoryLimit = 256 * 1024 * 1024;
+
 // Where in a timer's array its parts are.
 constexpr duk_uarridx_t kTimerInterval = 0;
 constexpr duk_uarridx_t kTimerFunction = 1;
@@ -38,9 +42,31 @@ constexpr duk_uarridx_t kTimerFunction = 1;
 PageChannel* g_channel = nullptr;
 std::string g_scriptName;
 int g_lastTimer = 0;
+size_t g_memoryInUse = 0;
 
 // Line of the last throw of a value that is no Error, and so does not know it itself; 0: unknown.
 int g_thrownLine = 0;
+
+void* reallocate(void*, void* block, duk_size_t size) {
+    const size_t before = malloc_usable_size(block);
+    if (g_memoryInUse - before + size > kMemoryLimit) {
+        return nullptr;
+    }
+    void* moved = std::realloc(block, size);
+    if (moved != nullptr || size == 0) {
+        g_memoryInUse += malloc_usable_size(moved) - before;
+    }
+    return moved;
+}
+
+void* allocate(void* data, duk_size_t size) {
+    return reallocate(data, nullptr, size);
+}
+
+void release(void*, void* block) {
+    g_memoryInUse -= malloc_usable_size(block);
+    std::free(block);
+}
 
 [[noreturn]] void end() {
     _exit(EXIT_SUCCESS);
@@ -508,7 +534,7 @@ void runPageProcess(int socket, int parent) {
 
     PageChannel channel(kSocket);
     g_channel = &channel;
-    duk_context* engine = duk_create_heap(nullptr, nullptr, nullptr, nullptr, endBroken);
+    duk_context* engine = duk_create_heap(allocate, reallocate, release, nullptr, endBroken);
     if (engine == nullptr ||
         duk_safe_call(engine, furnishPage, nullptr, 0, 1) != DUK_EXEC_SUCCESS) {
         endBroken(nullptr, "the JavaScript engine does not start");

@@ -221,6 +221,8 @@ TEST_F(PageTest, Scripts) {
         {"throw { toString: function () { throw new Error('again') } }", "", "Error: again\n"},
         {"(function deeper() { deeper() })()", "", "page.js:1: RangeError: callstack limit\n"},
 
+        {"var text = 'x';\nwhile (true) text += text", "", "page.js:2: Error: alloc failed\n"},
+
         // Timers
         {"setTimeout(function (a) { console.log('later', a) }, 300, 'x');"
          "setTimeout(function () { console.log('sooner') }, 200);"
