@@ -1,0 +1,292 @@
+// The role store below the device's root folder, and what the bus hears of it.
+#include <dlfcn.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include "roles/families.h"
+#include "roles/registration.h"
+#include "roles/role_file.h"
+#include "tests/device_test.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// Every folder below /var that this program asks for, in order.
+std::vector<std::string>& createdFolders() {
+    static auto& folders = *new std::vector<std::string>;
+    return folders;
+}
+
+}  // namespace
+
+// Stands in front of the device's own.
+extern "C" __attribute__((visibility("default"))) int mkdir(const char* path,
+                                                            mode_t mode) noexcept {
+    using Function = int (*)(const char*, mode_t);
+    static const auto next = reinterpret_cast<Function>(dlsym(RTLD_NEXT, "mkdir"));
+    if (std::string(path).rfind("/var", 0) == 0) {
+        createdFolders().push_back(path);
+    }
+    return next(path, mode);
+}
+
+namespace {
+
+using namespace std::string_literals;
+using testing::IsEmpty;
+
+constexpr char kTemplate[] = "/usr/vire/ks2/templates/one";
+constexpr char kRole[] = "/var/vire/ks2/roles/pub/one.json";
+constexpr char kExecutable[] = "/apps/sampleapp/bin/puzzle";
+const std::string kKobPublic = "kob pub sampleapp /apps/sampleapp/bin/puzzle\n";
+const std::string kKobPrivate = "kob prv sampleapp /apps/sampleapp/bin/puzzle\n";
+
+class RolesTest : public tavtest::DeviceTest {
+protected:
+    void SetUp() override {
+        DeviceTest::SetUp();
+        startWithTemplates({});
+    }
+
+    void startWithTemplates(sim::Profile profile) {
+        profile.templates = {{"KOB.pub", "kob pub XXXIDXXX XXXEXEPATHXXX"},
+                             {"KOB.prv", "kob prv XXXIDXXX XXXEXEPATHXXX"},
+                             {"Vantor.pub", "vantor pub XXXIDXXX XXXEXEPATHXXX"},
+                             {"Vantor.prv", "vantor prv XXXIDXXX XXXEXEPATHXXX"}};
+        startDevice(profile);
+        createdFolders().clear();
+        m_rescansSeen = 0;
+    }
+
+    fs::path real(const std::string& path) const { return device.root() + path; }
+
+    void write(const std::string& path, const std::string& content) {
+        fs::create_directories(real(path).parent_path());
+        std::ofstream(real(path), std::ios::binary) << content;
+    }
+
+    std::string read(const std::string& path) const {
+        std::ifstream file(real(path), std::ios::binary);
+        return file ? std::string(std::istreambuf_iterator<char>(file), {}) : "(none)";
+    }
+
+    // The public and the private role file, one after the other.
+    std::string roles(const std::string& id) const {
+        return read("/var/vire/ks2/roles/pub/" + id + ".json") +
+               read("/var/vire/ks2/roles/prv/" + id + ".json");
+    }
+
+    // Those since the last look.
+    long rescans() {
+        const auto& journal = device.journal();
+        const long all = std::count_if(journal.begin(), journal.end(), [](const auto& line) {
+            return line.find("\"what\":\"rescan\"") != std::string::npos;
+        });
+        return all - std::exchange(m_rescansSeen, all);
+    }
+
+private:
+    long m_rescansSeen = 0;
+};
+
+TEST_F(RolesTest, ExpandsATemplate) {
+    const std::string before(100000, 'x');
+    const struct {
+        std::string text, id, exePath, expected;
+    } cases[] = {
+        {"<XXXIDXXX XXXIDXXX>\n", "sampleapp", "", "<sampleapp sampleapp>\n\n"},
+        {"<XXXEXEPATHXXX>", "", kExecutable, "</apps/sampleapp/bin/puzzle>\n"},
+        {"", "id", "path", "\n"},
+        {"\n", "id", "path", "\n\n"},
+        {"XXXIDXXX\n\nXXXEXEPATHXXX XXXIDXXX", "id", "path", "id\n\npath id\n"},
+        {"a\0XXXIDXXX\0\r\nb\r"s, "id", "", "a\0id\0\r\nb\r\n"s},
+        {before + "XXXIDXXX\nXXXIDXXX", "id", "", before + "id\nid\n"},
+        {"xxxidxxx XXXID\nXXX XXXIDXX", "id", "", "xxxidxxx XXXID\nXXX XXXIDXX\n"},
+        {"<XXXIDXXX>", "", "", "<>\n"},
+        // An id that makes a path, but no path that makes an id.
+        {"XXXIDXXX XXXEXEPATHXXX", "XXXEXEPATHXXX", "XXXIDXXX", "XXXIDXXX XXXIDXXX\n"},
+        {"XXXIDXXX", "XXXEXEPATHXXX XXXEXEPATH", "XXX", "XXX XXXEXEPATH\n"},
+        // Values that hold their own placeholder.
+        {"XXXIDXXXXXXIDXXX", "aXXXIDXXXb", "", "aXXXIDXXXbaXXXIDXXXb\n"},
+        {"XXXEXEPATHXXX XXXEXEPATHXXX", "", "/XXXEXEPATHXXX", "/XXXEXEPATHXXX /XXXEXEPATHXXX\n"},
+        // Insertions that complete a placeholder with what follows, precedes and surrounds them.
+        {"XXXIDXXXIDXXX", "aXXX", "", "aaXXX\n"},
+        {"XXXIXXXIDXXX", "DXXX", "", "DXXX\n"},
+        {"<XXXXXXIDXXXIDXXX>", "", "", "<>\n"},
+        {"XXXIXXXIDXXXXXIDXXX", "DX", "", "DXIDXXX\n"},
+    };
+    tav::ensureRoleDirectories();
+    for (const auto& one : cases) {
+        write(kTemplate, one.text);
+        roleGenerate(kTemplate, kRole, one.id, one.exePath);
+        EXPECT_EQ(read(kRole), one.expected);
+        EXPECT_EQ(rescans(), 1);
+        fs::remove(real(kRole));
+    }
+}
+
+TEST_F(RolesTest, EndsAlsoWhereEveryInsertionCompletesAnother) {
+    tav::ensureRoleDirectories();
+    write(kTemplate, "XXXIDXXXX\nnext XXXIDXXX");
+    roleGenerate(kTemplate, kRole, "XXIDXXXXXXIDXX", "");
+    const std::string role = read(kRole);
+    EXPECT_LT(role.size(), 1000u);
+    EXPECT_TRUE(role.ends_with("\nnext XXIDXXXXXXIDXX\n")) << role;
+}
+
+TEST_F(RolesTest, ATemplateThatCannotBeReadLeavesAnEmptyFile) {
+    tav::ensureRoleDirectories();
+    for (const char* source : {"/usr/vire/ks2/templates/missing", "/usr/vire/ks2/templates"}) {
+        roleGenerate(source, kRole, "id", "path");
+        EXPECT_EQ(read(kRole), "") << source;
+        EXPECT_EQ(rescans(), 1) << source;
+        fs::remove(real(kRole));
+    }
+}
+
+TEST_F(RolesTest, WhatIsThereStays) {
+    write(kTemplate, "XXXIDXXX");
+    for (const char* content : {"", "old"}) {
+        write(kRole, content);
+        const auto past = fs::last_write_time(real(kRole)) - std::chrono::hours(1);
+        fs::last_write_time(real(kRole), past);
+        roleGenerate(kTemplate, kRole, "id", "path");
+        EXPECT_EQ(read(kRole), content);
+        EXPECT_EQ(fs::last_write_time(real(kRole)), past);
+    }
+    roleGenerate(kTemplate, "/var/vire/ks2/roles/pub", "id", "path");
+    EXPECT_TRUE(fs::is_directory(real("/var/vire/ks2/roles/pub")));
+    EXPECT_EQ(rescans(), 0);
+}
+
+TEST_F(RolesTest, CreatesTheFoldersThatAreMissing) {
+    const std::string store = "/var/vire/ks2/roles";
+    const std::string pub = store + "/pub", prv = store + "/prv";
+    const struct {
+        std::vector<std::string> present;
+        std::string blocked;  // a file where a folder should be
+        std::vector<std::string> created;
+    } cases[] = {
+        {{}, "", {"/var", "/var/vire", "/var/vire/ks2", store, pub, prv}},
+        {{store}, "", {pub, prv}},
+        {{pub}, "", {prv}},
+        {{prv}, "", {pub}},
+        {{pub, prv}, "", {}},
+        {{store}, pub, {prv}},
+        {{"/var/vire"}, "/var/vire/ks2", {}},
+    };
+    const mode_t mask = umask(0);
+    for (const auto& one : cases) {
+        fs::remove_all(real("/var"));
+        for (const std::string& path : one.present) {
+            fs::create_directories(real(path));
+        }
+        if (!one.blocked.empty()) {
+            write(one.blocked, "");
+        }
+        createdFolders().clear();
+        tav::ensureRoleDirectories();
+        EXPECT_EQ(createdFolders(), one.created);
+        for (const std::string& path : one.present) {
+            EXPECT_EQ(fs::status(real(path)).permissions(), fs::perms::all) << path;
+        }
+        for (const std::string& path : one.created) {
+            EXPECT_EQ(fs::status(real(path)).permissions(), fs::perms::owner_all) << path;
+        }
+    }
+    umask(mask);
+}
+
+TEST_F(RolesTest, TheBusRescansAfterEachCompleteFile) {
+    write("/usr/bin/ks-control", "#!/bin/sh\ncd '" + device.root() + R"(' || exit
+cat /dev/null var/vire/ks2/roles/p*/*.json >>runs
+echo "$@" >>runs
+)");
+    fs::permissions(real("/usr/bin/ks-control"), fs::perms::owner_all);
+    kobGenerateRole("sampleapp", kExecutable);
+    EXPECT_EQ(read("/runs"),
+              kKobPublic + "scan-services\n" + kKobPrivate + kKobPublic + "scan-services\n");
+}
+
+TEST_F(RolesTest, TheFirstFamilyDecides) {
+    const std::string vantorPublic = "vantor pub sampleapp js\n";
+    const std::string vantorPrivate = "vantor prv sampleapp js\n";
+    vantorGenerateRole("sampleapp");
+    EXPECT_EQ(roles("sampleapp"), vantorPublic + vantorPrivate);
+    EXPECT_EQ(rescans(), 2);
+
+    kobGenerateRole("sampleapp", kExecutable);
+    EXPECT_EQ(roles("sampleapp"), vantorPublic + vantorPrivate);
+    EXPECT_EQ(rescans(), 0);
+
+    fs::remove(real("/var/vire/ks2/roles/prv/sampleapp.json"));
+    kobGenerateRole("sampleapp", kExecutable);
+    EXPECT_EQ(roles("sampleapp"), vantorPublic + kKobPrivate);
+    EXPECT_EQ(rescans(), 1);
+}
+
+TEST_F(RolesTest, ASideThatCannotBeWrittenIsTriedAgain) {
+    write("/var/vire/ks2/roles/pub", "a file");
+    for (const long expected : {2, 1}) {
+        kobGenerateRole("sampleapp", kExecutable);
+        EXPECT_EQ(rescans(), expected);
+        EXPECT_EQ(roles("sampleapp"), "(none)" + kKobPrivate);
+    }
+}
+
+TEST_F(RolesTest, AnIdIsAPlainFileName) {
+    for (const char* id : {"/", "a/b", "../../sampleapp"}) {
+        kobGenerateRole(id, kExecutable);
+        vantorGenerateRole(id);
+    }
+    EXPECT_THAT(createdFolders(), IsEmpty());
+    EXPECT_EQ(rescans(), 0);
+
+    vantorGenerateRole("");
+    EXPECT_EQ(roles(""), "vantor pub  js\nvantor prv  js\n");
+}
+
+TEST_F(RolesTest, RegistersTheApplicationOfTheRootUser) {
+    const struct {
+        bool root;
+        const char* executable;
+        std::map<std::string, std::string> appinfo;
+        const char* id;
+        const char* failure;  // in the trace; null: the roles are written
+    } cases[] = {
+        {true, kExecutable, {{"id", "sampleapp"}}, "sampleapp", nullptr},
+        {true, "puzzle", {{"id", "sampleapp"}}, "sampleapp", nullptr},
+        {true, kExecutable, {{"id", ""}}, "", nullptr},
+        {true, kExecutable, {}, "puzzle", nullptr},
+        {true, kExecutable, {{"id", std::string(4096, 'a')}}, "puzzle", nullptr},
+        {false, kExecutable, {{"id", "sampleapp"}}, "sampleapp", "Not a root user"},
+        {true, "", {{"id", "sampleapp"}}, "sampleapp", "couldn't get exe path"},
+        {true, "/apps/", {}, "", "couldn't parse shortname"},
+        {true, "puzzle", {}, "puzzle", "couldn't parse shortname"},
+    };
+    for (const auto& one : cases) {
+        sim::Profile profile;
+        profile.root = one.root;
+        profile.executable = one.executable;
+        profile.appinfo = one.appinfo;
+        startWithTemplates(profile);
+        const std::string text = " "s + one.id + " " + one.executable + "\n";
+        EXPECT_EQ(registerRoleFile(), one.failure == nullptr ? TAV_NOERROR : TAV_EOTHER);
+        EXPECT_EQ(roles(one.id),
+                  one.failure == nullptr ? "kob pub" + text + "kob prv" + text : "(none)(none)");
+        EXPECT_EQ(createdFolders().empty(), one.failure != nullptr);
+        const std::vector<std::string> lines = trace();
+        EXPECT_EQ(lines.front(), "tav_f registerRoleFile --");
+        if (one.failure != nullptr) {
+            EXPECT_EQ(lines.back(), "tav_1 registerRoleFile "s + one.failure);
+        }
+        EXPECT_STREQ(SDL_GetError(), "");
+    }
+}
+
+}  // namespace
