@@ -484,10 +484,12 @@ duk_ret_t describeThrown(duk_context* engine, void*) {
 }
 
 void reportThrown(duk_context* engine) {
-    duk_safe_call(engine, describeThrown, nullptr, 1, 1);
+    const bool isDescribed =
+        duk_safe_call(engine, describeThrown, nullptr, 1, 1) == DUK_EXEC_SUCCESS;
     duk_safe_to_string(engine, -1);
+    const std::string description = textAt(engine, -1);
     ItemWriter items;
-    items.writeText(textAt(engine, -1));
+    items.writeText(isDescribed ? description : g_scriptName + ": " + description);
     tell(PageMessageKind::Problem, items);
 }
 

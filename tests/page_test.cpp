@@ -218,7 +218,8 @@ TEST_F(PageTest, Scripts) {
          "page.js:3: RangeError: too far\n"},
         {"function fail() {\n  throw 'just text';\n}\nfail();", "",
          "page.js:2: uncaught just text\n"},
-        {"throw { toString: function () { throw new Error('again') } }", "", "Error: again\n"},
+        {"throw { toString: function () { throw new Error('again') } }", "",
+         "page.js: Error: again\n"},
         {"(function deeper() { deeper() })()", "", "page.js:1: RangeError: callstack limit\n"},
 
         {"var text = 'x';\nwhile (true) text += text", "", "page.js:2: Error: alloc failed\n"},
