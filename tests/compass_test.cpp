@@ -109,17 +109,4 @@ TEST_F(CompassTest, AFullQueueLosesTheEventButNotTheReading) {
     EXPECT_LT(userEvents().size(), static_cast<std::size_t>(kMoreThanTheQueueHolds));
 }
 
-TEST_F(CompassTest, ReceivesWhatTheDevicePlaysWhileItIsEnabled) {
-    device.profile.compass.readings = {{1, 10.0, 1.0}, {2, 20.0, 2.0}};
-    device.profile.compass.interval = 50;
-    TAV_Init(0);
-    TAV_EnableCompass(SDL_TRUE);
-    device.advance(100);
-    expectReading(2, 20.0, 2.0);
-    EXPECT_THAT(userEvents(), ElementsAre(TAV_EVENT_COMPASS, TAV_EVENT_COMPASS));
-    TAV_EnableCompass(SDL_FALSE);
-    device.advance(1000);
-    EXPECT_THAT(userEvents(), ElementsAre());
-}
-
 }  // namespace

@@ -13,11 +13,6 @@ protected:
         tav::g_hardwareType = tav::kUnknownHardware;
     }
 
-    void TearDown() override {
-        tav::g_hardwareType = tav::kUnknownHardware;
-        DeviceTest::TearDown();
-    }
-
     int idOf(const char* machine) {
         tav::g_hardwareType = tav::kUnknownHardware;
         device.profile.machine = machine;
@@ -47,11 +42,7 @@ TEST_F(HardwareTest, KnowsEachModel) {
         EXPECT_STREQ(TAV_GetHardware(), row.product);
         TAV_ScreenMetrics screen;
         EXPECT_EQ(TAV_GetScreenMetrics(&screen), TAV_NOERROR);
-        EXPECT_EQ(screen.widthPixels, row.screen.widthPixels);
-        EXPECT_EQ(screen.heightPixels, row.screen.heightPixels);
-        EXPECT_EQ(screen.horizontalDpi, row.screen.horizontalDpi);
-        EXPECT_EQ(screen.verticalDpi, row.screen.verticalDpi);
-        EXPECT_EQ(screen.dpiRatio, row.screen.dpiRatio);
+        EXPECT_EQ(std::memcmp(&screen, &row.screen, sizeof screen), 0);
     }
 }
 
@@ -94,11 +85,8 @@ TEST_F(HardwareTest, ScreenMetricsReportFailures) {
 
     TAV_ScreenMetrics screen = {1, 2, 3, 4, 5.0};
     EXPECT_EQ(TAV_GetScreenMetrics(&screen), TAV_EOTHER);
-    EXPECT_EQ(screen.widthPixels, 0);
-    EXPECT_EQ(screen.heightPixels, 0);
-    EXPECT_EQ(screen.horizontalDpi, 0);
-    EXPECT_EQ(screen.verticalDpi, 0);
-    EXPECT_EQ(screen.dpiRatio, 0.0);
+    const TAV_ScreenMetrics zero = {};
+    EXPECT_EQ(std::memcmp(&screen, &zero, sizeof screen), 0);
     const std::vector<std::string> lines = trace();
     ASSERT_EQ(lines.size(), 5U);
     EXPECT_EQ(lines[3], "tav_1 getDeviceScreenMetrics returning unknown hardware");

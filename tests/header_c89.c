@@ -20,15 +20,16 @@ static void onEcho(TAV_JSParameters *parameters)
 
 int useFromC(int *percent)
 {
-    TAV_ScreenMetrics screen;
+    TAV_CompassReading reading;
     TAV_OSVersion version;
     int errors = TAV_Init(0);
 
-    errors += TAV_GetScreenMetrics(&screen);
+    errors += TAV_EnableCompass(SDL_TRUE);
+    errors += TAV_GetCompass(&reading);
     errors += TAV_GetOSVersion(&version);
     errors += TAV_SetOrientation(TAV_ORIENTATION_LEFT);
     errors += TAV_RegisterJSHandler("echo", onEcho);
     errors += TAV_ServiceCallWithCallback("vire://com.example/status", "{}", onStatus, percent,
                                           SDL_TRUE);
-    return errors == TAV_NOERROR ? screen.widthPixels + version.major : -errors;
+    return errors == TAV_NOERROR ? reading.intValue + version.major : -errors;
 }

@@ -1,6 +1,4 @@
 #include <functional>
-#include <map>
-#include <utility>
 
 #include "device_test.h"
 
@@ -12,127 +10,101 @@ using testing::HasSubstr;
 using testing::Not;
 using WindowTest = tavtest::DeviceTest;
 
-SDL_bool boolean(int value) {
-    return tavtest::anyValue<SDL_bool>(value);
-}
+constexpr char kNoCard[] = "Unable to communicate with app card";
 
-// One call, what it traces on entry, and the platform's function with the arguments it is to see.
+// One call, and what is to come of it.
 struct Control {
     const char* name;
     std::function<int()> call;
-    std::string entry;
-    std::string request;  // the name by which the device refuses it
-    std::string journal;
+    std::string entry;     // the arguments as the entry trace has them
+    std::string platform;  // the platform's function with its arguments, as the journal has them
+    std::string request;   // the name by which the device refuses it
+    int refusedCode;
+    const char* refusedMessage;
+    const char* pluginMessage;  // null where plug-ins may
 };
 
-std::vector<Control> hostControls() {
-    return {
-        {"TAV_SetKeyboardState", [] { return TAV_SetKeyboardState(SDL_FALSE); }, "false",
-         "keyboard", "NApp_SetKeyboardState\",\"visible\":0"},
-        {"TAV_SetKeyboardState", [] { return TAV_SetKeyboardState(boolean(5)); }, "true",
-         "keyboard", "NApp_SetKeyboardState\",\"visible\":1"},
-        {"TAV_Minimize", TAV_Minimize, "--", "minimize", "NApp_Minimize\""},
-        {"TAV_SetTouchAggression", [] { return TAV_SetTouchAggression(1); }, "1", "touch",
-         "NApp_SetTouchAggression\",\"aggression\":1"},
-        {"TAV_SetTouchAggression", [] { return TAV_SetTouchAggression(0); }, "0", "touch",
-         "NApp_SetTouchAggression\",\"aggression\":-1"},
-        {"TAV_SetTouchAggression", [] { return TAV_SetTouchAggression(2); }, "2", "touch",
-         "NApp_SetTouchAggression\",\"aggression\":-1"},
-        {"TAV_SetTouchAggression", [] { return TAV_SetTouchAggression(-9); }, "-9", "touch",
-         "NApp_SetTouchAggression\",\"aggression\":-1"},
-    };
-}
-
-std::vector<Control> hookControls() {
-    std::vector<Control> controls;
+std::vector<Control> controls() {
+    std::vector<Control> all = {{"TAV_Minimize", TAV_Minimize, "--", "NApp_Minimize\"", "minimize",
+                                 TAV_EOTHER, "Failed IPC communication for minimize",
+                                 "You can not minimize a Plugin"}};
+    for (const int visible : {0, 1, 5}) {
+        all.push_back(
+            {"TAV_SetKeyboardState",
+             [=] { return TAV_SetKeyboardState(tavtest::anyValue<SDL_bool>(visible)); },
+             visible != 0 ? "true" : "false",
+             std::string("NApp_SetKeyboardState\",\"visible\":") + (visible != 0 ? "1" : "0"),
+             "keyboard", TAV_ECONNECTION, "Could not communicate with card",
+             "Not allowed to bring up the keyboard as a plugin"});
+    }
+    for (const int aggression : {-1, 0, 1, 2}) {
+        const char* message = "Could not communicate with Touch Aggression service";
+        all.push_back({"TAV_SetTouchAggression", [=] { return TAV_SetTouchAggression(aggression); },
+                       std::to_string(aggression),
+                       std::string("NApp_SetTouchAggression\",\"aggression\":") +
+                           (aggression == 1 ? "1" : "-1"),
+                       "touch", TAV_ECONNECTION, message, message});
+    }
     const struct {
         const char* name;
         int (*call)(SDL_bool);
+        const char* hook;
         const char* request;
-        std::string hook;
     } switches[] = {
-        {"TAV_CustomPauseUiEnable", TAV_CustomPauseUiEnable, "pauseUi",
-         "SDL_NimboHookCustomPauseUiEnable"},
-        {"TAV_GesturesEnable", TAV_GesturesEnable, "gestures", "SDL_NimboHookSetGesturesEnable"},
-        {"TAV_BannerMessagesEnable", TAV_BannerMessagesEnable, "banners",
-         "SDL_NimboHookBannerMessagesEnable"},
-        {"TAV_ScreenTimeoutEnable", TAV_ScreenTimeoutEnable, "screenTimeout",
-         "SDL_NimboHookScreenTimeoutEnable"},
+        {"TAV_CustomPauseUiEnable", TAV_CustomPauseUiEnable, "CustomPauseUiEnable", "pauseUi"},
+        {"TAV_GesturesEnable", TAV_GesturesEnable, "SetGesturesEnable", "gestures"},
+        {"TAV_BannerMessagesEnable", TAV_BannerMessagesEnable, "BannerMessagesEnable", "banners"},
+        {"TAV_ScreenTimeoutEnable", TAV_ScreenTimeoutEnable, "ScreenTimeoutEnable",
+         "screenTimeout"},
     };
     for (const auto& row : switches) {
-        for (const int value : {0, 1, -5}) {
-            controls.push_back({row.name, [=] { return row.call(boolean(value)); },
-                                value != 0 ? "true" : "false", row.request,
-                                row.hook + "\",\"enable\":" + std::to_string(value)});
+        for (const int enable : {0, 1, -5}) {
+            all.push_back({row.name, [=] { return row.call(tavtest::anyValue<SDL_bool>(enable)); },
+                           enable != 0 ? "true" : "false",
+                           std::string("SDL_NimboHook") + row.hook +
+                               "\",\"enable\":" + std::to_string(enable),
+                           row.request, TAV_ECONNECTION, kNoCard, nullptr});
         }
     }
-    const char* const orientations[] = {"bottom", "right", "top", "left"};
+    const std::string orientations[] = {"bottom", "right", "top", "left"};
     for (int value = 0; value < 4; ++value) {
-        controls.push_back(
+        all.push_back(
             {"TAV_SetOrientation",
              [=] { return TAV_SetOrientation(tavtest::anyValue<TAV_Orientation>(value)); },
-             std::to_string(value), "orientation",
-             std::string("SDL_NimboHookSetOrientation\",\"orientation\":\"") +
-                 orientations[value]});
+             std::to_string(value),
+             "SDL_NimboHookSetOrientation\",\"orientation\":\"" + orientations[value],
+             "orientation", TAV_ECONNECTION, kNoCard, nullptr});
     }
-    return controls;
+    return all;
 }
 
-TEST_F(WindowTest, PassEachRequestOnAsThePlatformWantsIt) {
-    std::vector<Control> controls = hostControls();
-    for (const Control& control : hookControls()) {
-        controls.push_back(control);
-    }
-    for (const Control& control : controls) {
-        SCOPED_TRACE(control.name + (" " + control.journal));
+TEST_F(WindowTest, EachRequestIsPassedOnAndARefusalReported) {
+    for (const Control& control : controls()) {
+        SCOPED_TRACE(control.platform);
         startDevice({});
         EXPECT_EQ(control.call(), TAV_NOERROR);
         EXPECT_EQ(trace().front(), std::string("tav_f ") + control.name + " " + control.entry);
-        EXPECT_THAT(device.journal(), Contains(HasSubstr("\"what\":\"" + control.journal)));
+        EXPECT_THAT(device.journal(), Contains(HasSubstr("\"what\":\"" + control.platform)));
         EXPECT_STREQ(SDL_GetError(), "");
+
+        device.profile.refused = {control.request};
+        EXPECT_EQ(control.call(), control.refusedCode);
+        expectFailure(control.name, control.refusedMessage);
     }
 }
 
 TEST_F(WindowTest, APluginMayUseSDLsHooksButNotTheHosts) {
-    sim::Profile plugin;
-    plugin.plugin = true;
-    const std::map<std::string, const char*> messages = {
-        {"TAV_SetKeyboardState", "Not allowed to bring up the keyboard as a plugin"},
-        {"TAV_Minimize", "You can not minimize a Plugin"},
-        {"TAV_SetTouchAggression", "Could not communicate with Touch Aggression service"},
-    };
-    startDevice(plugin);
-    for (const Control& control : hostControls()) {
-        SCOPED_TRACE(control.name);
-        EXPECT_EQ(control.call(), TAV_EOTHER);
-        expectFailure(control.name, messages.at(control.name));
+    device.profile.plugin = true;
+    for (const Control& control : controls()) {
+        SCOPED_TRACE(control.platform);
+        if (control.pluginMessage == nullptr) {
+            EXPECT_EQ(control.call(), TAV_NOERROR);
+        } else {
+            EXPECT_EQ(control.call(), TAV_EOTHER);
+            expectFailure(control.name, control.pluginMessage);
+        }
     }
     EXPECT_THAT(device.journal(), Not(Contains(HasSubstr("NApp_"))));
-    for (const Control& control : hookControls()) {
-        EXPECT_EQ(control.call(), TAV_NOERROR) << control.name;
-    }
-}
-
-TEST_F(WindowTest, ReportARefusal) {
-    const std::map<std::string, std::pair<int, const char*>> hostFailures = {
-        {"TAV_SetKeyboardState", {TAV_ECONNECTION, "Could not communicate with card"}},
-        {"TAV_Minimize", {TAV_EOTHER, "Failed IPC communication for minimize"}},
-        {"TAV_SetTouchAggression",
-         {TAV_ECONNECTION, "Could not communicate with Touch Aggression service"}},
-    };
-    for (const Control& control : hostControls()) {
-        SCOPED_TRACE(control.name);
-        device.profile.refused = {control.request};
-        const auto& [code, message] = hostFailures.at(control.name);
-        EXPECT_EQ(control.call(), code);
-        expectFailure(control.name, message);
-    }
-    for (const Control& control : hookControls()) {
-        SCOPED_TRACE(control.name);
-        device.profile.refused = {control.request};
-        EXPECT_EQ(control.call(), TAV_ECONNECTION);
-        expectFailure(control.name, "Unable to communicate with app card");
-    }
 }
 
 TEST_F(WindowTest, AnOrientationOutsideTheFourNeverReachesSDL) {
