@@ -19,7 +19,7 @@ static void page(const char *title)
 static void row(const char *name, const char *format, ...)
 {
     va_list arguments;
-    printf("  %-24s ", name);
+    printf("  %-26s ", name);
     va_start(arguments, format);
     vprintf(format, arguments);
     va_end(arguments);
@@ -246,10 +246,20 @@ static void show_actions(void)
     handle_events(SECOND, NULL);
 }
 
+static void show_receipt(const char *name, TAV_ItemReceipt *receipt)
+{
+    if (receipt == NULL) {
+        row(name, "none: %s", TAV_GetError());
+        return;
+    }
+    row(name, "%s", TAV_GetItemReceiptJSON(receipt));
+    TAV_FreeItemReceipt(receipt);
+}
+
 static void show_purchases(void)
 {
     TAV_ItemCollection *items = TAV_GetAvailableItems();
-    TAV_ItemReceipt *receipt;
+    TAV_ItemInfo *item;
 
     page("Purchases");
     if (items != NULL) {
@@ -258,18 +268,16 @@ static void show_purchases(void)
     } else {
         row("items", "none: %s", TAV_GetError());
     }
-    receipt = TAV_PurchaseItem("extra-levels", 1, NULL);
-    if (receipt != NULL) {
-        row("receipt", "%s", TAV_GetItemReceiptJSON(receipt));
-        TAV_FreeItemReceipt(receipt);
+    item = TAV_GetItemInfo("extra-levels");
+    if (item != NULL) {
+        row("one item", "%s", TAV_GetItemJSON(item));
+        TAV_FreeItemInfo(item);
     } else {
-        row("receipt", "none: %s", TAV_GetError());
+        row("one item", "none: %s", TAV_GetError());
     }
-    receipt = TAV_PurchaseItem("gold-skin", 1, "from the tour");
-    row("a refused one", "%s", receipt == NULL ? TAV_GetError() : "was not refused");
-    if (receipt != NULL) {
-        TAV_FreeItemReceipt(receipt);
-    }
+    show_receipt("receipt", TAV_PurchaseItem("extra-levels", 1, NULL));
+    show_receipt("the same, asked for later", TAV_GetPendingPurchaseInfo("A-1001"));
+    show_receipt("a refused one", TAV_PurchaseItem("gold-skin", 1, "from the tour"));
 }
 
 static void on_greet(TAV_JSParameters *parameters)
