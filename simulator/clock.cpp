@@ -1,6 +1,7 @@
 #include "simulator/clock.h"
 
 #include <chrono>
+#include <thread>
 
 #include "SDL.h"
 #include "platform/visibility.h"
@@ -12,6 +13,7 @@ namespace {
 using SteadyClock = std::chrono::steady_clock;
 
 bool g_virtual = false;
+std::thread::id g_thread;  // the application's; other threads, as SDL's timers are, sleep for real
 long g_virtualNow = 0;
 SteadyClock::time_point g_startedAt = SteadyClock::now();
 
@@ -19,8 +21,13 @@ SteadyClock::time_point g_startedAt = SteadyClock::now();
 
 void startClock(bool virtualTime) {
     g_virtual = virtualTime;
+    g_thread = std::this_thread::get_id();
     g_virtualNow = 0;
     g_startedAt = SteadyClock::now();
+}
+
+bool isOnDeviceThread() {
+    return std::this_thread::get_id() == g_thread;
 }
 
 bool isTimeVirtual() {
@@ -46,7 +53,7 @@ void setTime(long milliseconds) {
 extern "C" {
 
 TAV_PLATFORM_API void SDL_Delay(Uint32 milliseconds) {
-    if (sim::isTimeVirtual()) {
+    if (sim::isTimeVirtual() && sim::isOnDeviceThread()) {
         sim::setTime(sim::now() + static_cast<long>(milliseconds));
         return;
     }

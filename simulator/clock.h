@@ -8,6 +8,9 @@ void startClock(bool virtualTime);
 
 bool isTimeVirtual();
 
+// False on every thread but the one that started the clock.
+bool isOnDeviceThread();
+
 // Milliseconds since the start.
 long now();
 

@@ -44,11 +44,6 @@ Delivery takeFirst() {
     return first;
 }
 
-int realPollEvent(SDL_Event* event) {
-    static const auto real = nextFunction<int(SDL_Event*)>("SDL_PollEvent");
-    return real(event);
-}
-
 // Lets time pass until the next delivery or SDL event may be there.
 void waitABit() {
     if (isTimeVirtual() && !g_queue.empty()) {
@@ -124,15 +119,17 @@ TAV_PLATFORM_API void SDL_PumpEvents(void) {
 }
 
 TAV_PLATFORM_API int SDL_PollEvent(SDL_Event* event) {
+    static const auto real = sim::nextFunction<int(SDL_Event*)>("SDL_PollEvent");
     sim::pumpNow();
-    return sim::realPollEvent(event);
+    return real(event);
 }
 
 TAV_PLATFORM_API int SDL_WaitEvent(SDL_Event* event) {
     while (true) {
-        sim::pumpNow();
-        if (sim::realPollEvent(event) != 0) {
-            return 1;
+        SDL_PumpEvents();
+        const int found = SDL_PeepEvents(event, 1, SDL_GETEVENT, SDL_ALLEVENTS);
+        if (found != 0) {
+            return found > 0 ? 1 : 0;  // without a queue there is nothing to wait for
         }
         sim::waitABit();
     }

@@ -7,6 +7,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <thread>
 
 #include "device_test.h"
 #include "platform/hkscaller.h"
@@ -272,6 +273,16 @@ TEST_F(SimulatorTest, TimeIsTheDevicesOwnAndASleepCostsNothing) {
     SDL_Delay(3600 * 1000);
     EXPECT_EQ(SDL_GetTicks() - before, 3600U * 1000U);
     EXPECT_EQ(device.now(), 3600L * 1000L);
+}
+
+TEST_F(SimulatorTest, OnlyTheApplicationsThreadMovesVirtualTime) {
+    std::thread([] { SDL_Delay(1); }).join();
+    EXPECT_EQ(device.now(), 0);
+}
+
+TEST_F(SimulatorTest, WaitingWithoutAnEventQueueFails) {
+    SDL_Event event;
+    EXPECT_EQ(SDL_WaitEvent(&event), 0);
 }
 
 TEST_F(SimulatorTest, OnlyTheRootProfileIsRoot) {
