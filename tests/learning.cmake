@@ -14,3 +14,24 @@ foreach(DEVICE quern.320x400 harrow.320x480 cinnabar.480x800 ember.1024x768 unkn
     set_tests_properties(instruments_${CMAKE_MATCH_1} PROPERTIES
         TIMEOUT 120 ENVIRONMENT ASAN_OPTIONS=verify_asan_link_order=0)
 endforeach()
+
+set(SANITIZER_FLAGS)
+if(TAV_SANITIZE)
+    set(SANITIZER_FLAGS -fsanitize=${TAV_SANITIZE})
+endif()
+foreach(TEXT docs/guide.md docs/simulator.md)
+    get_filename_component(NAME ${TEXT} NAME_WE)
+    string(TOLOWER programs_in_${NAME} NAME)
+    add_test(NAME ${NAME}
+             COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/check_snippets.sh $<TARGET_FILE:tavsim>
+                     ${CMAKE_CURRENT_BINARY_DIR}/${NAME} ${PROJECT_SOURCE_DIR}/${TEXT}
+                     ${CMAKE_C_COMPILER} -std=c99 -Wall -Wextra -Wno-unused-parameter -Werror
+                     -I${PROJECT_SOURCE_DIR}/include ${SDL_CFLAGS} ${SANITIZER_FLAGS}
+                     $<TARGET_FILE:tav> $<TARGET_FILE:tav_simulator> ${SDL_LDFLAGS}
+                     -Wl,-rpath,$<TARGET_FILE_DIR:tav>)
+    set_tests_properties(${NAME} PROPERTIES
+        TIMEOUT 300 ENVIRONMENT ASAN_OPTIONS=verify_asan_link_order=0)
+endforeach()
+
+add_test(NAME documented COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/check_documented.sh
+                                 ${PROJECT_SOURCE_DIR})
