@@ -33,5 +33,13 @@ foreach(TEXT docs/guide.md docs/simulator.md)
         TIMEOUT 300 ENVIRONMENT ASAN_OPTIONS=verify_asan_link_order=0)
 endforeach()
 
+find_program(DOXYGEN doxygen)
+if(DOXYGEN)
+    add_test(NAME reference COMMAND ${DOXYGEN} docs/Doxyfile
+             WORKING_DIRECTORY ${PROJECT_SOURCE_DIR})
+else()
+    message(STATUS "doxygen is missing: the test of the reference is left out")
+endif()
+
 add_test(NAME documented COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/check_documented.sh
                                  ${PROJECT_SOURCE_DIR})
