@@ -53,12 +53,14 @@ static SDL_Surface *screen;
 
 /* ---- What the application asks of the device ---- */
 
-static void report(const char *action, int code)
+/* Says how an action ended: with what it did, or with the failure's message. */
+static void report(const char *action, const char *done, int code)
 {
-    const char *why = code != TAV_NOERROR ? TAV_GetError() : "";
+    const char *why = TAV_GetError();
 
-    snprintf(app.message, sizeof app.message, "%s%s%s", action, *why != '\0' ? ": " : "", why);
     app.failed = code != TAV_NOERROR;
+    snprintf(app.message, sizeof app.message, "%s: %s", action,
+             !app.failed ? done : *why != '\0' ? why : "refused");
     app.changed = 1;
 }
 
@@ -71,7 +73,7 @@ static void toggle_compass(void)
     if (code == TAV_NOERROR) {
         app.compass_on = !app.compass_on;
     }
-    report(app.compass_on ? "compass on" : "compass off", code);
+    report("compass", app.compass_on ? "on" : "off", code);
 }
 
 static void toggle_location(void)
@@ -81,12 +83,12 @@ static void toggle_location(void)
     if (code == TAV_NOERROR) {
         app.location_on = !app.location_on;
     }
-    report(app.location_on ? "location on" : "location off", code);
+    report("location", app.location_on ? "on" : "off", code);
 }
 
 static void vibrate(void)
 {
-    report("vibrate for half a second", TAV_Vibrate(100, 500));
+    report("vibrate", "half a second", TAV_Vibrate(100, 500));
 }
 
 static void toggle_keyboard(void)
@@ -96,20 +98,19 @@ static void toggle_keyboard(void)
     if (code == TAV_NOERROR) {
         app.keyboard_on = !app.keyboard_on;
     }
-    report(app.keyboard_on ? "keyboard shown" : "keyboard hidden", code);
+    report("keyboard", app.keyboard_on ? "shown" : "hidden", code);
 }
 
 static void turn_screen(void)
 {
-    static const char *const names[] = {"screen: bottom", "screen: right", "screen: top",
-                                        "screen: left"};
+    static const char *const names[] = {"bottom", "right", "top", "left"};
     int next = (app.orientation + 1) % 4;
     int code = TAV_SetOrientation((TAV_Orientation)next);
 
     if (code == TAV_NOERROR) {
         app.orientation = next;
     }
-    report(names[app.orientation], code);
+    report("screen", names[app.orientation], code);
 }
 
 static void on_battery(TAV_ServiceParameters *parameters, void *user_data)
@@ -123,13 +124,14 @@ static void on_battery(TAV_ServiceParameters *parameters, void *user_data)
 
 static void ask_battery(void)
 {
-    report("battery asked", TAV_ServiceCallWithCallback("vire://com.vire.battery/status", "{}",
-                                                        on_battery, NULL, SDL_TRUE));
+    report("battery", "asked",
+           TAV_ServiceCallWithCallback("vire://com.vire.battery/status", "{}", on_battery, NULL,
+                                       SDL_TRUE));
 }
 
 static void minimize(void)
 {
-    report("minimized", TAV_Minimize());
+    report("window", "minimized", TAV_Minimize());
 }
 
 static void quit(void)
@@ -604,7 +606,7 @@ static void on_location_failure(void)
 {
     TAV_Location none;
 
-    report("no location", TAV_GetLocation(&none));
+    report("location", "", TAV_GetLocation(&none));
     TAV_EnableLocationTracking(SDL_FALSE);
     app.location_on = 0;
 }
