@@ -96,7 +96,8 @@ JournalEntry& JournalEntry::text(const char* key, const std::string& value) {
 JournalEntry& JournalEntry::texts(const char* key, const char* const* values, int count) {
     m_line += std::string(",\"") + key + "\":[";
     for (int index = 0; index < count; ++index) {
-        m_line += (index > 0 ? "," : "") + quoted(values[index]);
+        m_line += index > 0 ? "," : "";
+        m_line += quoted(values[index]);
     }
     m_line += ']';
     return *this;

@@ -112,7 +112,8 @@ const Item* findItem(const std::string& id) {
 Answer availableItems(const dom::object&) {
     std::string items;
     for (const Item& item : device().profile.items) {
-        items += (items.empty() ? "" : ",") + itemText(item);
+        items += items.empty() ? "" : ",";
+        items += itemText(item);
     }
     return oneReply(R"({"returnValue":true,"items":[)" + items + "]}", kPaymentDelay);
 }
