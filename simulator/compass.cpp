@@ -57,6 +57,9 @@ void enableCompass(bool enable) {
     }
     g_enabled = enable;
     ++g_run;
+    if (enable) {
+        warnIfNotInFront();
+    }
     if (enable && hasReadings()) {
         g_enabledAt = now();
         scheduleReading(now() + device().profile.compass.interval, g_run);
