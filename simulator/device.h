@@ -82,6 +82,7 @@ TAV_PLATFORM_API Device& device();
 
 // Makes a fresh, private folder for a device's files below freshRootsFolder(); empty on failure.
 TAV_PLATFORM_API std::string makeFreshRoot();
+TAV_PLATFORM_API void removeFreshRoot(const std::string& path);
 TAV_PLATFORM_API std::string freshRootsFolder();
 
 }  // namespace sim

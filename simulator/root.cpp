@@ -23,6 +23,7 @@ constexpr char kUniqueId[] = "/proc/nduid";
 constexpr char kRoles[] = "/var/vire/ks2/roles";
 constexpr char kTemplates[] = "/usr/vire/ks2/templates";
 constexpr char kData[] = "/data";
+constexpr int kTriesForRoot = 10;
 constexpr std::string_view kFoldersAbove[] = {"/var", "/var/vire", "/var/vire/ks2"};
 
 struct Root {
@@ -138,9 +139,8 @@ bool prepareRoot(const Profile& profile, const std::string& folder, std::string*
 }
 
 void releaseRoot() {
-    if (root().isFresh && !root().folder.empty()) {
-        std::error_code problem;
-        fs::remove_all(root().folder, problem);
+    if (root().isFresh) {
+        removeFreshRoot(root().folder);
     }
     root() = {};
 }
@@ -151,16 +151,33 @@ const std::string& rootFolder() {
 
 std::string makeFreshRoot() {
     const std::string parent = freshRootsFolder();
+    // Another run that ends can take the parent away in between.
+    for (int tries = 0; tries < kTriesForRoot; ++tries) {
+        std::error_code problem;
+        fs::create_directories(parent, problem);
+        fs::permissions(parent, fs::perms::owner_all, problem);
+        std::string path = parent + "/" + std::to_string(getpid()) + "-XXXXXX";
+        if (mkdtemp(path.data()) != nullptr) {
+            return path;
+        }
+    }
+    return {};
+}
+
+void removeFreshRoot(const std::string& path) {
+    if (path.empty()) {
+        return;
+    }
     std::error_code problem;
-    fs::create_directories(parent, problem);
-    fs::permissions(parent, fs::perms::owner_all, problem);
-    std::string path = parent + "/" + std::to_string(getpid()) + "-XXXXXX";
-    return mkdtemp(path.data()) != nullptr ? path : std::string();
+    fs::remove_all(path, problem);
+    // Stays where it holds the folders of other runs.
+    fs::remove(fs::path(path).parent_path(), problem);
 }
 
 std::string freshRootsFolder() {
     std::error_code problem;
-    return fs::temp_directory_path(problem).string() + "/tavsim-" + std::to_string(geteuid());
+    const fs::path temporary = fs::temp_directory_path(problem);
+    return (problem ? "/tmp" : temporary.string()) + "/tavsim-" + std::to_string(geteuid());
 }
 
 bool storePreference(const std::string& key, const std::string& value) {

@@ -42,9 +42,8 @@ public:
         : m_isFresh(wanted.empty()),
           m_path(m_isFresh ? sim::makeFreshRoot() : absolutePath(wanted)) {}
     ~RootFolder() {
-        std::error_code problem;
-        if (m_isFresh && !m_path.empty()) {
-            fs::remove_all(m_path, problem);
+        if (m_isFresh) {
+            sim::removeFreshRoot(m_path);
         }
     }
     RootFolder(const RootFolder&) = delete;
@@ -91,6 +90,10 @@ bool canBeSetUp(const RunRequest& request) {
     if (!request.page.empty() && !fs::is_regular_file(request.page, problem)) {
         return complain(request.page + ": no such page script");
     }
+    if (!request.root.empty() && !fs::is_directory(request.root, problem) &&
+        !fs::create_directories(request.root, problem)) {
+        return complain(request.root + ": the device's root folder cannot be made");
+    }
     const fs::path journalFolder = fs::path(absolutePath(request.journal)).parent_path();
     if (!request.journal.empty() && !fs::is_directory(journalFolder, problem)) {
         return complain(request.journal + ": no such folder for the journal");
@@ -107,14 +110,22 @@ int spawn(const std::vector<std::string>& command, pid_t* process) {
     return posix_spawnp(process, arguments[0], nullptr, nullptr, arguments.data(), environ);
 }
 
-// The keyboard's signals reach the program too and are for it; this process only waits.
+volatile pid_t g_program = 0;
+
+void passOn(int signal) {
+    kill(g_program, signal);
+}
+
+// What asks this process to end is for the program, and this one stays to clean up behind it. The
+// keyboard's signals reach the program by themselves.
 int waitFor(pid_t process) {
-    const auto interrupt = std::signal(SIGINT, SIG_IGN);
-    const auto quit = std::signal(SIGQUIT, SIG_IGN);
+    g_program = process;
+    std::signal(SIGINT, SIG_IGN);
+    std::signal(SIGQUIT, SIG_IGN);
+    std::signal(SIGTERM, passOn);
+    std::signal(SIGHUP, passOn);
     int status = 0;
     while (waitpid(process, &status, 0) < 0 && errno == EINTR) {}
-    std::signal(SIGINT, interrupt);
-    std::signal(SIGQUIT, quit);
     return WIFSIGNALED(status) ? kDeathBySignal + WTERMSIG(status) : WEXITSTATUS(status);
 }
 
@@ -125,6 +136,10 @@ int run(const RunRequest& request) {
         return kBadSetup;
     }
     const RootFolder root(request.root);
+    if (root.path().empty()) {
+        complain(sim::freshRootsFolder() + ": no folder for the device can be made there");
+        return kBadSetup;
+    }
     setEnvironment(request, root.path());
     pid_t process = 0;
     const int problem = spawn(request.command, &process);
