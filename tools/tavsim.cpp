@@ -98,7 +98,7 @@ int main(int argc, char** argv) {
     ctl->prefix_command();
     ctl->footer(kCommands);
     CLI::App* devices = app.add_subcommand("devices", "List the devices that come with it");
-    // What stands behind "--" is the program's, whatever it looks like.
+    // What stands behind "--" is a program or one of its arguments, whatever it looks like.
     char** const end = argv + argc;
     char** const dashes = std::find(argv, end, std::string_view("--"));
     try {
@@ -110,19 +110,20 @@ int main(int argc, char** argv) {
         return listDevices();
     }
     std::vector<std::string> words = (ctl->parsed() ? ctl : run)->remaining();
+    if (run->parsed() && !words.empty() && words[0][0] == '-') {
+        return complain("run: unknown option " + words[0] +
+                        " (`tavsim run --help` lists the options)");
+    }
     if (dashes != end) {
-        words.insert(words.end(), dashes + 1, end);
+        // In front of the program "--" is ours; behind its name it is one of its arguments.
+        words.insert(words.end(), words.empty() ? dashes + 1 : dashes, end);
     }
     if (ctl->parsed()) {
         return tools::control(controlledRoot, words);
     }
-    request.command = words;
-    if (request.command.empty()) {
+    if (words.empty()) {
         return complain("run: no program given");
     }
-    if (dashes == end && request.command[0][0] == '-') {
-        return complain("run: unknown option " + request.command[0] +
-                        " (`tavsim run --help` lists the options)");
-    }
+    request.command = words;
     return tools::run(request);
 }
