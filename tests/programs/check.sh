@@ -1,0 +1,72 @@
+#!/usr/bin/env bash
+# Helpers of the whole-program tests, each of which sources this file. ctest sets TAV_BUILD and
+# TAV_SOURCE, the two trees' folders; CC, CXX and TAV_FLAGS, the compilers and what they need to be
+# given; and PATH and LD_LIBRARY_PATH as the user has them.
+set -euo pipefail
+
+tavsim=$TAV_BUILD/bin/tavsim
+programs=$TAV_BUILD/tests/programs
+work=$(mktemp -d)
+# A temporary folder of its own shows what a run leaves in it, and keeps the devices of tests that
+# run at the same time apart.
+export TMPDIR=$work/tmp
+mkdir "$TMPDIR"
+export SDL_VIDEODRIVER=dummy
+
+finish() {
+    local running
+    running=$(jobs -p)
+    # The list is of process ids.
+    # shellcheck disable=SC2086
+    [ -z "$running" ] || kill $running 2>/dev/null || true
+    wait
+    rm -rf "$work"
+}
+trap finish EXIT
+
+fail() {
+    printf 'FAILED: %s\n' "$*" >&2
+    exit 1
+}
+
+# Runs a command and keeps its exit status and its two outputs.
+run() {
+    command=$*
+    status=0
+    "$@" >"$work/out" 2>"$work/err" </dev/null || status=$?
+    out=$(<"$work/out")
+    err=$(<"$work/err")
+}
+
+# Whether a text has the pattern's form, line for line: * stands for any text within a line.
+has_form() {
+    local text=$1 pattern=$2
+    # The pattern is one.
+    # shellcheck disable=SC2053
+    [[ $text == $pattern ]] && [ "$(wc -l <<<"$text")" -eq "$(wc -l <<<"$pattern")" ]
+}
+
+# expect STATUS OUTPUT ERRORS: how the last command ended and what it said, as patterns.
+expect() {
+    [ "$status" -eq "$1" ] || fail "$command: status $status in place of $1: $out $err"
+    has_form "$out" "$2" || fail "$command: printed: $out"$'\n'"expected: $2"
+    has_form "$err" "$3" || fail "$command: complained: $err"$'\n'"expected: $3"
+}
+
+# Tries a command until it succeeds.
+wait_until() {
+    local tries
+    for ((tries = 0; tries < 600; ++tries)); do
+        if "$@" >/dev/null 2>&1; then
+            return
+        fi
+        sleep 0.1
+    done
+    fail "$*: did not come true within a minute"
+}
+
+expect_nothing_left() {
+    local left
+    left=$(find "$TMPDIR" -mindepth 1)
+    [ -z "$left" ] || fail "$1 left behind: $left"
+}

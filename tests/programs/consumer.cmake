@@ -1,0 +1,5 @@
+cmake_minimum_required(VERSION 3.22)
+project(consumer LANGUAGES C)
+find_package(tav 3.0 REQUIRED)
+add_executable(consumer service_reply.c)
+target_link_libraries(consumer PRIVATE tav::tav)

@@ -1,0 +1,73 @@
+#!/usr/bin/env bash
+# An installed copy: programs are built against it in a fresh folder, with pkg-config and with CMake,
+# and receive a reply without tavsim and without anything preloaded.
+source "$(dirname "$0")/check.sh"
+
+cmake --install "$TAV_BUILD" --prefix "$work/before" --strip >/dev/null
+# The copy can be moved.
+prefix=$work/installed
+mv "$work/before" "$prefix"
+libraries=$prefix/$TAV_LIBDIR
+unset CFLAGS LDFLAGS CPPFLAGS
+read -ra flags <<<"${TAV_FLAGS:-}"
+
+for file in bin/tavsim include/tav.h share/man/man1/tavsim.1 share/tavsim/devices/quern.json; do
+    [ -f "$prefix/$file" ] || fail "$file is not installed"
+done
+find "$prefix/share/doc" -name LICENSE | grep -q . || fail 'the licence is not installed'
+readelf -d "$libraries/libtav.so" | grep -q 'soname: \[libtav.so.3\]' || fail 'the soname is wrong'
+
+# No installed file knows where it was built or first installed, but for what instruments it.
+folders=("$work/before")
+[ -n "${TAV_FLAGS:-}" ] || folders+=("$TAV_BUILD" "$TAV_SOURCE")
+for folder in "${folders[@]}"; do
+    named=$(grep -rlF "$folder" "$prefix" || true)
+    [ -z "$named" ] || fail "$named: names $folder"
+done
+while read -r file; do
+    rpaths=$({ readelf -d "$file" 2>/dev/null || true; } | sed -n 's/.*R.*PATH.*\[\(.*\)\]/\1/p')
+    for path in ${rpaths//:/ }; do
+        [[ $path == \$ORIGIN* ]] || fail "$file looks for libraries in $path"
+    done
+done < <(find "$prefix" -type f)
+
+# The installed tool works by itself.
+run env -u LD_LIBRARY_PATH "$prefix/bin/tavsim" devices
+[[ $status -eq 0 && $(wc -l <<<"$out") -eq 9 ]] || fail "tavsim devices: $status: $out $err"
+
+replies() {
+    run env LD_LIBRARY_PATH="$libraries${LD_LIBRARY_PATH:+:$LD_LIBRARY_PATH}" TAVSIM_DEVICE=quern "$@"
+    expect 0 $'lute\npercent *' ''
+    expect_nothing_left "$1"
+}
+
+mkdir "$work/consumer"
+cd "$work/consumer"
+cp "$TAV_SOURCE/tests/programs/service_reply.c" .
+export PKG_CONFIG_PATH=$libraries/pkgconfig
+[ "$(pkg-config --modversion tav)" = 3.0.0 ] || fail 'pkg-config does not know the version'
+read -ra compiling < <(pkg-config --cflags tav)
+read -ra linking < <(pkg-config --libs tav)
+"$CC" "${flags[@]}" "${compiling[@]}" -o plain service_reply.c "${linking[@]}"
+replies ./plain
+# Some distributions drop libraries that a program calls nothing of. One that leaves SDL's events to
+# another library calls nothing of the simulator's, and needs it in front all the same.
+"$CC" "${flags[@]}" "${compiling[@]}" -Wl,--as-needed -o as_needed service_reply.c "${linking[@]}"
+replies ./as_needed
+printf '#include "tav.h"\nint main(void) { return TAV_GetKOBVersion() != 300; }\n' >silent.c
+"$CC" "${flags[@]}" "${compiling[@]}" -Wl,--as-needed -o silent silent.c "${linking[@]}"
+readelf -d silent | grep -q 'NEEDED.*libtavsim' || fail 'the simulator was dropped as not needed'
+# A program that names SDL too still finds it behind the simulator.
+read -ra linking < <(pkg-config --libs sdl tav)
+"$CC" "${flags[@]}" "${compiling[@]}" -o both service_reply.c "${linking[@]}"
+replies ./both
+
+cp "$TAV_SOURCE/tests/programs/consumer.cmake" CMakeLists.txt
+for linker_flags in '' -Wl,--as-needed; do
+    rm -rf build
+    cmake -S . -B build -G Ninja -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_C_COMPILER="$CC" \
+        -DCMAKE_C_FLAGS="${TAV_FLAGS:-}" -DCMAKE_EXE_LINKER_FLAGS="$linker_flags" >"$work/log" ||
+        fail "find_package: $(<"$work/log")"
+    cmake --build build >"$work/log" || fail "find_package: $(<"$work/log")"
+    replies build/consumer
+done

@@ -1,0 +1,109 @@
+#!/usr/bin/env bash
+# The command `tavsim run`: what it starts, what it refuses, what it says and how it ends.
+source "$(dirname "$0")/check.sh"
+ends=$programs/ends
+
+# A device that cannot be had: one line that names the file and the field, and nothing is started.
+refuses_profile() {
+    printf '%s' "$2" >"$work/profile.json"
+    run "$tavsim" run --device "$work/profile.json" "$ends" print started
+    expect 2 '' "tavsim: $work/profile.json: $1"
+}
+refuses_profile 'not JSON: *' '{"machine": '
+refuses_profile 'machien: unknown field' '{"machien": "cinnabar"}'
+refuses_profile 'compass.interval: must be *' '{"compass": {"interval": "soon"}}'
+run "$tavsim" run --device "$work/missing.json" "$ends" print started
+expect 2 '' "tavsim: $work/missing.json: no such device profile"
+run "$tavsim" run --device no-such-device "$ends" print started
+expect 2 '' "tavsim: */no-such-device.json: no such device profile (\`tavsim devices\` *)"
+run "$tavsim" run --page "$work/missing.js" "$ends" print started
+expect 2 '' "tavsim: $work/missing.js: no such page script"
+run "$tavsim" run --journal "$work/missing/journal" "$ends" print started
+expect 2 '' "tavsim: $work/missing/journal: no such folder for the journal"
+run "$tavsim" run --root "$ends/root" "$ends" print started
+expect 2 '' "tavsim: $ends/root: the device's root folder cannot be made"
+
+# A program that cannot be started: its name and why.
+printf 'no program' >"$work/text"
+run "$tavsim" run no-such-program
+expect 127 '' 'tavsim: no-such-program: No such file or directory'
+run "$tavsim" run "$work/text"
+expect 127 '' "tavsim: $work/text: Permission denied"
+chmod +x "$work/text"
+run "$tavsim" run "$work/text"
+expect 127 '' "tavsim: $work/text: Exec format error"
+
+# The program's own end.
+for code in 0 1 7 255; do
+    run "$tavsim" run "$ends" status "$code"
+    expect "$code" '' ''
+done
+for number in 6 9 11 15; do
+    run "$tavsim" run "$ends" signal "$number"
+    expect $((128 + number)) '' ''
+done
+
+# Everything from the program's name on is the program's; -- may stand before it.
+run "$tavsim" run --device quern "$ends" print --device nothing -h
+expect 0 $'--device\nnothing\n-h' ''
+run "$tavsim" run --device quern -- "$ends" print --journal
+expect 0 --journal ''
+run "$tavsim" run "$ends" print a -- b -- c
+expect 0 $'a\n--\nb\n--\nc' ''
+run "$tavsim" run -- "$ends" print -- b
+expect 0 $'--\nb' ''
+run "$tavsim" run -- -odd
+expect 127 '' 'tavsim: -odd: No such file or directory'
+for option in --no-such-option -x --device=; do
+    run "$tavsim" run "$option" "$ends" print started
+    [[ $status -eq 2 && -z $out ]] || fail "run $option: status $status, printed: $out"
+    run "$tavsim" run "$option" -- "$ends" print started
+    [[ $status -eq 2 && -z $out ]] || fail "run $option --: status $status, printed: $out"
+done
+run "$tavsim" run --no-such-option -- "$ends" print started
+expect 2 '' 'tavsim: run: unknown option --no-such-option (*)'
+run "$tavsim" run
+expect 2 '' 'tavsim: run: no program given'
+for words in '' no-such-command 'devices too many'; do
+    # shellcheck disable=SC2086
+    run "$tavsim" $words
+    [[ $status -eq 2 && -n $err ]] || fail "tavsim $words: status $status, said: $err"
+done
+
+# The devices that come with it are the ones that it lists.
+run "$tavsim" devices
+listed=$(cut -d ' ' -f 1 <<<"$out")
+there=$(cd "$TAV_SOURCE/simulator/devices" && printf '%s\n' *.json | sed 's/\.json$//' | LC_ALL=C sort)
+[ "$(LC_ALL=C sort <<<"$listed")" = "$there" ] || fail "tavsim devices: $out"
+
+# An inherited preload list is kept behind the simulator.
+run env LD_PRELOAD= "$tavsim" run "$ends" print whole
+expect 0 whole ''
+
+# Whether it ends well or not, a run leaves nothing in the temporary folder.
+expect_nothing_left 'a run'
+run "$tavsim" run "$programs/service_reply"
+expect 0 $'*\npercent 72' ''
+expect_nothing_left 'a program with a device'
+"$tavsim" run "$programs/wait_for_quit" &
+runner=$!
+wait_until "$tavsim" ctl state
+pkill -KILL -P "$runner"
+status=0
+wait "$runner" || status=$?
+[ "$status" -eq 137 ] || fail "a killed program: status $status"
+expect_nothing_left 'a killed program'
+# A run that is asked to end hands that on to its program, for which SDL makes it a quit event.
+"$tavsim" run "$programs/wait_for_quit" >"$work/said" &
+runner=$!
+wait_until "$tavsim" ctl state
+kill -TERM "$runner"
+status=0
+wait "$runner" || status=$?
+[[ $status -eq 0 && $(<"$work/said") == quit ]] || fail "a run asked to end: status $status"
+expect_nothing_left 'a run that was asked to end'
+
+# A root folder that was asked for stays.
+run "$tavsim" run --root "$work/kept" "$programs/service_reply"
+expect 0 $'*\npercent 72' ''
+[ -f "$work/kept/proc/nduid" ] || fail 'the root folder asked for did not stay'

@@ -1,0 +1,51 @@
+/* Asks a service and prints its reply: service_reply [MILLISECONDS], how long to wait for it at
+ * most. Like many applications it calls nothing but libtav and SDL. */
+#include <stdio.h>
+#include <stdlib.h>
+
+#include "SDL.h"
+#include "tav.h"
+
+#define STEP 5
+
+static void on_reply(TAV_ServiceParameters *parameters, void *user_data)
+{
+    printf("percent %d\n", TAV_GetParamInt(parameters, "percent"));
+    *(int *)user_data = 1;
+}
+
+static void ignore(TAV_ServiceParameters *parameters, void *user_data)
+{
+    (void)parameters;
+    (void)user_data;
+}
+
+int main(int argc, char *argv[])
+{
+    const int patience = argc > 1 ? atoi(argv[1]) : 60000;
+    int answered = 0;
+    int waited;
+
+    if (SDL_Init(SDL_INIT_VIDEO) != 0) {
+        fprintf(stderr, "SDL does not start: %s\n", SDL_GetError());
+        return 2;
+    }
+    TAV_Init(0);
+    printf("%s\n", TAV_GetHardware());
+    if (TAV_ServiceCallWithCallback("vire://com.vire.battery/status", "{}", on_reply, &answered,
+                                    SDL_TRUE) != TAV_NOERROR) {
+        fprintf(stderr, "no call: %s\n", TAV_GetError());
+        return 2;
+    }
+    /* A second call, so that what is said once is seen to be said once. */
+    TAV_ServiceCallWithCallback("vire://com.vire.clock/ticks", "{}", ignore, NULL, SDL_FALSE);
+    for (waited = 0; !answered && waited < patience; waited += STEP) {
+        SDL_Event event;
+        while (SDL_PollEvent(&event)) {
+        }
+        SDL_Delay(STEP);
+    }
+    TAV_Quit();
+    SDL_Quit();
+    return answered ? 0 : 1;
+}
