@@ -1,0 +1,44 @@
+// A fresh simulated device for a benchmark, in virtual time, with nobody listening to the trace.
+#ifndef TAV_BENCH_BENCH_DEVICE_H
+#define TAV_BENCH_BENCH_DEVICE_H
+
+#include <benchmark/benchmark.h>
+
+#include <string>
+
+#include "simulator/device.h"
+#include "tav.h"
+
+namespace tavbench {
+
+class BenchDevice {
+public:
+    explicit BenchDevice(benchmark::State& state, sim::Profile profile = {},
+                         bool virtualTime = true) {
+        sim::Options options;
+        options.virtualTime = virtualTime;
+        std::string error;
+        if (!sim::device().start(std::move(profile), options, &error)) {
+            state.SkipWithError(error.c_str());
+        }
+    }
+
+    ~BenchDevice() {
+        TAV_Quit();
+        sim::device().stop();
+    }
+
+    BenchDevice(const BenchDevice&) = delete;
+    BenchDevice& operator=(const BenchDevice&) = delete;
+};
+
+// A benchmark that does not do what it is meant to do measures nothing.
+inline void expect(benchmark::State& state, bool condition, const char* what) {
+    if (!condition) {
+        state.SkipWithError(what);
+    }
+}
+
+}  // namespace tavbench
+
+#endif

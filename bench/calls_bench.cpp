@@ -1,0 +1,102 @@
+// Calls over the bus, from dispatch to reply function, beside the bare bus caller.
+#include "bench/bench_device.h"
+#include "platform/napp.h"
+
+namespace {
+
+using tavbench::BenchDevice;
+using tavbench::expect;
+
+constexpr char kAnswering[] = "vire://com.example.bench/answer";
+constexpr char kSilent[] = "vire://com.example.bench/silent";
+constexpr char kPayload[] = "{}";
+constexpr int kSubscriptions = 10000;
+
+sim::Profile services() {
+    sim::Profile profile;
+    profile.services[kAnswering].replies = {R"({"returnValue":true})"};
+    profile.services[kSilent] = {};
+    return profile;
+}
+
+long g_replies = 0;
+
+void onReply(TAV_ServiceParameters*, void*) {
+    ++g_replies;
+}
+
+void onBareReply(int, const char*, void*) {
+    ++g_replies;
+}
+
+void callWithLibtav(const char* uri) {
+    TAV_ServiceCallWithCallback(uri, kPayload, onReply, nullptr, SDL_TRUE);
+}
+
+void callBare(const char* uri) {
+    NApp_GetKSCaller()->ksCallWithResponse(uri, kPayload, false, onBareReply, nullptr);
+}
+
+void dispatchAll(benchmark::State& state, void (*call)(const char*), const char* uri) {
+    for (long i = 0; i < state.range(0); ++i) {
+        call(uri);
+    }
+}
+
+// Every iteration has the given number of calls outstanding before the first reply. The time is
+// that of one call.
+void countCalls(benchmark::State& state) {
+    const double calls = static_cast<double>(state.iterations() * state.range(0));
+    expect(state, g_replies == static_cast<long>(calls), "replies are missing");
+    state.counters["per_call"] =
+        benchmark::Counter(calls, benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+}
+
+void inOrder(benchmark::State& state, void (*call)(const char*)) {
+    const BenchDevice device(state, services());
+    g_replies = 0;
+    for (auto _ : state) {
+        dispatchAll(state, call, kAnswering);
+        sim::device().pump();
+    }
+    countCalls(state);
+}
+
+void inReverse(benchmark::State& state, void (*call)(const char*)) {
+    const BenchDevice device(state, services());
+    const sim::Reply reply = R"({"returnValue":true})";
+    g_replies = 0;
+    for (auto _ : state) {
+        dispatchAll(state, call, kSilent);
+        state.PauseTiming();
+        const std::vector<int> tokens = sim::device().openCalls();
+        state.ResumeTiming();
+        for (auto token = tokens.rbegin(); token != tokens.rend(); ++token) {
+            sim::device().deliver(*token, reply);
+        }
+    }
+    countCalls(state);
+}
+
+BENCHMARK_CAPTURE(inOrder, libtav, callWithLibtav)->Arg(1)->Arg(100)->Arg(10000);
+BENCHMARK_CAPTURE(inOrder, bare, callBare)->Arg(1)->Arg(100)->Arg(10000);
+BENCHMARK_CAPTURE(inReverse, libtav, callWithLibtav)->Arg(100)->Arg(10000);
+BENCHMARK_CAPTURE(inReverse, bare, callBare)->Arg(100)->Arg(10000);
+
+void unregister(benchmark::State& state) {
+    const BenchDevice device(state, services());
+    for (auto _ : state) {
+        state.PauseTiming();
+        for (int i = 0; i < kSubscriptions; ++i) {
+            TAV_ServiceCallWithCallback(kSilent, kPayload, onReply, nullptr, SDL_FALSE);
+        }
+        const size_t open = sim::device().openCalls().size();
+        state.ResumeTiming();
+        TAV_UnregisterServiceCallback(onReply);
+        expect(state, open == kSubscriptions && sim::device().openCalls().empty(),
+               "subscriptions are missing or left");
+    }
+}
+BENCHMARK(unregister);
+
+}  // namespace

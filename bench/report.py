@@ -1,0 +1,193 @@
+#!/usr/bin/env python3
+"""Runs the benchmarks and prints their table: report.py BUILD-FOLDER [ROUNDS]
+
+Ends with 1 when a figure misses its bound or could not be taken.
+"""
+
+import json
+import os
+import re
+import statistics
+import subprocess
+import sys
+import tempfile
+
+LOADS = 21  # fresh processes that load the library
+
+KIB = 1024
+UNITS = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
+
+
+class Figure:
+    """One line: a benchmark, and where there is one, what it is put beside and the bound."""
+
+    def __init__(self, what, name, beside=None, most=None, limit=None, calls=1):
+        self.what = what
+        self.name = name
+        self.beside = beside  # names; of several the fastest counts
+        self.most = most  # bound of this / beside
+        self.limit = limit  # bound of this alone, in nanoseconds
+        self.calls = calls  # in one iteration
+
+
+def replies(what, name, most, fastest=None):
+    """`fastest` bounds the ratio to the fastest of the other parsers."""
+    ours, bare, *others = (f"reply/{name}/{reader}"
+                           for reader in ("libtav", "simdjson", "rapidjson", "cjson", "jsonc"))
+    return [Figure(f"value of {what}, beside simdjson", ours, [bare], most=most),
+            Figure(f"value of {what}, beside RapidJSON", ours, others[:1]),
+            Figure(f"value of {what}, beside cJSON", ours, others[1:2]),
+            Figure(f"value of {what}, beside json-c", ours, others[2:]),
+            Figure(f"value of {what}, beside the fastest of these three", ours, others,
+                   most=fastest)]
+
+
+def calls(order, how, count, most=None, limit=None):
+    return Figure(f"call and reply, {count} outstanding, {how}", f"{order}/libtav/{count}",
+                  [f"{order}/bare/{count}"], most=most, limit=limit, calls=count)
+
+
+IN_ORDER = ("inOrder", "in the order of dispatch")
+IN_REVERSE = ("inReverse", "in reverse")
+
+FIGURES = [
+    Figure("entry trace, nobody listening", "entryTrace"),
+    Figure("TAV_GetHardwareID", "hardwareId"),
+    Figure("TAV_GetScreenMetrics", "screenMetrics"),
+    Figure("TAV_GetLocation", "location"),
+    Figure("TAV_GetCompass", "compass"),
+    *replies("a status of 138 B", "status_138", most=1.25),
+    *replies("a location fix of 138 B", "fix_138", most=1.25),
+    *replies("a list of 800 B", "items_800", most=1.10, fastest=1 / 3),
+    *replies("a list of 96000 B", "items_96000", most=1.10, fastest=1 / 3),
+    Figure("TAV_GetDeviceName, beside SQLite", "deviceNameLibtav", ["deviceNameSqlite"],
+           most=1.05),
+    Figure("TAV_GetLanguage, beside SQLite and the host", "languageLibtav",
+           ["languageSqliteAndHost"], most=1.05),
+    Figure("TAV_GetLanguage, beside SQLite alone", "languageLibtav", ["languageSqlite"]),
+    Figure("TAV_GetNetInfo, beside the kernel", "netInfoLibtav", ["netInfoKernel"], most=1.05),
+    calls(*IN_ORDER, 1, most=1.3),
+    calls(*IN_ORDER, 100, most=1.3),
+    calls(*IN_ORDER, 10000, limit=10e3),
+    calls(*IN_REVERSE, 100, most=1.3),
+    calls(*IN_REVERSE, 10000, limit=10e3),
+    Figure("unregistering 10000 subscriptions", "unregister", limit=50e6),
+    *(Figure(f"JavaScript method call, {count} registered, beside its messages",
+             f"methodCallLibtav/{count}", [f"methodCallBare/{count}"]) for count in (1, 100, 1000)),
+    *(Figure(f"role file of {count} lines, beside copying them", f"roleFileLibtav/{count}",
+             [f"roleFileCopy/{count}"], most=1.2) for count in (10, 10000)),
+]
+
+SLOW = "purchaseTimeout"  # takes its 15 seconds, so it runs once
+PURCHASE = Figure("a payment request's wait of 15 s, processor time",
+                  f"{SLOW}/iterations:1/process_time", limit=50e6)
+
+
+def run(command, **options):
+    return subprocess.run(command, check=True, text=True, **options)
+
+
+def output_of(command):
+    return run(command, stdout=subprocess.PIPE, env=clean_environment()).stdout
+
+
+def clean_environment():
+    """Nobody listens to the trace, and SDL needs no screen."""
+    environment = {name: value for name, value in os.environ.items()
+                   if not name.startswith("TAV")}
+    return environment | {"SDL_VIDEODRIVER": "dummy"}
+
+
+def measure(program, which):
+    """One run of the benchmarks, in the order of their definition: nanoseconds by name."""
+    with tempfile.NamedTemporaryFile(suffix=".json") as file:
+        run([program, f"--benchmark_filter={which}", "--benchmark_min_time=0.05",
+             f"--benchmark_out={file.name}", "--benchmark_out_format=json"],
+            stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, env=clean_environment())
+        entries = json.load(file)["benchmarks"]
+    for entry in entries:
+        if entry.get("error_occurred"):
+            sys.exit(f"bench: {entry['name']}: {entry['error_message']}")
+    return {entry["name"]: entry["cpu_time"] * UNITS[entry["time_unit"]] for entry in entries}
+
+
+def shown_time(nanoseconds):
+    for unit in ("s", "ms", "us"):
+        if nanoseconds >= UNITS[unit]:
+            return f"{nanoseconds / UNITS[unit]:.3g} {unit}"
+    return f"{nanoseconds:.3g} ns"
+
+
+def time_row(figure, rounds):
+    """Medians of all rounds. What is compared ran close together, so the ratios are taken within
+    each round: other work on the machine then strikes both sides."""
+    ours = statistics.median(times[figure.name] for times in rounds) / figure.calls
+    row = [figure.what, shown_time(ours), "", "", ""]
+    met = True
+    if figure.beside:
+        fastest = [min(times[name] for name in figure.beside) for times in rounds]
+        ratio = statistics.median(
+            times[figure.name] / beside for times, beside in zip(rounds, fastest))
+        row[2] = shown_time(statistics.median(fastest) / figure.calls)
+        row[3] = f"{ratio:.3f}"
+        if figure.most:
+            row[4] = f"at most {figure.most:.3g}"
+            met = ratio <= figure.most
+    if figure.limit:
+        row[4] = f"below {shown_time(figure.limit)}"
+        met = met and ours < figure.limit
+    return row, met
+
+
+def stripped_size(library):
+    with tempfile.NamedTemporaryFile() as file:
+        run(["strip", "-o", file.name, library])
+        return os.stat(file.name).st_size
+
+
+def relocations(library):
+    counts = re.findall(r"contains (\d+) entr", output_of(["readelf", "--relocs", "-W", library]))
+    return sum(map(int, counts))
+
+
+def loading_rows(program, library):
+    """What the library adds to a process, each time in a fresh one."""
+    loads = [json.loads(output_of([program, library])) for _ in range(LOADS)]
+    median = {key: statistics.median(load[key] for load in loads) for key in loads[0]}
+    size = stripped_size(library)
+    resident = median["resident_kib"]
+    yield (["size of the library, stripped", f"{size / KIB:.1f} KiB", "", "", "below 150 KiB"],
+           size < 150 * KIB)
+    yield ["relocations", str(relocations(library)), "", "", ""], True
+    yield ["dlopen", shown_time(median["dlopen_us"] * 1e3), "", "", ""], True
+    yield (["resident memory, with TAV_Init", f"{resident:.0f} KiB", "", "", "below 256 KiB"],
+           resident < 256)
+    yield ["of that not shared", f"{median['unshared_kib']:.0f} KiB", "", "", ""], True
+
+
+def print_table(rows):
+    lines = [["what", "libtav", "beside it", "ratio", "bound", ""]]
+    lines += [row + ["" if met else "**MISSED**"] for row, met in rows]
+    widths = [max(len(line[column]) for line in lines) for column in range(len(lines[0]))]
+    lines.insert(1, ["-" * width for width in widths])
+    for line in lines:
+        cells = (cell.ljust(width) for cell, width in zip(line, widths))
+        print("| " + " | ".join(cells) + " |")
+
+
+def main():
+    build = sys.argv[1]
+    rounds = int(sys.argv[2]) if len(sys.argv) > 2 else 15
+    program = f"{build}/bin/tav_bench"
+    times = [measure(program, f"-{SLOW}") for _ in range(rounds)]
+    rows = [time_row(figure, times) for figure in FIGURES]
+    rows.append(time_row(PURCHASE, [measure(program, SLOW)]))
+    rows += loading_rows(f"{build}/bin/tav_loading", f"{build}/lib/libtav.so")
+    print_table(rows)
+    missed = sum(not met for _, met in rows)
+    if missed:
+        sys.exit(f"bench: {missed} of the figures miss their bounds")
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,106 @@
+// A role file made from a template, beside reading and writing as many lines.
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+
+#include "bench/bench_device.h"
+#include "platform/visibility.h"
+#include "src/roles/role_file.h"
+
+// Stands in front of the C library's: the bus's rescan costs nothing here, so that it does not blur
+// the difference.
+extern "C" TAV_PLATFORM_API int system(const char*) {
+    return 0;
+}
+
+namespace {
+
+namespace fs = std::filesystem;
+using tavbench::BenchDevice;
+using tavbench::expect;
+
+constexpr char kId[] = "com.example.bench";
+constexpr char kExecutable[] = "/media/internal/apps/bench/bench";
+
+constexpr const char* kLines[] = {
+    "{",
+    R"(  "role": {)",
+    R"(    "exeName": "XXXEXEPATHXXX",)",
+    R"(    "type": "regular",)",
+    R"(    "allowedNames": ["XXXIDXXX"])",
+    "  },",
+    R"(  "permissions": [)",
+    R"(    { "service": "XXXIDXXX", "inbound": ["*"], "outbound": ["com.example.*"] })",
+    "  ]",
+    "}",
+};
+
+// The ten lines over and over, without a newline behind the last.
+std::string templateOf(long lines) {
+    std::string text;
+    for (long i = 0; i < lines; ++i) {
+        text += (i > 0 ? "\n" : "");
+        text += kLines[static_cast<size_t>(i) % std::size(kLines)];
+    }
+    return text;
+}
+
+void copyLines(const std::string& source, const std::string& target) {
+    if (std::FILE* present = std::fopen(target.c_str(), "r")) {
+        std::fclose(present);
+        return;
+    }
+    std::FILE* in = std::fopen(source.c_str(), "r");
+    std::FILE* out = std::fopen(target.c_str(), "w");
+    char* line = nullptr;
+    size_t capacity = 0;
+    for (ssize_t length; (length = getline(&line, &capacity, in)) > 0;) {
+        std::fwrite(line, 1, static_cast<size_t>(length), out);
+        std::fflush(out);
+    }
+    std::free(line);
+    std::fclose(out);
+    std::fclose(in);
+}
+
+long linesOf(const std::string& path) {
+    std::ifstream file(path);
+    long count = 0;
+    for (std::string line; std::getline(file, line);) {
+        ++count;
+    }
+    return count;
+}
+
+template <typename Generate>
+void makeRoleFile(benchmark::State& state, Generate generate) {
+    sim::Profile profile;
+    profile.templates["bench.pub"] = templateOf(state.range(0));
+    const BenchDevice device(state, profile);
+    const std::string source = "/usr/vire/ks2/templates/bench.pub";
+    const std::string target = std::string(tav::kPublicRoles) + "/bench.json";
+    const std::string file = sim::device().root() + target;
+    fs::create_directories(sim::device().root() + tav::kPublicRoles);
+    for (auto _ : state) {
+        state.PauseTiming();
+        fs::remove(file);
+        state.ResumeTiming();
+        generate(source, target);
+    }
+    expect(state, linesOf(file) == state.range(0), "lines are missing");
+}
+
+void roleFileLibtav(benchmark::State& state) {
+    makeRoleFile(state, [](const std::string& source, const std::string& target) {
+        roleGenerate(source, target, kId, kExecutable);
+    });
+}
+BENCHMARK(roleFileLibtav)->Arg(10)->Arg(10000);
+
+void roleFileCopy(benchmark::State& state) {
+    makeRoleFile(state, copyLines);
+}
+BENCHMARK(roleFileCopy)->Arg(10)->Arg(10000);
+
+}  // namespace
