@@ -20,8 +20,8 @@ run "$tavsim" run --page "$work/missing.js" "$ends" print started
 expect 2 '' "tavsim: $work/missing.js: no such page script"
 run "$tavsim" run --journal "$work/missing/journal" "$ends" print started
 expect 2 '' "tavsim: $work/missing/journal: no such folder for the journal"
-run "$tavsim" run --root "$ends/root" "$ends" print started
-expect 2 '' "tavsim: $ends/root: the device's root folder cannot be made"
+run "$tavsim" run --root "$work/profile.json/root" "$ends" print started
+expect 2 '' "tavsim: $work/profile.json/root: the device's root folder cannot be made"
 
 # A program that cannot be started: its name and why.
 printf 'no program' >"$work/text"
