@@ -7,6 +7,7 @@
 #include <limits>
 #include <string_view>
 
+#include "simulator/journal.h"
 #include "simulator/json_text.h"
 
 namespace dom = simdjson::dom;
@@ -48,8 +49,9 @@ private:
         }
     }
 
+    // Escaped, since a name may hold a line break and an error is one line.
     static std::string below(const std::string& path, std::string_view name) {
-        return (path.empty() ? "" : path + ".") + std::string(name);
+        return (path.empty() ? "" : path + ".") + escapedJson(name);
     }
 
     void eachMember(dom::element element, const std::string& path,
@@ -174,7 +176,8 @@ private:
                 std::string request;
                 text (&request)(value, place);
                 if (!canBeRefused(request)) {
-                    fail(place, "\"" + request + "\" is nothing that the host can refuse");
+                    fail(place,
+                         "\"" + escapedJson(request) + "\" is nothing that the host can refuse");
                 }
                 target->insert(request);
             });

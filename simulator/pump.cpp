@@ -34,20 +34,26 @@ bool isLater(const Delivery& left, const Delivery& right) {
     return std::pair(left.due, left.order) > std::pair(right.due, right.order);
 }
 
-std::vector<Delivery> g_queue;  // a heap, the next one in front
+// A heap, the next one in front. Never destroyed: the device ends after static objects do, and
+// empties it then.
+std::vector<Delivery>& queue() {
+    static auto& instance = *new std::vector<Delivery>;
+    return instance;
+}
+
 unsigned long g_nextOrder = 0;
 
 Delivery takeFirst() {
-    std::pop_heap(g_queue.begin(), g_queue.end(), isLater);
-    Delivery first = std::move(g_queue.back());
-    g_queue.pop_back();
+    std::pop_heap(queue().begin(), queue().end(), isLater);
+    Delivery first = std::move(queue().back());
+    queue().pop_back();
     return first;
 }
 
 // Lets time pass until the next delivery or SDL event may be there.
 void waitABit() {
-    if (isTimeVirtual() && !g_queue.empty()) {
-        setTime(g_queue.front().due);
+    if (isTimeVirtual() && !queue().empty()) {
+        setTime(queue().front().due);
         return;
     }
     static const auto realDelay = nextFunction<void(Uint32)>("SDL_Delay");
@@ -57,8 +63,8 @@ void waitABit() {
 }  // namespace
 
 void schedule(long due, std::function<void()> deliver) {
-    g_queue.push_back({due, g_nextOrder++, std::move(deliver)});
-    std::push_heap(g_queue.begin(), g_queue.end(), isLater);
+    queue().push_back({due, g_nextOrder++, std::move(deliver)});
+    std::push_heap(queue().begin(), queue().end(), isLater);
 }
 
 void pumpNow() {
@@ -68,8 +74,8 @@ void pumpNow() {
     serveControl();
     const long time = now();
     const unsigned long newcomers = g_nextOrder;
-    while (!g_queue.empty()) {
-        const Delivery& first = g_queue.front();
+    while (!queue().empty()) {
+        const Delivery& first = queue().front();
         const bool isDue = first.due < time || (first.due == time && first.order < newcomers);
         if (!isDue) {
             return;
@@ -80,15 +86,15 @@ void pumpNow() {
 
 void pumpUntil(long time) {
     pumpNow();
-    while (!g_queue.empty() && g_queue.front().due <= time) {
-        setTime(g_queue.front().due);
+    while (!queue().empty() && queue().front().due <= time) {
+        setTime(queue().front().due);
         pumpNow();
     }
     setTime(time);
 }
 
 void clearQueue() {
-    g_queue.clear();
+    queue().clear();
 }
 
 void warnIfNotInFront() {

@@ -37,6 +37,9 @@ TEST(ProfileTest, NamesTheFieldThatIsWrong) {
         {"[]", "p.json: must be an object"},
         {"{\"machine\":", "p.json: not JSON: "},
         {R"({"machien":"x"})", "p.json: machien: unknown field"},
+        {R"({"a\nb":"x"})", R"(p.json: a\u000ab: unknown field)"},
+        {R"({"refuse":["a\nb"]})",
+         R"(p.json: refuse[0]: "a\u000ab" is nothing that the host can refuse)"},
         {R"({"machine":5})", "p.json: machine: must be a string"},
         {R"({"root":"yes"})", "p.json: root: must be true or false"},
         {R"({"appinfo":{"id":1}})", "p.json: appinfo.id: must be a string"},
@@ -245,6 +248,16 @@ TEST_F(SimulatorTest, FilesAreMadeFromTheProfileOnceAndThenLeftAlone) {
     device.stop();
     EXPECT_TRUE(std::filesystem::exists(root + "/usr/vire/ks2/templates/KOB.pub"));
     std::filesystem::remove_all(root);
+}
+
+// The sanitizers see a queue that is used after its end.
+TEST_F(SimulatorTest, AProgramMayEndWhileRepliesAreOnTheirWay) {
+    const auto endWithReplyQueued = [] {
+        TAV_ServiceCallWithCallback(
+            "a://unknown", "{}", [](TAV_ServiceParameters*, void*) {}, nullptr, SDL_TRUE);
+        std::exit(0);
+    };
+    EXPECT_EXIT(endWithReplyQueued(), testing::ExitedWithCode(0), "");
 }
 
 TEST_F(SimulatorTest, AFreshRootIsPrivateAndGoesWithTheDevice) {
