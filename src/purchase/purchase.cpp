@@ -40,6 +40,8 @@ constexpr char kItemInfoPayload[] =
     R"({ "itemId": "%s", "includeReceipts": true, "maxReceipts": %d })";
 constexpr char kPendingPurchasePayload[] = R"({ "orderNo": "%s" })";
 
+constexpr char kReturnValue[] = "returnValue";
+
 constexpr int kTimeoutMs = 15000;
 constexpr int kNoTimeout = 0;
 constexpr int kQuantity = 1;
@@ -50,9 +52,15 @@ constexpr char kCollectionMissing[] = "itemCollectionInfo is NULL";
 constexpr char kReceiptMissing[] = "receipt is NULL";
 constexpr char kItemInfoMissing[] = "itemInfo is NULL";
 
-bool isRefusal(const char* reply) {
-    const tav::HStringPtr value(HJson_getValueFromStr(reply, "returnValue"));
-    return value != nullptr && strcasecmp(HString_toStr(value.get()), "false") == 0;
+bool isFalse(const HString* value) {
+    return strcasecmp(HString_toStr(value), "false") == 0;
+}
+
+// For a reply whose value could not be had as text, because it has none or for want of memory.
+bool mayBeRefusal(const char* reply) {
+    const tav::HJsonPtr json(HJson_create(reply));
+    return json != nullptr && HJson_valueExists(json.get(), kReturnValue) &&
+           !HJson_getBool(json.get(), kReturnValue);
 }
 
 tav::HStringPtr dispatch(const char* uri, const char* payload, bool waitWithoutTimeOut) {
@@ -62,8 +70,12 @@ tav::HStringPtr dispatch(const char* uri, const char* payload, bool waitWithoutT
         return nullptr;
     }
     const char* text = HString_toStr(reply.get());
-    if (isRefusal(text)) {
+    const tav::HStringPtr value(HJson_getValueFromStr(text, kReturnValue));
+    if (value != nullptr && isFalse(value.get())) {
         return tav::failNull(__func__, "Failure on dispatch: %s", text);
+    }
+    if (value == nullptr && mayBeRefusal(text)) {
+        return tav::failNull(__func__, tav::kOutOfMemory);
     }
     return reply;
 }
