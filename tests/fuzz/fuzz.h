@@ -1,0 +1,119 @@
+// What the fuzzers share.
+#ifndef TAV_TESTS_FUZZ_FUZZ_H
+#define TAV_TESTS_FUZZ_FUZZ_H
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "simulator/device.h"
+#include "simulator/journal.h"
+
+namespace tavfuzz {
+
+// Ends the run as a finding when a promise is broken.
+inline void expect(bool holds, const char* promise) {
+    if (!holds) {
+        std::fprintf(stderr, "broken promise: %s\n", promise);
+        std::abort();
+    }
+}
+
+// One device for all inputs, in virtual time.
+inline void startDevice(sim::Profile profile = {}) {
+    sim::Options options;
+    options.virtualTime = true;
+    std::string error;
+    if (!sim::device().start(std::move(profile), options, &error)) {
+        std::fprintf(stderr, "%s\n", error.c_str());
+        std::exit(1);
+    }
+}
+
+// Every input begins with an empty journal, so that memory that is still held after an input is
+// memory that leaked.
+inline void forgetJournal() {
+    sim::startJournal({});
+}
+
+// Takes an input apart. Past its end there are zeros and empty texts.
+class Input {
+public:
+    Input(const std::uint8_t* bytes, std::size_t size)
+        : m_rest(reinterpret_cast<const char*>(bytes), size) {}
+
+    bool isEmpty() const { return m_rest.empty(); }
+
+    unsigned char byte() {
+        const char first = m_rest.empty() ? '\0' : m_rest.front();
+        m_rest.remove_prefix(std::min<std::size_t>(1, m_rest.size()));
+        return static_cast<unsigned char>(first);
+    }
+
+    // Up to the next line feed, which is left out, or zero byte.
+    std::string line() { return take(m_rest.find_first_of(std::string_view("\n\0", 2))); }
+
+    // Up to the next zero byte, which is left out.
+    std::string text() { return take(m_rest.find('\0')); }
+
+    std::string rest() { return take(m_rest.size()); }
+
+private:
+    std::string take(std::size_t end) {
+        end = std::min(end, m_rest.size());
+        std::string taken(m_rest.substr(0, end));
+        m_rest.remove_prefix(std::min(end + 1, m_rest.size()));
+        return taken;
+    }
+
+    std::string_view m_rest;
+};
+
+// A caller's buffer, between guards of its own: AddressSanitizer sees neither a write that jumps
+// over its red zone nor one through a length that the caller did not give.
+class Buffer {
+public:
+    explicit Buffer(int length)
+        : m_length(static_cast<std::size_t>(length)), m_bytes(m_length + 2 * kGuard, kFill) {}
+
+    char* data() { return m_bytes.data() + kGuard; }
+    int length() const { return static_cast<int>(m_length); }
+
+    bool isUntouched() const { return m_bytes.find_first_not_of(kFill) == std::string::npos; }
+
+    // The text in it, which must end within it.
+    std::string_view text() const {
+        const std::string_view content = std::string_view(m_bytes).substr(kGuard, m_length);
+        const std::size_t end = content.find('\0');
+        expect(end != std::string_view::npos, "a text ends within its buffer");
+        return content.substr(0, end);
+    }
+
+    void expectGuards() const {
+        const std::string guard(kGuard, kFill);
+        expect(m_bytes.compare(0, kGuard, guard) == 0 &&
+                   m_bytes.compare(kGuard + m_length, kGuard, guard) == 0,
+               "nothing is written outside the buffer");
+    }
+
+private:
+    static constexpr std::size_t kGuard = 64;
+    static constexpr char kFill = '#';
+
+    std::size_t m_length;
+    std::string m_bytes;
+};
+
+}  // namespace tavfuzz
+
+extern "C" {
+int LLVMFuzzerInitialize(int* argc, char*** argv);
+int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size);
+}
+
+#endif

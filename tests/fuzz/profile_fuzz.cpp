@@ -1,0 +1,28 @@
+// Device profiles. Input: the file.
+#include "fuzz.h"
+
+using tavfuzz::expect;
+
+int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
+    return 0;
+}
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
+    const std::string json = tavfuzz::Input(bytes, size).rest();
+    std::string error;
+    const std::optional<sim::Profile> profile = sim::parseProfile(json, "fuzz.json", &error);
+    if (!profile) {
+        expect(error.starts_with("fuzz.json"), "an error names the file");
+        expect(error.find_first_of("\n\r") == std::string::npos, "an error is one line");
+        return 0;
+    }
+    expect(error.empty(), "a profile that was read has no error");
+    for (const std::string& request : profile->refused) {
+        expect(sim::canBeRefused(request), "what the device refuses can be refused");
+    }
+    for (const auto& [uri, service] : profile->services) {
+        expect(!uri.empty() && service.delay >= 0 && service.every >= 0,
+               "a service has a URI, and its times lie ahead");
+    }
+    return 0;
+}
