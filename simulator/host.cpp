@@ -83,7 +83,7 @@ std::optional<Values> membersOf(const char* json, const char* member) {
     return members;
 }
 
-const char* found(const std::string* value) {
+const char* lookUpOutcome(const std::string* value) {
     return value != nullptr ? "found" : "not found";
 }
 
@@ -146,7 +146,7 @@ int NApp_GetJsonValue(const char* json, const char* member, char* buffer, int bu
 
 const char* NApp_GetPortabilityValue(const char* key) {
     const std::string* value = sim::findValue(running().profile.portability, key);
-    sim::JournalEntry("host", __func__).text("key", key).outcome(sim::found(value));
+    sim::JournalEntry("host", __func__).text("key", key).outcome(sim::lookUpOutcome(value));
     return value != nullptr ? value->c_str() : nullptr;
 }
 
@@ -219,7 +219,7 @@ const char* HHardware_getMachine() {
 
 int KPSystemCopyStringValue(const char* key, char** value) {
     const std::string* property = sim::findValue(running().profile.properties, key);
-    sim::JournalEntry("host", __func__).text("key", key).outcome(sim::found(property));
+    sim::JournalEntry("host", __func__).text("key", key).outcome(sim::lookUpOutcome(property));
     if (sim::faultStrikes(sim::Fault::HostRequest) || property == nullptr) {
         return -1;
     }

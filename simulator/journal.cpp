@@ -63,8 +63,7 @@ std::string quoted(const char* value) {
 
 }  // namespace
 
-JournalEntry::JournalEntry(const char* kind, const char* what) {
-    m_line = "{\"at\":";
+JournalEntry::JournalEntry(const char* kind, const char* what) : m_line("{\"at\":") {
     m_line += std::to_string(now());
     text("kind", kind);
     text("what", what);

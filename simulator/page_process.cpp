@@ -534,7 +534,7 @@ void runPageProcess(int socket, int parent) {
     close(STDOUT_FILENO);
     close_range(kSocket + 1, ~0u, 0);
 
-    PageChannel channel(kSocket);
+    static PageChannel channel(kSocket);
     g_channel = &channel;
     duk_context* engine = duk_create_heap(allocate, reallocate, release, nullptr, endBroken);
     if (engine == nullptr ||

@@ -252,8 +252,7 @@ private:
 
     Handler purchase(Purchase* target) {
         return [this, target](dom::element element, const std::string& path) {
-            std::string word;
-            text (&word)(element, path);
+            const std::string word = textOf(element);
             if (word == "succeeds") {
                 *target = Purchase::Succeeds;
             } else if (word == "refused") {

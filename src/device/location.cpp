@@ -74,6 +74,7 @@ void gpsCallbackContext::clear() {
     location = {-1.0, -1.0, -1.0, -1.0, -1.0, -1.0, -1.0};
 }
 
+// cppcheck-suppress constParameter; the bus prescribes the type
 void gpsCallback(int /*token*/, const char* reply, void* context) {
     HTracker_funcTrack("tav_f", __func__, "%s", reply);
     gpsCallbackContext& state = g_GPSContext;

@@ -20,7 +20,7 @@ Sint32 parseNumber(const char* text) {
     return static_cast<Sint32>(std::clamp(std::strtol(text, nullptr, 10), kMin, kMax));
 }
 
-char* startOfWord(char* text, char* inside) {
+char* startOfWord(const char* text, char* inside) {
     while (inside != text && inside[-1] != ' ') {
         --inside;
     }

@@ -50,6 +50,7 @@ public:
 
     void add(const char* name, TAV_JSHandler handler) {
         auto* entry = new JSHandlerEntry();
+        // cppcheck-suppress uninitdata; the parentheses fill it with zeros
         std::snprintf(entry->name, sizeof entry->name, "%s", name);
         entry->handler = handler;
         m_entries.append(entry);

@@ -22,10 +22,12 @@ void generateRoles(const std::string& templateBase, const std::string& appId,
 
 }  // namespace
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the symbol's name holds the types
 void kobGenerateRole(std::string appId, std::string exePath) {
     generateRoles(kKobTemplates, appId, exePath);
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the symbol's name holds the types
 void vantorGenerateRole(std::string appId) {
     generateRoles(kVantorTemplates, appId, kVantorExecutable);
 }

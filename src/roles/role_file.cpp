@@ -117,8 +117,10 @@ void ensureRoleDirectories() {
 
 }  // namespace tav
 
+// NOLINTBEGIN(performance-unnecessary-value-param): the symbol's name holds the types
 void roleGenerate(std::string templatePath, std::string rolePath, std::string appId,
                   std::string exePath) {
+    // NOLINTEND(performance-unnecessary-value-param)
     if (openFile(rolePath, "r") != nullptr) {
         return;
     }

@@ -37,8 +37,7 @@ int dispatch(const char* uri, const char* payload, UserCallbackContext* call) {
 
 namespace tav {
 
-UserCallbackContext::UserCallbackContext()
-    : callback(nullptr), userData(nullptr), token(kNoCall), removeAfterResponse(1) {
+UserCallbackContext::UserCallbackContext() : token(kNoCall) {
     HTracker_funcTrack("tav_f", __func__, "--");
 }
 

@@ -11,10 +11,10 @@ namespace tav {
 struct UserCallbackContext {
     UserCallbackContext();
 
-    TAV_ServiceCallback callback;
-    void* userData;
+    TAV_ServiceCallback callback = nullptr;
+    void* userData = nullptr;
     int token;
-    Sint32 removeAfterResponse;  // 0 for a subscription
+    Sint32 removeAfterResponse = 1;  // 0 for a subscription
 };
 
 // Hands a reply on to the function of the call that it belongs to.
