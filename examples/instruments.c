@@ -60,7 +60,9 @@ static void report(const char *action, const char *done, int code)
 
     app.failed = code != TAV_NOERROR;
     snprintf(app.message, sizeof app.message, "%s: %s", action,
-             !app.failed ? done : *why != '\0' ? why : "refused");
+             !app.failed    ? done
+             : *why != '\0' ? why
+                            : "refused");
     app.changed = 1;
 }
 
@@ -526,8 +528,8 @@ static void draw_header(void)
 
     text_at(area.x, area.y, text * 1.7, WHITE, app.name);
     text_right(area.x + area.w, area.y, text, TEAL, app.language);
-    text_in(rectangle(area.x, area.y + text * 21 / 10, area.w, text), text,
-            app.failed ? RED : GREY, app.message);
+    text_in(rectangle(area.x, area.y + text * 21 / 10, area.w, text), text, app.failed ? RED : GREY,
+            app.message);
 }
 
 /* One or two lines under a title, as large as there is room. */

@@ -20,8 +20,9 @@ typedef struct {
 } Progress;
 
 /* The reply is there only while the function runs: copy what you keep. */
-static void onBattery(TAV_ServiceParameters* reply, void* userData) {
-    Progress* progress = userData;
+static void onBattery(TAV_ServiceParameters *reply, void *userData)
+{
+    Progress *progress = userData;
     char source[32];
 
     if (TAV_ParamExists(reply, "percent")) {
@@ -36,8 +37,9 @@ static void onBattery(TAV_ServiceParameters* reply, void* userData) {
 }
 
 /* A service says in its reply that it could not do what it was asked. */
-static void onHello(TAV_ServiceParameters* reply, void* userData) {
-    Progress* progress = userData;
+static void onHello(TAV_ServiceParameters *reply, void *userData)
+{
+    Progress *progress = userData;
     char error[128];
 
     if (!TAV_GetParamBool(reply, "returnValue")) {
@@ -47,8 +49,9 @@ static void onHello(TAV_ServiceParameters* reply, void* userData) {
     ++progress->answers;
 }
 
-static void onTick(TAV_ServiceParameters* reply, void* userData) {
-    Progress* progress = userData;
+static void onTick(TAV_ServiceParameters *reply, void *userData)
+{
+    Progress *progress = userData;
 
     printf("Tick %d\n", TAV_GetParamInt(reply, "tick"));
     ++progress->ticks;
@@ -58,8 +61,9 @@ static void onTick(TAV_ServiceParameters* reply, void* userData) {
 }
 
 /* SDL_TRUE for a call with one reply, SDL_FALSE for a subscription. */
-static int call(const char* uri, const char* payload, TAV_ServiceCallback onReply,
-                Progress* progress, SDL_bool oneReply) {
+static int call(const char *uri, const char *payload, TAV_ServiceCallback onReply,
+                Progress *progress, SDL_bool oneReply)
+{
     if (TAV_ServiceCallWithCallback(uri, payload, onReply, progress, oneReply) == TAV_NOERROR) {
         return 1;
     }
@@ -68,7 +72,8 @@ static int call(const char* uri, const char* payload, TAV_ServiceCallback onRepl
 }
 
 /* Replies come while the application polls its events. */
-static void waitForReplies(const Progress* progress, int answersExpected) {
+static void waitForReplies(const Progress *progress, int answersExpected)
+{
     const Uint32 start = SDL_GetTicks();
     SDL_Event event;
 
@@ -86,7 +91,8 @@ static void waitForReplies(const Progress* progress, int answersExpected) {
     }
 }
 
-int main(int argc, char* argv[]) {
+int main(int argc, char *argv[])
+{
     Progress progress = {0, 0};
     int answersExpected = 0;
     (void)argc;

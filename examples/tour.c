@@ -201,9 +201,9 @@ static void show_services(void)
                                                      on_battery, &answered, SDL_TRUE));
     handle_events(SECOND / 10, NULL);
     row("answered", "%s", answered ? "yes" : "no");
-    outcome("subscription", TAV_ServiceCallWithCallback("vire://com.vire.clock/ticks",
-                                                        "{\"subscribe\":true}", on_tick, &ticks,
-                                                        SDL_FALSE));
+    outcome("subscription",
+            TAV_ServiceCallWithCallback("vire://com.vire.clock/ticks", "{\"subscribe\":true}",
+                                        on_tick, &ticks, SDL_FALSE));
     handle_events(7 * SECOND, NULL);
     row("replies in 7 seconds", "%d, then unregistered", ticks);
     outcome("refused", TAV_ServiceCall("vire://com.vire.vault/open", "{}"));

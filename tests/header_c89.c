@@ -29,7 +29,7 @@ int useFromC(int *percent)
     errors += TAV_GetOSVersion(&version);
     errors += TAV_SetOrientation(TAV_ORIENTATION_LEFT);
     errors += TAV_RegisterJSHandler("echo", onEcho);
-    errors += TAV_ServiceCallWithCallback("vire://com.example/status", "{}", onStatus, percent,
-                                          SDL_TRUE);
+    errors +=
+        TAV_ServiceCallWithCallback("vire://com.example/status", "{}", onStatus, percent, SDL_TRUE);
     return errors == TAV_NOERROR ? reading.intValue + version.major : -errors;
 }

@@ -41,8 +41,7 @@ int main(int argc, char *argv[])
     TAV_ServiceCallWithCallback("vire://com.vire.clock/ticks", "{}", ignore, NULL, SDL_FALSE);
     for (waited = 0; !answered && waited < patience; waited += STEP) {
         SDL_Event event;
-        while (SDL_PollEvent(&event)) {
-        }
+        while (SDL_PollEvent(&event)) {}
         SDL_Delay(STEP);
     }
     TAV_Quit();
