@@ -1,6 +1,7 @@
 #include "simulator/root.h"
 
 #include <sqlite3.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -88,6 +89,13 @@ bool writeDatabase(const std::string& path, const std::map<std::string, std::str
     return database != nullptr && execute(database.get(), statements + "COMMIT;");
 }
 
+// In a temporary folder that everybody writes to, somebody else may have taken the name.
+bool isOwnFolder(const std::string& path) {
+    struct stat status;
+    return lstat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode) &&
+           status.st_uid == geteuid();
+}
+
 bool makeFolder(const std::string& path) {
     std::error_code problem;
     fs::create_directories(path, problem);
@@ -155,6 +163,9 @@ std::string makeFreshRoot() {
     for (int tries = 0; tries < kTriesForRoot; ++tries) {
         std::error_code problem;
         fs::create_directories(parent, problem);
+        if (!isOwnFolder(parent)) {
+            return {};
+        }
         fs::permissions(parent, fs::perms::owner_all, problem);
         std::string path = parent + "/" + std::to_string(getpid()) + "-XXXXXX";
         if (mkdtemp(path.data()) != nullptr) {
