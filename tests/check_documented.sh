@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Everything that a user can name is in the documents: check_documented.sh PROJECT_FOLDER
+# Everything that a user can name is in the documents, and their links lead somewhere:
+# check_documented.sh PROJECT_FOLDER
 set -euo pipefail
 cd "$1"
 
@@ -22,4 +23,25 @@ expect_in docs/simulator.md '^ *\{+"\K\w+(?=",( \w+\(&| \[|$))' simulator/profil
 expect_in docs/simulator.md '\{"\K\w+(?=", \w+\},)' simulator/commands.cpp
 expect_in docs/simulator.md '"\K(TAVSIM|TAV_TRACE)[A-Z_]*(?=")' simulator/*.cpp tools/*.cpp
 expect_in docs/simulator.md '"\K--[a-z-]+(?=")' tools/*.cpp
+
+# The headings as links name them: in small letters, without punctuation, with dashes for blanks.
+anchors() {
+    sed -n 's/^##* //p' "$1" | tr '[:upper:]' '[:lower:]' | tr -cd '[:alnum:] \n-' | tr ' ' '-'
+}
+
+for text in *.md docs/*.md; do
+    for link in $(grep --only-matching --perl-regexp '\]\(\K[^)]+(?=\))' "$text"); do
+        file=${link%%#*} anchor=
+        [[ $link != *#* ]] || anchor=${link#*#}
+        target=${file:+$(dirname "$text")/$file}
+        target=${target:-$text}
+        [[ $link == http* ]] && continue
+        if [ ! -e "$target" ] ||
+            { [ -n "$anchor" ] &&
+                ! grep --quiet --line-regexp -- "$anchor" <<<"$(anchors "$target")"; }; then
+            echo "$text: $link leads nowhere" >&2
+            missing=1
+        fi
+    done
+done
 exit $missing
