@@ -8,10 +8,7 @@ using testing::ElementsAre;
 
 class HardwareTest : public tavtest::DeviceTest {
 protected:
-    void SetUp() override {
-        DeviceTest::SetUp();
-        tav::g_hardwareType = tav::kUnknownHardware;
-    }
+    HardwareTest() { tav::g_hardwareType = tav::kUnknownHardware; }
 
     int idOf(const char* machine) {
         tav::g_hardwareType = tav::kUnknownHardware;
@@ -46,21 +43,17 @@ TEST_F(HardwareTest, KnowsEachModel) {
     }
 }
 
-TEST_F(HardwareTest, OnlyTheExactNameIsKnown) {
-    for (const char* name : {"", "Fern", "fern ", " fern", "fer", "ferns", "harrow++"}) {
-        EXPECT_EQ(idOf(name), -1) << '"' << name << '"';
-    }
+TEST_F(HardwareTest, OnlyTheExactNameIsKnownAndSpoofingReplacesIt) {
     device.profile.machine.reset();
     EXPECT_EQ(TAV_GetHardwareID(), -1);
-}
-
-TEST_F(HardwareTest, SpoofingReplacesTheMachineName) {
-    device.profile.portability["final_spoofing"] = "cinnabar";
-    EXPECT_EQ(idOf("quern"), 501);
-    device.profile.portability["final_spoofing"] = "nothing known";
-    EXPECT_EQ(idOf("quern"), -1);
-    device.profile.portability["final_spoofing"] = "";
-    EXPECT_EQ(idOf("quern"), -1);
+    for (const char* name : {"", "Fern", "fern ", "fer", "harrow++"}) {
+        EXPECT_EQ(idOf(name), -1) << '"' << name << '"';
+        device.profile.portability["final_spoofing"] = name;
+        EXPECT_EQ(idOf("quern"), -1);
+        device.profile.portability["final_spoofing"] = "cinnabar";
+        EXPECT_EQ(idOf("quern"), 501);
+        device.profile.portability.clear();
+    }
 }
 
 TEST_F(HardwareTest, RemembersAKnownMachineButLooksAgainForAnUnknownOne) {
@@ -80,8 +73,7 @@ TEST_F(HardwareTest, RemembersAKnownMachineButLooksAgainForAnUnknownOne) {
 TEST_F(HardwareTest, ScreenMetricsReportFailures) {
     EXPECT_EQ(TAV_GetScreenMetrics(nullptr), TAV_INVALIDINPUT);
     EXPECT_EQ(trace().front(), "tav_f TAV_GetScreenMetrics (NON-HAL) (nil)");
-    EXPECT_STREQ(TAV_GetError(), "outMetrics must not be NULL");
-    trace();
+    EXPECT_STREQ(SDL_GetError(), "outMetrics must not be NULL");
 
     TAV_ScreenMetrics screen = {1, 2, 3, 4, 5.0};
     EXPECT_EQ(TAV_GetScreenMetrics(&screen), TAV_EOTHER);
@@ -91,7 +83,7 @@ TEST_F(HardwareTest, ScreenMetricsReportFailures) {
     ASSERT_EQ(lines.size(), 5U);
     EXPECT_EQ(lines[3], "tav_1 getDeviceScreenMetrics returning unknown hardware");
     EXPECT_EQ(lines[4], "tav_e getDeviceScreenMetrics unknown hardware");
-    EXPECT_STREQ(TAV_GetError(), "unknown hardware");
+    EXPECT_STREQ(SDL_GetError(), "unknown hardware");
 }
 
 }  // namespace
