@@ -1,11 +1,9 @@
-#include <functional>
-
 #include "device_test.h"
 #include "services.h"
 
 namespace {
 
-using tavtest::Requests;
+using tavtest::anyValue;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -20,107 +18,60 @@ const char* g_recipients[] = {"a@example.org", "\"b\" <%s>", nullptr, "c"};
 class ActionsTest : public tavtest::DeviceTest {
 protected:
     void SetUp() override {
-        DeviceTest::SetUp();
-        begin();
-    }
-
-    void begin() {
         sim::Profile profile;
         for (const char* uri : {kVibrate, kFirewall, kMedia, kLaunch}) {
             profile.services[uri] = tavtest::keepingService(requests);
         }
         startDevice(profile);
-        requests.clear();
     }
 
-    Requests requests;
+    tavtest::Requests requests;
 };
-
-struct Action {
-    std::string function;
-    std::string arguments;  // as traced
-    std::function<int()> call;
-    Requests requests;
-};
-
-std::vector<Action> actions() {
-    return {
-        {"TAV_Vibrate",
-         "0, 500",
-         [] { return TAV_Vibrate(0, 500); },
-         {{kVibrate, R"({"period":0, "duration":500})"}}},
-        {"TAV_SetFirewallPortStatus",
-         "1025, true",
-         [] { return TAV_SetFirewallPortStatus(1025, tavtest::anyValue<SDL_bool>(-1)); },
-         {{kFirewall,
-           R"({"label": "tavportT_1025", "protocol": "TCP", "port": 1025, "isDestinationPort": true, "isEnabled": true})"},
-          {kFirewall,
-           R"({"label": "tavportU_1025", "protocol": "UDP", "port": 1025, "isDestinationPort": true, "isEnabled": true})"}}},
-        {"TAV_SetFirewallPortStatus",
-         "2147483647, false",
-         [] { return TAV_SetFirewallPortStatus(2147483647, SDL_FALSE); },
-         {{kFirewall,
-           R"({"label": "tavportT_2147483647", "protocol": "TCP", "port": 2147483647, "isDestinationPort": true, "isEnabled": false})"},
-          {kFirewall,
-           R"({"label": "tavportU_2147483647", "protocol": "UDP", "port": 2147483647, "isDestinationPort": true, "isEnabled": false})"}}},
-        {"TAV_NotifyMusicPlaying",
-         "true",
-         [] { return TAV_NotifyMusicPlaying(tavtest::anyValue<SDL_bool>(2)); },
-         {{kMedia, "{}"}}},
-        {"TAV_LaunchBrowser",
-         "http://x/?q=\"%d\"",
-         [] { return TAV_LaunchBrowser("http://x/?q=\"%d\""); },
-         {{kLaunch,
-           R"({ "id": "com.vire.app.browser", "params": {"target": "http://x/?q="%d"" } })"}}},
-        {"TAV_LaunchEmail",
-         "S\", " + kLongText,
-         [] { return TAV_LaunchEmail("S\"", kLongText.c_str()); },
-         {{kLaunch, R"({ "id": "com.vire.app.email", "params": {"summary": "S"", "text": ")" +
-                        kLongText + R"(" } })"}}},
-        {"TAV_LaunchEmailTo",
-         "S, B",
-         [] { return TAV_LaunchEmailTo("S", "B", 1, g_recipients); },
-         {{kLaunch,
-           R"({ "id": "com.vire.app.email", "params": {"summary": "S", "text": "B", "recipients": [ {"type":"email", "role":1, "value":"a@example.org"}] } })"}}},
-        {"TAV_LaunchEmailTo",
-         ", ",
-         [] { return TAV_LaunchEmailTo("", "", 2, g_recipients); },
-         {{kLaunch,
-           R"({ "id": "com.vire.app.email", "params": {"summary": "", "text": "", "recipients": [ {"type":"email", "role":1, "value":"a@example.org"},{"type":"email", "role":1, "value":""b" <%s>"}] } })"}}},
-    };
-}
 
 TEST_F(ActionsTest, SendTheirRequestsInTheLibrarysName) {
-    for (const Action& action : actions()) {
-        SCOPED_TRACE(action.function);
-        begin();
-        EXPECT_EQ(action.call(), TAV_NOERROR);
-        EXPECT_EQ(requests, action.requests);
-        EXPECT_EQ(tavtest::optionsSent(device), std::set{true});
-        EXPECT_EQ(trace().front(), "tav_f " + action.function + " " + action.arguments);
-        EXPECT_THAT(device.openCalls(), IsEmpty());
-    }
+    const auto sends = [&](int code, const std::string& traced, const tavtest::Requests& expected) {
+        EXPECT_EQ(code, TAV_NOERROR);
+        EXPECT_EQ(std::exchange(requests, {}), expected);
+        EXPECT_EQ(trace().front(), "tav_f " + traced);
+    };
+    sends(TAV_Vibrate(0, 500), "TAV_Vibrate 0, 500",
+          {{kVibrate, R"({"period":0, "duration":500})"}});
+    sends(
+        TAV_SetFirewallPortStatus(1025, anyValue<SDL_bool>(-1)),
+        "TAV_SetFirewallPortStatus 1025, true",
+        {{kFirewall,
+          R"({"label": "tavportT_1025", "protocol": "TCP", "port": 1025, "isDestinationPort": true, "isEnabled": true})"},
+         {kFirewall,
+          R"({"label": "tavportU_1025", "protocol": "UDP", "port": 1025, "isDestinationPort": true, "isEnabled": true})"}});
+    sends(
+        TAV_SetFirewallPortStatus(2147483647, SDL_FALSE),
+        "TAV_SetFirewallPortStatus 2147483647, false",
+        {{kFirewall,
+          R"({"label": "tavportT_2147483647", "protocol": "TCP", "port": 2147483647, "isDestinationPort": true, "isEnabled": false})"},
+         {kFirewall,
+          R"({"label": "tavportU_2147483647", "protocol": "UDP", "port": 2147483647, "isDestinationPort": true, "isEnabled": false})"}});
+    sends(TAV_NotifyMusicPlaying(anyValue<SDL_bool>(2)), "TAV_NotifyMusicPlaying true",
+          {{kMedia, "{}"}});
+    sends(TAV_LaunchBrowser("http://x/?q=\"%d\""), "TAV_LaunchBrowser http://x/?q=\"%d\"",
+          {{kLaunch,
+            R"({ "id": "com.vire.app.browser", "params": {"target": "http://x/?q="%d"" } })"}});
+    sends(TAV_LaunchEmail("S\"", kLongText.c_str()), "TAV_LaunchEmail S\", " + kLongText,
+          {{kLaunch, R"({ "id": "com.vire.app.email", "params": {"summary": "S"", "text": ")" +
+                         kLongText + R"(" } })"}});
+    sends(
+        TAV_LaunchEmailTo("S", "", 2, g_recipients), "TAV_LaunchEmailTo S, ",
+        {{kLaunch,
+          R"({ "id": "com.vire.app.email", "params": {"summary": "S", "text": "", "recipients": [ {"type":"email", "role":1, "value":"a@example.org"},{"type":"email", "role":1, "value":""b" <%s>"}] } })"}});
+    EXPECT_EQ(tavtest::optionsSent(device), std::set{true});
+    EXPECT_THAT(device.openCalls(), IsEmpty());
 }
 
-// Each time another request is refused, or another step of building a payload finds no memory: the
-// requests before it have gone out, and no other.
-TEST_F(ActionsTest, StopWhereTheBusOrTheMemoryFails) {
-    for (const Action& action : actions()) {
-        SCOPED_TRACE(action.function);
-        begin();
-        action.call();
-        const int allocations = device.occurrences(sim::Fault::StringAllocation);
-        const int dispatches = device.occurrences(sim::Fault::Dispatch);
-        for (int nth = 1; nth <= allocations + dispatches; ++nth) {
-            begin();
-            const bool isAllocation = nth <= allocations;
-            device.failNth(sim::Fault::StringAllocation, isAllocation ? nth : 0);
-            device.failNth(sim::Fault::Dispatch, isAllocation ? 0 : nth - allocations);
-            EXPECT_EQ(action.call(), TAV_ECONNECTION);
-            expectFailure(action.function, "Unable to communicate with app card");
-            const size_t sent = isAllocation ? 0 : static_cast<size_t>(nth - allocations - 1);
-            EXPECT_THAT(requests, testing::SizeIs(sent));
-        }
+TEST_F(ActionsTest, TheFirewallIsAskedNothingMoreAfterARefusal) {
+    for (const int refused : {1, 2}) {
+        requests.clear();
+        device.failNth(sim::Fault::Dispatch, refused);
+        EXPECT_EQ(TAV_SetFirewallPortStatus(1025, SDL_TRUE), TAV_ECONNECTION);
+        EXPECT_EQ(std::ssize(requests), refused - 1);
     }
 }
 
@@ -132,10 +83,8 @@ TEST_F(ActionsTest, RefuseBadArguments) {
     };
     refuses(TAV_Vibrate(-1, -1), "TAV_Vibrate", "durationMS must be >= 0");
     refuses(TAV_Vibrate(-5, 0), "TAV_Vibrate", "periodMS must be >= 0");
-    for (const int port : {1024, 0, -2000}) {
-        refuses(TAV_SetFirewallPortStatus(port, SDL_TRUE), "TAV_SetFirewallPortStatus",
-                "port must be greater than 1024");
-    }
+    refuses(TAV_SetFirewallPortStatus(1024, SDL_TRUE), "TAV_SetFirewallPortStatus",
+            "port must be greater than 1024");
     refuses(TAV_LaunchBrowser(nullptr), "TAV_LaunchBrowser", "NULL URL sent to TAV_LaunchBrowser");
     refuses(TAV_LaunchEmail(nullptr, nullptr), "TAV_LaunchEmail", "Subject is null");
     refuses(TAV_LaunchEmail("", nullptr), "TAV_LaunchEmail", "Body is null");
@@ -147,26 +96,22 @@ TEST_F(ActionsTest, RefuseBadArguments) {
     refuses(TAV_LaunchEmailTo("", "", 3, g_recipients), to, "bad recipient");
 }
 
-TEST_F(ActionsTest, SucceedWithoutARequestWhereThereIsNothingToDo) {
+TEST_F(ActionsTest, TraceAroundTheirChecksAndSucceedWhereThereIsNothingToDo) {
     EXPECT_EQ(TAV_Vibrate(100, 0), TAV_NOERROR);
     EXPECT_EQ(TAV_NotifyMusicPlaying(SDL_FALSE), TAV_NOERROR);
-    EXPECT_THAT(trace(),
-                ElementsAre("tav_f TAV_Vibrate 100, 0", "tav_f TAV_NotifyMusicPlaying false"));
-    EXPECT_THAT(requests, IsEmpty());
-}
-
-TEST_F(ActionsTest, TraceBeforeAndAfterTheirChecks) {
     TAV_LaunchBrowser(nullptr);
-    EXPECT_THAT(trace(), ElementsAre("tav_e TAV_LaunchBrowser NULL URL sent to TAV_LaunchBrowser"));
     TAV_LaunchEmailTo("S", "B", 4, g_recipients);
-    EXPECT_THAT(trace(), ElementsAre("tav_f TAV_LaunchEmailTo S, B",
-                                     "tav_f TAV_LaunchEmailTo Recipient 0: a@example.org",
-                                     "tav_f TAV_LaunchEmailTo Recipient 1: \"b\" <%s>",
-                                     "tav_e TAV_LaunchEmailTo bad recipient"));
     TAV_LaunchEmailTo(nullptr, "B", 0, g_recipients);
-    EXPECT_THAT(trace(),
-                ElementsAre("tav_f TAV_LaunchEmailTo (null), B", "tav_f TAV_LaunchEmail (null), B",
-                            "tav_e TAV_LaunchEmail Subject is null"));
+    EXPECT_THAT(
+        trace(),
+        ElementsAre("tav_f TAV_Vibrate 100, 0", "tav_f TAV_NotifyMusicPlaying false",
+                    "tav_e TAV_LaunchBrowser NULL URL sent to TAV_LaunchBrowser",
+                    "tav_f TAV_LaunchEmailTo S, B",
+                    "tav_f TAV_LaunchEmailTo Recipient 0: a@example.org",
+                    "tav_f TAV_LaunchEmailTo Recipient 1: \"b\" <%s>",
+                    "tav_e TAV_LaunchEmailTo bad recipient", "tav_f TAV_LaunchEmailTo (null), B",
+                    "tav_f TAV_LaunchEmail (null), B", "tav_e TAV_LaunchEmail Subject is null"));
+    EXPECT_THAT(requests, IsEmpty());
 }
 
 }  // namespace

@@ -2,45 +2,50 @@
 // growable string, dispatch, host request or read fails.
 #include <filesystem>
 #include <functional>
-#include <memory>
+#include <regex>
 
+#include "bridge.h"
 #include "device_test.h"
-#include "js/handlers.h"
-#include "platform/hdata.h"
 #include "resources.h"
+#include "services.h"
 
 namespace {
 
-constexpr char kOutOfMemory[] = "null: Could not allocate HString";
-constexpr char kUndisturbed[] = "what it comes to without a fault";
-constexpr char kNotSent[] = "null: failed to dispatch call";
-constexpr char kNotReachable[] = "2: Unable to communicate with app card";
-constexpr char kNotDispatched[] = "2: Unable to dispatch service call";
-constexpr char kLookUpFailed[] = "4: ";  // the host's failures have no message
+using sim::Fault;
 
-constexpr char kBattery[] = "vire://com.vire.battery/status";
-constexpr char kTicks[] = "vire://com.vire.clock/ticks";
+constexpr char kUndisturbed[] = "what it comes to without a fault";
 
 std::string outcomeOf(int code) {
     return code == TAV_NOERROR ? "ok" : std::to_string(code) + ": " + TAV_GetError();
 }
 
+std::string outcomeOf(const std::string& outcome) {
+    return outcome;
+}
+
+template <typename Record>
+std::string outcomeOf(Record* record) {
+    return tavtest::take(record);
+}
+
 // Runs a query that fills a buffer.
-template <typename Query>
-std::string filled(Query query) {
+std::string filled(int (*query)(char*, int)) {
     char buffer[256] = "untouched";
     const int code = query(buffer, static_cast<int>(sizeof buffer));
     return code == TAV_NOERROR ? buffer : outcomeOf(code);
 }
 
-template <typename Record>
-std::string bought(Record* record, const char* (*text)(const Record*), void (*release)(Record*)) {
-    if (record == nullptr) {
-        return std::string("null: ") + TAV_GetError();
-    }
-    const std::string json = text(record);
-    release(record);
-    return json;
+int appId(char* buffer, int length) {
+    return TAV_GetAppinfoValue("id", buffer, length);
+}
+
+int dataFile(char* buffer, int length) {
+    return TAV_GetDataFilePath("scores.txt", buffer, length);
+}
+
+int osVersion() {
+    TAV_OSVersion version;
+    return TAV_GetOSVersion(&version);
 }
 
 std::string rolesAfterStart() {
@@ -67,8 +72,7 @@ std::string location() {
     const std::string outcome = outcomeOf(TAV_EnableLocationTracking(SDL_TRUE));
     TAV_Location location = {};
     sim::device().advance(500);
-    const int code = TAV_GetLocation(&location);
-    EXPECT_EQ(code, outcome == "ok" ? TAV_NOERROR : TAV_UNINIT);
+    EXPECT_EQ(TAV_GetLocation(&location), outcome == "ok" ? TAV_NOERROR : TAV_UNINIT);
     TAV_EnableLocationTracking(SDL_FALSE);
     return outcome;
 }
@@ -76,15 +80,15 @@ std::string location() {
 void onBattery(TAV_ServiceParameters* parameters, void* userData) {
     char source[32] = "untouched";
     TAV_GetParamString(parameters, "source", source, sizeof source);
-    *static_cast<std::string*>(userData) = "source '" + std::string(source) + "'";
+    *static_cast<std::string*>(userData) = source;
 }
 
 std::string oneReply() {
-    std::string answer;
-    const int code = TAV_ServiceCallWithCallback(kBattery, "{}", onBattery, &answer, SDL_TRUE);
-    const std::string outcome = outcomeOf(code);
+    std::string source = "none";
+    const std::string outcome = outcomeOf(TAV_ServiceCallWithCallback(
+        "vire://com.vire.battery/status", "{}", onBattery, &source, SDL_TRUE));
     sim::device().advance(100);
-    return code == TAV_NOERROR ? answer : outcome;
+    return outcome == "ok" ? source : outcome;
 }
 
 void onTick(TAV_ServiceParameters* /*parameters*/, void* userData) {
@@ -95,8 +99,8 @@ void onTick(TAV_ServiceParameters* /*parameters*/, void* userData) {
 
 std::string subscription() {
     int ticks = 0;
-    const std::string outcome =
-        outcomeOf(TAV_ServiceCallWithCallback(kTicks, "{}", onTick, &ticks, SDL_FALSE));
+    const std::string outcome = outcomeOf(TAV_ServiceCallWithCallback(
+        "vire://com.vire.clock/ticks", "{}", onTick, &ticks, SDL_FALSE));
     sim::device().advance(7000);
     EXPECT_EQ(ticks, outcome == "ok" ? 5 : 0);
     return outcome;
@@ -106,7 +110,7 @@ void onGreet(TAV_JSParameters* parameters) {
     TAV_JSReply(parameters, TAV_GetJSParamString(parameters, 0));
 }
 
-// The page's call is made here, in place of a page.
+// The page's call is made apart, in place of a page.
 std::string bridge() {
     TAV_RegisterJSHandler("greet", onGreet);
     const std::string registered = outcomeOf(TAV_JSRegistrationComplete());
@@ -116,206 +120,156 @@ std::string bridge() {
 }
 
 std::string callFromPage() {
-    HDataWriter message;
-    message.writeStr("greet");
-    message.writeInt(1);
-    message.writeStr("hello");
-    HDataReader reader(message.bytes(), message.size());
-    HDataWriter answer;
-    if (!tav::jsMethodCallback(&reader, &answer)) {
-        EXPECT_EQ(answer.size(), 0U);
-        return "unreadable";
-    }
-    std::string text(static_cast<const char*>(answer.bytes()), answer.size());
-    return text.find("hello") != std::string::npos ? "hello" : "empty";
+    const tavtest::Answer answer = tavtest::callMethod("greet", 1, {"hello"});
+    return answer ? answer->second : "unreadable";
 }
 
+int sendEmail() {
+    const char* recipients[] = {"ann@example.com", "bob@example.com"};
+    return TAV_LaunchEmailTo("Scores", "1. Ann", 2, recipients);
+}
+
+// What a step may come to when a fault strikes it.
+using Struck = std::map<Fault, std::set<std::string>>;
+
 struct Step {
-    const char* name;
+    std::string name;
     std::function<std::string()> run;
-    // What the step comes to when a fault strikes it: the one thing, or for a step that goes on
-    // without what it could not have, each of those that it may come to.
-    std::map<sim::Fault, std::set<std::string>> struck;
+    Struck struck;
 };
 
-using sim::Fault;
+Struck onHost(const std::string& outcome) {
+    return {{Fault::HostRequest, {outcome}}};
+}
+
+#define STEP(call) #call, [] { return outcomeOf(call); }
 
 const std::vector<Step>& steps() {
-    static const char* const recipients[] = {"ann@example.com", "bob@example.com"};
+    static const Struck lookUp = onHost("4: ");  // the host's failures have no message
+    static const Struck control = onHost("2: Unable to communicate with app card");
+    static const Struck service = {{Fault::Dispatch, {"2: Unable to communicate with app card"}}};
+    static const Struck launch = {
+        {Fault::Dispatch, {"2: Unable to communicate with app card"}},
+        {Fault::StringAllocation, {"2: Unable to communicate with app card"}}};
+    static const Struck refused = {{Fault::Dispatch, {"null: failed to dispatch call"}},
+                                   {Fault::StringAllocation, {"null: Could not allocate HString"}}};
+    // What was bought is not lost for want of memory to read that it was.
+    static const Struck purchase = {
+        {Fault::Dispatch, {"null: failed to dispatch call"}},
+        {Fault::StringAllocation, {"null: Could not allocate HString", kUndisturbed}}};
     static const auto& all = *new std::vector<Step>{
         // Without the executable's path there are no roles, without an id the path names them.
-        {"TAV_Init", rolesAfterStart, {{Fault::HostRequest, {"ok", "ok, roles of tour"}}}},
-        {"TAV_GetRegionCountryCode",
-         [] { return filled(TAV_GetRegionCountryCode); },
-         {{Fault::HostRequest, {kLookUpFailed}}}},
-        {"TAV_GetRegionCountryName",
-         [] { return filled(TAV_GetRegionCountryName); },
-         {{Fault::HostRequest, {kLookUpFailed}}}},
-        {"TAV_GetLanguage",
-         [] { return filled(TAV_GetLanguage); },
-         {{Fault::HostRequest, {kLookUpFailed}}}},
-        {"TAV_GetUniqueID",
-         [] { return filled(TAV_GetUniqueID); },
-         {{Fault::Read, {"9: could not read ID file"}}}},
-        {"TAV_GetOSVersion",
-         [] {
-             TAV_OSVersion version;
-             return outcomeOf(TAV_GetOSVersion(&version));
-         },
-         {{Fault::HostRequest, {"4: Unable to extract OS version information"}}}},
-        {"TAV_GetAppinfoValue",
-         [] {
-             return filled([](char* buffer, int length) {
-                 return TAV_GetAppinfoValue("id", buffer, length);
-             });
-         },
-         {{Fault::HostRequest, {kLookUpFailed}}}},
-        {"TAV_GetDataFilePath",
-         [] {
-             return filled([](char* buffer, int length) {
-                        return TAV_GetDataFilePath("scores.txt", buffer, length);
-                    })
-                 .substr(0, 4);
-         },
-         {{Fault::HostRequest, {kLookUpFailed}}}},
-        {"compass", compass, {{Fault::HostRequest, {"2: "}}}},
-        {"TAV_SetKeyboardState",
-         [] { return outcomeOf(TAV_SetKeyboardState(SDL_TRUE)); },
-         {{Fault::HostRequest, {"2: Could not communicate with card"}}}},
-        {"TAV_SetTouchAggression",
-         [] { return outcomeOf(TAV_SetTouchAggression(1)); },
-         {{Fault::HostRequest, {"2: Could not communicate with Touch Aggression service"}}}},
-        {"TAV_SetOrientation",
-         [] { return outcomeOf(TAV_SetOrientation(TAV_ORIENTATION_RIGHT)); },
-         {{Fault::HostRequest, {kNotReachable}}}},
-        {"TAV_GesturesEnable",
-         [] { return outcomeOf(TAV_GesturesEnable(SDL_FALSE)); },
-         {{Fault::HostRequest, {kNotReachable}}}},
-        {"TAV_BannerMessagesEnable",
-         [] { return outcomeOf(TAV_BannerMessagesEnable(SDL_FALSE)); },
-         {{Fault::HostRequest, {kNotReachable}}}},
-        {"TAV_CustomPauseUiEnable",
-         [] { return outcomeOf(TAV_CustomPauseUiEnable(SDL_TRUE)); },
-         {{Fault::HostRequest, {kNotReachable}}}},
-        {"TAV_ScreenTimeoutEnable",
-         [] { return outcomeOf(TAV_ScreenTimeoutEnable(SDL_FALSE)); },
-         {{Fault::HostRequest, {kNotReachable}}}},
-        {"TAV_Minimize",
-         [] { return outcomeOf(TAV_Minimize()); },
-         {{Fault::HostRequest, {"4: Failed IPC communication for minimize"}}}},
-        {"one reply",
-         oneReply,
-         {{Fault::Dispatch, {kNotDispatched}}, {Fault::StringAllocation, {"source ''"}}}},
-        {"subscription", subscription, {{Fault::Dispatch, {kNotDispatched}}}},
-        {"location", location, {{Fault::Dispatch, {kNotReachable}}}},
-        {"TAV_Vibrate",
-         [] { return outcomeOf(TAV_Vibrate(100, 500)); },
-         {{Fault::Dispatch, {kNotReachable}}}},
-        {"TAV_SetFirewallPortStatus",
-         [] { return outcomeOf(TAV_SetFirewallPortStatus(1025, SDL_TRUE)); },
-         {{Fault::Dispatch, {kNotReachable}}}},
-        {"TAV_NotifyMusicPlaying",
-         [] { return outcomeOf(TAV_NotifyMusicPlaying(SDL_TRUE)); },
-         {{Fault::Dispatch, {kNotReachable}}}},
-        {"TAV_LaunchBrowser",
-         [] { return outcomeOf(TAV_LaunchBrowser("http://example.com/")); },
-         {{Fault::Dispatch, {kNotReachable}}, {Fault::StringAllocation, {kNotReachable}}}},
-        {"TAV_LaunchEmail",
-         [] { return outcomeOf(TAV_LaunchEmail("Scores", "1. Ann")); },
-         {{Fault::Dispatch, {kNotReachable}}, {Fault::StringAllocation, {kNotReachable}}}},
-        {"TAV_LaunchEmailTo",
-         [] {
-             return outcomeOf(
-                 TAV_LaunchEmailTo("Scores", "1. Ann", 2, const_cast<const char**>(recipients)));
-         },
-         {{Fault::Dispatch, {kNotReachable}}, {Fault::StringAllocation, {kNotReachable}}}},
-        // What was bought is not lost for want of memory to read that it was.
-        {"TAV_GetAvailableItems",
-         [] {
-             return bought(TAV_GetAvailableItems(), TAV_GetItemCollectionJSON,
-                           TAV_FreeItemCollection);
-         },
-         {{Fault::Dispatch, {kNotSent}}, {Fault::StringAllocation, {kOutOfMemory, kUndisturbed}}}},
-        {"TAV_PurchaseItem",
-         [] {
-             return bought(TAV_PurchaseItem("extra-levels", 1, nullptr), TAV_GetItemReceiptJSON,
-                           TAV_FreeItemReceipt);
-         },
-         {{Fault::Dispatch, {kNotSent}}, {Fault::StringAllocation, {kOutOfMemory, kUndisturbed}}}},
-        {"a refused purchase",
-         [] {
-             return bought(TAV_PurchaseItem("gold-skin", 1, "from the tour"),
-                           TAV_GetItemReceiptJSON, TAV_FreeItemReceipt);
-         },
-         {{Fault::Dispatch, {kNotSent}}, {Fault::StringAllocation, {kOutOfMemory}}}},
-        {"bridge",
-         bridge,
+        {STEP(rolesAfterStart()), {{Fault::HostRequest, {"ok", "ok, roles of tour"}}}},
+        {STEP(filled(TAV_GetRegionCountryCode)), lookUp},
+        {STEP(filled(TAV_GetRegionCountryName)), lookUp},
+        {STEP(filled(TAV_GetLanguage)), lookUp},
+        {STEP(filled(TAV_GetUniqueID)), {{Fault::Read, {"9: could not read ID file"}}}},
+        {STEP(osVersion()), onHost("4: Unable to extract OS version information")},
+        {STEP(filled(appId)), lookUp},
+        {STEP(filled(dataFile).substr(0, 4)), lookUp},
+        {STEP(compass()), onHost("2: ")},
+        {STEP(TAV_SetKeyboardState(SDL_TRUE)), onHost("2: Could not communicate with card")},
+        {STEP(TAV_SetTouchAggression(1)),
+         onHost("2: Could not communicate with Touch Aggression service")},
+        {STEP(TAV_SetOrientation(TAV_ORIENTATION_RIGHT)), control},
+        {STEP(TAV_GesturesEnable(SDL_FALSE)), control},
+        {STEP(TAV_BannerMessagesEnable(SDL_FALSE)), control},
+        {STEP(TAV_CustomPauseUiEnable(SDL_TRUE)), control},
+        {STEP(TAV_ScreenTimeoutEnable(SDL_FALSE)), control},
+        {STEP(TAV_Minimize()), onHost("4: Failed IPC communication for minimize")},
+        {STEP(oneReply()),
+         {{Fault::Dispatch, {"2: Unable to dispatch service call"}},
+          {Fault::StringAllocation, {""}}}},
+        {STEP(subscription()), {{Fault::Dispatch, {"2: Unable to dispatch service call"}}}},
+        {STEP(location()), service},
+        {STEP(TAV_Vibrate(100, 500)), service},
+        {STEP(TAV_SetFirewallPortStatus(1025, SDL_TRUE)), service},
+        {STEP(TAV_NotifyMusicPlaying(SDL_TRUE)), service},
+        {STEP(TAV_LaunchBrowser("http://example.com/")), launch},
+        {STEP(TAV_LaunchEmail("Scores", "1. Ann")), launch},
+        {STEP(sendEmail()), launch},
+        {STEP(TAV_GetAvailableItems()), purchase},
+        {STEP(TAV_GetItemInfo("gold-skin")), purchase},
+        {STEP(TAV_GetPendingPurchaseInfo("17")), purchase},
+        {STEP(TAV_PurchaseItem("extra-levels", 1, nullptr)), purchase},
+        {STEP(TAV_PurchaseItem("gold-skin", 1, "from the tour")), refused},
+        {STEP(bridge()),
          {{Fault::HostRequest,
            {"2: Could not register JS Handlers. Either this was not launched as a plugin, or the "
             "IPC is not yet set up.",
             "2: Unable to dispatch message"}}}},
-        {"a call from the page", callFromPage, {{Fault::Read, {"unreadable", "empty"}}}},
+        // The last reads are the page's, of its answer.
+        {STEP(callFromPage()), {{Fault::Read, {"unreadable", "", "(null)"}}}},
     };
     return all;
 }
 
+#undef STEP
+
 class FaultsTest : public tavtest::DeviceTest {
 protected:
+    // Where the step is one call that failed with a message, the trace names the function with it,
+    // or for a purchase request the one below in which it failed.
+    void expectTraced(const std::string& step, const std::string& outcome) {
+        static const std::regex failure("(null|[0-9]): (.+)");
+        std::smatch parts;
+        if (step.starts_with("TAV_") && std::regex_match(outcome, parts, failure)) {
+            const std::string function = "tav_e " + step.substr(0, step.find('(')) + " ";
+            const std::string text = parts.str(2);
+            EXPECT_THAT(trace(), testing::Contains(testing::AnyOf(function + text,
+                                                                  "tav_e blockingKSCall " + text,
+                                                                  "tav_e dispatch " + text)));
+        }
+    }
+
     // The tour on a device, as root so that start-up makes roles, from a fresh start. Returns what
     // each step came to, and which steps the n-th occurrence struck (the steps' number: none).
-    std::vector<std::string> run(Fault fault, int n, std::size_t* struck) {
+    std::vector<std::string> run(bool plugin, Fault fault, int n, std::size_t* struck) {
         std::string error;
-        std::optional<sim::Profile> profile =
-            sim::readProfile(sim::profilePath("cinnabar"), &error);
-        EXPECT_TRUE(profile.has_value()) << error;
-        profile->root = true;
-        profile->plugin = m_plugin;
-        profile->executable = "/apps/bin/tour";
-        startDevice(*profile);
+        sim::Profile profile = sim::readProfile(sim::profilePath("cinnabar"), &error).value();
+        profile.root = true;
+        profile.plugin = plugin;
+        profile.executable = "/apps/bin/tour";
+        startDevice(profile);
         const long descriptors = tavtest::openDescriptors();
         device.failNth(fault, n);
         *struck = steps().size();
         std::vector<std::string> outcomes;
-        for (std::size_t index = 0; index < steps().size(); ++index) {
+        for (const Step& step : steps()) {
             SDL_ClearError();
+            trace();
             const int before = device.occurrences(fault);
-            outcomes.push_back(steps()[index].run());
+            outcomes.push_back(step.run());
             if (n > before && n <= device.occurrences(fault)) {
-                *struck = index;
+                *struck = outcomes.size() - 1;
+                expectTraced(step.name, outcomes.back());
             }
         }
         EXPECT_EQ(device.openCalls(), std::vector<int>());
         TAV_Quit();
         EXPECT_EQ(tavtest::openDescriptors(), descriptors);
-        m_occurrences = device.occurrences(fault);
         return outcomes;
     }
 
-    void strikeEach(Fault fault) {
+    void strikeEach(bool plugin, Fault fault) {
         std::size_t struck = 0;
-        const std::vector<std::string> undisturbed = run(fault, 0, &struck);
-        const int occurrences = m_occurrences;
+        const std::vector<std::string> undisturbed = run(plugin, fault, 0, &struck);
+        const int occurrences = device.occurrences(fault);
         EXPECT_GT(occurrences, 0);
         for (int n = 1; n <= occurrences && !HasFailure(); ++n) {
-            const std::vector<std::string> outcomes = run(fault, n, &struck);
+            std::vector<std::string> outcomes = run(plugin, fault, n, &struck);
             ASSERT_LT(struck, steps().size());
-            SCOPED_TRACE(std::string(steps()[struck].name) + ", occurrence " + std::to_string(n));
-            std::vector<std::string> expected = undisturbed;
-            expected[struck] = outcomes[struck];
-            EXPECT_EQ(outcomes, expected) << "another step than the struck one changed";
-            const auto& allowed = steps()[struck].struck;
-            ASSERT_TRUE(allowed.count(fault) != 0) << outcomes[struck];
-            const bool mayGoOn = allowed.at(fault).count(kUndisturbed) != 0;
-            EXPECT_TRUE(allowed.at(fault).count(outcomes[struck]) != 0 ||
-                        (mayGoOn && outcomes[struck] == undisturbed[struck]))
-                << outcomes[struck];
+            const Step& step = steps()[struck];
+            SCOPED_TRACE(step.name + ", occurrence " + std::to_string(n));
+            const std::string outcome = std::exchange(outcomes[struck], undisturbed[struck]);
+            EXPECT_EQ(outcomes, undisturbed) << "another step than the struck one changed";
+            ASSERT_TRUE(step.struck.count(fault) != 0) << outcome;
+            const std::set<std::string>& allowed = step.struck.at(fault);
+            EXPECT_TRUE(allowed.count(outcome) != 0 ||
+                        (allowed.count(kUndisturbed) != 0 && outcome == undisturbed[struck]))
+                << outcome;
         }
     }
-
-    bool m_plugin = false;
-
-private:
-    int m_occurrences = 0;
 };
 
 TEST_F(FaultsTest, EachIsReportedAndLeavesNothingBehind) {
@@ -323,8 +277,7 @@ TEST_F(FaultsTest, EachIsReportedAndLeavesNothingBehind) {
         for (const Fault fault :
              {Fault::StringAllocation, Fault::Dispatch, Fault::HostRequest, Fault::Read}) {
             SCOPED_TRACE("fault " + std::to_string(static_cast<int>(fault)));
-            m_plugin = plugin;
-            strikeEach(fault);
+            strikeEach(plugin, fault);
         }
     }
 }

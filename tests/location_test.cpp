@@ -49,21 +49,16 @@ protected:
     TAV_Location location{};
 };
 
-TEST_F(LocationTest, StartsWithoutFix) {
-    trace();
-    const tav::gpsCallbackContext state;
-    EXPECT_THAT(trace(), ElementsAre("tav_f gpsCallbackContext --", "tav_f clear --"));
-    EXPECT_EQ(state.callId, -1);
-    EXPECT_EQ(values(state.location), kNoFix);
-}
-
-TEST_F(LocationTest, EnablingSubscribesInTheLibrarysName) {
+TEST_F(LocationTest, StartsWithoutFixAndSubscribesInTheLibrarysName) {
     tavtest::Requests requests;
     device.profile.services[kUri] = tavtest::keepingService(requests);
     trace();
+    const tav::gpsCallbackContext fresh;
     EXPECT_EQ(TAV_EnableLocationTracking(tavtest::anyValue<SDL_bool>(2)), TAV_NOERROR);
-    EXPECT_THAT(trace(), ElementsAre("tav_f TAV_EnableLocationTracking true",
+    EXPECT_THAT(trace(), ElementsAre("tav_f gpsCallbackContext --", "tav_f clear --",
+                                     "tav_f TAV_EnableLocationTracking true",
                                      "tav_f getBooleanString true"));
+    EXPECT_EQ(fresh.callId, -1);
     EXPECT_THAT(requests, ElementsAre(tavtest::Request{kUri, R"({ "subscribe": true })"}));
     EXPECT_EQ(tavtest::optionsSent(device), std::set{true});
     EXPECT_EQ(g_GPSContext.tracking, 2);
@@ -73,62 +68,53 @@ TEST_F(LocationTest, EnablingSubscribesInTheLibrarysName) {
 
 TEST_F(LocationTest, RepliesBecomeAFixOrAFailure) {
     using Lines = std::vector<std::string>;
-    struct Case {
-        const char* what;
+    const std::string failed = R"({"errorCode":5})";
+    const std::string unknown = R"({"errorCode":-7})";
+    const std::string incomplete =
+        R"({"errorCode":0,"longitude":2,"altitude":3,"horizAccuracy":4,"vertAccuracy":5,"heading":6})";
+    const Lines unknownLine = {"tav_e gpsCallback unknown error returned from gps: -7"};
+    const Lines unparsedLine = {"tav_e gpsCallback could not parse gps reply"};
+    const Lines incompleteLines = {"tav_e validateValue value not present: latitude",
+                                   "tav_e validateValue value not present: velocity",
+                                   "tav_e gpsCallback reply from gps missing parameters"};
+    constexpr int kDone = TAV_EVENT_LOCATION;
+    constexpr int kFailed = TAV_EVENT_LOCATION_FAILURE;
+    const struct {
         std::vector<sim::Reply> replies;
         int code;
         std::vector<int> events;
-        bool stored;
         Lines lastTrace;  // of the last reply, after its entry
+    } cases[] = {
+        {{kFixReply}, 0, {kDone}, {}},
+        {{R"({"latitude":1})"}, 0, {}, {}},
+        {{R"({"errorCode":4})"}, 0, {}, {}},
+        {{failed}, TAV_ELOCATIONSERVICE, {kFailed}, {}},
+        {{unknown}, TAV_EOTHER, {kFailed}, unknownLine},
+        {{"{"}, TAV_EOTHER, {kFailed}, unparsedLine},
+        {{std::nullopt}, TAV_EOTHER, {kFailed}, unparsedLine},
+        {{incomplete}, TAV_EOTHER, {kFailed}, incompleteLines},
+        {{failed, incomplete}, TAV_ELOCATIONSERVICE, {kFailed, kFailed}, {}},
+        {{failed, kFixReply}, TAV_ELOCATIONSERVICE, {kFailed, kFailed}, {}},
+        {{failed, "?"}, TAV_EOTHER, {kFailed, kFailed}, unparsedLine},
+        {{failed, "{}"}, TAV_ELOCATIONSERVICE, {kFailed}, {}},
+        {{failed, R"({"errorCode":4})"}, TAV_ELOCATIONSERVICE, {kFailed}, {}},
+        {{kFixReply, failed}, TAV_ELOCATIONSERVICE, {kDone, kFailed}, {}},
     };
-    constexpr int kDone = TAV_EVENT_LOCATION;
-    constexpr int kFailed = TAV_EVENT_LOCATION_FAILURE;
-    const sim::Reply failed = R"({"errorCode":5})";
-    const sim::Reply unknown = R"({"errorCode":-7})";
-    const std::vector<int> twice = {kFailed, kFailed};
-    const Lines unknownLine = {"tav_e gpsCallback unknown error returned from gps: -7"};
-    const Lines unparsedLine = {"tav_e gpsCallback could not parse gps reply"};
-    const Case cases[] = {
-        {"fix", {kFixReply}, 0, {kDone}, true, {}},
-        {"no code", {R"({"latitude":1})"}, 0, {}, false, {}},
-        {"nothing new", {R"({"errorCode":4})"}, 0, {}, false, {}},
-        {"service failed", {failed}, TAV_ELOCATIONSERVICE, {kFailed}, false, {}},
-        {"unknown code", {unknown}, TAV_EOTHER, {kFailed}, false, unknownLine},
-        {"no JSON", {"{"}, TAV_EOTHER, {kFailed}, false, unparsedLine},
-        {"empty", {""}, TAV_EOTHER, {kFailed}, false, unparsedLine},
-        {"null", {std::nullopt}, TAV_EOTHER, {kFailed}, false, unparsedLine},
-        {"members missing",
-         {R"({"errorCode":0,"longitude":2,"altitude":3,"horizAccuracy":4,"vertAccuracy":5,"heading":6})"},
-         TAV_EOTHER,
-         {kFailed},
-         false,
-         {"tav_e validateValue value not present: latitude",
-          "tav_e validateValue value not present: velocity",
-          "tav_e gpsCallback reply from gps missing parameters"}},
-        {"no members after a failure", {failed, R"({"errorCode":0})"}, 6, twice, false, {}},
-        {"fix after a failure", {failed, kFixReply}, 6, twice, false, {}},
-        {"no JSON after a failure", {failed, "?"}, 4, twice, false, unparsedLine},
-        {"failed after unknown", {unknown, failed}, 6, twice, false, {}},
-        {"no code after a failure", {failed, "{}"}, 6, {kFailed}, false, {}},
-        {"nothing new after a failure", {failed, R"({"errorCode":4})"}, 6, {kFailed}, false, {}},
-        {"failure after a fix", {kFixReply, failed}, 6, {kDone, kFailed}, true, {}},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.what);
+    for (const auto& c : cases) {
+        SCOPED_TRACE(testing::PrintToString(c.replies));
         begin();
         TAV_EnableLocationTracking(SDL_TRUE);
         for (const sim::Reply& reply : c.replies) {
             trace();
             deliver(reply);
         }
-        Lines lines = trace();
-        ASSERT_FALSE(lines.empty());
-        EXPECT_EQ(lines.front(), "tav_f gpsCallback " + c.replies.back().value_or("(null)"));
-        lines.erase(lines.begin());
-        EXPECT_EQ(lines, c.lastTrace);
+        Lines lines = {"tav_f gpsCallback " + c.replies.back().value_or("(null)")};
+        lines.insert(lines.end(), c.lastTrace.begin(), c.lastTrace.end());
+        EXPECT_EQ(trace(), lines);
         EXPECT_STREQ(SDL_GetError(), "");
         EXPECT_EQ(userEvents(), c.events);
-        EXPECT_EQ(values(g_GPSContext.location), c.stored ? kFix : kNoFix);
+        const bool hasFix = !c.events.empty() && c.events.front() == kDone;
+        EXPECT_EQ(values(g_GPSContext.location), hasFix ? kFix : kNoFix);
         EXPECT_EQ(TAV_GetLocation(&location), c.code);
         if (c.code != TAV_NOERROR) {
             expectFailure("TAV_GetLocation", "GPS failure");
@@ -169,19 +155,16 @@ TEST_F(LocationTest, DisablingCancelsTheLastSubscriptionAndKeepsTheFix) {
 }
 
 TEST_F(LocationTest, ARefusedEnableLeavesTrackingAndFailureAsTheyWere) {
-    for (const bool tracking : {false, true}) {
-        if (tracking) {
-            TAV_EnableLocationTracking(SDL_TRUE);
-            deliver(R"({"errorCode":5})");
-        }
+    for (const int code : {TAV_UNINIT, TAV_ELOCATIONSERVICE}) {
         device.failNth(sim::Fault::Dispatch, 1);
         EXPECT_EQ(TAV_EnableLocationTracking(SDL_TRUE), TAV_ECONNECTION);
         expectFailure("TAV_EnableLocationTracking", "Unable to communicate with app card");
         EXPECT_EQ(g_GPSContext.callId, -1);
-        EXPECT_EQ(TAV_GetLocation(&location), tracking ? TAV_ELOCATIONSERVICE : TAV_UNINIT);
+        EXPECT_EQ(TAV_GetLocation(&location), code);
+        TAV_EnableLocationTracking(SDL_TRUE);
+        EXPECT_EQ(TAV_GetLocation(&location), TAV_NOERROR);
+        deliver(R"({"errorCode":5})");
     }
-    TAV_EnableLocationTracking(SDL_TRUE);
-    EXPECT_EQ(TAV_GetLocation(&location), TAV_NOERROR);
 }
 
 TEST_F(LocationTest, RefusesANullRecordAndAForeignContext) {

@@ -7,24 +7,21 @@
 #include <utility>
 #include <vector>
 
+#include "SDL.h"
 #include "simulator/device.h"
+#include "tav.h"
 
 namespace tavtest {
 
-struct Request {
-    std::string uri;
-    std::string payload;
-
-    bool operator==(const Request&) const = default;
-};
-
+// A URI and a payload.
+using Request = std::pair<std::string, std::string>;
 using Requests = std::vector<Request>;
 
 // A service that keeps each request and gives each the same reply.
 inline sim::Service keepingService(Requests& requests, sim::Reply reply = "{}") {
     sim::Service service;
     service.compute = [&requests, reply](const std::string& uri, const std::string& payload) {
-        requests.push_back({uri, payload});
+        requests.emplace_back(uri, payload);
         return reply;
     };
     return service;
@@ -32,12 +29,7 @@ inline sim::Service keepingService(Requests& requests, sim::Reply reply = "{}") 
 
 // A service with these replies; where `every` is set, a subscription gets them over and over.
 inline sim::Service repliesOf(std::vector<sim::Reply> replies, int delay = 0, int every = 0) {
-    sim::Service service;
-    service.replies = std::move(replies);
-    service.repeat = every != 0;
-    service.delay = delay;
-    service.every = every;
-    return service;
+    return {std::move(replies), every != 0, delay, every, false, {}};
 }
 
 // The options with which the requests of the journal went out: true in the library's name, false in
@@ -45,13 +37,34 @@ inline sim::Service repliesOf(std::vector<sim::Reply> replies, int delay = 0, in
 inline std::set<bool> optionsSent(const sim::Device& device) {
     std::set<bool> options;
     for (const std::string& line : device.journal()) {
-        for (const bool option : {false, true}) {
-            if (line.find(option ? "\"option\":true" : "\"option\":false") != std::string::npos) {
-                options.insert(option);
-            }
+        if (line.find("\"option\":") != std::string::npos) {
+            options.insert(line.find("\"option\":true") != std::string::npos);
         }
     }
     return options;
+}
+
+// What a purchase request came to: the text of its record, which is released, or the error.
+template <typename Record>
+std::string take(Record* record, const char* (*text)(const Record*), void (*release)(Record*)) {
+    if (record == nullptr) {
+        return std::string("null: ") + SDL_GetError();
+    }
+    const std::string json = text(record);
+    release(record);
+    return json;
+}
+
+inline std::string take(TAV_ItemCollection* items) {
+    return take(items, TAV_GetItemCollectionJSON, TAV_FreeItemCollection);
+}
+
+inline std::string take(TAV_ItemReceipt* receipt) {
+    return take(receipt, TAV_GetItemReceiptJSON, TAV_FreeItemReceipt);
+}
+
+inline std::string take(TAV_ItemInfo* info) {
+    return take(info, TAV_GetItemJSON, TAV_FreeItemInfo);
 }
 
 }  // namespace tavtest
