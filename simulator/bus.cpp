@@ -102,7 +102,7 @@ void scheduleReplies(int token, const Call& call, const Answer& answer, long fir
 bool refusesDispatch(const std::string& uri) {
     const Service* service = profileService(uri);
     const bool refused =
-        device().profile.refused.count(uri) != 0 || (service != nullptr && service->refuse);
+        device().profile.refused.contains(uri) || (service != nullptr && service->refuse);
     return faultStrikes(Fault::Dispatch) || refused;
 }
 

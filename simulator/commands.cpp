@@ -30,14 +30,14 @@ public:
 
     std::string next() {
         const size_t end = std::min(m_rest.find(' '), m_rest.size());
-        const std::string word(m_rest.substr(0, end));
+        std::string word(m_rest.substr(0, end));
         m_rest.remove_prefix(end);
         skipBlanks();
         return word;
     }
 
     std::string rest() {
-        const std::string all(m_rest);
+        std::string all(m_rest);
         m_rest = {};
         return all;
     }

@@ -23,7 +23,7 @@ Device& device() {
     return instance;
 }
 
-bool Device::start(Profile newProfile, Options options, std::string* error) {
+bool Device::start(Profile newProfile, const Options& options, std::string* error) {
     stop();
     std::string problem;
     std::string& line = error != nullptr ? *error : problem;

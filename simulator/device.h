@@ -37,7 +37,7 @@ public:
 
     // Starts over: these data, an empty bus and queue, an empty journal, the clock at 0. False,
     // with a line in `error`, when the root folder cannot be prepared.
-    bool start(Profile newProfile, Options options = {}, std::string* error = nullptr);
+    bool start(Profile newProfile, const Options& options = {}, std::string* error = nullptr);
 
     // Removes the root folder if the device made it, ends the page, closes the files.
     void stop();

@@ -104,7 +104,7 @@ int switchHook(const char* hook, const char* name, int enable) {
 }  // namespace
 
 bool hostAccepts(const char* request) {
-    const bool refused = running().profile.refused.count(request) != 0;
+    const bool refused = running().profile.refused.contains(request);
     return !faultStrikes(Fault::HostRequest) && !refused;
 }
 

@@ -12,7 +12,7 @@ namespace sim {
 namespace {
 
 // Memory is taken in steps of this size as the bytes arrive, not by the length that was announced.
-constexpr uint64_t kStep = 64 * 1024;
+constexpr uint64_t kStep = uint64_t{64} * 1024;
 
 constexpr size_t kHeaderSize = sizeof(PageMessageKind) + sizeof(uint64_t);
 

@@ -32,7 +32,7 @@ constexpr int kOnce = 0;
 constexpr int kShortestDelay = 1;  // so that a script's timers always let the clock move on
 
 // What the script may use; far less than would trouble the machine that the application runs on.
-constexpr size_t kMemoryLimit = 256 * 1024 * 1024;
+constexpr size_t kMemoryLimit = size_t{256} * 1024 * 1024;
 
 // Where in a timer's array its parts are.
 constexpr duk_uarridx_t kTimerInterval = 0;

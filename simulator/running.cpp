@@ -53,7 +53,7 @@ Device& running() {
     Options options;
     std::string error;
     if (!environmentSetup(&profile, &options, &error) ||
-        !device().start(std::move(profile), std::move(options), &error)) {
+        !device().start(std::move(profile), options, &error)) {
         std::fprintf(stderr, "tavsim: %s\n", error.c_str());
         std::exit(kBadSetup);
     }

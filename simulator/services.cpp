@@ -87,10 +87,10 @@ Answer startTracking(const dom::object&) {
     const LocationTrack& track = device().profile.location;
     Answer answer{{}, track.interval, track.interval};
     for (const Fix& fix : track.fixes) {
-        answer.replies.push_back(fixReply(fix));
+        answer.replies.emplace_back(fixReply(fix));
     }
     for (const int code : track.errors) {
-        answer.replies.push_back("{\"errorCode\":" + std::to_string(code) + "}");
+        answer.replies.emplace_back("{\"errorCode\":" + std::to_string(code) + "}");
     }
     return answer;
 }

@@ -21,11 +21,11 @@ public:
         for (std::string name; std::getline(stream, name, ',');) {
             m_names.insert(name);
         }
-        m_all = m_names.count("all") != 0;
+        m_all = m_names.contains("all");
     }
 
     bool empty() const { return m_names.empty(); }
-    bool contains(const char* tag) const { return m_all || m_names.count(tag) != 0; }
+    bool contains(const char* tag) const { return m_all || m_names.contains(tag); }
 
 private:
     std::set<std::string> m_names;
