@@ -205,8 +205,8 @@ TEST_F(SimulatorTest, FilesAreMadeFromTheProfileOnceAndThenLeftAlone) {
 // The sanitizers see a queue that is used after its end.
 TEST_F(SimulatorTest, AProgramMayEndWhileRepliesAreOnTheirWay) {
     const auto endWithReplyQueued = [] {
-        TAV_ServiceCallWithCallback(
-            "a://unknown", "{}", [](TAV_ServiceParameters*, void*) {}, nullptr, SDL_TRUE);
+        NApp_GetKSCaller()->ksCallWithResponse(
+            "a://unknown", "{}", false, [](int, const char*, void*) {}, nullptr);
         std::exit(0);
     };
     EXPECT_EXIT(endWithReplyQueued(), testing::ExitedWithCode(0), "");
