@@ -1,4 +1,5 @@
 // The role store below the device's root folder, and what the bus hears of it.
+#include <dlfcn.h>
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -12,6 +13,27 @@
 #include "roles/role_file.h"
 
 namespace fs = std::filesystem;
+
+namespace {
+
+// Every folder below /var that this program asks for, in order.
+std::vector<std::string>& createdFolders() {
+    static auto& folders = *new std::vector<std::string>;
+    return folders;
+}
+
+}  // namespace
+
+// Stands in front of the device's own.
+extern "C" __attribute__((visibility("default"))) int mkdir(const char* path,
+                                                            mode_t mode) noexcept {
+    using Function = int (*)(const char*, mode_t);
+    static const auto next = reinterpret_cast<Function>(dlsym(RTLD_NEXT, "mkdir"));
+    if (std::string(path).rfind("/var", 0) == 0) {
+        createdFolders().push_back(path);
+    }
+    return next(path, mode);
+}
 
 namespace {
 
@@ -147,7 +169,9 @@ TEST_F(RolesTest, CreatesTheFoldersThatAreMissing) {
         {{store}, "", {pub, prv}},
         {{pub}, "", {prv}},
         {{prv}, "", {pub}},
+        {{pub, prv}, "", {}},
         {{store}, pub, {prv}},
+        {{"/var/vire"}, "/var/vire/ks2", {}},
     };
     const mode_t mask = umask(0);
     for (const auto& one : cases) {
@@ -158,7 +182,9 @@ TEST_F(RolesTest, CreatesTheFoldersThatAreMissing) {
         if (!one.blocked.empty()) {
             write(one.blocked, "");
         }
+        createdFolders().clear();
         tav::ensureRoleDirectories();
+        EXPECT_EQ(createdFolders(), one.created);
         for (const std::string& path : one.present) {
             EXPECT_EQ(fs::status(real(path)).permissions(), fs::perms::all) << path;
         }
