@@ -7,19 +7,19 @@
 
 #include "SDL.h"
 
-#define PARTS 3
+#define GRID 3
 
 static int is_of_one_color(const SDL_Surface *picture, int column, int row)
 {
     const int bytes = picture->format->BytesPerPixel;
-    const int left = picture->w * column / PARTS;
-    const int top = picture->h * row / PARTS;
+    const int left = picture->w * column / GRID;
+    const int top = picture->h * row / GRID;
     const Uint8 *first = (const Uint8 *)picture->pixels + top * picture->pitch + left * bytes;
     int x, y;
 
-    for (y = top; y < picture->h * (row + 1) / PARTS; ++y) {
+    for (y = top; y < picture->h * (row + 1) / GRID; ++y) {
         const Uint8 *line = (const Uint8 *)picture->pixels + y * picture->pitch;
-        for (x = left; x < picture->w * (column + 1) / PARTS; ++x) {
+        for (x = left; x < picture->w * (column + 1) / GRID; ++x) {
             if (memcmp(line + x * bytes, first, (size_t)bytes) != 0) {
                 return 0;
             }
@@ -41,9 +41,9 @@ int main(int argc, char *argv[])
         fprintf(stderr, "the picture has %d x %d pixels\n", picture->w, picture->h);
         return 1;
     }
-    for (part = 0; part < PARTS * PARTS; ++part) {
-        if (is_of_one_color(picture, part % PARTS, part / PARTS)) {
-            fprintf(stderr, "nothing is drawn in part %d of %d\n", part + 1, PARTS * PARTS);
+    for (part = 0; part < GRID * GRID; ++part) {
+        if (is_of_one_color(picture, part % GRID, part / GRID)) {
+            fprintf(stderr, "nothing is drawn in part %d of %d\n", part + 1, GRID * GRID);
             return 1;
         }
     }
