@@ -6,26 +6,26 @@
 
 #include <string>
 
-#include "simulator/device.h"
+#include "simulator/interface/device.h"
 #include "tav.h"
 
 namespace tavbench {
 
 class BenchDevice {
 public:
-    explicit BenchDevice(benchmark::State& state, sim::Profile profile = {},
+    explicit BenchDevice(benchmark::State& state, tavsim::Profile profile = {},
                          bool virtualTime = true) {
-        sim::Options options;
+        tavsim::Options options;
         options.virtualTime = virtualTime;
         std::string error;
-        if (!sim::device().start(std::move(profile), options, &error)) {
+        if (!tavsim::device().start(std::move(profile), options, &error)) {
             state.SkipWithError(error.c_str());
         }
     }
 
     ~BenchDevice() {
         TAV_Quit();
-        sim::device().stop();
+        tavsim::device().stop();
     }
 
     BenchDevice(const BenchDevice&) = delete;

@@ -12,8 +12,8 @@ constexpr char kSilent[] = "vire://com.example.bench/silent";
 constexpr char kPayload[] = "{}";
 constexpr int kSubscriptions = 10000;
 
-sim::Profile services() {
-    sim::Profile profile;
+tavsim::Profile services() {
+    tavsim::Profile profile;
     profile.services[kAnswering].replies = {R"({"returnValue":true})"};
     profile.services[kSilent] = {};
     return profile;
@@ -57,22 +57,22 @@ void inOrder(benchmark::State& state, void (*call)(const char*)) {
     g_replies = 0;
     for (auto _ : state) {
         dispatchAll(state, call, kAnswering);
-        sim::device().pump();
+        tavsim::device().pump();
     }
     countCalls(state);
 }
 
 void inReverse(benchmark::State& state, void (*call)(const char*)) {
     const BenchDevice device(state, services());
-    const sim::Reply reply = R"({"returnValue":true})";
+    const tavsim::Reply reply = R"({"returnValue":true})";
     g_replies = 0;
     for (auto _ : state) {
         dispatchAll(state, call, kSilent);
         state.PauseTiming();
-        const std::vector<int> tokens = sim::device().openCalls();
+        const std::vector<int> tokens = tavsim::device().openCalls();
         state.ResumeTiming();
         for (auto token = tokens.rbegin(); token != tokens.rend(); ++token) {
-            sim::device().deliver(*token, reply);
+            tavsim::device().deliver(*token, reply);
         }
     }
     countCalls(state);
@@ -90,10 +90,10 @@ void unregister(benchmark::State& state) {
         for (int i = 0; i < kSubscriptions; ++i) {
             TAV_ServiceCallWithCallback(kSilent, kPayload, onReply, nullptr, SDL_FALSE);
         }
-        const size_t open = sim::device().openCalls().size();
+        const size_t open = tavsim::device().openCalls().size();
         state.ResumeTiming();
         TAV_UnregisterServiceCallback(onReply);
-        expect(state, open == kSubscriptions && sim::device().openCalls().empty(),
+        expect(state, open == kSubscriptions && tavsim::device().openCalls().empty(),
                "subscriptions are missing or left");
     }
 }

@@ -12,7 +12,7 @@
 #include <string>
 
 #include "SDL.h"
-#include "simulator/device.h"
+#include "simulator/interface/device.h"
 
 namespace {
 
@@ -41,11 +41,11 @@ void fail(const char* what, const char* why) {
 }
 
 void usePlatform() {
-    sim::Profile profile;
+    tavsim::Profile profile;
     profile.machine = "cinnabar";
     profile.preferences.emplace()["deviceName"] = "Kitchen";
     std::string error;
-    if (!sim::device().start(profile, {}, &error)) {
+    if (!tavsim::device().start(profile, {}, &error)) {
         fail("the device", error.c_str());
     }
     if (SDL_Init(SDL_INIT_VIDEO) != 0) {
@@ -84,7 +84,7 @@ int main(int argc, char** argv) {
     std::printf("{\"dlopen_us\": %.1f, \"resident_kib\": %ld, \"unshared_kib\": %ld}\n",
                 elapsed.count(), after.resident - before.resident,
                 after.unshared - before.unshared);
-    sim::device().stop();
+    tavsim::device().stop();
     SDL_Quit();
     return EXIT_SUCCESS;
 }

@@ -16,8 +16,8 @@ constexpr char kDatabase[] = "/var/kora/preferences/systemprefs.db";
 constexpr char kNameQuery[] = "SELECT * FROM Preferences WHERE KEY='deviceName'";
 constexpr char kLocaleQuery[] = "SELECT * FROM Preferences WHERE KEY='locale'";
 
-sim::Profile settings() {
-    sim::Profile profile;
+tavsim::Profile settings() {
+    tavsim::Profile profile;
     profile.preferences = {{"deviceName", "Kitchen"},
                            {"locale", R"({"languageCode":"en","countryCode":"us"})"}};
     return profile;

@@ -8,7 +8,7 @@ using tavbench::BenchDevice;
 using tavbench::expect;
 
 void purchaseTimeout(benchmark::State& state) {
-    sim::Profile profile;
+    tavsim::Profile profile;
     profile.services["vire://com.vire.service.payment/getItemInfo"] = {};
     const bool withVideo = SDL_Init(SDL_INIT_VIDEO) == 0;
     expect(state, withVideo, SDL_GetError());
@@ -17,7 +17,7 @@ void purchaseTimeout(benchmark::State& state) {
         const TAV_ItemInfo* info = TAV_GetItemInfo("season-pass");
         expect(state, info == nullptr, "an answer came");
     }
-    expect(state, sim::device().now() >= 15000, "the wait was too short");
+    expect(state, tavsim::device().now() >= 15000, "the wait was too short");
     SDL_Quit();
 }
 BENCHMARK(purchaseTimeout)->Iterations(1)->MeasureProcessCPUTime();

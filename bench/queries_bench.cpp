@@ -7,8 +7,8 @@ namespace {
 using tavbench::BenchDevice;
 using tavbench::expect;
 
-sim::Profile phone() {
-    sim::Profile profile;
+tavsim::Profile phone() {
+    tavsim::Profile profile;
     profile.machine = "cinnabar";
     return profile;
 }

@@ -75,13 +75,13 @@ long linesOf(const std::string& path) {
 
 template <typename Generate>
 void makeRoleFile(benchmark::State& state, Generate generate) {
-    sim::Profile profile;
+    tavsim::Profile profile;
     profile.templates["bench.pub"] = templateOf(state.range(0));
     const BenchDevice device(state, profile);
     const std::string source = "/usr/vire/ks2/templates/bench.pub";
     const std::string target = std::string(tav::kPublicRoles) + "/bench.json";
-    const std::string file = sim::device().root() + target;
-    fs::create_directories(sim::device().root() + tav::kPublicRoles);
+    const std::string file = tavsim::device().root() + target;
+    fs::create_directories(tavsim::device().root() + tav::kPublicRoles);
     for (auto _ : state) {
         state.PauseTiming();
         fs::remove(file);

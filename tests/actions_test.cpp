@@ -18,7 +18,7 @@ const char* g_recipients[] = {"a@example.org", "\"b\" <%s>", nullptr, "c"};
 class ActionsTest : public tavtest::DeviceTest {
 protected:
     void SetUp() override {
-        sim::Profile profile;
+        tavsim::Profile profile;
         for (const char* uri : {kVibrate, kFirewall, kMedia, kLaunch}) {
             profile.services[uri] = tavtest::keepingService(requests);
         }
@@ -69,7 +69,7 @@ TEST_F(ActionsTest, SendTheirRequestsInTheLibrarysName) {
 TEST_F(ActionsTest, TheFirewallIsAskedNothingMoreAfterARefusal) {
     for (const int refused : {1, 2}) {
         requests.clear();
-        device.failNth(sim::Fault::Dispatch, refused);
+        device.failNth(tavsim::Fault::Dispatch, refused);
         EXPECT_EQ(TAV_SetFirewallPortStatus(1025, SDL_TRUE), TAV_ECONNECTION);
         EXPECT_EQ(std::ssize(requests), refused - 1);
     }

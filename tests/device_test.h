@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "SDL.h"
-#include "simulator/device.h"
+#include "simulator/interface/device.h"
 #include "tav.h"
 
 namespace tavtest {
@@ -29,12 +29,12 @@ protected:
 
     void TearDown() override {
         TAV_Quit();
-        sim::device().stop();
+        tavsim::device().stop();
     }
 
     // Starts over with these data.
-    void startDevice(sim::Profile profile, std::string pageFile = {}) {
-        sim::Options options;
+    void startDevice(tavsim::Profile profile, std::string pageFile = {}) {
+        tavsim::Options options;
         options.virtualTime = true;
         options.pageFile = std::move(pageFile);
         std::string error;
@@ -56,7 +56,7 @@ protected:
         SDL_ClearError();
     }
 
-    sim::Device& device = sim::device();
+    tavsim::Device& device = tavsim::device();
 };
 
 // For tests that need SDL's event queue.

@@ -11,7 +11,7 @@
 
 namespace {
 
-using sim::Fault;
+using tavsim::Fault;
 
 constexpr char kUndisturbed[] = "what it comes to without a fault";
 
@@ -51,7 +51,7 @@ int osVersion() {
 std::string rolesAfterStart() {
     namespace fs = std::filesystem;
     std::string outcome = outcomeOf(TAV_Init(0));
-    const fs::path roles = sim::device().root() + "/var/vire/ks2/roles/pub";
+    const fs::path roles = tavsim::device().root() + "/var/vire/ks2/roles/pub";
     for (const char* id : {"com.example.tour", "tour"}) {
         if (fs::exists(roles / (std::string(id) + ".json"))) {
             outcome += ", roles of " + std::string(id);
@@ -63,7 +63,7 @@ std::string rolesAfterStart() {
 // The other switch goes back, whether or not the first one worked.
 std::string compass() {
     const std::string outcome = outcomeOf(TAV_EnableCompass(SDL_TRUE));
-    sim::device().advance(1000);
+    tavsim::device().advance(1000);
     const std::string back = outcomeOf(TAV_EnableCompass(SDL_FALSE));
     return outcome == "ok" ? back : outcome;
 }
@@ -71,7 +71,7 @@ std::string compass() {
 std::string location() {
     const std::string outcome = outcomeOf(TAV_EnableLocationTracking(SDL_TRUE));
     TAV_Location location = {};
-    sim::device().advance(500);
+    tavsim::device().advance(500);
     EXPECT_EQ(TAV_GetLocation(&location), outcome == "ok" ? TAV_NOERROR : TAV_UNINIT);
     TAV_EnableLocationTracking(SDL_FALSE);
     return outcome;
@@ -87,7 +87,7 @@ std::string oneReply() {
     std::string source = "none";
     const std::string outcome = outcomeOf(TAV_ServiceCallWithCallback(
         "vire://com.vire.battery/status", "{}", onBattery, &source, SDL_TRUE));
-    sim::device().advance(100);
+    tavsim::device().advance(100);
     return outcome == "ok" ? source : outcome;
 }
 
@@ -101,7 +101,7 @@ std::string subscription() {
     int ticks = 0;
     const std::string outcome = outcomeOf(TAV_ServiceCallWithCallback(
         "vire://com.vire.clock/ticks", "{}", onTick, &ticks, SDL_FALSE));
-    sim::device().advance(7000);
+    tavsim::device().advance(7000);
     EXPECT_EQ(ticks, outcome == "ok" ? 5 : 0);
     return outcome;
 }
@@ -227,8 +227,8 @@ protected:
     // each step came to, and which steps the n-th occurrence struck (the steps' number: none).
     std::vector<std::string> run(bool plugin, Fault fault, int n, std::size_t* struck) {
         std::string error;
-        sim::Profile profile =
-            sim::readProfile(sim::profilePath("cinnabar"), &error).value_or(sim::Profile());
+        tavsim::Profile profile = tavsim::readProfile(tavsim::profilePath("cinnabar"), &error)
+                                      .value_or(tavsim::Profile());
         EXPECT_EQ(error, "");
         profile.root = true;
         profile.plugin = plugin;

@@ -56,7 +56,7 @@ const BufferFunction kBufferFunctions[] = {
 };
 
 TEST_F(IdentityTest, BuffersAreCheckedAndNeverOverrun) {
-    sim::Profile profile;
+    tavsim::Profile profile;
     profile.preferences = {{"deviceName", "\"Kitchen\""},
                            {"region", R"({"countryCode":"us","countryName":"Utopia"})"},
                            {"locale", R"({"languageCode":"en","countryCode":"us"})"}};

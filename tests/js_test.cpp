@@ -126,7 +126,7 @@ TEST_F(JSTest, AFailedReadLeavesOutWhatFollows) {
     TAV_RegisterJSHandler("describe", describe);
     const Answer answers[] = {std::nullopt, result("0|||||"), result("2|||||"), result("2||a|||")};
     for (int read = 1; read <= 4; ++read) {
-        device.failNth(sim::Fault::Read, read);
+        device.failNth(tavsim::Fault::Read, read);
         EXPECT_EQ(callMethod("describe", 2, {"a", "b"}), answers[read - 1]) << read;
     }
 }

@@ -42,7 +42,7 @@ protected:
         device.profile.services[kUri] = {};
     }
 
-    void deliver(const sim::Reply& reply) {
+    void deliver(const tavsim::Reply& reply) {
         ASSERT_TRUE(device.deliver(device.openCalls(kUri).back(), reply));
     }
 
@@ -80,7 +80,7 @@ TEST_F(LocationTest, RepliesBecomeAFixOrAFailure) {
     constexpr int kDone = TAV_EVENT_LOCATION;
     constexpr int kFailed = TAV_EVENT_LOCATION_FAILURE;
     const struct {
-        std::vector<sim::Reply> replies;
+        std::vector<tavsim::Reply> replies;
         int code;
         std::vector<int> events;
         Lines lastTrace;  // of the last reply, after its entry
@@ -104,7 +104,7 @@ TEST_F(LocationTest, RepliesBecomeAFixOrAFailure) {
         SCOPED_TRACE(testing::PrintToString(c.replies));
         begin();
         TAV_EnableLocationTracking(SDL_TRUE);
-        for (const sim::Reply& reply : c.replies) {
+        for (const tavsim::Reply& reply : c.replies) {
             trace();
             deliver(reply);
         }
@@ -156,7 +156,7 @@ TEST_F(LocationTest, DisablingCancelsTheLastSubscriptionAndKeepsTheFix) {
 
 TEST_F(LocationTest, ARefusedEnableLeavesTrackingAndFailureAsTheyWere) {
     for (const int code : {TAV_UNINIT, TAV_ELOCATIONSERVICE}) {
-        device.failNth(sim::Fault::Dispatch, 1);
+        device.failNth(tavsim::Fault::Dispatch, 1);
         EXPECT_EQ(TAV_EnableLocationTracking(SDL_TRUE), TAV_ECONNECTION);
         expectFailure("TAV_EnableLocationTracking", "Unable to communicate with app card");
         EXPECT_EQ(g_GPSContext.callId, -1);

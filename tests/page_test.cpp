@@ -64,7 +64,7 @@ void pollThenReply(TAV_JSParameters* parameters) {
 }
 
 void stopDevice(TAV_JSParameters* parameters) {
-    sim::device().stop();
+    tavsim::device().stop();
     TAV_JSReply(parameters, "stopped");
 }
 
@@ -126,7 +126,7 @@ protected:
     }
 
     void startPlugin(const std::string& pageFile) {
-        sim::Profile profile;
+        tavsim::Profile profile;
         profile.plugin = true;
         startDevice(profile, pageFile);
         for (const auto& [name, method] : kMethods) {
@@ -318,7 +318,7 @@ TEST_F(PageTest, ScriptRunsToCompletionWhileAMethodPolls) {
 
 TEST_F(PageTest, MessageThatTheApplicationCannotRead) {
     openPage("console.log(component.add(1, 2));");
-    device.failNth(sim::Fault::Read, 1);
+    device.failNth(tavsim::Fault::Read, 1);
     EXPECT_EQ(watch().err, "page.js:1: Error: The application could not read the call\n");
 }
 

@@ -40,11 +40,11 @@ const Call kCalls[] = {
 class PurchaseTest : public tavtest::DeviceTest {
 protected:
     // Every payment service keeps its requests and gives this reply after the delay.
-    void begin(sim::Reply reply, int delay = 0) {
-        sim::Profile profile;
+    void begin(tavsim::Reply reply, int delay = 0) {
+        tavsim::Profile profile;
         requests.clear();
         for (const Call& call : kCalls) {
-            sim::Service& service = profile.services[call.request.first];
+            tavsim::Service& service = profile.services[call.request.first];
             service = tavtest::keepingService(requests, reply);
             service.delay = delay;
         }
@@ -93,15 +93,15 @@ TEST_F(PurchaseTest, AReturnValueThatReadsFalseIsAFailure) {
         EXPECT_EQ(kCalls[0].run().substr(0, 66), "null: " + error.substr(0, 60));
         EXPECT_EQ(trace().back(), "tav_e dispatch " + error);
     }
-    const sim::Reply successes[] = {R"({"returnValue":"falsey"})",
-                                    R"({"returnValue":0})",
-                                    R"({"returnValue":null})",
-                                    R"({"errorCode":-3})",
-                                    "returnValue false",
-                                    std::string(100000, '['),
-                                    padding,
-                                    std::nullopt};
-    for (const sim::Reply& reply : successes) {
+    const tavsim::Reply successes[] = {R"({"returnValue":"falsey"})",
+                                       R"({"returnValue":0})",
+                                       R"({"returnValue":null})",
+                                       R"({"errorCode":-3})",
+                                       "returnValue false",
+                                       std::string(100000, '['),
+                                       padding,
+                                       std::nullopt};
+    for (const tavsim::Reply& reply : successes) {
         begin(reply);
         EXPECT_EQ(kCalls[0].run(), reply.value_or(""));
     }

@@ -46,7 +46,7 @@ struct MethodCall {
 
 class World {
 public:
-    World(sim::Device& device, unsigned long seed) : m_device(device), m_random(seed) {
+    World(tavsim::Device& device, unsigned long seed) : m_device(device), m_random(seed) {
         s_world = this;
         m_device.profile.services[kUri] = {};
         m_names = {"", std::string(kLongestCalled, 'a'), std::string(kLongestCalled + 1, 'a'),
@@ -159,7 +159,7 @@ private:
         const bool oneShot = !oneIn(3);
         const bool fails = oneIn(10);
         const std::intptr_t id = ++m_lastId;
-        m_device.failNth(sim::Fault::Dispatch, fails ? 1 : 0);
+        m_device.failNth(tavsim::Fault::Dispatch, fails ? 1 : 0);
         const int code = TAV_ServiceCallWithCallback(
             kUri, "{}", kFunctions[function], reinterpret_cast<void*>(id),
             oneShot ? tavtest::anyValue<SDL_bool>(7) : SDL_FALSE);
@@ -256,7 +256,7 @@ private:
         ASSERT_EQ(tavtest::methodNames(), names);
     }
 
-    sim::Device& m_device;
+    tavsim::Device& m_device;
     std::mt19937_64 m_random;
     int m_steps = 0;
     int m_depth = 0;

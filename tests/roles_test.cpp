@@ -52,7 +52,7 @@ protected:
         startWithTemplates({});
     }
 
-    void startWithTemplates(sim::Profile profile) {
+    void startWithTemplates(tavsim::Profile profile) {
         profile.templates = {{"KOB.pub", "kob pub XXXIDXXX XXXEXEPATHXXX"},
                              {"KOB.prv", "kob prv XXXIDXXX XXXEXEPATHXXX"},
                              {"Vantor.pub", "vantor pub XXXIDXXX XXXEXEPATHXXX"},
@@ -253,7 +253,7 @@ TEST_F(RolesTest, RegistersTheApplicationOfTheRootUser) {
         {true, "puzzle", {}, "puzzle", "couldn't parse shortname"},
     };
     for (const auto& one : cases) {
-        sim::Profile profile;
+        tavsim::Profile profile;
         profile.root = one.root;
         profile.executable = one.executable;
         profile.appinfo = one.appinfo;

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "SDL.h"
-#include "simulator/device.h"
+#include "simulator/interface/device.h"
 #include "tav.h"
 
 namespace tavtest {
@@ -18,8 +18,8 @@ using Request = std::pair<std::string, std::string>;
 using Requests = std::vector<Request>;
 
 // A service that keeps each request and gives each the same reply.
-inline sim::Service keepingService(Requests& requests, sim::Reply reply = "{}") {
-    sim::Service service;
+inline tavsim::Service keepingService(Requests& requests, tavsim::Reply reply = "{}") {
+    tavsim::Service service;
     service.compute = [&requests, reply](const std::string& uri, const std::string& payload) {
         requests.emplace_back(uri, payload);
         return reply;
@@ -28,13 +28,13 @@ inline sim::Service keepingService(Requests& requests, sim::Reply reply = "{}") 
 }
 
 // A service with these replies; where `every` is set, a subscription gets them over and over.
-inline sim::Service repliesOf(std::vector<sim::Reply> replies, int delay = 0, int every = 0) {
+inline tavsim::Service repliesOf(std::vector<tavsim::Reply> replies, int delay = 0, int every = 0) {
     return {std::move(replies), every != 0, delay, every, false, {}};
 }
 
 // The options with which the requests of the journal went out: true in the library's name, false in
 // the application's.
-inline std::set<bool> optionsSent(const sim::Device& device) {
+inline std::set<bool> optionsSent(const tavsim::Device& device) {
     std::set<bool> options;
     for (const std::string& line : device.journal()) {
         if (line.find("\"option\":") != std::string::npos) {

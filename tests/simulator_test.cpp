@@ -52,15 +52,15 @@ TEST(ProfileTest, NamesTheFieldThatIsWrong) {
     };
     for (const auto& row : rows) {
         std::string error = "none";
-        sim::parseProfile(row.json, "p.json", &error);
+        tavsim::parseProfile(row.json, "p.json", &error);
         EXPECT_THAT(error, StartsWith(row.error)) << row.json;
     }
 }
 
 class BusTest : public SimulatorTest {
 protected:
-    void startWith(std::map<std::string, sim::Service> services) {
-        sim::Profile profile;
+    void startWith(std::map<std::string, tavsim::Service> services) {
+        tavsim::Profile profile;
         profile.services = std::move(services);
         startDevice(profile);
     }
@@ -100,7 +100,7 @@ TEST_F(BusTest, RepliesComeInDueOrderThenInOrderOfDispatch) {
 }
 
 TEST_F(BusTest, SubscriptionsPlayTheirListAndRepeatWhereAsked) {
-    sim::Service once = repliesOf({"a", "b"}, 5, 10);
+    tavsim::Service once = repliesOf({"a", "b"}, 5, 10);
     once.repeat = false;
     startWith({{"once", once}, {"again", repliesOf({"x", std::nullopt}, 0, 10)}});
     const int first = bus.ksCallWithSubscription("once", "{}", false, receive, &received);
@@ -118,7 +118,7 @@ TEST_F(BusTest, SubscriptionsPlayTheirListAndRepeatWhereAsked) {
 }
 
 TEST_F(BusTest, SilenceRefusalAndUnknownServices) {
-    sim::Service shut;
+    tavsim::Service shut;
     shut.refuse = true;
     startWith({{"silent", {}}, {"shut", shut}});
     device.profile.refused = {"vire://com.vire.vibrate/vibrate"};
@@ -182,11 +182,11 @@ TEST_F(SimulatorTest, JournalLinesAreJsonWhateverTheApplicationSends) {
 }
 
 TEST_F(SimulatorTest, FilesAreMadeFromTheProfileOnceAndThenLeftAlone) {
-    sim::Profile profile;
+    tavsim::Profile profile;
     profile.preferences.emplace()["deviceName"] = "\"O'Neill\"";
     profile.uniqueId = "0123";
     profile.templates = {{"KOB.pub", "text"}};
-    sim::Options options;
+    tavsim::Options options;
     options.root = testing::TempDir() + "/device-" + std::to_string(getpid());
     ASSERT_TRUE(device.start(profile, options));
     std::ofstream(options.root + "/proc/nduid") << "edited";
@@ -251,10 +251,10 @@ class ControlTest : public EventLoopTest {
 protected:
     void SetUp() override {
         EventLoopTest::SetUp();
-        sim::Options options;
+        tavsim::Options options;
         options.virtualTime = true;
         options.control = true;
-        sim::Profile profile;
+        tavsim::Profile profile;
         profile.preferences.emplace();
         ASSERT_TRUE(device.start(profile, options));
         TAV_Init(0);

@@ -3,8 +3,8 @@
 #include <cstdio>
 #include <filesystem>
 
-#include "simulator/device.h"
-#include "simulator/socket_address.h"
+#include "simulator/control/socket_address.h"
+#include "simulator/interface/device.h"
 
 namespace fs = std::filesystem;
 
@@ -20,7 +20,7 @@ class Connection {
 public:
     explicit Connection(const std::string& root)
         : m_socket(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)),
-          m_connected(m_socket >= 0 && sim::ControlAddress(root).connectTo(m_socket)) {}
+          m_connected(m_socket >= 0 && tavsim::ControlAddress(root).connectTo(m_socket)) {}
     ~Connection() {
         if (m_socket >= 0) {
             close(m_socket);
@@ -64,7 +64,7 @@ int complain(const std::string& text) {
 std::vector<std::string> runningDevices() {
     std::vector<std::string> roots;
     std::error_code problem;
-    for (fs::directory_iterator at(sim::freshRootsFolder(), problem), end; !problem && at != end;
+    for (fs::directory_iterator at(tavsim::freshRootsFolder(), problem), end; !problem && at != end;
          at.increment(problem)) {
         if (Connection(at->path()).isConnected()) {
             roots.push_back(at->path());

@@ -12,7 +12,7 @@
 #include <cstring>
 #include <filesystem>
 
-#include "simulator/device.h"
+#include "simulator/interface/device.h"
 
 namespace fs = std::filesystem;
 
@@ -31,7 +31,7 @@ std::string absolutePath(const std::string& path) {
 // The library that implements the device is the one that this program itself uses.
 std::string simulatorLibrary() {
     Dl_info info;
-    const auto own = reinterpret_cast<const void*>(&sim::device);
+    const auto own = reinterpret_cast<const void*>(&tavsim::device);
     return dladdr(own, &info) != 0 ? absolutePath(info.dli_fname) : std::string();
 }
 
@@ -40,10 +40,10 @@ class RootFolder {
 public:
     explicit RootFolder(const std::string& wanted)
         : m_isFresh(wanted.empty()),
-          m_path(m_isFresh ? sim::makeFreshRoot() : absolutePath(wanted)) {}
+          m_path(m_isFresh ? tavsim::makeFreshRoot() : absolutePath(wanted)) {}
     ~RootFolder() {
         if (m_isFresh) {
-            sim::removeFreshRoot(m_path);
+            tavsim::removeFreshRoot(m_path);
         }
     }
     RootFolder(const RootFolder&) = delete;
@@ -61,7 +61,7 @@ void setEnvironment(const RunRequest& request, const std::string& root) {
     const auto set = [](const char* name, const std::string& value) {
         value.empty() ? unsetenv(name) : setenv(name, value.c_str(), 1);
     };
-    set("TAVSIM_DEVICE", absolutePath(sim::profilePath(request.device)));
+    set("TAVSIM_DEVICE", absolutePath(tavsim::profilePath(request.device)));
     set("TAVSIM_ROOT", root);
     set("TAVSIM_PAGE", absolutePath(request.page));
     set("TAVSIM_JOURNAL", absolutePath(request.journal));
@@ -80,9 +80,9 @@ bool complain(const std::string& text) {
 
 // What would only go wrong inside the program is found out before it starts.
 bool canBeSetUp(const RunRequest& request) {
-    const std::string path = sim::profilePath(request.device);
+    const std::string path = tavsim::profilePath(request.device);
     std::string error;
-    if (!sim::readProfile(path, &error)) {
+    if (!tavsim::readProfile(path, &error)) {
         const bool isName = path != request.device;
         return complain(error + (isName ? " (`tavsim devices` lists those that there are)" : ""));
     }
@@ -137,7 +137,7 @@ int run(const RunRequest& request) {
     }
     const RootFolder root(request.root);
     if (root.path().empty()) {
-        complain(sim::freshRootsFolder() + ": no folder for the device can be made there");
+        complain(tavsim::freshRootsFolder() + ": no folder for the device can be made there");
         return kBadSetup;
     }
     setEnvironment(request, root.path());

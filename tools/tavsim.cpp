@@ -8,7 +8,7 @@
 
 #include "ctl.h"
 #include "run.h"
-#include "simulator/profile.h"
+#include "simulator/device/profile.h"
 
 namespace fs = std::filesystem;
 
@@ -43,17 +43,17 @@ int complain(const std::string& text) {
 int listDevices() {
     std::vector<fs::path> files;
     std::error_code problem;
-    for (fs::directory_iterator at(sim::profileFolder(), problem), end; !problem && at != end;
+    for (fs::directory_iterator at(tavsim::profileFolder(), problem), end; !problem && at != end;
          at.increment(problem)) {
         files.push_back(at->path());
     }
     if (problem) {
-        return complain(sim::profileFolder() + ": " + problem.message());
+        return complain(tavsim::profileFolder() + ": " + problem.message());
     }
     std::sort(files.begin(), files.end());
     for (const fs::path& file : files) {
         std::string error;
-        const std::optional<sim::Profile> profile = sim::readProfile(file, &error);
+        const std::optional<tavsim::Profile> profile = tavsim::readProfile(file, &error);
         std::printf("%-12s %s\n", file.stem().c_str(),
                     profile ? profile->title.c_str() : error.c_str());
     }

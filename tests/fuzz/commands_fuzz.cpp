@@ -3,9 +3,9 @@
 
 #include "SDL.h"
 #include "fuzz.h"
-#include "simulator/commands.h"
-#include "simulator/journal.h"
-#include "simulator/state.h"
+#include "simulator/control/commands.h"
+#include "simulator/device/journal.h"
+#include "simulator/device/state.h"
 #include "tav.h"
 
 using tavfuzz::expect;
@@ -28,14 +28,14 @@ struct Looks {
 };
 
 Looks deviceLooks() {
-    const sim::Profile& profile = sim::device().profile;
+    const tavsim::Profile& profile = tavsim::device().profile;
     return {profile.properties,
             profile.appinfo,
             profile.refused,
             profile.plugin,
-            sim::device().openCalls().size(),
-            sim::journalLength(),
-            sim::deviceState()};
+            tavsim::device().openCalls().size(),
+            tavsim::journalLength(),
+            tavsim::deviceState()};
 }
 
 void ignoreReply(TAV_ServiceParameters* /*parameters*/, void* /*userData*/) {
@@ -44,8 +44,8 @@ void ignoreReply(TAV_ServiceParameters* /*parameters*/, void* /*userData*/) {
 // An application that has calls open, so that replies and fixes find somebody.
 void startOver() {
     TAV_EnableLocationTracking(SDL_FALSE);
-    sim::device().profile = {};
-    sim::device().pump();
+    tavsim::device().profile = {};
+    tavsim::device().pump();
     for (SDL_Event event; SDL_PollEvent(&event) != 0;) {}
     TAV_EnableLocationTracking(SDL_TRUE);
     TAV_ServiceCallWithCallback("vire://a/b", "{}", ignoreReply, nullptr, SDL_FALSE);
@@ -53,7 +53,7 @@ void startOver() {
 
 void carryOut(const std::string& line) {
     const Looks before = deviceLooks();
-    const sim::CommandResult result = sim::carryOut(line);
+    const tavsim::CommandResult result = tavsim::carryOut(line);
     expect(result.output.empty() || result.output.ends_with('\n'), "output is whole lines");
     if (!result.error.empty()) {
         expect(result.error.find('\n') == std::string::npos, "an error is one line");
@@ -73,7 +73,7 @@ int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
            "SQLite has files in memory");
     tavfuzz::startDevice();
     static sqlite3* database = nullptr;
-    const std::string path = sim::device().root() + kDatabase;
+    const std::string path = tavsim::device().root() + kDatabase;
     expect(sqlite3_open_v2(path.c_str(), &database, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE,
                            nullptr) == SQLITE_OK &&
                sqlite3_exec(database, "CREATE TABLE Preferences (KEY TEXT PRIMARY KEY, VALUE TEXT)",

@@ -11,8 +11,8 @@
 #include <string>
 #include <string_view>
 
-#include "simulator/device.h"
-#include "simulator/journal.h"
+#include "simulator/device/journal.h"
+#include "simulator/interface/device.h"
 
 namespace tavfuzz {
 
@@ -25,11 +25,11 @@ inline void expect(bool holds, const char* promise) {
 }
 
 // One device for all inputs, in virtual time.
-inline void startDevice(sim::Profile profile = {}) {
-    sim::Options options;
+inline void startDevice(tavsim::Profile profile = {}) {
+    tavsim::Options options;
     options.virtualTime = true;
     std::string error;
-    if (!sim::device().start(std::move(profile), options, &error)) {
+    if (!tavsim::device().start(std::move(profile), options, &error)) {
         std::fprintf(stderr, "%s\n", error.c_str());
         std::exit(1);
     }
@@ -38,7 +38,7 @@ inline void startDevice(sim::Profile profile = {}) {
 // Every input begins with an empty journal, so that memory that is still held after an input is
 // memory that leaked.
 inline void forgetJournal() {
-    sim::startJournal({});
+    tavsim::startJournal({});
 }
 
 // Takes an input apart. Past its end there are zeros and empty texts.

@@ -38,8 +38,8 @@ void restartTracking() {
 void deliver(const std::string& line) {
     const TAV_Location fixBefore = tav::g_GPSContext.location;
     const Sint32 failureBefore = tav::g_GPSContext.failure;
-    const sim::Reply reply = line.empty() ? sim::Reply() : sim::Reply(line);
-    sim::device().deliver(tav::g_GPSContext.callId, reply);
+    const tavsim::Reply reply = line.empty() ? tavsim::Reply() : tavsim::Reply(line);
+    tavsim::device().deliver(tav::g_GPSContext.callId, reply);
 
     const Sint32 failure = tav::g_GPSContext.failure;
     const Events events = takeEvents();

@@ -37,7 +37,7 @@ int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
 int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
     tavfuzz::forgetJournal();
     const std::string text = tavfuzz::Input(bytes, size).text();
-    sim::device().profile.properties[kProperty] = text;
+    tavsim::device().profile.properties[kProperty] = text;
     TAV_OSVersion version;
     std::memset(&version, '#', sizeof version);
     const int code = TAV_GetOSVersion(&version);

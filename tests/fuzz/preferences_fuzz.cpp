@@ -100,7 +100,7 @@ int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
                sqlite3_vfs_register(sqlite3_vfs_find("memdb"), 1) == SQLITE_OK,
            "SQLite has files in memory");
     tavfuzz::startDevice();
-    const std::string path = sim::device().root() + kDatabase;
+    const std::string path = tavsim::device().root() + kDatabase;
     expect(sqlite3_open_v2(path.c_str(), &g_database, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE,
                            nullptr) == SQLITE_OK,
            "the database opens");

@@ -10,7 +10,7 @@ int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
 int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
     const std::string json = tavfuzz::Input(bytes, size).rest();
     std::string error;
-    const std::optional<sim::Profile> profile = sim::parseProfile(json, "fuzz.json", &error);
+    const std::optional<tavsim::Profile> profile = tavsim::parseProfile(json, "fuzz.json", &error);
     if (!profile) {
         expect(error.starts_with("fuzz.json"), "an error names the file");
         expect(error.find_first_of("\n\r") == std::string::npos, "an error is one line");
@@ -18,7 +18,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
     }
     expect(error.empty(), "a profile that was read has no error");
     for (const std::string& request : profile->refused) {
-        expect(sim::canBeRefused(request), "what the device refuses can be refused");
+        expect(tavsim::canBeRefused(request), "what the device refuses can be refused");
     }
     for (const auto& [uri, service] : profile->services) {
         expect(!uri.empty() && service.delay >= 0 && service.every >= 0,

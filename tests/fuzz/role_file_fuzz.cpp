@@ -52,9 +52,9 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
     const std::string appId = input.text();
     const std::string exePath = input.text();
     std::string content = input.rest();
-    const std::string roleFile = sim::device().root() + kRole;
+    const std::string roleFile = tavsim::device().root() + kRole;
     unlink(roleFile.c_str());
-    writeAll(sim::device().root() + kTemplate, content);
+    writeAll(tavsim::device().root() + kTemplate, content);
 
     roleGenerate(kTemplate, kRole, appId, exePath);
     const std::string role = readAll(roleFile);
@@ -65,7 +65,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
         expect(role == content + "\n", "a role file is its template with the values in place");
     }
 
-    writeAll(sim::device().root() + kTemplate, "another");
+    writeAll(tavsim::device().root() + kTemplate, "another");
     roleGenerate(kTemplate, kRole, exePath, appId);
     expect(readAll(roleFile) == role, "a role file that is there stays as it is");
     return 0;

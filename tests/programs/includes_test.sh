@@ -23,5 +23,5 @@ while read -r file header _; do
     count=$((count + 1))
 done < <(grep -rE '^[[:space:]]*#[[:space:]]*include' src | sed 's/:[[:space:]#]*include/ /')
 [ "$count" -gt 100 ] || fail "only $count inclusions were found"
-! grep -rniE 'tavsim|simulator|sim::' src --include='*.cpp' --include='*.h' ||
+! grep -rniE 'tavsim|simulator|tavsim::' src --include='*.cpp' --include='*.h' ||
     fail 'the library knows of the simulator'

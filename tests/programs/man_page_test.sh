@@ -12,7 +12,7 @@ words=$(
         "$tavsim" $command --help
     done | grep -oE -- '--[a-z][a-z-]+' | sort -u
     "$tavsim" ctl --help | sed -n '/^Commands:/,$ s/^  \([a-z|]\+\) .*/\1/p' | tr '|' '\n'
-    cat "$TAV_SOURCE"/simulator/*.cpp | grep -oE '"TAV(SIM)?_[A-Z_]+"' | tr -d '"' | sort -u
+    cat "$TAV_SOURCE"/{helper,simulator/*,tools}/*.cpp | grep -oE '"TAV(SIM)?_[A-Z_]+"' | tr -d '"' | sort -u
 )
 [ "$(wc -l <<<"$words")" -gt 20 ] || fail "the tool lists too little: $words"
 for word in $words; do

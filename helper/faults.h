@@ -1,0 +1,28 @@
+// Failures on demand.
+#ifndef TAV_HELPER_FAULTS_H
+#define TAV_HELPER_FAULTS_H
+
+#include <string>
+
+namespace helper {
+
+// Things that can be made to fail.
+enum class Fault {
+    StringAllocation,  // HString_alloc, HString_append and what else makes an HString
+    Dispatch,          // the three calls of HKSCaller
+    HostRequest,       // NApp functions that can refuse, and the SDL hooks
+    Read               // HDataReader, the unique-id file
+};
+
+// Counts one occurrence; true when it is the one that is to fail.
+bool faultStrikes(Fault fault);
+
+void failNthFault(Fault fault, int n);
+int faultOccurrences(Fault fault);
+
+// "allocation:3", "dispatch:1", "host:2" or "read:1"; false for anything else.
+bool setFaultFromText(const std::string& text);
+
+}  // namespace helper
+
+#endif

@@ -1,0 +1,127 @@
+#include "platform/hjson.h"
+
+#include <simdjson.h>
+
+#include <cstring>
+#include <limits>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "helper/json_text.h"
+
+namespace dom = simdjson::dom;
+
+// A parser with the document that it last read. Parsers are kept for the next text, since making
+// one costs more than parsing a short reply.
+struct HJson {
+    dom::parser parser;
+    std::vector<char> padded;
+    dom::element root;
+
+    bool parse(const char* text) {
+        const size_t length = std::strlen(text);
+        if (padded.size() < length + simdjson::SIMDJSON_PADDING) {
+            padded.resize(length + simdjson::SIMDJSON_PADDING);
+        }
+        std::memcpy(padded.data(), text, length);
+        return parser.parse(padded.data(), length, false).get(root) == simdjson::SUCCESS;
+    }
+
+    bool find(const char* key, dom::element& value) const {
+        return key != nullptr && root[std::string_view(key)].get(value) == simdjson::SUCCESS;
+    }
+};
+
+namespace {
+
+constexpr size_t kParsersKept = 4;
+constexpr size_t kBytesKept = 1 << 20;  // a parser that read a larger text gives its memory back
+
+std::vector<std::unique_ptr<HJson>>& idleParsers() {
+    static auto& parsers = *new std::vector<std::unique_ptr<HJson>>;
+    return parsers;
+}
+
+std::unique_ptr<HJson> takeParser() {
+    auto& idle = idleParsers();
+    if (idle.empty()) {
+        return std::make_unique<HJson>();
+    }
+    std::unique_ptr<HJson> json = std::move(idle.back());
+    idle.pop_back();
+    return json;
+}
+
+void giveBack(std::unique_ptr<HJson> json) {
+    auto& idle = idleParsers();
+    if (idle.size() < kParsersKept && json->padded.size() <= kBytesKept) {
+        idle.push_back(std::move(json));
+    }
+}
+
+template <typename Value>
+Value valueOr(const HJson* json, const char* key, Value neutral) {
+    dom::element element;
+    Value value;
+    const bool found =
+        json != nullptr && json->find(key, element) && element.get(value) == simdjson::SUCCESS;
+    return found ? value : neutral;
+}
+
+}  // namespace
+
+HJson* HJson_create(const char* text) {
+    if (text == nullptr) {
+        return nullptr;
+    }
+    std::unique_ptr<HJson> json = takeParser();
+    if (!json->parse(text)) {
+        giveBack(std::move(json));
+        return nullptr;
+    }
+    return json.release();
+}
+
+void HJson_free(HJson* json) {
+    if (json != nullptr) {
+        giveBack(std::unique_ptr<HJson>(json));
+    }
+}
+
+int HJson_getBool(const HJson* json, const char* key) {
+    return valueOr<bool>(json, key, false) ? 1 : 0;
+}
+
+int HJson_getInt(const HJson* json, const char* key) {
+    // A double holds every 32-bit integer exactly.
+    const double value = valueOr<double>(json, key, 0.0);
+    constexpr double lowest = std::numeric_limits<int>::min();
+    constexpr double highest = std::numeric_limits<int>::max();
+    return value > lowest - 1.0 && value < highest + 1.0 ? static_cast<int>(value) : 0;
+}
+
+double HJson_getDouble(const HJson* json, const char* key) {
+    return valueOr<double>(json, key, 0.0);
+}
+
+int HJson_valueExists(const HJson* json, const char* key) {
+    dom::element value;
+    return json != nullptr && json->find(key, value) ? 1 : 0;
+}
+
+HString* HJson_getValueFromStr(const char* text, const char* key) {
+    HJson* json = HJson_create(text);
+    dom::element value;
+    HString* result = nullptr;
+    if (json != nullptr && json->find(key, value)) {
+        result = HString_alloc();
+        const std::string valueText = helper::textOf(value);
+        if (result != nullptr && HString_append(result, "%s", valueText.c_str()) == 0) {
+            HString_free(result);
+            result = nullptr;
+        }
+    }
+    HJson_free(json);
+    return result;
+}

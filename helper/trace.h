@@ -1,0 +1,18 @@
+// Who listens to the library's traces.
+#ifndef TAV_HELPER_TRACE_H
+#define TAV_HELPER_TRACE_H
+
+#include <string>
+#include <vector>
+
+namespace helper {
+
+// Keeps the lines of these tags in memory: names with commas between, or "all"; empty stops.
+void keepTrace(const std::string& tags);
+
+// The lines kept since the last look.
+std::vector<std::string> takeTraceLines();
+
+}  // namespace helper
+
+#endif

@@ -1,0 +1,113 @@
+// What a simulated device is made of, and how a profile file describes it.
+#ifndef TAV_SIMULATOR_DEVICE_PROFILE_H
+#define TAV_SIMULATOR_DEVICE_PROFILE_H
+
+#include <functional>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "platform/visibility.h"
+
+namespace tavsim {
+
+// One reply's text; without a value the bus delivers a null text.
+using Reply = std::optional<std::string>;
+
+// A bus service. A subscription receives the replies in order, one every `every` milliseconds, and
+// where `repeat` is set begins again after the last. Calls with one reply receive them in turn,
+// a call each, and stay at the last. Without replies and without `compute` nothing ever comes.
+struct Service {
+    std::vector<Reply> replies;
+    bool repeat = false;
+    int delay = 0;  // milliseconds from the call to the first reply
+    int every = 0;  // milliseconds between the replies to a subscription
+    bool refuse = false;
+
+    // Computes each reply in place of the list. A subscription asks once, or every `every`
+    // milliseconds where that is set.
+    std::function<Reply(const std::string& uri, const std::string& payload)> compute;
+};
+
+struct CompassReading {
+    int intValue = 0;
+    double doubleValue1 = 0.0;
+    double doubleValue2 = 0.0;
+};
+
+// Plays the readings, one every `interval` milliseconds, the last one for ever; or, where there are
+// none and `turn` is set, a heading in doubleValue1 that grows by `turn` degrees a second.
+struct Compass {
+    std::vector<CompassReading> readings;
+    int interval = 100;
+    double turn = 0.0;
+};
+
+struct Fix {
+    double latitude = 0.0;
+    double longitude = 0.0;
+    double altitude = 0.0;
+    double horizAccuracy = 0.0;
+    double vertAccuracy = 0.0;
+    double heading = 0.0;
+    double velocity = 0.0;
+};
+
+// The location service plays the fixes, one every `interval` milliseconds, then the error codes in
+// the same way.
+struct LocationTrack {
+    std::vector<Fix> fixes;
+    std::vector<int> errors;
+    int interval = 1000;
+};
+
+enum class Purchase { Succeeds, Refused, Silent };
+
+struct Item {
+    std::string id;
+    std::string title;
+    std::string price;
+    Purchase purchase = Purchase::Succeeds;
+};
+
+struct Profile {
+    std::string title;                   // what the device is, in one line, for people
+    std::optional<std::string> machine;  // none: the device does not know its name
+    bool root = false;                   // the application runs as the root user
+    bool plugin = false;
+    std::optional<std::string> executable;  // none: the real one; empty: the host cannot tell
+    std::map<std::string, std::string> portability;
+    std::map<std::string, std::string> appinfo;
+    std::map<std::string, std::string> properties;
+    std::optional<std::map<std::string, std::string>> preferences;  // JSON texts; none: no database
+    std::optional<std::string> uniqueId;                            // none: no such file
+    std::map<std::string, std::string> templates;                   // role templates by file name
+    std::set<std::string> refused;  // what the host refuses: "keyboard", "minimize", "touch",
+                                    // "compass", "bridge", "orientation", "gestures", "banners",
+                                    // "pauseUi", "screenTimeout", or the URI of a service
+    Compass compass;
+    LocationTrack location;
+    std::vector<Item> items;                  // what the payment service sells
+    std::map<std::string, Service> services;  // by URI, before the device's own services
+};
+
+// What a profile's "refuse" may hold.
+TAV_PLATFORM_API bool canBeRefused(const std::string& request);
+
+// Reads a profile. Without a value, `error` is one line that names the source and the field.
+TAV_PLATFORM_API std::optional<Profile> parseProfile(const std::string& json,
+                                                     const std::string& source, std::string* error);
+TAV_PLATFORM_API std::optional<Profile> readProfile(const std::string& path, std::string* error);
+
+// The folder with the profiles that come with the simulator.
+TAV_PLATFORM_API std::string profileFolder();
+
+// The file of a profile: the path itself when it holds a '/' or ends in .json, otherwise the
+// profile of that name in profileFolder().
+TAV_PLATFORM_API std::string profilePath(const std::string& nameOrPath);
+
+}  // namespace tavsim
+
+#endif

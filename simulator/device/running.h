@@ -1,0 +1,43 @@
+// When the device starts by itself, and from what.
+#ifndef TAV_SIMULATOR_DEVICE_RUNNING_H
+#define TAV_SIMULATOR_DEVICE_RUNNING_H
+
+#include <string>
+
+#include "simulator/device/profile.h"
+
+namespace tavsim {
+
+struct Options {
+    std::string root;  // folder of the device's files; empty: a fresh one, removed at the end
+    bool virtualTime = false;  // SDL_Delay costs nothing and SDL_GetTicks follows it
+    std::string pageFile;      // script of the page; needs a profile that is a plug-in
+    std::string journalFile;
+    bool control = false;  // listen on the control socket in the root folder
+};
+
+// True when the device runs or should: the process uses the library. A shell that only inherited
+// the preloaded simulator is left alone.
+bool isWanted();
+
+// The profile of the device, which is started from the environment if it does not run yet. Ends
+// the process with status 2 and a line on standard error when what the environment asks for cannot
+// be had.
+Profile& running();
+
+// The profile of the device as it is, running or not.
+Profile& profile();
+
+// Told by whoever starts and stops the device.
+void setStarted(bool started);
+
+// Starts all rooms of the device; defined where they are put together. False, with a line in
+// `error`, when that is not possible.
+bool startDevice(Profile newProfile, const Options& options, std::string* error);
+
+// What TAVSIM_… variables ask for. False, with a line in `error`, when that cannot be had.
+bool environmentSetup(Profile* newProfile, Options* options, std::string* error);
+
+}  // namespace tavsim
+
+#endif

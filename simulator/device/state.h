@@ -1,0 +1,19 @@
+// What the application has made of the device, by name: "keyboard" is "shown", …
+#ifndef TAV_SIMULATOR_DEVICE_STATE_H
+#define TAV_SIMULATOR_DEVICE_STATE_H
+
+#include <map>
+#include <string>
+
+namespace tavsim {
+
+// Remembers the value; the journal shows the change.
+void setState(const std::string& name, const std::string& value);
+
+const std::map<std::string, std::string>& deviceState();
+
+void clearState();
+
+}  // namespace tavsim
+
+#endif

@@ -1,0 +1,25 @@
+// SDL's time runs on the device's clock.
+#include "SDL.h"
+#include "platform/visibility.h"
+#include "simulator/device/clock.h"
+#include "simulator/device/next.h"
+
+extern "C" {
+
+TAV_PLATFORM_API void SDL_Delay(Uint32 milliseconds) {
+    if (tavsim::isTimeVirtual() && tavsim::isOnDeviceThread()) {
+        tavsim::setTime(tavsim::now() + static_cast<long>(milliseconds));
+        return;
+    }
+    static const auto real = tavsim::nextFunction<void(Uint32)>("SDL_Delay");
+    real(milliseconds);
+}
+
+TAV_PLATFORM_API Uint32 SDL_GetTicks(void) {
+    if (tavsim::isTimeVirtual()) {
+        return static_cast<Uint32>(tavsim::now());
+    }
+    static const auto real = tavsim::nextFunction<Uint32()>("SDL_GetTicks");
+    return real();
+}
+}

@@ -1,0 +1,88 @@
+#include "simulator/host/compass.h"
+
+#include <cmath>
+
+#include "simulator/device/clock.h"
+#include "simulator/device/in_front.h"
+#include "simulator/device/journal.h"
+#include "simulator/device/queue.h"
+#include "simulator/device/running.h"
+#include "simulator/device/state.h"
+
+namespace tavsim {
+namespace {
+
+constexpr double kFullTurn = 360.0;
+
+NApp_CompassCallback g_callback = nullptr;
+bool g_enabled = false;
+long g_enabledAt = 0;
+size_t g_played = 0;
+int g_run = 0;  // counts the times it was enabled; readings queued in an earlier run are void
+
+CompassReading nextReading() {
+    const Compass& compass = profile().compass;
+    if (!compass.readings.empty()) {
+        const size_t last = compass.readings.size() - 1;
+        return compass.readings[g_played < last ? g_played++ : last];
+    }
+    const double seconds = static_cast<double>(now() - g_enabledAt) / 1000.0;
+    return {1, std::fmod(compass.turn * seconds, kFullTurn), 1.0};
+}
+
+bool hasReadings() {
+    const Compass& compass = profile().compass;
+    return !compass.readings.empty() || compass.turn != 0.0;
+}
+
+void scheduleReading(long due, int run) {
+    schedule(due, [due, run] {
+        if (!g_enabled || run != g_run) {
+            return;
+        }
+        scheduleReading(due + profile().compass.interval, run);
+        deliverCompassReading(nextReading());
+    });
+}
+
+}  // namespace
+
+void setCompassCallback(NApp_CompassCallback callback) {
+    g_callback = callback;
+}
+
+void enableCompass(bool enable) {
+    setState("compass", enable ? "on" : "off");
+    if (enable == g_enabled) {
+        return;
+    }
+    g_enabled = enable;
+    ++g_run;
+    if (enable) {
+        warnIfNotInFront();
+    }
+    if (enable && hasReadings()) {
+        g_enabledAt = now();
+        scheduleReading(now() + profile().compass.interval, g_run);
+    }
+}
+
+bool deliverCompassReading(const CompassReading& reading) {
+    if (g_callback == nullptr) {
+        return false;
+    }
+    JournalEntry("host", "compass reading")
+        .number("intValue", reading.intValue)
+        .real("doubleValue1", reading.doubleValue1)
+        .real("doubleValue2", reading.doubleValue2);
+    g_callback(reading.intValue, reading.doubleValue1, reading.doubleValue2);
+    return true;
+}
+
+void stopCompass() {
+    g_callback = nullptr;
+    g_enabled = false;
+    g_played = 0;
+}
+
+}  // namespace tavsim

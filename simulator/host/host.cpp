@@ -1,0 +1,268 @@
+// The native-application host, the preferences library, the machine name, and SDL's hooks.
+#include <glib.h>
+#include <limits.h>
+#include <simdjson.h>
+#include <unistd.h>
+
+#include <cstring>
+
+#include "helper/faults.h"
+#include "helper/json_text.h"
+#include "platform/hhardware.h"
+#include "platform/kpsystem.h"
+#include "platform/napp.h"
+#include "platform/sdl_nimbo.h"
+#include "simulator/device/journal.h"
+#include "simulator/device/root.h"
+#include "simulator/device/running.h"
+#include "simulator/device/state.h"
+#include "simulator/host/compass.h"
+#include "simulator/host/host.h"
+
+namespace tavsim {
+namespace {
+
+using Values = std::map<std::string, std::string>;
+
+const std::string* findValue(const Values& values, const char* key) {
+    const auto found = values.find(key != nullptr ? key : "");
+    return found != values.end() ? &found->second : nullptr;
+}
+
+bool hasRoom(const char* buffer, int bufferLength) {
+    return buffer != nullptr && bufferLength > 0;
+}
+
+// The host's way to fill a buffer: the value with its terminator, or the empty string.
+int copyValue(const std::string& value, char* buffer, int bufferLength) {
+    if (!hasRoom(buffer, bufferLength)) {
+        return NAPP_BUFFER_TOO_SMALL;
+    }
+    buffer[0] = '\0';
+    if (value.size() >= static_cast<size_t>(bufferLength)) {
+        return NAPP_BUFFER_TOO_SMALL;
+    }
+    std::memcpy(buffer, value.c_str(), value.size() + 1);
+    return NAPP_SUCCESS;
+}
+
+int failLookUp(int status, char* buffer, int bufferLength) {
+    if (hasRoom(buffer, bufferLength)) {
+        buffer[0] = '\0';
+    }
+    return status;
+}
+
+int lookUp(const char* function, const char* key, const std::string* value, char* buffer,
+           int bufferLength) {
+    int status = NAPP_SUCCESS;
+    if (helper::faultStrikes(helper::Fault::HostRequest)) {
+        status = failLookUp(NAPP_FAILURE, buffer, bufferLength);
+    } else if (value == nullptr) {
+        status = failLookUp(NAPP_NO_SUCH_VALUE, buffer, bufferLength);
+    } else {
+        status = copyValue(*value, buffer, bufferLength);
+    }
+    JournalEntry("host", function).text("key", key).number("status", status);
+    return status;
+}
+
+// The named member of a JSON object, if it has one; nothing when the text is no object.
+std::optional<Values> membersOf(const char* json, const char* member) {
+    static simdjson::dom::parser& parser = *new simdjson::dom::parser;
+    simdjson::dom::object object;
+    const size_t length = json != nullptr ? std::strlen(json) : 0;
+    if (member == nullptr || parser.parse(json, length).get(object) != simdjson::SUCCESS) {
+        return std::nullopt;
+    }
+    Values members;
+    simdjson::dom::element value;
+    if (object[std::string_view(member)].get(value) == simdjson::SUCCESS) {
+        members[member] = helper::textOf(value);
+    }
+    return members;
+}
+
+const char* lookUpOutcome(const std::string* value) {
+    return value != nullptr ? "found" : "not found";
+}
+
+int accepted(bool accepts) {
+    return accepts ? 1 : 0;
+}
+
+// One switch of the device's SDL: recorded with the value as it came.
+int switchHook(const char* hook, const char* name, int enable) {
+    const bool accepts = hostAccepts(name);
+    JournalEntry("sdl", hook).number("enable", enable).outcome(acceptance(accepts));
+    if (accepts) {
+        setState(name, enable != 0 ? "on" : "off");
+    }
+    return accepted(accepts);
+}
+
+}  // namespace
+
+bool hostAccepts(const char* request) {
+    const bool refused = running().refused.contains(request);
+    return !helper::faultStrikes(helper::Fault::HostRequest) && !refused;
+}
+
+const char* acceptance(bool accepts) {
+    return accepts ? "accepted" : "refused";
+}
+
+}  // namespace tavsim
+
+using tavsim::running;
+
+int NApp_registerTAV(const TAVCallbacks* callbacks) {
+    running();
+    tavsim::JournalEntry("host", __func__).outcome("accepted");
+    tavsim::setCompassCallback(callbacks->compassCallback);
+    return 1;
+}
+
+int NApp_GetAppinfoValue(const char* key, char* buffer, int bufferLength) {
+    const std::string* value = tavsim::findValue(running().appinfo, key);
+    return tavsim::lookUp(__func__, key, value, buffer, bufferLength);
+}
+
+int NApp_GetDataFilePath(const char* name, char* buffer, int bufferLength) {
+    running();
+    const std::string folder = tavsim::rootFolder() + "/data";
+    const bool isFolder = name == nullptr || *name == '\0';
+    const std::string path = isFolder ? folder : folder + "/" + name;
+    return tavsim::lookUp(__func__, name, &path, buffer, bufferLength);
+}
+
+int NApp_GetJsonValue(const char* json, const char* member, char* buffer, int bufferLength) {
+    running();
+    const std::optional<tavsim::Values> members = tavsim::membersOf(json, member);
+    if (!members) {
+        return tavsim::failLookUp(NAPP_FAILURE, buffer, bufferLength);
+    }
+    return tavsim::lookUp(__func__, member, tavsim::findValue(*members, member), buffer,
+                          bufferLength);
+}
+
+const char* NApp_GetPortabilityValue(const char* key) {
+    const std::string* value = tavsim::findValue(running().portability, key);
+    tavsim::JournalEntry("host", __func__).text("key", key).outcome(tavsim::lookUpOutcome(value));
+    return value != nullptr ? value->c_str() : nullptr;
+}
+
+int NApp_GetProcSelfExe(char* buffer, int bufferLength) {
+    const std::optional<std::string>& executable = running().executable;
+    if (helper::faultStrikes(helper::Fault::HostRequest) ||
+        !tavsim::hasRoom(buffer, bufferLength)) {
+        return 0;
+    }
+    char path[PATH_MAX];
+    const ssize_t length = readlink("/proc/self/exe", path, sizeof path);
+    const std::string real(path, length > 0 ? static_cast<size_t>(length) : 0);
+    const std::string& answer = executable ? *executable : real;
+    tavsim::JournalEntry("host", __func__).outcome(answer);
+    return !answer.empty() && tavsim::copyValue(answer, buffer, bufferLength) == NAPP_SUCCESS;
+}
+
+HKSCaller* NApp_GetKSCaller() {
+    static HKSCaller caller;
+    return &caller;
+}
+
+int NApp_EnableCompass(bool enable) {
+    const bool accepts = tavsim::hostAccepts("compass");
+    tavsim::JournalEntry("host", __func__)
+        .flag("enable", enable)
+        .outcome(tavsim::acceptance(accepts));
+    if (accepts) {
+        tavsim::enableCompass(enable);
+    }
+    return tavsim::accepted(accepts);
+}
+
+int NApp_SetKeyboardState(int visible) {
+    const bool accepts = tavsim::hostAccepts("keyboard");
+    tavsim::JournalEntry("host", __func__)
+        .number("visible", visible)
+        .outcome(tavsim::acceptance(accepts));
+    if (accepts) {
+        tavsim::setState("keyboard", visible != 0 ? "shown" : "hidden");
+    }
+    return tavsim::accepted(accepts);
+}
+
+int NApp_Minimize() {
+    const bool accepts = tavsim::hostAccepts("minimize");
+    tavsim::JournalEntry("host", __func__).outcome(tavsim::acceptance(accepts));
+    if (accepts) {
+        tavsim::setState("window", "minimized");
+        if (SDL_GetVideoSurface() != nullptr) {
+            SDL_WM_IconifyWindow();
+        }
+    }
+    return tavsim::accepted(accepts);
+}
+
+int NApp_SetTouchAggression(int aggression) {
+    const bool accepts = tavsim::hostAccepts("touch");
+    tavsim::JournalEntry("host", __func__)
+        .number("aggression", aggression)
+        .outcome(tavsim::acceptance(accepts));
+    if (accepts) {
+        tavsim::setState("touch", aggression == 1 ? "aggressive" : "normal");
+    }
+    return tavsim::accepted(accepts);
+}
+
+const char* HHardware_getMachine() {
+    const std::optional<std::string>& machine = running().machine;
+    tavsim::JournalEntry("host", __func__).outcome(machine.value_or("unknown"));
+    return machine ? machine->c_str() : nullptr;
+}
+
+int KPSystemCopyStringValue(const char* key, char** value) {
+    const std::string* property = tavsim::findValue(running().properties, key);
+    tavsim::JournalEntry("host", __func__)
+        .text("key", key)
+        .outcome(tavsim::lookUpOutcome(property));
+    if (helper::faultStrikes(helper::Fault::HostRequest) || property == nullptr) {
+        return -1;
+    }
+    *value = g_strdup(property->c_str());
+    return 0;
+}
+
+SDL_bool SDL_NimboHookIsComponent() {
+    const bool plugin = running().plugin;
+    tavsim::JournalEntry("sdl", __func__).flag("outcome", plugin);
+    return plugin ? SDL_TRUE : SDL_FALSE;
+}
+
+int SDL_NimboHookSetOrientation(const char* orientation) {
+    const bool accepts = tavsim::hostAccepts("orientation");
+    tavsim::JournalEntry("sdl", __func__)
+        .text("orientation", orientation)
+        .outcome(tavsim::acceptance(accepts));
+    if (accepts) {
+        tavsim::setState("orientation", orientation);
+    }
+    return tavsim::accepted(accepts);
+}
+
+int SDL_NimboHookSetGesturesEnable(int enable) {
+    return tavsim::switchHook(__func__, "gestures", enable);
+}
+
+int SDL_NimboHookBannerMessagesEnable(int enable) {
+    return tavsim::switchHook(__func__, "banners", enable);
+}
+
+int SDL_NimboHookCustomPauseUiEnable(int enable) {
+    return tavsim::switchHook(__func__, "pauseUi", enable);
+}
+
+int SDL_NimboHookScreenTimeoutEnable(int enable) {
+    return tavsim::switchHook(__func__, "screenTimeout", enable);
+}

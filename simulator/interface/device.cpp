@@ -1,0 +1,127 @@
+#include "simulator/interface/device.h"
+
+#include <utility>
+
+#include "helper/faults.h"
+#include "helper/trace.h"
+#include "simulator/bus/bus.h"
+#include "simulator/control/control.h"
+#include "simulator/device/clock.h"
+#include "simulator/device/journal.h"
+#include "simulator/device/queue.h"
+#include "simulator/device/root.h"
+#include "simulator/device/running.h"
+#include "simulator/device/state.h"
+#include "simulator/front/pump.h"
+#include "simulator/host/compass.h"
+#include "simulator/page/page.h"
+
+namespace tavsim {
+
+Device& device() {
+    // Never destroyed: libraries that are unloaded late still use it.
+    static Device& instance = *new Device;
+    return instance;
+}
+
+bool Device::start(Profile newProfile, const Options& options, std::string* error) {
+    stop();
+    std::string problem;
+    std::string& line = error != nullptr ? *error : problem;
+    profile = std::move(newProfile);
+    startClock(options.virtualTime);
+    setStarted(true);
+    for (const Fault fault : {helper::Fault::StringAllocation, helper::Fault::Dispatch,
+                              helper::Fault::HostRequest, helper::Fault::Read}) {
+        helper::failNthFault(fault, 0);
+    }
+    if (!prepareRoot(profile, options.root, &line)) {
+        stop();
+        return false;
+    }
+    if (!startJournal(options.journalFile)) {
+        line = options.journalFile + ": the journal cannot be written there";
+        stop();
+        return false;
+    }
+    if (options.control && !startControl(&line)) {
+        stop();
+        return false;
+    }
+    startPage(options.pageFile);
+    return true;
+}
+
+void Device::stop() {
+    stopPage();
+    stopControl();
+    clearBus();
+    clearQueue();
+    clearState();
+    stopCompass();
+    stopJournal();
+    releaseRoot();
+    setStarted(false);
+}
+
+const std::string& Device::root() const {
+    return rootFolder();
+}
+
+long Device::now() const {
+    return tavsim::now();
+}
+
+void Device::advance(int milliseconds) {
+    pumpUntil(now() + milliseconds);
+}
+
+void Device::pump() {
+    pumpNow();
+}
+
+void Device::listen(const std::string& tags) {
+    helper::keepTrace(tags);
+}
+
+std::vector<std::string> Device::takeTrace() {
+    return helper::takeTraceLines();
+}
+
+const std::deque<std::string>& Device::journal() const {
+    return journalLines();
+}
+
+std::vector<int> Device::openCalls(const std::string& uri) const {
+    return openBusCalls(uri);
+}
+
+bool Device::deliver(int token, const Reply& reply) {
+    return deliverReply(token, reply);
+}
+
+bool Device::deliverCompass(const CompassReading& reading) {
+    return deliverCompassReading(reading);
+}
+
+void Device::failNth(Fault fault, int n) {
+    helper::failNthFault(fault, n);
+}
+
+int Device::occurrences(Fault fault) const {
+    return helper::faultOccurrences(fault);
+}
+
+bool startDevice(Profile newProfile, const Options& options, std::string* error) {
+    return device().start(std::move(newProfile), options, error);
+}
+
+namespace {
+
+// The device ends with the process: its page, its socket and its fresh root folder.
+__attribute__((destructor)) void stopAtExit() {
+    device().stop();
+}
+
+}  // namespace
+}  // namespace tavsim

@@ -1,0 +1,13 @@
+// The process in which the page's script runs.
+#ifndef TAV_SIMULATOR_PAGE_PAGE_PROCESS_H
+#define TAV_SIMULATOR_PAGE_PAGE_PROCESS_H
+
+namespace tavsim {
+
+// What the new process does after the fork: keeps nothing of the application but the channel's
+// socket and standard error, serves the device until that is gone, and ends.
+[[noreturn]] void runPageProcess(int socket, int parent);
+
+}  // namespace tavsim
+
+#endif
