@@ -172,6 +172,11 @@ TEST_F(SimulatorTest, ServicesLeaveTheirMarkInTheJournal) {
     }
     device.advance(50);
     EXPECT_THAT(device.journal().back(), HasSubstr(R"("at":50,"kind":"device","what":"vibrator")"));
+    // A stretch that ends beyond the last moment there is does not end in the past.
+    NApp_GetKSCaller()->ksCall("vire://com.vire.vibrate/vibrate",
+                               R"({"period":1,"duration":9223372036854775807})", true);
+    device.advance(1000);
+    EXPECT_THAT(device.journal().back(), HasSubstr("on, period 1 ms"));
 }
 
 TEST_F(SimulatorTest, JournalLinesAreJsonWhateverTheApplicationSends) {

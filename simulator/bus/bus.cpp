@@ -71,9 +71,9 @@ bool isEndless(const std::string& uri) {
     return service != nullptr && service->every > 0 && (service->repeat || service->compute);
 }
 
-void scheduleReplies(int token, const Call& call, const Answer& answer, long first);
+void scheduleReplies(int token, const Call& call, const Answer& answer, Milliseconds first);
 
-void startNextRound(int token, long due) {
+void startNextRound(int token, Milliseconds due) {
     const auto found = bus().open.find(token);
     if (found != bus().open.end() && isEndless(found->second.uri)) {
         const Call call = found->second;
@@ -82,15 +82,15 @@ void startNextRound(int token, long due) {
 }
 
 // Queues one round of replies, which share one list, and behind a subscription's last the next.
-void scheduleReplies(int token, const Call& call, const Answer& answer, long first) {
+void scheduleReplies(int token, const Call& call, const Answer& answer, Milliseconds first) {
     const size_t count = call.kind == Kind::Subscription
                              ? answer.replies.size()
                              : std::min<size_t>(answer.replies.size(), 1);
     const bool endless = call.kind == Kind::Subscription && isEndless(call.uri);
     for (size_t i = 0; i < count; ++i) {
-        const long due = first + static_cast<long>(i) * answer.every;
+        const Milliseconds due = after(first, static_cast<Milliseconds>(i) * answer.every);
         const bool startsNext = endless && i + 1 == count;
-        const long next = due + answer.every;
+        const Milliseconds next = after(due, answer.every);
         schedule(due, [token, reply = answer.replies[i], startsNext, next] {
             if (startsNext) {
                 startNextRound(token, next);
@@ -126,7 +126,7 @@ int dispatch(Kind kind, const char* uri, const char* payload, bool option,
         return token;
     }
     warnIfNotInFront();
-    scheduleReplies(token, call, answer, now() + answer.delay);
+    scheduleReplies(token, call, answer, after(now(), answer.delay));
     bus().open.emplace(token, std::move(call));
     return token;
 }

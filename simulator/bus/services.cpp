@@ -33,9 +33,9 @@ std::string textMember(const dom::object& object, const char* name) {
     return object[name].get(text) == simdjson::SUCCESS ? std::string(text) : std::string();
 }
 
-long integerMember(const dom::object& object, const char* name, long otherwise) {
+int64_t integerMember(const dom::object& object, const char* name) {
     int64_t value = 0;
-    return object[name].get(value) == simdjson::SUCCESS ? static_cast<long>(value) : otherwise;
+    return object[name].get(value) == simdjson::SUCCESS ? value : 0;
 }
 
 bool flagMember(const dom::object& object, const char* name) {
@@ -45,10 +45,10 @@ bool flagMember(const dom::object& object, const char* name) {
 
 Answer vibrate(const dom::object& request) {
     static int run = 0;
-    const long duration = integerMember(request, "duration", 0);
-    const long period = integerMember(request, "period", 0);
+    const Milliseconds duration = integerMember(request, "duration");
+    const Milliseconds period = integerMember(request, "period");
     setState("vibrator", "on, period " + std::to_string(period) + " ms");
-    schedule(now() + duration, [current = ++run] {
+    schedule(after(now(), duration), [current = ++run] {
         if (current == run) {
             setState("vibrator", "off");
         }
@@ -58,7 +58,7 @@ Answer vibrate(const dom::object& request) {
 
 Answer setFirewallRule(const dom::object& request) {
     const std::string protocol = textMember(request, "protocol");
-    const long port = integerMember(request, "port", 0);
+    const int64_t port = integerMember(request, "port");
     if (protocol.empty() || port < 1) {
         return oneReply(failure("a rule needs a protocol and a port"));
     }

@@ -39,7 +39,7 @@ struct Client {
     bool answered = false;
     bool follows = false;
     bool gone = false;
-    long journalSeen = 0;
+    std::int64_t journalSeen = 0;
 };
 
 struct Control {
@@ -98,8 +98,8 @@ void answer(Client& client) {
 
 void follow(Client& client) {
     const auto& lines = journalLines();
-    const long first = journalLength() - static_cast<long>(lines.size());
-    for (long n = std::max(client.journalSeen, first); n < journalLength(); ++n) {
+    const std::int64_t first = journalLength() - static_cast<std::int64_t>(lines.size());
+    for (std::int64_t n = std::max(client.journalSeen, first); n < journalLength(); ++n) {
         client.output += lines[static_cast<size_t>(n - first)] + "\n";
     }
     client.journalSeen = journalLength();

@@ -1,6 +1,8 @@
 #include "simulator/device/clock.h"
 
+#include <algorithm>
 #include <chrono>
+#include <limits>
 #include <thread>
 
 namespace tavsim {
@@ -10,7 +12,7 @@ using SteadyClock = std::chrono::steady_clock;
 
 bool g_virtual = false;
 std::thread::id g_thread;  // the application's; other threads, as SDL's timers are, sleep for real
-long g_virtualNow = 0;
+Milliseconds g_virtualNow = 0;
 SteadyClock::time_point g_startedAt = SteadyClock::now();
 
 }  // namespace
@@ -30,7 +32,7 @@ bool isTimeVirtual() {
     return g_virtual;
 }
 
-long now() {
+Milliseconds now() {
     if (g_virtual) {
         return g_virtualNow;
     }
@@ -38,9 +40,14 @@ long now() {
     return std::chrono::duration_cast<milliseconds>(SteadyClock::now() - g_startedAt).count();
 }
 
-void setTime(long milliseconds) {
-    if (g_virtual && milliseconds > g_virtualNow) {
-        g_virtualNow = milliseconds;
+Milliseconds after(Milliseconds moment, Milliseconds stretch) {
+    constexpr Milliseconds kLast = std::numeric_limits<Milliseconds>::max();
+    return stretch < kLast - moment ? moment + std::max<Milliseconds>(stretch, 0) : kLast;
+}
+
+void setTime(Milliseconds moment) {
+    if (g_virtual && moment > g_virtualNow) {
+        g_virtualNow = moment;
     }
 }
 

@@ -16,7 +16,7 @@ constexpr size_t kLinesKept = 10000;
 
 struct Journal {
     std::deque<std::string> lines;
-    long length = 0;
+    std::int64_t length = 0;
     FILE* file = nullptr;
 };
 
@@ -102,7 +102,7 @@ JournalEntry& JournalEntry::texts(const char* key, const char* const* values, in
     return *this;
 }
 
-JournalEntry& JournalEntry::number(const char* key, long value) {
+JournalEntry& JournalEntry::number(const char* key, std::int64_t value) {
     m_line += std::string(",\"") + key + "\":" + std::to_string(value);
     return *this;
 }
@@ -139,7 +139,7 @@ const std::deque<std::string>& journalLines() {
     return journal().lines;
 }
 
-long journalLength() {
+std::int64_t journalLength() {
     return journal().length;
 }
 

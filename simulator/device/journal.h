@@ -2,6 +2,7 @@
 #ifndef TAV_SIMULATOR_DEVICE_JOURNAL_H
 #define TAV_SIMULATOR_DEVICE_JOURNAL_H
 
+#include <cstdint>
 #include <deque>
 #include <string>
 #include <string_view>
@@ -21,7 +22,7 @@ public:
     JournalEntry& text(const char* key, const char* value);
     JournalEntry& text(const char* key, const std::string& value);
     JournalEntry& texts(const char* key, const char* const* values, int count);
-    JournalEntry& number(const char* key, long value);
+    JournalEntry& number(const char* key, std::int64_t value);
     JournalEntry& real(const char* key, double value);
     JournalEntry& flag(const char* key, bool value);
     JournalEntry& outcome(const std::string& value) { return text("outcome", value); }
@@ -37,7 +38,7 @@ void stopJournal();
 
 // The last lines, and how many there have been in all.
 const std::deque<std::string>& journalLines();
-long journalLength();
+std::int64_t journalLength();
 
 // The text as the inside of a JSON string.
 std::string escapedJson(std::string_view text);

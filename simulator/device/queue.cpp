@@ -1,17 +1,16 @@
 #include "simulator/device/queue.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <utility>
 #include <vector>
-
-#include "simulator/device/clock.h"
 
 namespace tavsim {
 namespace {
 
 struct Delivery {
-    long due;
-    unsigned long order;
+    Milliseconds due;
+    std::uint64_t order;
     std::function<void()> deliver;
 };
 
@@ -26,7 +25,7 @@ std::vector<Delivery>& queue() {
     return instance;
 }
 
-unsigned long g_nextOrder = 0;
+std::uint64_t g_nextOrder = 0;
 
 Delivery takeFirst() {
     std::pop_heap(queue().begin(), queue().end(), isLater);
@@ -37,14 +36,14 @@ Delivery takeFirst() {
 
 }  // namespace
 
-void schedule(long due, std::function<void()> deliver) {
+void schedule(Milliseconds due, std::function<void()> deliver) {
     queue().push_back({due, g_nextOrder++, std::move(deliver)});
     std::push_heap(queue().begin(), queue().end(), isLater);
 }
 
 void deliverDue() {
-    const long time = now();
-    const unsigned long newcomers = g_nextOrder;
+    const Milliseconds time = now();
+    const std::uint64_t newcomers = g_nextOrder;
     while (!queue().empty()) {
         const Delivery& first = queue().front();
         const bool isDue = first.due < time || (first.due == time && first.order < newcomers);
@@ -55,7 +54,7 @@ void deliverDue() {
     }
 }
 
-std::optional<long> nextDue() {
+std::optional<Milliseconds> nextDue() {
     return queue().empty() ? std::nullopt : std::optional(queue().front().due);
 }
 

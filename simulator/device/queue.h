@@ -5,11 +5,13 @@
 #include <functional>
 #include <optional>
 
+#include "simulator/device/clock.h"
+
 namespace tavsim {
 
 // Queues a delivery. Deliveries run in the order in which they fall due, those due at the same
 // time in the order in which they were queued.
-void schedule(long due, std::function<void()> deliver);
+void schedule(Milliseconds due, std::function<void()> deliver);
 
 // Runs what is due, on the caller's thread. A delivery may itself come here: it is off the queue
 // before it runs. What is queued for now meanwhile waits for the next time, so that replies that
@@ -17,7 +19,7 @@ void schedule(long due, std::function<void()> deliver);
 void deliverDue();
 
 // When the next delivery falls due, if there is one.
-std::optional<long> nextDue();
+std::optional<Milliseconds> nextDue();
 
 void clearQueue();
 

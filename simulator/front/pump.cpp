@@ -15,7 +15,7 @@ constexpr Uint32 kWaitStep = 10;  // milliseconds between two looks at SDL's que
 
 // Lets time pass until the next delivery or SDL event may be there.
 void waitABit() {
-    const std::optional<long> due = nextDue();
+    const std::optional<Milliseconds> due = nextDue();
     if (isTimeVirtual() && due) {
         setTime(*due);
         return;
@@ -33,7 +33,7 @@ void pumpNow() {
     }
 }
 
-void pumpUntil(long time) {
+void pumpUntil(Milliseconds time) {
     pumpNow();
     for (auto due = nextDue(); due && *due <= time; due = nextDue()) {
         setTime(*due);

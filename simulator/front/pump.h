@@ -2,13 +2,15 @@
 #ifndef TAV_SIMULATOR_FRONT_PUMP_H
 #define TAV_SIMULATOR_FRONT_PUMP_H
 
+#include "simulator/device/clock.h"
+
 namespace tavsim {
 
 // Serves the control socket and delivers what is due.
 void pumpNow();
 
 // Virtual time: moves the clock from one due delivery to the next and at last to `time`.
-void pumpUntil(long time);
+void pumpUntil(Milliseconds time);
 
 }  // namespace tavsim
 

@@ -8,7 +8,7 @@ extern "C" {
 
 TAV_PLATFORM_API void SDL_Delay(Uint32 milliseconds) {
     if (tavsim::isTimeVirtual() && tavsim::isOnDeviceThread()) {
-        tavsim::setTime(tavsim::now() + static_cast<long>(milliseconds));
+        tavsim::setTime(tavsim::after(tavsim::now(), milliseconds));
         return;
     }
     static const auto real = tavsim::nextFunction<void(Uint32)>("SDL_Delay");

@@ -16,7 +16,7 @@ constexpr double kFullTurn = 360.0;
 
 NApp_CompassCallback g_callback = nullptr;
 bool g_enabled = false;
-long g_enabledAt = 0;
+Milliseconds g_enabledAt = 0;
 size_t g_played = 0;
 int g_run = 0;  // counts the times it was enabled; readings queued in an earlier run are void
 
@@ -35,12 +35,12 @@ bool hasReadings() {
     return !compass.readings.empty() || compass.turn != 0.0;
 }
 
-void scheduleReading(long due, int run) {
+void scheduleReading(Milliseconds due, int run) {
     schedule(due, [due, run] {
         if (!g_enabled || run != g_run) {
             return;
         }
-        scheduleReading(due + profile().compass.interval, run);
+        scheduleReading(after(due, profile().compass.interval), run);
         deliverCompassReading(nextReading());
     });
 }
@@ -63,7 +63,7 @@ void enableCompass(bool enable) {
     }
     if (enable && hasReadings()) {
         g_enabledAt = now();
-        scheduleReading(now() + profile().compass.interval, g_run);
+        scheduleReading(after(g_enabledAt, profile().compass.interval), g_run);
     }
 }
 

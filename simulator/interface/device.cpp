@@ -68,12 +68,12 @@ const std::string& Device::root() const {
     return rootFolder();
 }
 
-long Device::now() const {
+Milliseconds Device::now() const {
     return tavsim::now();
 }
 
-void Device::advance(int milliseconds) {
-    pumpUntil(now() + milliseconds);
+void Device::advance(Milliseconds milliseconds) {
+    pumpUntil(tavsim::after(now(), milliseconds));
 }
 
 void Device::pump() {

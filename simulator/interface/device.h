@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "helper/faults.h"
+#include "simulator/device/clock.h"
 #include "simulator/device/profile.h"
 #include "simulator/device/root.h"
 #include "simulator/device/running.h"
@@ -35,10 +36,10 @@ public:
     const std::string& root() const;
 
     // Milliseconds since the start.
-    long now() const;
+    Milliseconds now() const;
 
     // Virtual time: lets it pass and delivers everything in the order in which it falls due.
-    void advance(int milliseconds);
+    void advance(Milliseconds milliseconds);
 
     // Delivers what is due now, as polling SDL's events does.
     void pump();

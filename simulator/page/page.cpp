@@ -65,7 +65,7 @@ public:
     bool isAlive() const { return m_channel != nullptr; }
 
     // Queues an event for the pump. Should the page end before it is due, nothing happens.
-    void post(long due, PageMessageKind kind, const helper::ItemWriter& items);
+    void post(Milliseconds due, PageMessageKind kind, const helper::ItemWriter& items);
 
 private:
     enum class Wait { Message, TooLong };
@@ -174,7 +174,7 @@ Page::Wait Page::waitForMessage(nanoseconds limit) const {
     }
 }
 
-void Page::post(long due, PageMessageKind kind, const helper::ItemWriter& items) {
+void Page::post(Milliseconds due, PageMessageKind kind, const helper::ItemWriter& items) {
     schedule(due, [self = weak_from_this(), event = PageMessage{kind, items.message()}] {
         if (const std::shared_ptr<Page> page = self.lock()) {
             page->deliver(event);
@@ -265,7 +265,7 @@ void Page::answerMethodCall(const std::string& call) {
 void Page::setTimer(int timer, int delay) {
     helper::ItemWriter items;
     items.writeInt(timer);
-    post(now() + delay, PageMessageKind::TimerDue, items);
+    post(after(now(), delay), PageMessageKind::TimerDue, items);
 }
 
 bool readFile(const std::string& path, std::string* content) {
