@@ -14,8 +14,9 @@ read -ra flags <<<"${TAV_FLAGS:-}"
 for file in bin/tavsim include/tav.h share/man/man1/tavsim.1 share/tavsim/devices/quern.json; do
     [ -f "$prefix/$file" ] || fail "$file is not installed"
 done
-find "$prefix/share/doc" -name LICENSE | grep -q . || fail 'the licence is not installed'
-readelf -d "$libraries/libtav.so" | grep -q 'soname: \[libtav.so.3\]' || fail 'the soname is wrong'
+[ -n "$(find "$prefix/share/doc" -name LICENSE)" ] || fail 'the licence is not installed'
+grep -q 'soname: \[libtav.so.3\]' <<<"$(readelf -d "$libraries/libtav.so")" ||
+    fail 'the soname is wrong'
 
 # No installed file knows where it was built or first installed, but for what instruments it.
 folders=("$work/before")
@@ -56,7 +57,8 @@ replies ./plain
 replies ./as_needed
 printf '#include "tav.h"\nint main(void) { return TAV_GetKOBVersion() != 300; }\n' >silent.c
 "$CC" "${flags[@]}" "${compiling[@]}" -Wl,--as-needed -o silent silent.c "${linking[@]}"
-readelf -d silent | grep -q 'NEEDED.*libtavsim' || fail 'the simulator was dropped as not needed'
+grep -q 'NEEDED.*libtavsim' <<<"$(readelf -d silent)" ||
+    fail 'the simulator was dropped as not needed'
 # A program that names SDL too still finds it behind the simulator.
 read -ra linking < <(pkg-config --libs sdl tav)
 "$CC" "${flags[@]}" "${compiling[@]}" -o both service_reply.c "${linking[@]}"
