@@ -114,9 +114,9 @@ int dispatch(Kind kind, const char* uri, const char* payload, bool option,
     const bool refused = refusesDispatch(call.uri);
     const int token = refused ? -1 : ++bus().lastToken;
     JournalEntry("bus", kKindNames[static_cast<int>(kind)])
-        .text("uri", uri)
-        .text("payload", payload)
-        .flag("option", option)
+        .member("uri", uri)
+        .member("payload", payload)
+        .member("option", option)
         .outcome(refused ? "refused" : "token " + std::to_string(token));
     if (refused) {
         return token;
@@ -159,9 +159,9 @@ bool deliverReply(int token, const Reply& reply) {
     void* context = found->second.context;
     const char* text = reply ? reply->c_str() : nullptr;
     JournalEntry("bus", "reply")
-        .number("token", token)
-        .text("uri", found->second.uri)
-        .text("reply", text);
+        .member("token", token)
+        .member("uri", found->second.uri)
+        .member("reply", text);
     if (found->second.kind == Kind::OneReply) {
         bus().open.erase(found);
     }
@@ -190,6 +190,6 @@ void HKSCaller::ksCancelCall(int token) {
     tavsim::running();
     const bool wasOpen = tavsim::bus().open.erase(token) != 0;
     tavsim::JournalEntry("bus", "cancel")
-        .number("token", token)
+        .member("token", token)
         .outcome(wasOpen ? "cancelled" : "no such call");
 }

@@ -2,24 +2,17 @@
 #ifndef TAV_SIMULATOR_BUS_SERVICES_H
 #define TAV_SIMULATOR_BUS_SERVICES_H
 
-#include <optional>
 #include <string>
 
-#include "simulator/device/profile.h"
+#include "simulator/bus/answer.h"
 
 namespace tavsim {
 
 inline constexpr char kLocationUri[] = "vire://com.vire.location/startTracking";
 
-// The location service's reply that carries a fix.
+// The location service's replies: a fix, and the code of an error.
 std::string fixReply(const Fix& fix);
-
-// What comes back on one request; its first reply is worked out when the request arrives.
-struct Answer {
-    std::vector<Reply> replies;
-    int delay = 0;
-    int every = 0;
-};
+std::string locationErrorReply(int code);
 
 // Carries the request out. The journal shows what it changed.
 Answer deviceServiceAnswer(const std::string& uri, const std::string& payload);

@@ -103,7 +103,7 @@ CommandResult location(Words words) {
         if (!asError.nextNumber(&code) || !asError.isEmpty()) {
             return failed("location error: needs a whole number");
         }
-        return replyToAll(kLocationUri, "{\"errorCode\":" + std::to_string(code) + "}");
+        return replyToAll(kLocationUri, locationErrorReply(code));
     }
     Fix fix;
     for (double* value : {&fix.latitude, &fix.longitude, &fix.altitude, &fix.horizAccuracy,

@@ -1,11 +1,6 @@
 #include "simulator/device/journal.h"
 
-#include <glib.h>
-
-#include <charconv>
-#include <cmath>
 #include <cstdio>
-#include <memory>
 
 #include "simulator/device/clock.h"
 
@@ -25,95 +20,32 @@ Journal& journal() {
     return instance;
 }
 
-bool isPlain(std::string_view text) {
-    for (const char c : text) {
-        const unsigned char byte = static_cast<unsigned char>(c);
-        if (byte < ' ' || byte >= 0x7f || c == '"' || c == '\\') {
-            return false;
-        }
-    }
-    return true;
-}
-
-void appendEscaped(std::string& out, std::string_view text) {
-    if (isPlain(text)) {
-        out += text;
-        return;
-    }
-    const std::unique_ptr<char, decltype(&g_free)> valid(
-        g_utf8_make_valid(text.data(), static_cast<gssize>(text.size())), g_free);
-    for (const char* at = valid.get(); *at != '\0'; ++at) {
-        const unsigned char c = static_cast<unsigned char>(*at);
-        if (c == '"' || c == '\\') {
-            out += '\\';
-            out += *at;
-        } else if (c < ' ' || c == 0x7f) {
-            char code[8];
-            std::snprintf(code, sizeof code, "\\u%04x", c);
-            out += code;
-        } else {
-            out += *at;
-        }
-    }
-}
-
-std::string quoted(const char* value) {
-    return value != nullptr ? '"' + escapedJson(value) + '"' : "null";
-}
-
 }  // namespace
 
-JournalEntry::JournalEntry(const char* kind, const char* what) : m_line("{\"at\":") {
-    m_line += std::to_string(now());
-    text("kind", kind);
-    text("what", what);
+JournalEntry::JournalEntry(const char* kind, const char* what) {
+    m_line.beginObject().member("at", now()).member("kind", kind).member("what", what);
 }
 
 JournalEntry::~JournalEntry() {
-    m_line += '}';
+    std::string line = m_line.endObject().take();
     Journal& all = journal();
     if (all.file != nullptr) {
-        std::fprintf(all.file, "%s\n", m_line.c_str());
+        std::fprintf(all.file, "%s\n", line.c_str());
         std::fflush(all.file);
     }
     if (all.lines.size() == kLinesKept) {
         all.lines.pop_front();
     }
-    all.lines.push_back(std::move(m_line));
+    all.lines.push_back(std::move(line));
     ++all.length;
 }
 
-JournalEntry& JournalEntry::text(const char* key, const char* value) {
-    m_line += std::string(",\"") + key + "\":" + quoted(value);
-    return *this;
-}
-
-JournalEntry& JournalEntry::text(const char* key, const std::string& value) {
-    return text(key, value.c_str());
-}
-
 JournalEntry& JournalEntry::texts(const char* key, const char* const* values, int count) {
-    m_line += std::string(",\"") + key + "\":[";
+    m_line.key(key).beginArray();
     for (int index = 0; index < count; ++index) {
-        m_line += index > 0 ? "," : "";
-        m_line += quoted(values[index]);
+        m_line.value(values[index]);
     }
-    m_line += ']';
-    return *this;
-}
-
-JournalEntry& JournalEntry::number(const char* key, std::int64_t value) {
-    m_line += std::string(",\"") + key + "\":" + std::to_string(value);
-    return *this;
-}
-
-JournalEntry& JournalEntry::real(const char* key, double value) {
-    m_line += std::string(",\"") + key + "\":" + jsonNumber(value);
-    return *this;
-}
-
-JournalEntry& JournalEntry::flag(const char* key, bool value) {
-    m_line += std::string(",\"") + key + "\":" + (value ? "true" : "false");
+    m_line.endArray();
     return *this;
 }
 
@@ -141,21 +73,6 @@ const std::deque<std::string>& journalLines() {
 
 std::int64_t journalLength() {
     return journal().length;
-}
-
-std::string jsonNumber(double value) {
-    if (!std::isfinite(value)) {
-        return "null";
-    }
-    char text[32];
-    const auto [end, problem] = std::to_chars(std::begin(text), std::end(text), value);
-    return std::string(text, end);
-}
-
-std::string escapedJson(std::string_view text) {
-    std::string out;
-    appendEscaped(out, text);
-    return out;
 }
 
 }  // namespace tavsim

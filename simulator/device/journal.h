@@ -5,7 +5,8 @@
 #include <cstdint>
 #include <deque>
 #include <string>
-#include <string_view>
+
+#include "helper/json_writer.h"
 
 namespace tavsim {
 
@@ -18,17 +19,17 @@ public:
     JournalEntry(const JournalEntry&) = delete;
     JournalEntry& operator=(const JournalEntry&) = delete;
 
-    // A null text shows as null; text that is no UTF-8 is repaired.
-    JournalEntry& text(const char* key, const char* value);
-    JournalEntry& text(const char* key, const std::string& value);
+    // As of JsonWriter::value: a text, which may be null, a number, or true and false.
+    template <typename Value>
+    JournalEntry& member(const char* key, const Value& value) {
+        m_line.member(key, value);
+        return *this;
+    }
     JournalEntry& texts(const char* key, const char* const* values, int count);
-    JournalEntry& number(const char* key, std::int64_t value);
-    JournalEntry& real(const char* key, double value);
-    JournalEntry& flag(const char* key, bool value);
-    JournalEntry& outcome(const std::string& value) { return text("outcome", value); }
+    JournalEntry& outcome(const std::string& value) { return member("outcome", value); }
 
 private:
-    std::string m_line;
+    helper::JsonWriter m_line;
 };
 
 // Starts an empty journal that is also written to the file, if there is one; false when the file
@@ -39,12 +40,6 @@ void stopJournal();
 // The last lines, and how many there have been in all.
 const std::deque<std::string>& journalLines();
 std::int64_t journalLength();
-
-// The text as the inside of a JSON string.
-std::string escapedJson(std::string_view text);
-
-// The shortest JSON number that reads back as the value; null for one that JSON cannot spell.
-std::string jsonNumber(double value);
 
 }  // namespace tavsim
 

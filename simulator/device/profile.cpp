@@ -8,7 +8,7 @@
 #include <string_view>
 
 #include "helper/json_text.h"
-#include "simulator/device/journal.h"
+#include "helper/json_writer.h"
 
 namespace dom = simdjson::dom;
 namespace fs = std::filesystem;
@@ -51,7 +51,7 @@ private:
 
     // Escaped, since a name may hold a line break and an error is one line.
     static std::string below(const std::string& path, std::string_view name) {
-        return (path.empty() ? "" : path + ".") + escapedJson(name);
+        return (path.empty() ? "" : path + ".") + helper::escapedJson(name);
     }
 
     void eachMember(dom::element element, const std::string& path,
@@ -177,7 +177,7 @@ private:
                 text (&request)(value, place);
                 if (!canBeRefused(request)) {
                     fail(place,
-                         "\"" + escapedJson(request) + "\" is nothing that the host can refuse");
+                         "\"" + helper::escapedJson(request) + "\" is nothing that the host can refuse");
                 }
                 target->insert(request);
             });

@@ -64,12 +64,12 @@ int rescan() {
     if (access(program.c_str(), X_OK) == 0) {
         static const auto real = nextFunction<int(const char*)>("system");
         const int result = real((shellQuoted(program) + " scan-services").c_str());
-        JournalEntry("bus", "rescan").text("program", program).number("status", result);
+        JournalEntry("bus", "rescan").member("program", program).member("status", result);
         return result;
     }
     const std::string roles = rootFolder() + "/var/vire/ks2/roles";
     const long found = countFiles(roles + "/pub") + countFiles(roles + "/prv");
-    JournalEntry("bus", "rescan").number("roles", found).outcome("rescanned");
+    JournalEntry("bus", "rescan").member("roles", found).outcome("rescanned");
     return 0;
 }
 

@@ -72,9 +72,9 @@ bool deliverCompassReading(const CompassReading& reading) {
         return false;
     }
     JournalEntry("host", "compass reading")
-        .number("intValue", reading.intValue)
-        .real("doubleValue1", reading.doubleValue1)
-        .real("doubleValue2", reading.doubleValue2);
+        .member("intValue", reading.intValue)
+        .member("doubleValue1", reading.doubleValue1)
+        .member("doubleValue2", reading.doubleValue2);
     g_callback(reading.intValue, reading.doubleValue1, reading.doubleValue2);
     return true;
 }

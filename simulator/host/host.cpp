@@ -63,7 +63,7 @@ int lookUp(const char* function, const char* key, const std::string* value, char
     } else {
         status = copyValue(*value, buffer, bufferLength);
     }
-    JournalEntry("host", function).text("key", key).number("status", status);
+    JournalEntry("host", function).member("key", key).member("status", status);
     return status;
 }
 
@@ -94,7 +94,7 @@ int accepted(bool accepts) {
 // One switch of the device's SDL: recorded with the value as it came.
 int switchHook(const char* hook, const char* name, int enable) {
     const bool accepts = hostAccepts(name);
-    JournalEntry("sdl", hook).number("enable", enable).outcome(acceptance(accepts));
+    JournalEntry("sdl", hook).member("enable", enable).outcome(acceptance(accepts));
     if (accepts) {
         setState(name, enable != 0 ? "on" : "off");
     }
@@ -148,7 +148,7 @@ int NApp_GetJsonValue(const char* json, const char* member, char* buffer, int bu
 
 const char* NApp_GetPortabilityValue(const char* key) {
     const std::string* value = tavsim::findValue(running().portability, key);
-    tavsim::JournalEntry("host", __func__).text("key", key).outcome(tavsim::lookUpOutcome(value));
+    tavsim::JournalEntry("host", __func__).member("key", key).outcome(tavsim::lookUpOutcome(value));
     return value != nullptr ? value->c_str() : nullptr;
 }
 
@@ -174,7 +174,7 @@ HKSCaller* NApp_GetKSCaller() {
 int NApp_EnableCompass(bool enable) {
     const bool accepts = tavsim::hostAccepts("compass");
     tavsim::JournalEntry("host", __func__)
-        .flag("enable", enable)
+        .member("enable", enable)
         .outcome(tavsim::acceptance(accepts));
     if (accepts) {
         tavsim::enableCompass(enable);
@@ -185,7 +185,7 @@ int NApp_EnableCompass(bool enable) {
 int NApp_SetKeyboardState(int visible) {
     const bool accepts = tavsim::hostAccepts("keyboard");
     tavsim::JournalEntry("host", __func__)
-        .number("visible", visible)
+        .member("visible", visible)
         .outcome(tavsim::acceptance(accepts));
     if (accepts) {
         tavsim::setState("keyboard", visible != 0 ? "shown" : "hidden");
@@ -208,7 +208,7 @@ int NApp_Minimize() {
 int NApp_SetTouchAggression(int aggression) {
     const bool accepts = tavsim::hostAccepts("touch");
     tavsim::JournalEntry("host", __func__)
-        .number("aggression", aggression)
+        .member("aggression", aggression)
         .outcome(tavsim::acceptance(accepts));
     if (accepts) {
         tavsim::setState("touch", aggression == 1 ? "aggressive" : "normal");
@@ -225,7 +225,7 @@ const char* HHardware_getMachine() {
 int KPSystemCopyStringValue(const char* key, char** value) {
     const std::string* property = tavsim::findValue(running().properties, key);
     tavsim::JournalEntry("host", __func__)
-        .text("key", key)
+        .member("key", key)
         .outcome(tavsim::lookUpOutcome(property));
     if (helper::faultStrikes(helper::Fault::HostRequest) || property == nullptr) {
         return -1;
@@ -236,14 +236,14 @@ int KPSystemCopyStringValue(const char* key, char** value) {
 
 SDL_bool SDL_NimboHookIsComponent() {
     const bool plugin = running().plugin;
-    tavsim::JournalEntry("sdl", __func__).flag("outcome", plugin);
+    tavsim::JournalEntry("sdl", __func__).member("outcome", plugin);
     return plugin ? SDL_TRUE : SDL_FALSE;
 }
 
 int SDL_NimboHookSetOrientation(const char* orientation) {
     const bool accepts = tavsim::hostAccepts("orientation");
     tavsim::JournalEntry("sdl", __func__)
-        .text("orientation", orientation)
+        .member("orientation", orientation)
         .outcome(tavsim::acceptance(accepts));
     if (accepts) {
         tavsim::setState("orientation", orientation);

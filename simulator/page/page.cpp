@@ -375,7 +375,7 @@ bool NApp_RegisterKiteHandlers(NApp_MethodListCallback methodList, NApp_MethodCa
 bool NApp_JSCall(const char* functionName, const char* const* arguments, int argumentCount) {
     const bool accepts = tavsim::callPage(functionName, arguments, argumentCount);
     tavsim::JournalEntry entry("host", __func__);
-    entry.text("function", functionName);
+    entry.member("function", functionName);
     if (accepts) {
         entry.texts("arguments", arguments, argumentCount);
     }

@@ -1,0 +1,54 @@
+// Writes JSON texts.
+#ifndef TAV_HELPER_JSON_WRITER_H
+#define TAV_HELPER_JSON_WRITER_H
+
+#include <concepts>
+#include <string>
+#include <string_view>
+
+namespace helper {
+
+// The text as the inside of a JSON string. What is no UTF-8 in it is replaced.
+std::string escapedJson(std::string_view text);
+
+// Builds one JSON text from left to right; commas and escapes come by themselves.
+//
+//     JsonWriter().beginObject().member("port", 80).key("tags").beginArray().value("a").endArray()…
+class JsonWriter {
+public:
+    JsonWriter& beginObject() { return open('{'); }
+    JsonWriter& endObject() { return close('}'); }
+    JsonWriter& beginArray() { return open('['); }
+    JsonWriter& endArray() { return close(']'); }
+
+    // The name of the member whose value comes next.
+    JsonWriter& key(std::string_view name);
+
+    JsonWriter& value(std::string_view text);
+    JsonWriter& value(const char* text);  // a null pointer shows as null
+    JsonWriter& value(bool flag);
+    JsonWriter& value(double number);  // in its shortest form; null when JSON cannot spell it
+    JsonWriter& value(std::integral auto number) { return raw(std::to_string(number)); }
+
+    // A value that is JSON already.
+    JsonWriter& raw(std::string_view json);
+
+    template <typename Value>
+    JsonWriter& member(std::string_view name, const Value& content) {
+        return key(name).value(content);
+    }
+
+    const std::string& text() const { return m_text; }
+    std::string take() { return std::move(m_text); }
+
+private:
+    JsonWriter& open(char bracket);
+    JsonWriter& close(char bracket);
+    void separate();
+
+    std::string m_text;
+};
+
+}  // namespace helper
+
+#endif

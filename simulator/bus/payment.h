@@ -1,0 +1,16 @@
+// The payment service, which sells the items of the profile.
+#ifndef TAV_SIMULATOR_BUS_PAYMENT_H
+#define TAV_SIMULATOR_BUS_PAYMENT_H
+
+#include "simulator/bus/answer.h"
+
+namespace tavsim {
+
+Answer availableItems(const simdjson::dom::object& request);
+Answer itemInfo(const simdjson::dom::object& request);
+Answer purchaseItem(const simdjson::dom::object& request);
+Answer pendingPurchase(const simdjson::dom::object& request);
+
+}  // namespace tavsim
+
+#endif
