@@ -1,0 +1,38 @@
+// A file descriptor in a process that is not ours alone.
+#ifndef TAV_HELPER_DESCRIPTOR_H
+#define TAV_HELPER_DESCRIPTOR_H
+
+#include <sys/types.h>
+
+namespace helper {
+
+// Owns a descriptor, at a high number, where it is in nobody's way. A program may still close all
+// descriptors that it finds and be given the number for a file of its own: whoever uses the number
+// asks first whether it is still ours.
+class Descriptor {
+public:
+    Descriptor() = default;
+    explicit Descriptor(int number);  // takes it over; negative for none
+    ~Descriptor() { close(); }
+    Descriptor(Descriptor&& other) noexcept { *this = static_cast<Descriptor&&>(other); }
+    Descriptor& operator=(Descriptor&& other) noexcept;
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+
+    int number() const { return m_number; }
+
+    // Whether there is one, and the number still stands for what it stood for.
+    bool isOurs() const;
+
+    // Leaves alone what is not ours any more.
+    void close();
+
+private:
+    int m_number = -1;
+    dev_t m_device = 0;
+    ino_t m_inode = 0;
+};
+
+}  // namespace helper
+
+#endif

@@ -1,0 +1,122 @@
+#include "helper/message_socket.h"
+
+#include <poll.h>
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <cstring>
+#include <utility>
+
+namespace helper {
+namespace {
+
+using SteadyClock = std::chrono::steady_clock;
+using std::chrono::milliseconds;
+
+constexpr size_t kHeaderSize = sizeof(uint8_t) + sizeof(uint64_t);
+constexpr size_t kStep = size_t{64} * 1024;  // memory is taken in such steps
+constexpr int kForEver = -1;
+
+uint64_t contentLength(const std::string& header) {
+    uint64_t length = 0;
+    std::memcpy(&length, header.data() + sizeof(uint8_t), sizeof length);
+    return length;
+}
+
+int millisecondsUntil(SteadyClock::time_point end) {
+    const auto left = std::chrono::ceil<milliseconds>(end - SteadyClock::now()).count();
+    return static_cast<int>(std::clamp<milliseconds::rep>(left, 0, INT_MAX));
+}
+
+}  // namespace
+
+bool MessageSocket::send(uint8_t kind, std::string_view content) {
+    queue(kind, content);
+    for (sendQueued(); queued() > 0 && !m_isGone; sendQueued()) {
+        waitFor(POLLOUT, kForEver);
+    }
+    return !m_isGone;
+}
+
+std::optional<Message> MessageSocket::receive(std::optional<milliseconds> longestWait) {
+    const SteadyClock::time_point end = SteadyClock::now() + longestWait.value_or(milliseconds(0));
+    while (true) {
+        std::optional<Message> message = receiveNow();
+        const int wait = longestWait ? millisecondsUntil(end) : kForEver;
+        if (message || m_isGone || wait == 0) {
+            return message;
+        }
+        waitFor(POLLIN, wait);
+    }
+}
+
+std::optional<Message> MessageSocket::receiveNow() {
+    m_isGone = m_isGone || !m_socket.isOurs();
+    if (!receiveTo(kHeaderSize)) {
+        return std::nullopt;
+    }
+    const uint64_t length = contentLength(m_incoming);
+    if (length > m_longest || length > m_incoming.max_size() - kHeaderSize) {
+        m_isGone = true;
+        return std::nullopt;
+    }
+    if (!receiveTo(kHeaderSize + static_cast<size_t>(length))) {
+        return std::nullopt;
+    }
+    Message message{static_cast<uint8_t>(m_incoming.front()), std::move(m_incoming)};
+    message.content.erase(0, kHeaderSize);
+    m_incoming.clear();
+    return message;
+}
+
+void MessageSocket::queue(uint8_t kind, std::string_view content) {
+    const uint64_t length = content.size();
+    char header[kHeaderSize];
+    std::memcpy(header, &kind, sizeof kind);
+    std::memcpy(header + sizeof kind, &length, sizeof length);
+    m_outgoing.append(header, sizeof header).append(content);
+}
+
+size_t MessageSocket::sendQueued() {
+    const size_t before = queued();
+    m_isGone = m_isGone || !m_socket.isOurs();
+    while (queued() > 0 && !m_isGone) {
+        const ssize_t count = ::send(m_socket.number(), m_outgoing.data() + m_sent, queued(),
+                                     MSG_NOSIGNAL | MSG_DONTWAIT);
+        if (count < 0 && errno == EAGAIN) {
+            break;
+        }
+        m_isGone = count < 0 && errno != EINTR;
+        m_sent += count > 0 ? static_cast<size_t>(count) : 0;
+    }
+    const size_t taken = before - queued();
+    if (m_sent > m_outgoing.size() / 2) {
+        m_outgoing.erase(0, std::exchange(m_sent, 0));
+    }
+    return taken;
+}
+
+// Receives until there are so many bytes of the message, or as many as there are now.
+bool MessageSocket::receiveTo(size_t size) {
+    while (m_incoming.size() < size && !m_isGone) {
+        const size_t before = m_incoming.size();
+        m_incoming.resize(before + std::min(size - before, kStep));
+        const ssize_t count = recv(m_socket.number(), m_incoming.data() + before,
+                                   m_incoming.size() - before, MSG_DONTWAIT);
+        m_incoming.resize(before + (count > 0 ? static_cast<size_t>(count) : 0));
+        if (count < 0 && errno == EAGAIN) {
+            return false;
+        }
+        m_isGone = count == 0 || (count < 0 && errno != EINTR);
+    }
+    return m_incoming.size() >= size;
+}
+
+void MessageSocket::waitFor(short event, int milliseconds) const {
+    pollfd waiting = {m_socket.number(), event, 0};
+    poll(&waiting, 1, milliseconds);
+}
+
+}  // namespace helper
