@@ -1,13 +1,33 @@
 #!/usr/bin/env bash
-# The library includes its own headers, the platform's, SDL's, SQLite's, GLib's and those of the C
-# and C++ libraries, and nothing else.
+# Who may include what. The library: its own headers, the platform's, SDL's, SQLite's, GLib's and
+# those of the C and C++ libraries. What implements the platform: its own room and those below.
 source "$(dirname "$0")/check.sh"
 cd "$TAV_SOURCE"
+
+# From top to bottom.
+rooms=(
+    tools
+    simulator/interface
+    simulator/front
+    simulator/control
+    simulator/page
+    simulator/bus
+    simulator/host
+    simulator/device
+    helper
+    platform
+)
+
+# The inclusions of some folders, each as a line "FILE HEADER".
+inclusions() {
+    grep -rE '^[[:space:]]*#[[:space:]]*include' --include='*.cpp' --include='*.h' "$@" |
+        sed -E 's/:[[:space:]]*#[[:space:]]*include[[:space:]]*/ /; s/[[:space:]]*\/\/.*//'
+}
 
 standard='^<[a-z_]+>$'
 system='^<((sys|net|netinet|arpa)/[a-z]+|unistd|strings)\.h>$'
 others='^<(sqlite3|glib)\.h>$'
-is_allowed() {
+is_the_librarys() {
     local name=${1:1:-1}
     case $1 in
     '"SDL.h"' | '"tav.h"') ;;
@@ -17,11 +37,32 @@ is_allowed() {
     esac
 }
 
+# A room's place in the list; nothing for a folder that is none of them.
+place() {
+    local index
+    for index in "${!rooms[@]}"; do
+        [ "${rooms[index]}" != "$1" ] || echo "$index"
+    done
+}
+
 count=0
-while read -r file header _; do
-    is_allowed "$header" || fail "$file includes $header"
+while read -r file header; do
+    is_the_librarys "$header" || fail "$file includes $header"
     count=$((count + 1))
-done < <(grep -rE '^[[:space:]]*#[[:space:]]*include' src | sed 's/:[[:space:]#]*include/ /')
+done < <(inclusions src)
 [ "$count" -gt 100 ] || fail "only $count inclusions were found"
 ! grep -rniE 'tavsim|simulator|tavsim::' src --include='*.cpp' --include='*.h' ||
     fail 'the library knows of the simulator'
+
+count=0
+while read -r file header; do
+    [[ $header == '"'* && $header != '"SDL.h"' ]] || continue
+    folder=$(dirname "$file")
+    included=$(dirname "${header:1:-1}")
+    [ "$included" != . ] || included=$folder
+    from=$(place "$folder") to=$(place "$included")
+    [ -n "$from" ] || fail "$folder is none of the rooms"
+    [[ -n $to && $to -ge $from ]] || fail "$file includes $header"
+    count=$((count + 1))
+done < <(inclusions tools simulator helper platform)
+[ "$count" -gt 100 ] || fail "only $count inclusions were found in the rooms"
