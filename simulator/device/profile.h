@@ -45,6 +45,10 @@ struct Compass {
     double turn = 0.0;
 };
 
+// In degrees, north and south, east and west.
+constexpr double kHighestLatitude = 90.0;
+constexpr double kHighestLongitude = 180.0;
+
 struct Fix {
     double latitude = 0.0;
     double longitude = 0.0;
@@ -97,7 +101,7 @@ struct Profile {
 TAV_PLATFORM_API bool canBeRefused(const std::string& request);
 
 // Reads a profile. Without a value, `error` is one line that names the source and the field.
-TAV_PLATFORM_API std::optional<Profile> parseProfile(const std::string& json,
+TAV_PLATFORM_API std::optional<Profile> parseProfile(const std::string& document,
                                                      const std::string& source, std::string* error);
 TAV_PLATFORM_API std::optional<Profile> readProfile(const std::string& path, std::string* error);
 
