@@ -21,7 +21,7 @@ struct HDataWriter::Message {
     helper::ItemWriter items;
 };
 
-HDataReader::HDataReader(const void* bytes, size_t size)
+HDataReader::HDataReader(const void* bytes, size_t size) noexcept
     : m_message(new Message{helper::ItemReader({static_cast<const char*>(bytes), size})}) {
 }
 
@@ -39,7 +39,7 @@ void HDataReader::readStr(char* buffer, int size) {
     buffer[content.copy(buffer, static_cast<size_t>(size) - 1)] = '\0';
 }
 
-char* HDataReader::allocReadStr() {
+char* HDataReader::allocReadStr() noexcept {
     const helper::Text text = m_message->next().readText();
     if (!text) {
         return nullptr;
@@ -61,22 +61,22 @@ bool HDataReader::isSuccessful() const {
     return m_message->items.isSuccessful();
 }
 
-HDataWriter::HDataWriter() : m_message(new Message) {
+HDataWriter::HDataWriter() noexcept : m_message(new Message) {
 }
 
 HDataWriter::~HDataWriter() {
     delete m_message;
 }
 
-void HDataWriter::writeInt(int value) {
+void HDataWriter::writeInt(int value) noexcept {
     m_message->items.writeInt(value);
 }
 
-void HDataWriter::writeBool(bool value) {
+void HDataWriter::writeBool(bool value) noexcept {
     m_message->items.writeBool(value);
 }
 
-void HDataWriter::writeStr(const char* text) {
+void HDataWriter::writeStr(const char* text) noexcept {
     m_message->items.writeText(text != nullptr ? helper::Text(text) : std::nullopt);
 }
 

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <limits>
 #include <memory>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -71,7 +72,7 @@ Value valueOr(const HJson* json, const char* key, Value neutral) {
 
 }  // namespace
 
-HJson* HJson_create(const char* text) {
+HJson* HJson_create(const char* text) try {
     if (text == nullptr) {
         return nullptr;
     }
@@ -81,6 +82,8 @@ HJson* HJson_create(const char* text) {
         return nullptr;
     }
     return json.release();
+} catch (const std::bad_alloc&) {
+    return nullptr;
 }
 
 void HJson_free(HJson* json) {
@@ -110,18 +113,19 @@ int HJson_valueExists(const HJson* json, const char* key) {
     return json != nullptr && json->find(key, value) ? 1 : 0;
 }
 
-HString* HJson_getValueFromStr(const char* text, const char* key) {
-    HJson* json = HJson_create(text);
+HString* HJson_getValueFromStr(const char* text, const char* key) try {
+    const std::unique_ptr<HJson, decltype(&HJson_free)> json(HJson_create(text), HJson_free);
     dom::element value;
-    HString* result = nullptr;
-    if (json != nullptr && json->find(key, value)) {
-        result = HString_alloc();
-        const std::string valueText = helper::textOf(value);
-        if (result != nullptr && HString_append(result, "%s", valueText.c_str()) == 0) {
-            HString_free(result);
-            result = nullptr;
-        }
+    if (json == nullptr || !json->find(key, value)) {
+        return nullptr;
     }
-    HJson_free(json);
+    const std::string valueText = helper::textOf(value);
+    HString* result = HString_alloc();
+    if (result != nullptr && HString_append(result, "%s", valueText.c_str()) == 0) {
+        HString_free(result);
+        return nullptr;
+    }
     return result;
+} catch (const std::bad_alloc&) {
+    return nullptr;
 }

@@ -51,14 +51,14 @@ struct HLinkedList::Elements {
     }
 };
 
-HLinkedList::HLinkedList() : m_elements(new Elements) {
+HLinkedList::HLinkedList() noexcept : m_elements(new Elements) {
 }
 
 HLinkedList::~HLinkedList() {
     delete m_elements;
 }
 
-void HLinkedList::append(void* element) {
+void HLinkedList::append(void* element) noexcept {
     m_elements->append(element);
 }
 

@@ -11,18 +11,20 @@
  * type or a damaged one fails; after a failure every further read fails too. */
 class TAV_PLATFORM_API HDataReader {
 public:
-    HDataReader(const void* bytes, size_t size);
+    HDataReader(const void* bytes, size_t size) noexcept;
     ~HDataReader();
     HDataReader(const HDataReader&) = delete;
     HDataReader& operator=(const HDataReader&) = delete;
 
-    /* Copies a string into a buffer of `size` bytes, cut to size - 1 and terminated. On failure the
-     * buffer holds the empty string. */
+    /* Copies a string into a buffer of `size` bytes, terminated. One that is too long is cut to
+     * size - 1 bytes; it counts as read, and the next read begins behind the whole of it. A null
+     * string reads as the empty one. On failure the buffer holds the empty string; a null buffer or
+     * a size below 1 is a failure. */
     void readStr(char* buffer, int size);
 
-    /* A string in fresh storage, to be released with delete[]; null on failure, and for an item
-     * that the sender wrote as a null string, which is no failure. */
-    char* allocReadStr();
+    /* A string in fresh storage, terminated, to be released with delete[]; null on failure, and for
+     * an item that the sender wrote as a null string, which is no failure. */
+    char* allocReadStr() noexcept;
 
     /* The value; 0 and false on failure. */
     int readInt();
@@ -39,16 +41,16 @@ private:
 /* Builds a message. */
 class TAV_PLATFORM_API HDataWriter {
 public:
-    HDataWriter();
+    HDataWriter() noexcept;
     ~HDataWriter();
     HDataWriter(const HDataWriter&) = delete;
     HDataWriter& operator=(const HDataWriter&) = delete;
 
-    void writeInt(int value);
-    void writeBool(bool value);
+    void writeInt(int value) noexcept;
+    void writeBool(bool value) noexcept;
 
     /* A null string is allowed and arrives as null. */
-    void writeStr(const char* text);
+    void writeStr(const char* text) noexcept;
 
     /* The message so far; valid until the next write and no longer than the writer. */
     const void* bytes() const;

@@ -12,7 +12,8 @@ extern "C" {
 typedef struct HJson HJson;
 
 /* Parses a text. The handle is released with HJson_free, needs the text no longer, and may live
- * beside other handles. Null when the text is null or is not one complete JSON value in UTF-8. */
+ * beside other handles. Null when the text is null or is not one complete JSON value in UTF-8, or
+ * memory is exhausted. */
 TAV_PLATFORM_API HJson* HJson_create(const char* text);
 
 /* Releases a handle; null is allowed. */

@@ -8,12 +8,12 @@
  * leave them alone. Indices run from 0; one outside the list answers null or does nothing. */
 class TAV_PLATFORM_API HLinkedList {
 public:
-    HLinkedList();
+    HLinkedList() noexcept;
     ~HLinkedList();
     HLinkedList(const HLinkedList&) = delete;
     HLinkedList& operator=(const HLinkedList&) = delete;
 
-    void append(void* element);
+    void append(void* element) noexcept;
     void* get(int index) const;
     int size() const;
 

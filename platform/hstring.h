@@ -10,6 +10,7 @@
 extern "C" {
 #endif
 
+/* Made by HString_alloc only. The fields may be read and are changed by the functions alone. */
 typedef struct HString {
     char* text;    /* always terminated */
     size_t length; /* in bytes, the terminator not counted */

@@ -8,8 +8,9 @@
 extern "C" {
 #endif
 
-/* Looks a property up. On success returns 0 and stores a new string, which the caller releases with
- * g_free; any other result is a failure and leaves the pointer as it was. */
+/* Looks a property up. On success returns 0 and stores a new terminated string, which the caller
+ * releases with g_free. Any other result is a failure, and the pointer is then as it was before:
+ * the caller, who hands in a null pointer, releases whatever stands there after either. */
 TAV_PLATFORM_API int KPSystemCopyStringValue(const char* key, char** value);
 
 #ifdef __cplusplus

@@ -1,9 +1,10 @@
-/* The native-application host library.
+/* The native-application host library, for C++.
  *
  * Look-ups answer with a host status: 1 success, 100 the buffer is too small, 102 there is no such
  * value, anything else another failure. A buffer's length is in bytes, the terminator counted; what
  * a successful look-up writes is terminated, and a failed one leaves the empty string where the
- * buffer has room for it. Requests answer non-zero when they were accepted, 0 when refused. */
+ * buffer has room for it. Requests answer non-zero when they were accepted, 0 when refused. Those
+ * of the page's bridge answer true or false, as the two callbacks do that they hand over. */
 #ifndef TAV_PLATFORM_NAPP_H
 #define TAV_PLATFORM_NAPP_H
 
@@ -28,7 +29,8 @@ struct TAVCallbacks {
     NApp_CompassCallback compassCallback;
 };
 
-/* Takes over the callbacks. The record is the caller's and is not kept. */
+/* Takes over the callbacks. The record is the caller's and is not kept. The result means nothing.
+ */
 TAV_PLATFORM_API int NApp_registerTAV(const TAVCallbacks* callbacks);
 
 /* The value of a key of the application's information, as text. */
@@ -47,7 +49,7 @@ TAV_PLATFORM_API int NApp_GetJsonValue(const char* json, const char* member, cha
  * next call. */
 TAV_PLATFORM_API const char* NApp_GetPortabilityValue(const char* key);
 
-/* The absolute path of the running executable. */
+/* The absolute path of the running executable. Not a status: non-zero on success, 0 on failure. */
 TAV_PLATFORM_API int NApp_GetProcSelfExe(char* buffer, int bufferLength);
 
 /* The process's bus caller; never null, never released. */
