@@ -9,22 +9,17 @@
 #include <filesystem>
 #include <fstream>
 #include <memory>
-#include <string_view>
 
-#include "simulator/device/next.h"
+#include "front/fixed_paths.h"
+#include "front/next.h"
 
 namespace fs = std::filesystem;
 
 namespace tavsim {
 namespace {
 
-constexpr char kDatabase[] = "/var/kora/preferences/systemprefs.db";
-constexpr char kUniqueId[] = "/proc/nduid";
-constexpr char kRoles[] = "/var/vire/ks2/roles";
-constexpr char kTemplates[] = "/usr/vire/ks2/templates";
 constexpr char kData[] = "/data";
 constexpr int kTriesForRoot = 10;
-constexpr std::string_view kFoldersAbove[] = {"/var", "/var/vire", "/var/vire/ks2"};
 
 struct Root {
     std::string folder;
@@ -34,11 +29,6 @@ struct Root {
 Root& root() {
     static Root& instance = *new Root;
     return instance;
-}
-
-bool isBelow(std::string_view path, std::string_view folder) {
-    return path.substr(0, folder.size()) == folder &&
-           (path.size() == folder.size() || path[folder.size()] == '/');
 }
 
 bool writeFile(const std::string& path, const std::string& content) {
@@ -57,7 +47,7 @@ struct DatabaseCloser {
 using DatabasePtr = std::unique_ptr<sqlite3, DatabaseCloser>;
 
 DatabasePtr openDatabase(const std::string& path) {
-    static const auto open = nextFunction<int(const char*, sqlite3**)>("sqlite3_open");
+    static const auto open = front::nextFunction<int(const char*, sqlite3**)>("sqlite3_open");
     sqlite3* opened = nullptr;
     const int result = open(path.c_str(), &opened);
     DatabasePtr database(opened);
@@ -107,19 +97,19 @@ bool writeFiles(const Profile& profile, std::string* error) {
         *error = path + ": cannot be made below the device's root";
         return false;
     };
-    for (const char* folder : {"/var/kora/preferences", "/proc", kTemplates, kData}) {
+    for (const char* folder : {"/var/kora/preferences", "/proc", front::kTemplates, kData}) {
         if (!makeFolder(base + folder)) {
             return fail(base + folder);
         }
     }
-    if (profile.preferences && !writeDatabase(base + kDatabase, *profile.preferences)) {
-        return fail(base + kDatabase);
+    if (profile.preferences && !writeDatabase(base + front::kDatabase, *profile.preferences)) {
+        return fail(base + front::kDatabase);
     }
-    if (profile.uniqueId && !writeFile(base + kUniqueId, *profile.uniqueId + "\n")) {
-        return fail(base + kUniqueId);
+    if (profile.uniqueId && !writeFile(base + front::kUniqueId, *profile.uniqueId + "\n")) {
+        return fail(base + front::kUniqueId);
     }
     for (const auto& [name, content] : profile.templates) {
-        const std::string path = base + kTemplates + "/" + name;
+        const std::string path = base + front::kTemplates + "/" + name;
         if (!writeFile(path, content)) {
             return fail(path);
         }
@@ -191,27 +181,8 @@ std::string freshRootsFolder() {
 }
 
 bool storePreference(const std::string& key, const std::string& value) {
-    const DatabasePtr database = openDatabase(rootFolder() + kDatabase);
+    const DatabasePtr database = openDatabase(rootFolder() + front::kDatabase);
     return database != nullptr && execute(database.get(), storingStatement(key, value));
-}
-
-std::optional<std::string> devicePath(const char* path) {
-    const std::string_view view = path;
-    const bool isOurs = view == kDatabase || view == kUniqueId || isBelow(view, kRoles) ||
-                        isBelow(view, kTemplates);
-    if (!isOurs) {
-        return std::nullopt;
-    }
-    return root().folder + path;
-}
-
-std::optional<std::string> deviceFolderPath(const char* path) {
-    for (const std::string_view folder : kFoldersAbove) {
-        if (path == folder) {
-            return root().folder + path;
-        }
-    }
-    return devicePath(path);
 }
 
 }  // namespace tavsim

@@ -2,7 +2,6 @@
 #ifndef TAV_SIMULATOR_DEVICE_ROOT_H
 #define TAV_SIMULATOR_DEVICE_ROOT_H
 
-#include <optional>
 #include <string>
 
 #include "platform/visibility.h"
@@ -21,12 +20,6 @@ const std::string& rootFolder();
 
 // Writes a preference, a JSON text, into the device's database; false when that is not possible.
 bool storePreference(const std::string& key, const std::string& value);
-
-// The real path of one of the device's fixed paths; nothing for any other path.
-std::optional<std::string> devicePath(const char* path);
-
-// The same, for the folders above the device's own as well.
-std::optional<std::string> deviceFolderPath(const char* path);
 
 // Makes a fresh, private folder for a device's files below freshRootsFolder(); empty on failure.
 TAV_PLATFORM_API std::string makeFreshRoot();

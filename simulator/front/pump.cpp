@@ -1,10 +1,10 @@
 #include "simulator/front/pump.h"
 
 #include "SDL.h"
+#include "front/next.h"
 #include "platform/visibility.h"
 #include "simulator/control/control.h"
 #include "simulator/device/clock.h"
-#include "simulator/device/next.h"
 #include "simulator/device/queue.h"
 #include "simulator/device/running.h"
 
@@ -20,7 +20,7 @@ void waitABit() {
         setTime(*due);
         return;
     }
-    static const auto realDelay = nextFunction<void(Uint32)>("SDL_Delay");
+    static const auto realDelay = front::nextFunction<void(Uint32)>("SDL_Delay");
     realDelay(kWaitStep);
 }
 
@@ -47,13 +47,13 @@ void pumpUntil(Milliseconds time) {
 extern "C" {
 
 TAV_PLATFORM_API void SDL_PumpEvents(void) {
-    static const auto real = tavsim::nextFunction<void()>("SDL_PumpEvents");
+    static const auto real = front::nextFunction<void()>("SDL_PumpEvents");
     tavsim::pumpNow();
     real();
 }
 
 TAV_PLATFORM_API int SDL_PollEvent(SDL_Event* event) {
-    static const auto real = tavsim::nextFunction<int(SDL_Event*)>("SDL_PollEvent");
+    static const auto real = front::nextFunction<int(SDL_Event*)>("SDL_PollEvent");
     tavsim::pumpNow();
     return real(event);
 }

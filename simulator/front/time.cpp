@@ -1,8 +1,8 @@
 // SDL's time runs on the device's clock.
 #include "SDL.h"
+#include "front/next.h"
 #include "platform/visibility.h"
 #include "simulator/device/clock.h"
-#include "simulator/device/next.h"
 
 extern "C" {
 
@@ -11,7 +11,7 @@ TAV_PLATFORM_API void SDL_Delay(Uint32 milliseconds) {
         tavsim::setTime(tavsim::after(tavsim::now(), milliseconds));
         return;
     }
-    static const auto real = tavsim::nextFunction<void(Uint32)>("SDL_Delay");
+    static const auto real = front::nextFunction<void(Uint32)>("SDL_Delay");
     real(milliseconds);
 }
 
@@ -19,7 +19,7 @@ TAV_PLATFORM_API Uint32 SDL_GetTicks(void) {
     if (tavsim::isTimeVirtual()) {
         return static_cast<Uint32>(tavsim::now());
     }
-    static const auto real = tavsim::nextFunction<Uint32()>("SDL_GetTicks");
+    static const auto real = front::nextFunction<Uint32()>("SDL_GetTicks");
     return real();
 }
 }

@@ -1,0 +1,74 @@
+#include "front/files.h"
+
+#include <dirent.h>
+#include <sqlite3.h>
+
+#include <cstdio>
+#include <string_view>
+
+#include "front/fixed_paths.h"
+#include "front/functions.h"
+#include "front/next.h"
+#include "platform/visibility.h"
+
+namespace front {
+namespace {
+
+// Most paths are none of the device's; they must cost nothing and start nothing.
+const char* realPath(const char* path, bool isDevices, std::string* place) {
+    if (!isDevices) {
+        return path;
+    }
+    std::optional<std::string> found = placeOf(path);
+    if (!found) {
+        return path;
+    }
+    *place = std::move(*found);
+    return place->c_str();
+}
+
+const char* realPath(const char* path, std::string* place) {
+    return realPath(path, path != nullptr && isDevicePath(path), place);
+}
+
+}  // namespace
+}  // namespace front
+
+// The functions are named by their symbols: the headers of libc declare them with attributes that
+// do not hold here, and by other symbols where files are large.
+#define TAV_FRONT_DECLARE(name, Result, Parameters) \
+    extern "C" TAV_PLATFORM_API Result front_##name Parameters asm(#name)
+
+#define TAV_FRONT_DEFINE_PATH_FUNCTION(name, Result, Parameters, Arguments)     \
+    TAV_FRONT_DECLARE(name, Result, Parameters);                                \
+    Result front_##name Parameters {                                            \
+        static const auto real = front::nextFunction<Result Parameters>(#name); \
+        std::string place;                                                      \
+        path = front::realPath(path, &place);                                   \
+        return real Arguments;                                                  \
+    }
+TAV_FRONT_PATH_FUNCTIONS(TAV_FRONT_DEFINE_PATH_FUNCTION)
+
+TAV_FRONT_DECLARE(mkdir, int, (const char* path, mode_t mode));
+int front_mkdir(const char* path, mode_t mode) {
+    static const auto real = front::nextFunction<int(const char*, mode_t)>("mkdir");
+    std::string place;
+    path = front::realPath(path, path != nullptr && front::isDeviceFolder(path), &place);
+    return real(path, mode);
+}
+
+TAV_FRONT_DECLARE(system, int, (const char* command));
+int front_system(const char* command) {
+    static const auto real = front::nextFunction<int(const char*)>("system");
+    if (command == nullptr || std::string_view(command) != front::kRescanCommand) {
+        return real(command);
+    }
+    const std::optional<int> result = front::rescan(real);
+    return result ? *result : real(command);
+}
+
+TAV_FRONT_DECLARE(getuid, uid_t, ());
+uid_t front_getuid() {
+    static const auto real = front::nextFunction<uid_t()>("getuid");
+    return front::deviceUser(real());
+}

@@ -1,0 +1,22 @@
+// The fixed paths at which the library finds the device's files.
+#ifndef TAV_FRONT_FIXED_PATHS_H
+#define TAV_FRONT_FIXED_PATHS_H
+
+namespace front {
+
+inline constexpr char kDatabase[] = "/var/kora/preferences/systemprefs.db";
+inline constexpr char kUniqueId[] = "/proc/nduid";
+inline constexpr char kRoles[] = "/var/vire/ks2/roles";
+inline constexpr char kTemplates[] = "/usr/vire/ks2/templates";
+inline constexpr char kRescanProgram[] = "/usr/bin/ks-control";
+inline constexpr char kRescanCommand[] = "/usr/bin/ks-control scan-services";
+
+// Whether a path is one of these, or below one that is a folder.
+bool isDevicePath(const char* path);
+
+// Whether a folder is one of these or one above the roles, which the library makes as well.
+bool isDeviceFolder(const char* path);
+
+}  // namespace front
+
+#endif
