@@ -14,6 +14,7 @@ rooms=(
     simulator/bus
     simulator/host
     simulator/device
+    front
     helper
     platform
 )
@@ -64,5 +65,5 @@ while read -r file header; do
     [ -n "$from" ] || fail "$folder is none of the rooms"
     [[ -n $to && $to -ge $from ]] || fail "$file includes $header"
     count=$((count + 1))
-done < <(inclusions tools simulator helper platform)
+done < <(inclusions tools simulator front helper platform)
 [ "$count" -gt 100 ] || fail "only $count inclusions were found in the rooms"
