@@ -25,26 +25,18 @@ uint64_t contentLength(const std::string& header) {
     return length;
 }
 
-int millisecondsUntil(SteadyClock::time_point end) {
-    const auto left = std::chrono::ceil<milliseconds>(end - SteadyClock::now()).count();
-    return static_cast<int>(std::clamp<milliseconds::rep>(left, 0, INT_MAX));
+int forPoll(milliseconds time) {
+    return static_cast<int>(std::clamp<milliseconds::rep>(time.count(), 0, INT_MAX));
 }
 
 }  // namespace
 
-bool MessageSocket::send(uint8_t kind, std::string_view content) {
-    queue(kind, content);
-    for (sendQueued(); queued() > 0 && !m_isGone; sendQueued()) {
-        waitFor(POLLOUT, kForEver);
-    }
-    return !m_isGone;
-}
-
-std::optional<Message> MessageSocket::receive(std::optional<milliseconds> longestWait) {
+std::optional<Message> MessageSocket::receive(Limit longestWait) {
     const SteadyClock::time_point end = SteadyClock::now() + longestWait.value_or(milliseconds(0));
     while (true) {
         std::optional<Message> message = receiveNow();
-        const int wait = longestWait ? millisecondsUntil(end) : kForEver;
+        const auto left = std::chrono::ceil<milliseconds>(end - SteadyClock::now());
+        const int wait = longestWait ? forPoll(left) : kForEver;
         if (message || m_isGone || wait == 0) {
             return message;
         }
@@ -71,6 +63,21 @@ std::optional<Message> MessageSocket::receiveNow() {
     return message;
 }
 
+bool MessageSocket::send(uint8_t kind, std::string_view content, Limit longestSilence) {
+    queue(kind, content);
+    return sendQueued(longestSilence);
+}
+
+bool MessageSocket::sendQueued(Limit longestSilence) {
+    const int wait = longestSilence ? forPoll(*longestSilence) : kForEver;
+    for (sendNow(); queued() > 0 && !m_isGone; sendNow()) {
+        if (!waitFor(POLLOUT, wait)) {
+            return false;
+        }
+    }
+    return !m_isGone;
+}
+
 void MessageSocket::queue(uint8_t kind, std::string_view content) {
     const uint64_t length = content.size();
     char header[kHeaderSize];
@@ -79,7 +86,7 @@ void MessageSocket::queue(uint8_t kind, std::string_view content) {
     m_outgoing.append(header, sizeof header).append(content);
 }
 
-size_t MessageSocket::sendQueued() {
+size_t MessageSocket::sendNow() {
     const size_t before = queued();
     m_isGone = m_isGone || !m_socket.isOurs();
     while (queued() > 0 && !m_isGone) {
@@ -114,9 +121,10 @@ bool MessageSocket::receiveTo(size_t size) {
     return m_incoming.size() >= size;
 }
 
-void MessageSocket::waitFor(short event, int milliseconds) const {
+// False when it has not happened in time.
+bool MessageSocket::waitFor(short event, int milliseconds) const {
     pollfd waiting = {m_socket.number(), event, 0};
-    poll(&waiting, 1, milliseconds);
+    return poll(&waiting, 1, milliseconds) != 0;
 }
 
 }  // namespace helper

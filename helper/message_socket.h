@@ -25,6 +25,8 @@ struct Message {
 // further than to the end of the message that it hands out, so that the socket can be polled.
 class MessageSocket {
 public:
+    using Limit = std::optional<std::chrono::milliseconds>;
+
     static constexpr uint64_t kAnyLength = UINT64_MAX;
 
     // Takes the connected socket over.
@@ -37,23 +39,26 @@ public:
     // process has lost the socket.
     bool isGone() const { return m_isGone; }
 
-    // Waits until all is sent. False when the other end is gone.
-    bool send(uint8_t kind, std::string_view content);
-
     // Waits for the next message, for ever when no time is given. Without a value the other end is
     // gone, or nothing whole has come in time.
-    std::optional<Message> receive(std::optional<std::chrono::milliseconds> longestWait = {});
+    std::optional<Message> receive(Limit longestWait = {});
 
-    // The same without waiting: receives what is there, and sends in pieces. sendQueued() tells how
-    // many bytes were taken.
+    // The same without waiting, for what is there.
     std::optional<Message> receiveNow();
+
+    // Waits until all is sent, for ever when no time is given. False when the other end is gone, or
+    // has taken nothing for that long.
+    bool send(uint8_t kind, std::string_view content, Limit longestSilence = {});
+    bool sendQueued(Limit longestSilence);
+
+    // The same without waiting: sends what the other end takes, and tells how many bytes it took.
     void queue(uint8_t kind, std::string_view content);
-    size_t sendQueued();
+    size_t sendNow();
     size_t queued() const { return m_outgoing.size() - m_sent; }
 
 private:
     bool receiveTo(size_t size);
-    void waitFor(short event, int milliseconds) const;
+    bool waitFor(short event, int milliseconds) const;
 
     Descriptor m_socket;
     uint64_t m_longest;

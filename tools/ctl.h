@@ -7,10 +7,15 @@
 
 namespace tools {
 
-// Sends the command to the device with this root folder, or to the only one that runs on a fresh
-// root when that is empty, and prints its answer. The exit status: 0 when it was carried out, 1
-// when the device says why not, 2 when no device can be reached.
-int control(const std::string& root, const std::vector<std::string>& command);
+struct ControlRequest {
+    std::string root;     // of the device; empty: the only one that runs
+    double timeout = 10;  // seconds that the application has to answer
+    std::vector<std::string> command;
+};
+
+// Sends the command and prints its answer. The exit status: 0 when it was carried out, 1 when the
+// device says why not, 2 when no device was reached or it did not answer to the end.
+int control(const ControlRequest& request);
 
 }  // namespace tools
 

@@ -8,6 +8,7 @@
 
 #include "ctl.h"
 #include "run.h"
+#include "simulator/control/commands.h"
 #include "simulator/device/profile.h"
 
 namespace fs = std::filesystem;
@@ -15,25 +16,7 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr int kBadUsage = 2;
-
-constexpr char kCommands[] =
-    "Commands:\n"
-    "  compass INT DOUBLE DOUBLE    deliver a compass reading\n"
-    "  location LATITUDE LONGITUDE ALTITUDE HORIZONTAL_ACCURACY VERTICAL_ACCURACY HEADING "
-    "VELOCITY\n"
-    "                               send a fix to whoever tracks the location\n"
-    "  location error CODE          send an error of the location service\n"
-    "  reply URI TEXT               send a reply to every open call of the service\n"
-    "  refuse NAME|URI              refuse keyboard, minimize, touch, compass, bridge,\n"
-    "                               orientation, gestures, banners, pauseUi, screenTimeout, or\n"
-    "                               requests to a service\n"
-    "  allow NAME|URI               take that back\n"
-    "  set property|appinfo KEY VALUE\n"
-    "  set preference KEY JSON\n"
-    "  plugin on|off\n"
-    "  state                        what the application has made of the device\n"
-    "  journal [--follow]           what it did, and with --follow also what it does from now on\n"
-    "  quit                         send the application SDL's quit event";
+constexpr double kLongestTimeout = 7 * 24 * 3600;
 
 int complain(const std::string& text) {
     std::fprintf(stderr, "tavsim: %s\n", text.c_str());
@@ -82,6 +65,20 @@ CLI::App* addRun(CLI::App& app, tools::RunRequest* request) {
     return run;
 }
 
+CLI::App* addControl(CLI::App& app, tools::ControlRequest* request) {
+    CLI::App* ctl = app.add_subcommand(
+        "ctl", "Steer a running device: tavsim ctl [OPTIONS] COMMAND [ARGUMENTS]");
+    ctl->add_option("--root", request->root,
+                    "Root folder of the device; the only running one when not given")
+        ->envname("TAVSIM_ROOT");
+    ctl->add_option("--timeout", request->timeout, "Seconds that the application has to answer")
+        ->check(CLI::Range(0.0, kLongestTimeout))
+        ->capture_default_str();
+    ctl->prefix_command();
+    ctl->footer("Commands:\n" + tavsim::commandsHelp());
+    return ctl;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -90,13 +87,8 @@ int main(int argc, char** argv) {
     app.require_subcommand(1);
     tools::RunRequest request;
     CLI::App* run = addRun(app, &request);
-    std::string controlledRoot;
-    CLI::App* ctl = app.add_subcommand(
-        "ctl", "Steer a running device: tavsim ctl [--root DIR] COMMAND [ARGUMENTS]");
-    ctl->add_option("--root", controlledRoot,
-                    "Root folder of the device; the only running one when not given");
-    ctl->prefix_command();
-    ctl->footer(kCommands);
+    tools::ControlRequest command;
+    CLI::App* ctl = addControl(app, &command);
     CLI::App* devices = app.add_subcommand("devices", "List the devices that come with it");
     // What stands behind "--" is a program or one of its arguments, whatever it looks like.
     char** const end = argv + argc;
@@ -119,7 +111,8 @@ int main(int argc, char** argv) {
         words.insert(words.end(), words.empty() ? dashes + 1 : dashes, end);
     }
     if (ctl->parsed()) {
-        return tools::control(controlledRoot, words);
+        command.command = words;
+        return tools::control(command);
     }
     if (words.empty()) {
         return complain("run: no program given");

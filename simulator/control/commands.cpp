@@ -1,250 +1,98 @@
 #include "simulator/control/commands.h"
 
-#include <simdjson.h>
+#include <algorithm>
 
-#include <charconv>
-#include <cmath>
-#include <map>
-#include <vector>
-
-#include "SDL.h"
-#include "simulator/bus/bus.h"
-#include "simulator/bus/services.h"
-#include "simulator/device/clock.h"
-#include "simulator/device/journal.h"
-#include "simulator/device/queue.h"
-#include "simulator/device/root.h"
-#include "simulator/device/running.h"
-#include "simulator/device/state.h"
-#include "simulator/host/compass.h"
+#include "helper/json_writer.h"
+#include "simulator/control/command_functions.h"
 
 namespace tavsim {
 namespace {
 
-// The blank-separated words of a command line; the last one asked for can be all that is left.
-class Words {
-public:
-    explicit Words(const std::string& line) : m_rest(line) { skipBlanks(); }
-
-    bool isEmpty() const { return m_rest.empty(); }
-
-    std::string next() {
-        const size_t end = std::min(m_rest.find(' '), m_rest.size());
-        std::string word(m_rest.substr(0, end));
-        m_rest.remove_prefix(end);
-        skipBlanks();
-        return word;
-    }
-
-    std::string rest() {
-        std::string all(m_rest);
-        m_rest = {};
-        return all;
-    }
-
-    template <typename Number>
-    bool nextNumber(Number* number) {
-        const std::string word = next();
-        const char* end = word.data() + word.size();
-        const auto [at, problem] = std::from_chars(word.data(), end, *number);
-        return problem == std::errc() && at == end && !word.empty();
-    }
-
-private:
-    void skipBlanks() {
-        m_rest.remove_prefix(std::min(m_rest.find_first_not_of(' '), m_rest.size()));
-    }
-
-    std::string_view m_rest;
+struct Command {
+    std::string_view name;       // one word or two
+    std::string_view arguments;  // as the usage shows them
+    std::string_view help;
+    CommandOutcome (*carryOut)(Words words);  // null where no device is needed
 };
 
-CommandResult failed(const std::string& error) {
-    return {error, {}, false};
+constexpr Command kCommands[] = {
+    {"list", "", "Show the running devices: root folder, profile and program.", nullptr},
+    {"compass", "INT DOUBLE DOUBLE", "Deliver a compass reading.", compass},
+    {"location",
+     "LATITUDE LONGITUDE ALTITUDE HORIZONTAL_ACCURACY VERTICAL_ACCURACY HEADING VELOCITY",
+     "Send a fix to whoever tracks the location.", location},
+    {"location error", "CODE", "Send an error of the location service.", locationError},
+    {"reply", "URI TEXT", "Send a reply to every open call and subscription of the service.",
+     reply},
+    {"refuse", "NAME|URI",
+     "Refuse from now on keyboard, minimize, touch, compass, bridge, orientation, gestures,\n"
+     "      banners, pauseUi or screenTimeout, or requests to a service.",
+     refuse},
+    {"allow", "NAME|URI", "Take that back.", allow},
+    {"set property", "KEY VALUE", "Set a system property.", setProperty},
+    {"set appinfo", "KEY VALUE", "Set a value of the application's information.", setAppinfo},
+    {"set preference", "KEY JSON", "Store one of the user's preferences.", setPreference},
+    {"plugin", "on|off", "Let the application be a plug-in, or not.", plugin},
+    {"state", "", "Show what the application has made of the device.", state},
+    {"journal", "[--follow]",
+     "Show what it has done, and with --follow also what it does from now on.", journal},
+    {"quit", "", "Send the application SDL's quit event.", quit},
+};
+
+std::string usageOf(const Command& command) {
+    return std::string(command.name) + (command.arguments.empty() ? "" : " ") +
+           std::string(command.arguments);
 }
 
-bool isJson(const std::string& text) {
-    simdjson::dom::parser parser;
-    return parser.parse(text).error() == simdjson::SUCCESS;
-}
-
-// Queues a reply to every open call of the URI, as if the service had sent it now.
-CommandResult replyToAll(const std::string& uri, const std::string& reply) {
-    const std::vector<int> tokens = openBusCalls(uri);
-    if (tokens.empty()) {
-        return failed("no open call or subscription of " + uri);
-    }
-    for (const int token : tokens) {
-        schedule(now(), [token, reply] { deliverReply(token, reply); });
-    }
-    return {{}, "replied to " + std::to_string(tokens.size()) + "\n", false};
-}
-
-CommandResult compass(Words words) {
-    CompassReading reading;
-    const bool isReading = words.nextNumber(&reading.intValue) &&
-                           words.nextNumber(&reading.doubleValue1) &&
-                           words.nextNumber(&reading.doubleValue2) && words.isEmpty();
-    if (!isReading) {
-        return failed("compass: needs a whole number and two numbers");
-    }
-    if (!deliverCompassReading(reading)) {
-        return failed("compass: the application has not called TAV_Init");
-    }
-    return {};
-}
-
-CommandResult location(Words words) {
-    if (words.isEmpty()) {
-        return failed("location: needs seven numbers, or error and a number");
-    }
-    Words asError = words;
-    if (asError.next() == "error") {
-        int code = 0;
-        if (!asError.nextNumber(&code) || !asError.isEmpty()) {
-            return failed("location error: needs a whole number");
+// Without a command of that name: what there is instead, with the same first word if there is such.
+std::string unknownCommand(std::string_view word) {
+    const std::string family = std::string(word) + " ";
+    std::string relatives;
+    std::string all;
+    for (const Command& command : kCommands) {
+        if (command.name.starts_with(family)) {
+            relatives += (relatives.empty() ? "usage: " : ", or ") + usageOf(command);
         }
-        return replyToAll(kLocationUri, locationErrorReply(code));
+        all += (all.empty() ? "" : ", ") + std::string(command.name);
     }
-    Fix fix;
-    for (double* value : {&fix.latitude, &fix.longitude, &fix.altitude, &fix.horizAccuracy,
-                          &fix.vertAccuracy, &fix.heading, &fix.velocity}) {
-        if (!words.nextNumber(value) || !std::isfinite(*value)) {
-            return failed(
-                "location: needs latitude, longitude, altitude, horizontal and vertical accuracy, "
-                "heading and velocity");
-        }
-    }
-    return words.isEmpty() ? replyToAll(kLocationUri, fixReply(fix))
-                           : failed("location: more than seven numbers");
+    return relatives.empty()
+               ? "\"" + helper::escapedJson(word) + "\" is no command; there are " + all
+               : relatives;
 }
 
-CommandResult reply(Words words) {
-    const std::string uri = words.next();
-    const std::string text = words.rest();
-    if (uri.empty() || text.empty()) {
-        return failed("reply: needs a URI and a text");
-    }
-    return replyToAll(uri, text);
-}
-
-CommandResult refuse(Words words) {
-    const std::string request = words.next();
-    if (!canBeRefused(request) || !words.isEmpty()) {
-        return failed("refuse: needs the name of a request, or a URI");
-    }
-    profile().refused.insert(request);
-    return {};
-}
-
-CommandResult allow(Words words) {
-    const std::string request = words.next();
-    if (!canBeRefused(request) || !words.isEmpty()) {
-        return failed("allow: needs the name of a request, or a URI");
-    }
-    profile().refused.erase(request);
-    const auto service = profile().services.find(request);
-    if (service != profile().services.end()) {
-        service->second.refuse = false;
-    }
-    return {};
-}
-
-CommandResult set(Words words) {
-    const std::string what = words.next();
-    const std::string key = words.next();
-    const std::string value = words.rest();
-    if (key.empty()) {
-        return failed("set: needs property, appinfo or preference, a key and a value");
-    }
-    if (what == "property") {
-        profile().properties[key] = value;
-    } else if (what == "appinfo") {
-        profile().appinfo[key] = value;
-    } else if (what != "preference") {
-        return failed("set: " + what + " is not property, appinfo or preference");
-    } else if (!isJson(value)) {
-        return failed("set preference: the value must be JSON");
-    } else if (!storePreference(key, value)) {
-        return failed("set preference: the database cannot be written");
-    }
-    return {};
-}
-
-CommandResult plugin(Words words) {
-    const std::string value = words.next();
-    if ((value != "on" && value != "off") || !words.isEmpty()) {
-        return failed("plugin: needs on or off");
-    }
-    profile().plugin = value == "on";
-    return {};
-}
-
-CommandResult state(Words words) {
-    if (!words.isEmpty()) {
-        return failed("state: takes nothing");
-    }
-    const Profile& current = profile();
-    std::string lines = "machine: " + current.machine.value_or("none") + "\n" +
-                        "plugin: " + (current.plugin ? "on" : "off") + "\n" +
-                        "open calls: " + std::to_string(openBusCalls({}).size()) + "\n";
-    for (const std::string& request : current.refused) {
-        lines += "refused: " + request + "\n";
-    }
-    for (const auto& [name, value] : deviceState()) {
-        lines += name + ": " + value + "\n";
-    }
-    return {{}, lines, false};
-}
-
-CommandResult journal(Words words) {
-    const bool follow = !words.isEmpty();
-    if (follow && (words.next() != "--follow" || !words.isEmpty())) {
-        return failed("journal: takes only --follow");
-    }
-    std::string lines;
-    for (const std::string& line : journalLines()) {
-        lines += line + "\n";
-    }
-    return {{}, lines, follow};
-}
-
-CommandResult quit(Words words) {
-    SDL_Event event{};
-    event.type = SDL_QUIT;
-    if (!words.isEmpty()) {
-        return failed("quit: takes nothing");
-    }
-    if (SDL_PushEvent(&event) != 0) {
-        return failed("quit: the application has no event queue, or it is full");
-    }
-    return {};
-}
-
-using Command = CommandResult (*)(Words);
-
-const std::map<std::string, Command>& commands() {
-    static const auto& table = *new std::map<std::string, Command>{
-        {"allow", allow},   {"compass", compass}, {"journal", journal}, {"location", location},
-        {"plugin", plugin}, {"quit", quit},       {"refuse", refuse},   {"reply", reply},
-        {"set", set},       {"state", state},
-    };
-    return table;
+const Command* findCommand(std::string_view name) {
+    const auto* found = std::find_if(std::begin(kCommands), std::end(kCommands),
+                                     [name](const Command& one) { return one.name == name; });
+    return found != std::end(kCommands) ? found : nullptr;
 }
 
 }  // namespace
 
 CommandResult carryOut(const std::string& line) {
-    Words words(line);
-    const std::string name = words.next();
-    const auto command = commands().find(name);
-    if (command == commands().end()) {
-        std::string names;
-        for (const auto& [known, function] : commands()) {
-            names += (names.empty() ? "" : ", ") + known;
-        }
-        return failed("\"" + name + "\" is no command; there are " + names);
+    Words behindFirst(line);
+    const std::string first(behindFirst.next());
+    Words behindSecond = behindFirst;
+    const Command* command = findCommand(first + " " + std::string(behindSecond.next()));
+    const Words words = command != nullptr ? behindSecond : behindFirst;
+    if (command == nullptr) {
+        command = findCommand(first);
     }
-    return command->second(words);
+    if (command == nullptr) {
+        return failed(unknownCommand(first));
+    }
+    if (command->carryOut == nullptr) {
+        return failed(first + " needs no device; use `tavsim ctl " + first + "`");
+    }
+    const CommandOutcome outcome = command->carryOut(words);
+    return outcome ? *outcome : failed("usage: " + usageOf(*command));
+}
+
+std::string commandsHelp() {
+    std::string text;
+    for (const Command& command : kCommands) {
+        text += "  " + usageOf(command) + "\n      " + std::string(command.help) + "\n";
+    }
+    return text;
 }
 
 }  // namespace tavsim

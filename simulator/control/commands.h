@@ -4,16 +4,22 @@
 
 #include <string>
 
+#include "platform/visibility.h"
+
 namespace tavsim {
 
 struct CommandResult {
-    std::string error;    // empty: it was carried out
+    std::string error;    // one line; empty: it was carried out
     std::string output;   // lines, each with its line feed
     bool follow = false;  // the journal's further lines are wanted too
 };
 
 // Carries one command line out. One that is unknown or malformed changes nothing.
 CommandResult carryOut(const std::string& line);
+
+// All commands for a user to choose from: a line with each one's usage, and one that says what it
+// does.
+TAV_PLATFORM_API std::string commandsHelp();
 
 }  // namespace tavsim
 

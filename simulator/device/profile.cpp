@@ -195,7 +195,12 @@ std::optional<Profile> readProfile(const std::string& path, std::string* error) 
         *error = path + ": cannot be read";
         return std::nullopt;
     }
-    return parseProfile(std::string(document.data(), document.size()), path, error);
+    std::optional<Profile> profile =
+        parseProfile(std::string(document.data(), document.size()), path, error);
+    if (profile) {
+        profile->name = fs::path(path).stem();
+    }
+    return profile;
 }
 
 std::string profileFolder() {

@@ -77,6 +77,7 @@ struct Item {
 };
 
 struct Profile {
+    std::string name;                    // of the file that it was read from, without ".json"
     std::string title;                   // what the device is, in one line, for people
     std::optional<std::string> machine;  // none: the device does not know its name
     bool root = false;                   // the application runs as the root user

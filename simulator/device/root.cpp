@@ -146,17 +146,21 @@ const std::string& rootFolder() {
     return root().folder;
 }
 
+bool makeFreshRootsFolder() {
+    const std::string folder = freshRootsFolder();
+    std::error_code problem;
+    fs::create_directories(folder, problem);
+    if (!isOwnFolder(folder)) {
+        return false;
+    }
+    fs::permissions(folder, fs::perms::owner_all, problem);
+    return true;
+}
+
 std::string makeFreshRoot() {
-    const std::string parent = freshRootsFolder();
-    // Another run that ends can take the parent away in between.
-    for (int tries = 0; tries < kTriesForRoot; ++tries) {
-        std::error_code problem;
-        fs::create_directories(parent, problem);
-        if (!isOwnFolder(parent)) {
-            return {};
-        }
-        fs::permissions(parent, fs::perms::owner_all, problem);
-        std::string path = parent + "/" + std::to_string(getpid()) + "-XXXXXX";
+    // Another run that ends can take the folder away in between.
+    for (int tries = 0; tries < kTriesForRoot && makeFreshRootsFolder(); ++tries) {
+        std::string path = freshRootsFolder() + "/" + std::to_string(getpid()) + "-XXXXXX";
         if (mkdtemp(path.data()) != nullptr) {
             return path;
         }

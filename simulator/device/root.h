@@ -26,6 +26,9 @@ TAV_PLATFORM_API std::string makeFreshRoot();
 TAV_PLATFORM_API void removeFreshRoot(const std::string& path);
 TAV_PLATFORM_API std::string freshRootsFolder();
 
+// False when there is none and none of this user's own can be made.
+bool makeFreshRootsFolder();
+
 }  // namespace tavsim
 
 #endif

@@ -1,0 +1,45 @@
+// What the rows of the table of commands do.
+#ifndef TAV_SIMULATOR_CONTROL_COMMAND_FUNCTIONS_H
+#define TAV_SIMULATOR_CONTROL_COMMAND_FUNCTIONS_H
+
+#include <optional>
+#include <string>
+
+#include "simulator/control/commands.h"
+#include "simulator/control/words.h"
+
+namespace tavsim {
+
+// Each takes the words behind the command's name. Nothing comes back, and nothing has happened,
+// when they are not what its usage says.
+using CommandOutcome = std::optional<CommandResult>;
+
+inline CommandResult failed(const std::string& error) {
+    return {error, {}, false};
+}
+
+// What the device perceives.
+CommandOutcome compass(Words words);
+CommandOutcome location(Words words);
+CommandOutcome locationError(Words words);
+
+// What its services and its host answer.
+CommandOutcome reply(Words words);
+CommandOutcome refuse(Words words);
+CommandOutcome allow(Words words);
+
+// What it is.
+CommandOutcome setProperty(Words words);
+CommandOutcome setAppinfo(Words words);
+CommandOutcome setPreference(Words words);
+CommandOutcome plugin(Words words);
+
+// What the application has made of it.
+CommandOutcome state(Words words);
+CommandOutcome journal(Words words);
+
+CommandOutcome quit(Words words);
+
+}  // namespace tavsim
+
+#endif

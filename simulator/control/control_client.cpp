@@ -1,0 +1,97 @@
+#include "simulator/control/control_client.h"
+
+#include <string>
+
+#include "simulator/control/commands.h"
+#include "simulator/device/journal.h"
+
+namespace tavsim {
+namespace {
+
+constexpr uint64_t kLongestCommand = 1 << 20;
+constexpr size_t kMostQueued = 64 << 20;  // bytes of the journal for a client that is slow
+constexpr std::chrono::seconds kLongestSilence(5);
+
+}  // namespace
+
+ControlClient::ControlClient(int socket) : m_socket(socket, kLongestCommand) {
+}
+
+void ControlClient::serve() {
+    // Looked for behind the command too, because that shows whether the client is still there.
+    const std::optional<helper::Message> message = m_socket.receiveNow();
+    if (message && !m_isAnswered) {
+        answer(*message);
+    }
+    if (m_follows) {
+        follow();
+    }
+    if (m_socket.sendNow() > 0) {
+        m_lastSign = SteadyClock::now();
+    }
+}
+
+bool ControlClient::isFinished() const {
+    if (m_socket.isGone()) {
+        return true;
+    }
+    if (m_follows) {
+        return false;
+    }
+    const bool hasAll = m_isAnswered && m_socket.queued() == 0;
+    return hasAll || SteadyClock::now() - m_lastSign > kLongestSilence;
+}
+
+void ControlClient::end() {
+    if (m_follows) {
+        follow();
+    }
+    if (m_follows || !m_isAnswered) {
+        say(ControlMessage::Ended);
+    }
+    m_socket.sendQueued(kLongestSilence);
+}
+
+void ControlClient::answer(const helper::Message& message) {
+    m_isAnswered = true;
+    const bool isCommand = message.kind == static_cast<uint8_t>(ControlMessage::Command) &&
+                           message.content.find('\n') == std::string::npos;
+    const CommandResult result =
+        isCommand ? carryOut(message.content) : CommandResult{"a command is one line", {}, false};
+    if (!result.error.empty()) {
+        say(ControlMessage::Refused, result.error);
+        return;
+    }
+    if (!result.output.empty()) {
+        say(ControlMessage::Output, result.output);
+    }
+    say(result.follow ? ControlMessage::Following : ControlMessage::Done);
+    m_follows = result.follow;
+    m_nextLine = journalLength();
+}
+
+// The journal keeps lines for a client that is behind, but not without end.
+void ControlClient::follow() {
+    if (m_socket.queued() > kMostQueued) {
+        return;
+    }
+    const auto& lines = journalLines();
+    const int64_t first = journalLength() - static_cast<int64_t>(lines.size());
+    if (m_nextLine < first) {
+        say(ControlMessage::Lost, std::to_string(first - m_nextLine));
+        m_nextLine = first;
+    }
+    std::string output;
+    for (; m_nextLine < journalLength(); ++m_nextLine) {
+        output += lines[static_cast<size_t>(m_nextLine - first)] + "\n";
+    }
+    if (!output.empty()) {
+        say(ControlMessage::Output, output);
+    }
+}
+
+void ControlClient::say(ControlMessage kind, std::string_view content) {
+    m_socket.queue(static_cast<uint8_t>(kind), content);
+}
+
+}  // namespace tavsim

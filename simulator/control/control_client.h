@@ -1,0 +1,46 @@
+// A client of the control socket.
+#ifndef TAV_SIMULATOR_CONTROL_CONTROL_CLIENT_H
+#define TAV_SIMULATOR_CONTROL_CONTROL_CLIENT_H
+
+#include <chrono>
+#include <cstdint>
+#include <string_view>
+
+#include "helper/message_socket.h"
+#include "simulator/control/protocol.h"
+
+namespace tavsim {
+
+// One connection. A client may stall, flood or vanish: it never keeps the application waiting while
+// that runs.
+class ControlClient {
+public:
+    explicit ControlClient(int socket);
+
+    // Does what can be done without waiting: takes the command, carries it out, sends what there
+    // is.
+    void serve();
+
+    // Nothing more is to be done for it, or it does not deserve more.
+    bool isFinished() const;
+
+    // The device ends: waits until the client has its answer, as long as it goes on taking it.
+    void end();
+
+private:
+    void answer(const helper::Message& message);
+    void follow();
+    void say(ControlMessage kind, std::string_view content = {});
+
+    using SteadyClock = std::chrono::steady_clock;
+
+    helper::MessageSocket m_socket;
+    SteadyClock::time_point m_lastSign = SteadyClock::now();  // of the client being there
+    bool m_isAnswered = false;
+    bool m_follows = false;
+    int64_t m_nextLine = 0;  // of the journal
+};
+
+}  // namespace tavsim
+
+#endif

@@ -1,0 +1,109 @@
+// Commands for what the device is, what the application has made of it, and the application's end.
+#include <simdjson.h>
+
+#include "SDL.h"
+#include "helper/json_writer.h"
+#include "simulator/bus/bus.h"
+#include "simulator/control/command_functions.h"
+#include "simulator/device/journal.h"
+#include "simulator/device/root.h"
+#include "simulator/device/running.h"
+#include "simulator/device/state.h"
+
+namespace tavsim {
+namespace {
+
+CommandOutcome setIn(std::map<std::string, std::string>& values, Words words) {
+    const std::string key(words.next());
+    if (key.empty()) {
+        return std::nullopt;
+    }
+    values[key] = words.rest();
+    return CommandResult();
+}
+
+bool isJson(std::string_view text) {
+    simdjson::dom::parser parser;
+    return parser.parse(text.data(), text.size()).error() == simdjson::SUCCESS;
+}
+
+// Texts of the application can hold anything, and stay on their line.
+std::string stateLine(const std::string& name, const std::string& value) {
+    return helper::escapedJson(name) + ": " + helper::escapedJson(value) + "\n";
+}
+
+}  // namespace
+
+CommandOutcome setProperty(Words words) {
+    return setIn(profile().properties, words);
+}
+
+CommandOutcome setAppinfo(Words words) {
+    return setIn(profile().appinfo, words);
+}
+
+CommandOutcome setPreference(Words words) {
+    const std::string key(words.next());
+    const std::string value(words.rest());
+    if (key.empty() || value.empty()) {
+        return std::nullopt;
+    }
+    if (!isJson(value)) {
+        return failed("set preference: the value must be JSON");
+    }
+    if (!storePreference(key, value)) {
+        return failed("set preference: the database cannot be written");
+    }
+    return CommandResult();
+}
+
+CommandOutcome plugin(Words words) {
+    const std::string_view value = words.next();
+    if ((value != "on" && value != "off") || !words.isEmpty()) {
+        return std::nullopt;
+    }
+    profile().plugin = value == "on";
+    return CommandResult();
+}
+
+CommandOutcome state(Words words) {
+    if (!words.isEmpty()) {
+        return std::nullopt;
+    }
+    std::string lines = stateLine("machine", profile().machine.value_or("none")) +
+                        stateLine("plugin", profile().plugin ? "on" : "off") +
+                        stateLine("open calls", std::to_string(openBusCalls({}).size()));
+    for (const std::string& request : profile().refused) {
+        lines += stateLine("refused", request);
+    }
+    for (const auto& [name, value] : deviceState()) {
+        lines += stateLine(name, value);
+    }
+    return CommandResult{{}, lines, false};
+}
+
+CommandOutcome journal(Words words) {
+    const bool follow = !words.isEmpty();
+    if (follow && (words.next() != "--follow" || !words.isEmpty())) {
+        return std::nullopt;
+    }
+    std::string lines;
+    for (const std::string& line : journalLines()) {
+        lines += line + "\n";
+    }
+    return CommandResult{{}, lines, follow};
+}
+
+CommandOutcome quit(Words words) {
+    if (!words.isEmpty()) {
+        return std::nullopt;
+    }
+    SDL_Event event{};
+    event.type = SDL_QUIT;
+    if (SDL_PushEvent(&event) != 0) {
+        return failed("quit: the application has no event queue, or it is full");
+    }
+    return CommandResult();
+}
+
+}  // namespace tavsim

@@ -1,0 +1,125 @@
+#include "simulator/control/running_devices.h"
+
+#include <simdjson.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include "helper/json_writer.h"
+#include "simulator/control/socket_address.h"
+#include "simulator/device/root.h"
+#include "simulator/device/running.h"
+
+namespace dom = simdjson::dom;
+namespace fs = std::filesystem;
+
+namespace tavsim {
+namespace {
+
+constexpr char kDescription[] = "/running.json";
+
+// A folder that the user chose is found through a link beside the fresh ones.
+fs::path linkToRoot() {
+    return freshRootsFolder() + "/" + std::to_string(getpid()) + "-root";
+}
+
+bool isFreshRoot() {
+    std::error_code problem;
+    return fs::equivalent(fs::path(rootFolder()).parent_path(), freshRootsFolder(), problem);
+}
+
+std::string commandLine() {
+    std::ifstream file("/proc/self/cmdline", std::ios::binary);
+    std::string words{std::istreambuf_iterator<char>(file), {}};
+    words.resize(words.find_last_not_of('\0') + 1);
+    std::replace(words.begin(), words.end(), '\0', ' ');
+    return words;
+}
+
+// What cannot be read is left out.
+RunningDevice describedIn(const std::string& root) {
+    RunningDevice device{{}, {}, root};
+    dom::parser parser;
+    dom::element description;
+    std::string_view text;
+    if (parser.load(root + kDescription).get(description) == simdjson::SUCCESS) {
+        if (description["device"].get(text) == simdjson::SUCCESS) {
+            device.device = helper::escapedJson(text);
+        }
+        if (description["program"].get(text) == simdjson::SUCCESS) {
+            device.program = helper::escapedJson(text);
+        }
+    }
+    return device;
+}
+
+}  // namespace
+
+bool describeDevice() {
+    std::ofstream file(rootFolder() + kDescription);
+    file << helper::JsonWriter()
+                .beginObject()
+                .member("device", profile().name)
+                .member("program", commandLine())
+                .member("process", getpid())
+                .endObject()
+                .text()
+         << '\n';
+    return file.flush().good();
+}
+
+void announceDevice() {
+    if (isFreshRoot() || !makeFreshRootsFolder()) {
+        return;
+    }
+    std::error_code problem;
+    for (fs::directory_iterator at(freshRootsFolder(), problem), end; !problem && at != end;
+         at.increment(problem)) {
+        if (at->is_symlink() && !isDeviceRunning(at->path())) {
+            fs::remove(at->path(), problem);
+        }
+    }
+    fs::create_directory_symlink(rootFolder(), linkToRoot(), problem);
+}
+
+void withdrawDevice() {
+    std::error_code problem;
+    fs::remove(rootFolder() + kDescription, problem);
+    if (!isFreshRoot()) {
+        removeFreshRoot(linkToRoot());
+    }
+}
+
+bool isDeviceRunning(const std::string& root) {
+    const int probe = socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
+    // One that has no room for another client runs too.
+    const bool runs = probe >= 0 && (ControlAddress(root).connectTo(probe) || errno == EAGAIN);
+    if (probe >= 0) {
+        close(probe);
+    }
+    return runs;
+}
+
+std::vector<RunningDevice> runningDevices() {
+    std::vector<RunningDevice> devices;
+    std::error_code problem;
+    for (fs::directory_iterator at(freshRootsFolder(), problem), end; !problem && at != end;
+         at.increment(problem)) {
+        std::error_code notALink;
+        const fs::path target = fs::read_symlink(at->path(), notALink);
+        const std::string root = notALink ? at->path() : target;
+        if (isDeviceRunning(root)) {
+            devices.push_back(describedIn(root));
+        }
+    }
+    std::sort(devices.begin(), devices.end(),
+              [](const auto& left, const auto& right) { return left.root < right.root; });
+    return devices;
+}
+
+}  // namespace tavsim

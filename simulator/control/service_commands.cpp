@@ -1,0 +1,111 @@
+// Commands for what the device perceives, and for what its services and its host answer.
+#include <vector>
+
+#include "helper/json_writer.h"
+#include "simulator/bus/bus.h"
+#include "simulator/bus/services.h"
+#include "simulator/control/command_functions.h"
+#include "simulator/device/clock.h"
+#include "simulator/device/queue.h"
+#include "simulator/device/running.h"
+#include "simulator/host/compass.h"
+
+namespace tavsim {
+namespace {
+
+// Queues a reply to every open call of the URI, as if the service had sent it now.
+CommandResult replyToAll(const std::string& uri, const std::string& text) {
+    const std::vector<int> tokens = openBusCalls(uri);
+    if (tokens.empty()) {
+        return failed("no open call or subscription of " + uri);
+    }
+    for (const int token : tokens) {
+        schedule(now(), [token, text] { deliverReply(token, text); });
+    }
+    return {{}, "replied to " + std::to_string(tokens.size()) + "\n", false};
+}
+
+// The only word that is left.
+std::optional<std::string> onlyWord(Words words) {
+    std::string word(words.next());
+    return !word.empty() && words.isEmpty() ? std::optional(word) : std::nullopt;
+}
+
+CommandResult cannotBeRefused(const std::string& request) {
+    return failed("\"" + helper::escapedJson(request) +
+                  "\" is no URI and no request that can be refused");
+}
+
+}  // namespace
+
+CommandOutcome compass(Words words) {
+    CompassReading reading;
+    if (!words.areNumbers(&reading.intValue, &reading.doubleValue1, &reading.doubleValue2)) {
+        return std::nullopt;
+    }
+    if (!deliverCompassReading(reading)) {
+        return failed("compass: the application has not called TAV_Init");
+    }
+    return CommandResult();
+}
+
+CommandOutcome location(Words words) {
+    Fix fix;
+    if (!words.areNumbers(&fix.latitude, &fix.longitude, &fix.altitude, &fix.horizAccuracy,
+                          &fix.vertAccuracy, &fix.heading, &fix.velocity)) {
+        return std::nullopt;
+    }
+    if (std::abs(fix.latitude) > kHighestLatitude) {
+        return failed("location: the latitude is from -90 to 90");
+    }
+    if (std::abs(fix.longitude) > kHighestLongitude) {
+        return failed("location: the longitude is from -180 to 180");
+    }
+    return replyToAll(kLocationUri, fixReply(fix));
+}
+
+CommandOutcome locationError(Words words) {
+    int code = 0;
+    if (!words.areNumbers(&code)) {
+        return std::nullopt;
+    }
+    return replyToAll(kLocationUri, locationErrorReply(code));
+}
+
+CommandOutcome reply(Words words) {
+    const std::string uri(words.next());
+    if (words.isEmpty()) {
+        return std::nullopt;
+    }
+    return replyToAll(uri, std::string(words.rest()));
+}
+
+CommandOutcome refuse(Words words) {
+    const std::optional<std::string> request = onlyWord(words);
+    if (!request) {
+        return std::nullopt;
+    }
+    if (!canBeRefused(*request)) {
+        return cannotBeRefused(*request);
+    }
+    profile().refused.insert(*request);
+    return CommandResult();
+}
+
+CommandOutcome allow(Words words) {
+    const std::optional<std::string> request = onlyWord(words);
+    if (!request) {
+        return std::nullopt;
+    }
+    if (!canBeRefused(*request)) {
+        return cannotBeRefused(*request);
+    }
+    profile().refused.erase(*request);
+    const auto service = profile().services.find(*request);
+    if (service != profile().services.end()) {
+        service->second.refuse = false;
+    }
+    return CommandResult();
+}
+
+}  // namespace tavsim

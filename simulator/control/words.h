@@ -1,0 +1,66 @@
+// The words of a command line.
+#ifndef TAV_SIMULATOR_CONTROL_WORDS_H
+#define TAV_SIMULATOR_CONTROL_WORDS_H
+
+#include <charconv>
+#include <cmath>
+#include <string>
+#include <string_view>
+#include <type_traits>
+
+namespace tavsim {
+
+// Takes one word after the other off the front of a line. Words have blanks between them; the last
+// thing asked for can be all that is left, as it stands. The line must outlive it.
+class Words {
+public:
+    explicit Words(std::string_view line) : m_rest(line) { skipBlanks(); }
+
+    bool isEmpty() const { return m_rest.empty(); }
+
+    // The next word; empty at the end.
+    std::string_view next();
+
+    std::string_view rest() const { return m_rest; }
+
+    // Whether all that is left are these numbers, each of which fits its type.
+    template <typename... Numbers>
+    bool areNumbers(Numbers*... numbers) {
+        return (nextNumber(numbers) && ...) && isEmpty();
+    }
+
+private:
+    template <typename Number>
+    bool nextNumber(Number* number);
+    void skipBlanks();
+
+    std::string_view m_rest;
+};
+
+inline std::string_view Words::next() {
+    const std::string_view word = m_rest.substr(0, m_rest.find(' '));
+    m_rest.remove_prefix(word.size());
+    skipBlanks();
+    return word;
+}
+
+template <typename Number>
+bool Words::nextNumber(Number* number) {
+    const std::string_view word = next();
+    const char* end = word.data() + word.size();
+    const auto [rest, problem] = std::from_chars(word.data(), end, *number);
+    if constexpr (std::is_floating_point_v<Number>) {
+        if (!std::isfinite(*number)) {
+            return false;
+        }
+    }
+    return problem == std::errc() && rest == end;
+}
+
+inline void Words::skipBlanks() {
+    m_rest.remove_prefix(std::min(m_rest.find_first_not_of(' '), m_rest.size()));
+}
+
+}  // namespace tavsim
+
+#endif

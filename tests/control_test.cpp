@@ -1,0 +1,245 @@
+// The control socket: its commands, and clients of all kinds.
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <thread>
+
+#include "device_test.h"
+#include "helper/message_socket.h"
+#include "platform/hkscaller.h"
+#include "platform/napp.h"
+#include "simulator/control/protocol.h"
+#include "simulator/control/socket_address.h"
+
+namespace {
+
+using helper::Message;
+using helper::MessageSocket;
+using tavsim::ControlMessage;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+constexpr uint8_t kind(ControlMessage message) {
+    return static_cast<uint8_t>(message);
+}
+
+class ControlTest : public tavtest::EventTest {
+protected:
+    void SetUp() override {
+        EventTest::SetUp();
+        tavsim::Options options;
+        options.virtualTime = true;
+        options.control = true;
+        tavsim::Profile profile;
+        profile.preferences.emplace();
+        ASSERT_TRUE(device.start(profile, options));
+        TAV_Init(0);
+    }
+
+    MessageSocket connectClient() {
+        const int client = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+        EXPECT_TRUE(tavsim::ControlAddress(device.root()).connectTo(client));
+        return MessageSocket(client);
+    }
+
+    MessageSocket clientWith(const std::string& line) {
+        MessageSocket client = connectClient();
+        client.send(kind(ControlMessage::Command), line);
+        device.pump();
+        return client;
+    }
+
+    // What has come: each message as the letter of its kind and its content.
+    static std::string received(MessageSocket& client) {
+        std::string all;
+        while (const std::optional<Message> message = client.receiveNow()) {
+            all += static_cast<char>(message->kind) + message->content;
+        }
+        return all;
+    }
+
+    std::string command(const std::string& line) {
+        MessageSocket client = clientWith(line);
+        return received(client);
+    }
+
+    // For commands that succeed and say no more.
+    void carryOut(const std::string& line) { EXPECT_EQ(command(line), "d") << line; }
+};
+
+TEST_F(ControlTest, CommandsChangeTheDevice) {
+    carryOut("compass 1 -90.5 0.5");
+    EXPECT_THAT(userEvents(), ElementsAre(TAV_EVENT_COMPASS));
+    ASSERT_EQ(TAV_EnableLocationTracking(SDL_TRUE), TAV_NOERROR);
+    EXPECT_EQ(command("location 52.52 13.40 34 8 12 90 1.4"), "oreplied to 1\nd");
+    TAV_Location location;
+    EXPECT_EQ(TAV_GetLocation(&location), TAV_NOERROR);
+    EXPECT_EQ(location.longitude, 13.40);
+    EXPECT_EQ(command("location -90 -180 0 0 0 0 0"), "oreplied to 1\nd");
+    EXPECT_EQ(command("location error 5"), "oreplied to 1\nd");
+    EXPECT_EQ(TAV_GetLocation(&location), TAV_ELOCATIONSERVICE);
+    carryOut("refuse keyboard");
+    EXPECT_EQ(TAV_SetKeyboardState(SDL_TRUE), TAV_ECONNECTION);
+    carryOut("allow keyboard");
+    EXPECT_EQ(TAV_SetKeyboardState(SDL_TRUE), TAV_NOERROR);
+    carryOut("refuse a://b");
+    EXPECT_EQ(TAV_ServiceCall("a://b", "{}"), TAV_ECONNECTION);
+    carryOut("set preference deviceName \"New name\"");
+    char text[32];
+    EXPECT_EQ(TAV_GetDeviceName(text, sizeof text), TAV_NOERROR);
+    EXPECT_STREQ(text, "New name");
+    carryOut("set appinfo title My  game");
+    EXPECT_EQ(TAV_GetAppinfoValue("title", text, sizeof text), TAV_NOERROR);
+    EXPECT_STREQ(text, "My  game");
+    carryOut("plugin on");
+    EXPECT_NE(TAV_IsPlugin(), SDL_FALSE);
+    NApp_GetKSCaller()->ksCall("vire://com.vire.applicationManager/launch", R"({"id":"a\nb"})",
+                               true);
+    EXPECT_THAT(command("state"), HasSubstr("launched: a\\u000ab\n"));
+}
+
+TEST_F(ControlTest, MalformedCommandsAnswerWithAnErrorAndChangeNothing) {
+    ASSERT_EQ(TAV_EnableLocationTracking(SDL_TRUE), TAV_NOERROR);
+    const std::string before = command("state");
+    const struct {
+        const char* line;
+        const char* reason;
+    } rows[] = {
+        {"", "\"\" is no command; there are "},
+        {"dance", "\"dance\" is no command; there are list, compass, location, "},
+        {"\x01\xff", "\"\\u0001\xef\xbf\xbd\" is no command"},
+        {"state\nquit", "a command is one line"},
+        {"list", "list needs no device"},
+        {"compass", "usage: compass INT DOUBLE DOUBLE"},
+        {"compass 1 2", "usage: "},
+        {"compass 1.5 2 3", "usage: "},
+        {"compass 1 2 3 4", "usage: "},
+        {"compass x y z", "usage: "},
+        {"compass 2147483648 2 3", "usage: "},
+        {"compass 1 inf 3", "usage: "},
+        {"location", "usage: location LATITUDE "},
+        {"location 1 2 3", "usage: location LATITUDE "},
+        {"location 1 2 3 4 5 6 nan", "usage: location LATITUDE "},
+        {"location 1 2 3 4 5 6 1e999", "usage: location LATITUDE "},
+        {"location 90.1 2 3 4 5 6 7", "location: the latitude is from -90 to 90"},
+        {"location 1 -180.1 3 4 5 6 7", "location: the longitude is from -180 to 180"},
+        {"location error", "usage: location error CODE"},
+        {"location error 9223372036854775808", "usage: location error CODE"},
+        {"reply a://b", "usage: reply URI TEXT"},
+        {"reply a://b {}", "no open call or subscription of a://b"},
+        {"refuse", "usage: refuse NAME|URI"},
+        {"refuse keyboard compass", "usage: refuse NAME|URI"},
+        {"refuse doorbell", "\"doorbell\" is no URI and no request that can be refused"},
+        {"allow", "usage: allow NAME|URI"},
+        {"set", "usage: set property KEY VALUE, or set appinfo KEY VALUE, or set preference KEY"},
+        {"set colour red", "usage: set property "},
+        {"set property", "usage: set property KEY VALUE"},
+        {"set preference k not json", "set preference: the value must be JSON"},
+        {"plugin maybe", "usage: plugin on|off"},
+        {"state now", "usage: state"},
+        {"journal --backwards", "usage: journal [--follow]"},
+        {"quit now", "usage: quit"},
+    };
+    for (const auto& row : rows) {
+        EXPECT_THAT(command(row.line), StartsWith(std::string("r") + row.reason)) << row.line;
+    }
+    EXPECT_EQ(command("state"), before);
+}
+
+TEST_F(ControlTest, ClientsThatMisbehaveAreLetGo) {
+    const std::string garbage[] = {
+        "state\n",                                           // text
+        std::string("x\5\0\0\0\0\0\0\0state", 14),           // another kind of message
+        std::string("c\xff\xff\xff\xff\xff\xff\xff\x7f", 9)  // a length that nothing has
+    };
+    for (const std::string& bytes : garbage) {
+        MessageSocket client = connectClient();
+        ::send(client.socket(), bytes.data(), bytes.size(), MSG_NOSIGNAL);
+        device.pump();
+        shutdown(client.socket(), SHUT_WR);
+        device.pump();
+        EXPECT_THAT(received(client), testing::AnyOf("", StartsWith("r"))) << bytes;
+        EXPECT_TRUE(client.isGone()) << bytes;
+    }
+    MessageSocket flooder = connectClient();
+    flooder.queue(kind(ControlMessage::Command), std::string(8 << 20, 'x'));
+    for (int i = 0; i < 100 && flooder.sendNow() > 0; ++i) {
+        device.pump();
+    }
+    EXPECT_TRUE(flooder.isGone());
+    EXPECT_THAT(command("state"), StartsWith("o"));
+}
+
+// The application never waits for a client, and yet the client misses nothing.
+// What a follower has been told.
+struct Followed {
+    std::string lines;
+    int64_t lost = 0;
+    int64_t told = 0;  // lines, the lost ones among them
+    bool ended = false;
+
+    void take(const Message& message) {
+        if (message.kind == kind(ControlMessage::Output)) {
+            lines += message.content;
+            told += std::count(message.content.begin(), message.content.end(), '\n');
+        } else if (message.kind == kind(ControlMessage::Lost)) {
+            lost += std::stoll(message.content);
+            told += std::stoll(message.content);
+        }
+        ended = message.kind == kind(ControlMessage::Ended);
+    }
+};
+
+TEST_F(ControlTest, AFollowerThatReadsLateHasTheWholeJournalAndItsEnd) {
+    constexpr int kRequests = 30000;  // more than the journal keeps
+    MessageSocket follower = clientWith("journal --follow");
+    for (int i = 0; i < kRequests; ++i) {
+        NApp_SetTouchAggression(i);
+        if (i % 1000 == 0) {
+            device.pump();
+        }
+    }
+    Followed followed;
+    std::thread reader([&] {
+        while (const std::optional<Message> message = follower.receive()) {
+            followed.take(*message);
+        }
+    });
+    device.stop();
+    reader.join();
+    EXPECT_TRUE(followed.ended);
+    EXPECT_EQ(followed.lost, 0);
+    size_t at = 0;
+    for (int i = 0; i < kRequests; ++i) {
+        at = followed.lines.find("\"aggression\":" + std::to_string(i) + ",", at);
+        ASSERT_NE(at, std::string::npos) << i;
+    }
+}
+
+TEST_F(ControlTest, AFollowerThatDoesNotReadIsToldWhatItLost) {
+    const std::string large(4 << 20, 'x');
+    const auto before = static_cast<int64_t>(device.journal().size());
+    constexpr int kLarge = 20;
+    constexpr int kSmall = 10005;
+    MessageSocket follower = clientWith("journal --follow");
+    for (int i = 0; i < kLarge; ++i) {
+        NApp_GetAppinfoValue(large.c_str(), nullptr, 0);
+        device.pump();
+    }
+    for (int i = 0; i < kSmall; ++i) {
+        NApp_GetAppinfoValue("small", nullptr, 0);
+    }
+    Followed followed;
+    for (int i = 0; i < 100000 && followed.told < before + kLarge + kSmall; ++i) {
+        device.pump();
+        while (const std::optional<Message> message = follower.receiveNow()) {
+            followed.take(*message);
+        }
+    }
+    EXPECT_EQ(followed.told, before + kLarge + kSmall);
+    EXPECT_GT(followed.lost, 0);
+    EXPECT_LT(followed.lost, kLarge);
+}
+
+}  // namespace
