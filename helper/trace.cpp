@@ -2,30 +2,50 @@
 // that they are appended to, standard error when it is unset.
 #include "helper/trace.h"
 
+#include <algorithm>
+#include <cerrno>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <set>
 #include <sstream>
+#include <string_view>
 #include <utility>
 
+#include "helper/end_program.h"
+#include "helper/line_file.h"
 #include "platform/htracker.h"
 
 namespace helper {
 namespace {
+
+constexpr std::string_view kKnownTags[] = {"tav_f", "tav_e", "tav_1", "tav_2", "tav_9", "all"};
+
+bool isKnownTag(std::string_view tag) {
+    return std::find(std::begin(kKnownTags), std::end(kKnownTags), tag) != std::end(kKnownTags);
+}
 
 class Tags {
 public:
     explicit Tags(const std::string& names) {
         std::istringstream stream(names);
         for (std::string name; std::getline(stream, name, ',');) {
-            m_names.insert(name);
+            if (!name.empty()) {
+                m_names.insert(name);
+            }
         }
         m_all = m_names.contains("all");
     }
 
     bool empty() const { return m_names.empty(); }
     bool contains(const char* tag) const { return m_all || m_names.contains(tag); }
+
+    // A name of nothing that is traced; empty when there is none.
+    std::string firstUnknown() const {
+        const auto found = std::find_if_not(m_names.begin(), m_names.end(), isKnownTag);
+        return found != m_names.end() ? *found : std::string();
+    }
 
 private:
     std::set<std::string> m_names;
@@ -36,24 +56,7 @@ struct Trace {
     Tags kept{""};
     std::vector<std::string> lines;
     Tags written{""};
-    FILE* file = stderr;
-
-    Trace() {
-        const char* tags = std::getenv("TAV_TRACE");
-        if (tags == nullptr) {
-            return;
-        }
-        written = Tags(tags);
-        const char* path = std::getenv("TAV_TRACE_FILE");
-        if (path == nullptr) {
-            return;
-        }
-        file = std::fopen(path, "ae");
-        if (file == nullptr) {
-            std::fprintf(stderr, "tavsim: TAV_TRACE_FILE: cannot write %s: %m\n", path);
-            file = stderr;
-        }
-    }
+    LineFile file;  // standard error when it is not open
 };
 
 // Never destroyed: libraries that are unloaded late still trace.
@@ -70,6 +73,50 @@ void updateListening() {
     g_listening = nobody ? Listening::No : Listening::Yes;
 }
 
+// Takes up what the environment asks for.
+void startTrace() {
+    g_listening = Listening::No;  // what runs at the end of the program traces too
+    const char* tags = std::getenv("TAV_TRACE");
+    const char* path = std::getenv("TAV_TRACE_FILE");
+    if (tags == nullptr) {
+        return;
+    }
+    const Tags written(tags);
+    const std::string unknown = written.firstUnknown();
+    if (!unknown.empty()) {
+        std::string known;
+        for (const std::string_view tag : kKnownTags) {
+            known += (known.empty() ? "" : ", ") + std::string(tag);
+        }
+        endProgram("TAV_TRACE: \"" + unknown + "\" is none of " + known);
+    }
+    if (path != nullptr && !trace().file.open(path)) {
+        endProgram("TAV_TRACE_FILE: cannot write " + std::string(path) + ": " +
+                   std::strerror(errno));
+    }
+    trace().written = written;
+}
+
+void listen() {
+    if (g_listening == Listening::Unknown) {
+        startTrace();
+        updateListening();
+    }
+}
+
+void write(const std::string& line) {
+    LineFile& file = trace().file;
+    if (!file.isOpen()) {
+        std::fwrite((line + '\n').data(), 1, line.size() + 1, stderr);
+        return;
+    }
+    if (!file.append(line)) {
+        const std::string reason = std::strerror(errno);
+        g_listening = Listening::No;
+        endProgram("TAV_TRACE_FILE: cannot write " + file.path() + ": " + reason);
+    }
+}
+
 std::string formatted(const char* format, va_list arguments) {
     va_list again;
     va_copy(again, arguments);
@@ -84,17 +131,16 @@ std::string formatted(const char* format, va_list arguments) {
 
 void record(const char* tag, const char* function, const char* format, va_list arguments) {
     Trace& listeners = trace();
-    const bool keep = listeners.kept.contains(tag);
-    const bool write = listeners.written.contains(tag);
-    if (!keep && !write) {
+    const bool isKept = listeners.kept.contains(tag);
+    const bool isWritten = listeners.written.contains(tag);
+    if (!isKept && !isWritten) {
         return;
     }
     std::string line = std::string(tag) + ' ' + function + ' ' + formatted(format, arguments);
-    if (write) {
-        std::fprintf(listeners.file, "%s\n", line.c_str());
-        std::fflush(listeners.file);
+    if (isWritten) {
+        write(line);
     }
-    if (keep) {
+    if (isKept) {
         listeners.lines.push_back(std::move(line));
     }
 }
@@ -102,6 +148,7 @@ void record(const char* tag, const char* function, const char* format, va_list a
 }  // namespace
 
 void keepTrace(const std::string& tags) {
+    listen();
     trace().kept = Tags(tags);
     trace().lines.clear();
     updateListening();
@@ -117,9 +164,7 @@ int HTracker_funcTrack(const char* tag, const char* function, const char* format
     if (helper::g_listening == helper::Listening::No) {
         return 0;
     }
-    if (helper::g_listening == helper::Listening::Unknown) {
-        helper::updateListening();
-    }
+    helper::listen();
     va_list arguments;
     va_start(arguments, format);
     helper::record(tag, function, format, arguments);

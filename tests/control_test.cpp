@@ -1,7 +1,12 @@
 // The control socket: its commands, and clients of all kinds.
+#include <fcntl.h>
 #include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <filesystem>
+#include <fstream>
 #include <thread>
 
 #include "device_test.h"
@@ -18,6 +23,7 @@ using helper::MessageSocket;
 using tavsim::ControlMessage;
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::Not;
 using testing::StartsWith;
 
 constexpr uint8_t kind(ControlMessage message) {
@@ -240,6 +246,56 @@ TEST_F(ControlTest, AFollowerThatDoesNotReadIsToldWhatItLost) {
     EXPECT_EQ(followed.told, before + kLarge + kSmall);
     EXPECT_GT(followed.lost, 0);
     EXPECT_LT(followed.lost, kLarge);
+}
+
+// What a program has written into the file.
+std::string contentOf(const std::string& path) {
+    std::ifstream file(path);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+TEST_F(ControlTest, JournalAndSocketAreLeftAloneByWhatTheProgramDoesToDescriptors) {
+    constexpr int kMostUsed = 700;
+    tavsim::Options options;
+    options.root = testing::TempDir() + "/descriptors-" + std::to_string(getpid());
+    options.control = true;
+    options.journalFile = options.root + "/journal";
+    ASSERT_TRUE(device.start({}, options));
+    const std::string save = options.root + "/save";
+    const MessageSocket clientBefore = clientWith("journal --follow");
+
+    // The program closes all descriptors and uses them for a file of its own.
+    close_range(STDERR_FILENO + 1, ~0U, 0);
+    const int saved = open(save.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR);
+    for (int number = saved + 1; number < kMostUsed; ++number) {
+        dup2(saved, number);
+    }
+    NApp_SetTouchAggression(12);
+    device.pump();
+    EXPECT_THAT(contentOf(options.journalFile), HasSubstr("\"aggression\":12,"));
+
+    // A fork of it takes no part.
+    MessageSocket client = connectClient();
+    client.send(kind(ControlMessage::Command), "plugin on");
+    const pid_t fork = ::fork();
+    if (fork == 0) {
+        NApp_SetTouchAggression(34);
+        device.pump();
+        _exit(0);
+    }
+    waitpid(fork, nullptr, 0);
+    EXPECT_THAT(contentOf(options.journalFile), Not(HasSubstr("\"aggression\":34,")));
+    device.pump();
+    EXPECT_EQ(received(client), "d");
+    EXPECT_TRUE(device.profile.plugin);
+
+    device.stop();
+    EXPECT_EQ(contentOf(save), "");
+    for (int number = saved; number < kMostUsed; ++number) {
+        EXPECT_NE(fcntl(number, F_GETFD), -1) << "a descriptor of the program was closed";
+    }
+    close_range(STDERR_FILENO + 1, ~0U, 0);
+    std::filesystem::remove_all(options.root);
 }
 
 }  // namespace

@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
 
 #include "simulator/interface/device.h"
 
@@ -97,6 +98,10 @@ bool canBeSetUp(const RunRequest& request) {
     const fs::path journalFolder = fs::path(absolutePath(request.journal)).parent_path();
     if (!request.journal.empty() && !fs::is_directory(journalFolder, problem)) {
         return complain(request.journal + ": no such folder for the journal");
+    }
+    // Devices append to it.
+    if (!request.journal.empty() && !std::ofstream(request.journal)) {
+        return complain(request.journal + ": the journal cannot be written there");
     }
     return true;
 }

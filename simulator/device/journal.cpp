@@ -1,23 +1,53 @@
 #include "simulator/device/journal.h"
 
-#include <cstdio>
+#include <unistd.h>
 
+#include <cerrno>
+#include <cstring>
+
+#include "helper/end_program.h"
+#include "helper/line_file.h"
 #include "simulator/device/clock.h"
 
 namespace tavsim {
 namespace {
 
 constexpr size_t kLinesKept = 10000;
+constexpr size_t kBytesKept = 64 << 20;
 
 struct Journal {
     std::deque<std::string> lines;
+    size_t bytes = 0;  // of the lines
     std::int64_t length = 0;
-    FILE* file = nullptr;
+    helper::LineFile file;
+    pid_t owner = 0;  // of the file; a fork of the application keeps no journal in it
 };
 
 Journal& journal() {
     static Journal& instance = *new Journal;
     return instance;
+}
+
+void keep(std::string line) {
+    Journal& all = journal();
+    all.bytes += line.size();
+    all.lines.push_back(std::move(line));
+    ++all.length;
+    while (all.lines.size() > kLinesKept || (all.bytes > kBytesKept && all.lines.size() > 1)) {
+        all.bytes -= all.lines.front().size();
+        all.lines.pop_front();
+    }
+}
+
+void write(const std::string& line) {
+    helper::LineFile& file = journal().file;
+    if (!file.isOpen() || journal().owner != getpid() || file.append(line)) {
+        return;
+    }
+    const std::string reason = std::strerror(errno);
+    const std::string path = file.path();
+    file.close();
+    helper::endProgram(path + ": the journal cannot be written: " + reason);
 }
 
 }  // namespace
@@ -28,16 +58,8 @@ JournalEntry::JournalEntry(const char* kind, const char* what) {
 
 JournalEntry::~JournalEntry() {
     std::string line = m_line.endObject().take();
-    Journal& all = journal();
-    if (all.file != nullptr) {
-        std::fprintf(all.file, "%s\n", line.c_str());
-        std::fflush(all.file);
-    }
-    if (all.lines.size() == kLinesKept) {
-        all.lines.pop_front();
-    }
-    all.lines.push_back(std::move(line));
-    ++all.length;
+    write(line);
+    keep(std::move(line));
 }
 
 JournalEntry& JournalEntry::texts(const char* key, const char* const* values, int count) {
@@ -49,22 +71,18 @@ JournalEntry& JournalEntry::texts(const char* key, const char* const* values, in
     return *this;
 }
 
-bool startJournal(const std::string& file) {
-    stopJournal();
-    journal().lines.clear();
-    journal().length = 0;
-    if (file.empty()) {
-        return true;
+bool startJournal(const std::string& file, std::string* error) {
+    journal() = {};
+    journal().owner = getpid();
+    if (!file.empty() && !journal().file.open(file)) {
+        *error = file + ": the journal cannot be written: " + std::strerror(errno);
+        return false;
     }
-    journal().file = std::fopen(file.c_str(), "we");
-    return journal().file != nullptr;
+    return true;
 }
 
 void stopJournal() {
-    if (journal().file != nullptr) {
-        std::fclose(journal().file);
-        journal().file = nullptr;
-    }
+    journal().file.close();
 }
 
 const std::deque<std::string>& journalLines() {

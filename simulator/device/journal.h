@@ -32,12 +32,12 @@ private:
     helper::JsonWriter m_line;
 };
 
-// Starts an empty journal that is also written to the file, if there is one; false when the file
-// cannot be written.
-bool startJournal(const std::string& file);
+// Starts an empty journal that is also appended to the file, if there is one. False, with a line in
+// `error`, when the file cannot be written. When that happens later, the program ends.
+bool startJournal(const std::string& file, std::string* error);
 void stopJournal();
 
-// The last lines, and how many there have been in all.
+// The last 10000 lines, or fewer where they are long, and how many there have been in all.
 const std::deque<std::string>& journalLines();
 std::int64_t journalLength();
 

@@ -2,16 +2,15 @@
 
 #include <dlfcn.h>
 
-#include <cstdio>
 #include <cstdlib>
 
+#include "helper/end_program.h"
 #include "helper/faults.h"
 
 namespace tavsim {
 namespace {
 
 constexpr char kDefaultDevice[] = "cinnabar";
-constexpr int kBadSetup = 2;
 
 bool g_started = false;
 
@@ -60,16 +59,12 @@ Profile& running() {
     std::string error;
     if (!environmentSetup(&newProfile, &options, &error) ||
         !startDevice(std::move(newProfile), options, &error)) {
-        std::fprintf(stderr, "tavsim: %s\n", error.c_str());
-        std::exit(kBadSetup);
+        helper::endProgram(error);
     }
     const std::string fault = environment("TAVSIM_FAIL");
     if (!fault.empty() && !helper::setFaultFromText(fault)) {
-        std::fprintf(stderr,
-                     "tavsim: TAVSIM_FAIL: \"%s\" is not allocation, dispatch, host or read, a "
-                     "colon and a number\n",
-                     fault.c_str());
-        std::exit(kBadSetup);
+        helper::endProgram("TAVSIM_FAIL: \"" + fault +
+                           "\" is not allocation, dispatch, host or read, a colon and a number");
     }
     return profile();
 }

@@ -39,8 +39,7 @@ bool Device::start(Profile newProfile, const Options& options, std::string* erro
         stop();
         return false;
     }
-    if (!startJournal(options.journalFile)) {
-        line = options.journalFile + ": the journal cannot be written there";
+    if (!startJournal(options.journalFile, &line)) {
         stop();
         return false;
     }

@@ -38,7 +38,8 @@ inline void startDevice(tavsim::Profile profile = {}) {
 // Every input begins with an empty journal, so that memory that is still held after an input is
 // memory that leaked.
 inline void forgetJournal() {
-    tavsim::startJournal({});
+    std::string error;
+    tavsim::startJournal({}, &error);
 }
 
 // Takes an input apart. Past its end there are zeros and empty texts.

@@ -20,8 +20,20 @@ run "$tavsim" run --page "$work/missing.js" "$ends" print started
 expect 2 '' "tavsim: $work/missing.js: no such page script"
 run "$tavsim" run --journal "$work/missing/journal" "$ends" print started
 expect 2 '' "tavsim: $work/missing/journal: no such folder for the journal"
+run "$tavsim" run --journal "$work" "$ends" print started
+expect 2 '' "tavsim: $work: the journal cannot be written there"
 run "$tavsim" run --root "$work/profile.json/root" "$ends" print started
 expect 2 '' "tavsim: $work/profile.json/root: the device's root folder cannot be made"
+
+# Nor does a program run on without what it was to write, or with a trace that nobody writes.
+run "$tavsim" run --journal /dev/full "$programs/service_reply"
+expect 2 '' 'tavsim: /dev/full: the journal cannot be written: No space left on device'
+run env TAV_TRACE=all TAV_TRACE_FILE=/dev/full "$tavsim" run "$programs/service_reply"
+expect 2 '' 'tavsim: TAV_TRACE_FILE: cannot write /dev/full: No space left on device'
+run env TAV_TRACE=all TAV_TRACE_FILE="$work/missing/trace" "$tavsim" run "$programs/service_reply"
+expect 2 '' "tavsim: TAV_TRACE_FILE: cannot write $work/missing/trace: No such file or directory"
+run env TAV_TRACE=tav_e,tav_x "$tavsim" run "$programs/service_reply"
+expect 2 '' 'tavsim: TAV_TRACE: "tav_x" is none of tav_f, tav_e, tav_1, tav_2, tav_9, all'
 
 # A program that cannot be started: its name and why.
 printf 'no program' >"$work/text"
