@@ -1,4 +1,5 @@
 // A call of a native method from JavaScript, beside reading and writing the same messages.
+#include <cstdint>
 #include <cstring>
 
 #include "bench/bench_device.h"
@@ -24,7 +25,7 @@ using tavbench::expect;
 
 constexpr char kAnswer[] = "42";
 
-std::string methodName(long index) {
+std::string methodName(std::int64_t index) {
     return "method" + std::to_string(index);
 }
 
@@ -75,7 +76,7 @@ void performCalls(benchmark::State& state, NApp_MethodCallback perform) {
 
 void methodCallLibtav(benchmark::State& state) {
     const BenchDevice device(state);
-    for (long index = 0; index < state.range(0); ++index) {
+    for (std::int64_t index = 0; index < state.range(0); ++index) {
         TAV_RegisterJSHandler(methodName(index).c_str(), answer);
     }
     TAV_JSRegistrationComplete();

@@ -1,4 +1,7 @@
 // Calls over the bus, from dispatch to reply function, beside the bare bus caller.
+#include <cstdint>
+#include <ranges>
+
 #include "bench/bench_device.h"
 #include "platform/napp.h"
 
@@ -19,7 +22,7 @@ tavsim::Profile services() {
     return profile;
 }
 
-long g_replies = 0;
+std::int64_t g_replies = 0;
 
 void onReply(TAV_ServiceParameters*, void*) {
     ++g_replies;
@@ -38,7 +41,7 @@ void callBare(const char* uri) {
 }
 
 void dispatchAll(benchmark::State& state, void (*call)(const char*), const char* uri) {
-    for (long i = 0; i < state.range(0); ++i) {
+    for (std::int64_t i = 0; i < state.range(0); ++i) {
         call(uri);
     }
 }
@@ -47,7 +50,7 @@ void dispatchAll(benchmark::State& state, void (*call)(const char*), const char*
 // that of one call.
 void countCalls(benchmark::State& state) {
     const double calls = static_cast<double>(state.iterations() * state.range(0));
-    expect(state, g_replies == static_cast<long>(calls), "replies are missing");
+    expect(state, g_replies == static_cast<std::int64_t>(calls), "replies are missing");
     state.counters["per_call"] =
         benchmark::Counter(calls, benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
 }
@@ -71,8 +74,8 @@ void inReverse(benchmark::State& state, void (*call)(const char*)) {
         state.PauseTiming();
         const std::vector<int> tokens = tavsim::device().openCalls();
         state.ResumeTiming();
-        for (auto token = tokens.rbegin(); token != tokens.rend(); ++token) {
-            tavsim::device().deliver(*token, reply);
+        for (const int token : std::views::reverse(tokens)) {
+            tavsim::device().deliver(token, reply);
         }
     }
     countCalls(state);

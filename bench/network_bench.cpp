@@ -24,7 +24,7 @@ Uint32 addressIn(const ifreq& interface) {
 
 int readAddresses(TAV_NetInfo* info) {
     ifreq interface = {};
-    std::strcpy(interface.ifr_name, kInterface);
+    std::memcpy(interface.ifr_name, kInterface, sizeof kInterface);
     const int descriptor = socket(AF_INET, SOCK_STREAM, 0);
     int failures = ioctl(descriptor, SIOCGIFADDR, &interface);
     info->address = addressIn(interface);

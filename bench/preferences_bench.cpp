@@ -77,8 +77,9 @@ BENCHMARK(languageLibtav);
 void languageSqlite(benchmark::State& state) {
     char locale[64] = {};
     runQuery(state, [&locale] {
-        return readRow(kLocaleQuery, locale, sizeof locale) &&
-               readRow(kLocaleQuery, locale, sizeof locale);
+        const bool hasLanguage = readRow(kLocaleQuery, locale, sizeof locale);
+        const bool hasCountry = readRow(kLocaleQuery, locale, sizeof locale);
+        return hasLanguage && hasCountry;
     });
 }
 BENCHMARK(languageSqlite);

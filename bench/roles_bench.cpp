@@ -1,4 +1,5 @@
 // A role file made from a template, beside reading and writing as many lines.
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -37,9 +38,9 @@ constexpr const char* kLines[] = {
 };
 
 // The ten lines over and over, without a newline behind the last.
-std::string templateOf(long lines) {
+std::string templateOf(std::int64_t lines) {
     std::string text;
-    for (long i = 0; i < lines; ++i) {
+    for (std::int64_t i = 0; i < lines; ++i) {
         text += (i > 0 ? "\n" : "");
         text += kLines[static_cast<size_t>(i) % std::size(kLines)];
     }
@@ -64,9 +65,9 @@ void copyLines(const std::string& source, const std::string& target) {
     std::fclose(in);
 }
 
-long linesOf(const std::string& path) {
+std::int64_t linesOf(const std::string& path) {
     std::ifstream file(path);
-    long count = 0;
+    std::int64_t count = 0;
     for (std::string line; std::getline(file, line);) {
         ++count;
     }

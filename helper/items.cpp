@@ -65,12 +65,12 @@ Text ItemReader::readText() {
         fail();
         return std::nullopt;
     }
-    const std::string_view text = m_rest.substr(0, length);
+    const std::string_view text = m_rest.substr(0, static_cast<size_t>(length));
     if (text.find('\0') != std::string_view::npos) {
         fail();
         return std::nullopt;
     }
-    m_rest.remove_prefix(length);
+    m_rest.remove_prefix(text.size());
     return text;
 }
 

@@ -21,7 +21,7 @@ struct Looks {
     std::set<std::string> refused;
     bool plugin;
     std::size_t openCalls;
-    long journalLength;
+    std::int64_t journalLength;
     std::map<std::string, std::string> state;
 
     bool operator==(const Looks&) const = default;
