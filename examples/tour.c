@@ -1,6 +1,5 @@
-/* A tour of everything that libtav offers, on one device: each page asks for something and prints
- * the answers as a table. It draws nothing; SDL is there for its event queue, through which replies
- * and readings arrive. */
+/* A tour of everything that libtav offers, in pages of answers. Nothing is drawn; SDL is there for
+ * its event queue, through which replies and readings arrive. */
 #include <stdarg.h>
 #include <stdio.h>
 #include <string.h>
@@ -10,11 +9,6 @@
 
 #define SECOND 1000
 #define STEP 10 /* milliseconds between two looks at the event queue */
-
-static void page(const char *title)
-{
-    printf("\n%s\n", title);
-}
 
 static void row(const char *name, const char *format, ...)
 {
@@ -26,38 +20,33 @@ static void row(const char *name, const char *format, ...)
     printf("\n");
 }
 
-/* The outcome of a call that returns an error code. */
-static void outcome(const char *name, int code)
-{
-    if (code == TAV_NOERROR) {
-        row(name, "ok");
-    } else {
-        row(name, "error %d: %s", code, TAV_GetError());
-    }
-}
-
-/* A call that filled a buffer, or its failure. */
+/* What a call that returned an error code gave, or its failure. */
 static void text(const char *name, int code, const char *value)
 {
     if (code == TAV_NOERROR) {
         row(name, "%s", value);
     } else {
-        outcome(name, code);
+        row(name, "error %d: %s", code, TAV_GetError());
     }
+}
+
+static void outcome(const char *name, int code)
+{
+    text(name, code, "ok");
 }
 
 /* Lets the device deliver what falls due, and hands user events to the handler. */
 static void handle_events(int milliseconds, void (*handler)(const SDL_UserEvent *))
 {
     Uint32 end = SDL_GetTicks() + (Uint32)milliseconds;
-    while (SDL_GetTicks() <= end) {
-        SDL_Event event;
+    SDL_Event event;
+
+    for (; SDL_GetTicks() <= end; SDL_Delay(STEP)) {
         while (SDL_PollEvent(&event)) {
             if (event.type == SDL_USEREVENT && handler != NULL) {
                 handler(&event.user);
             }
         }
-        SDL_Delay(STEP);
     }
 }
 
@@ -66,19 +55,19 @@ static void show_hardware(void)
     TAV_ScreenMetrics screen;
     int code;
 
-    page("Hardware");
+    puts("\nHardware");
     row("version", "%d", TAV_GetKOBVersion());
     row("plug-in", "%s", TAV_IsPlugin() ? "yes" : "no");
     row("hardware id", "%d", TAV_GetHardwareID());
     row("product name", "%s", TAV_GetHardware());
     code = TAV_GetScreenMetrics(&screen);
-    if (code != TAV_NOERROR) {
+    if (code == TAV_NOERROR) {
+        row("screen", "%d x %d pixels", screen.widthPixels, screen.heightPixels);
+        row("density", "%d x %d dpi, ratio %.3f", screen.horizontalDpi, screen.verticalDpi,
+            screen.dpiRatio);
+    } else {
         outcome("screen", code);
-        return;
     }
-    row("screen", "%d x %d pixels", screen.widthPixels, screen.heightPixels);
-    row("density", "%d x %d dpi, ratio %.3f", screen.horizontalDpi, screen.verticalDpi,
-        screen.dpiRatio);
 }
 
 static void show_identity(void)
@@ -87,24 +76,16 @@ static void show_identity(void)
     TAV_OSVersion version;
     int code;
 
-    page("Identity and settings");
-    code = TAV_GetDeviceName(buffer, sizeof buffer);
-    text("device name", code, buffer);
-    code = TAV_GetRegionCountryCode(buffer, sizeof buffer);
-    text("country code", code, buffer);
-    code = TAV_GetRegionCountryName(buffer, sizeof buffer);
-    text("country", code, buffer);
-    code = TAV_GetLanguage(buffer, sizeof buffer);
-    text("language", code, buffer);
-    code = TAV_GetUniqueID(buffer, sizeof buffer);
-    text("unique id", code, buffer);
-    code = TAV_GetOSVersion(&version);
-    text("system", code, version.versionText);
+    puts("\nIdentity and settings");
+    text("device name", TAV_GetDeviceName(buffer, sizeof buffer), buffer);
+    text("country code", TAV_GetRegionCountryCode(buffer, sizeof buffer), buffer);
+    text("country", TAV_GetRegionCountryName(buffer, sizeof buffer), buffer);
+    text("language", TAV_GetLanguage(buffer, sizeof buffer), buffer);
+    text("unique id", TAV_GetUniqueID(buffer, sizeof buffer), buffer);
+    text("system", TAV_GetOSVersion(&version), version.versionText);
     row("system version", "%d, %d, %d", version.major, version.minor, version.revision);
-    code = TAV_GetAppinfoValue("id", buffer, sizeof buffer);
-    text("application id", code, buffer);
-    code = TAV_GetCallingPath(buffer, sizeof buffer);
-    text("calling path", code, buffer);
+    text("application id", TAV_GetAppinfoValue("id", buffer, sizeof buffer), buffer);
+    text("calling path", TAV_GetCallingPath(buffer, sizeof buffer), buffer);
     code = TAV_GetDataFilePath("scores.txt", buffer, sizeof buffer);
     text("data file", code, code == TAV_NOERROR ? strrchr(buffer, '/') + 1 : "");
     row("key 27", "%s", TAV_GetKeyName(27));
@@ -117,7 +98,7 @@ static void show_network(void)
     TAV_NetInfo info;
     int code;
 
-    page("Network");
+    puts("\nNetwork");
     code = TAV_GetNetInfo("lo", &info);
     if (code == TAV_NOERROR) {
         const unsigned char *address = (const unsigned char *)&info.address;
@@ -144,7 +125,7 @@ static void show_compass(void)
 {
     TAV_CompassReading reading;
 
-    page("Compass");
+    puts("\nCompass");
     outcome("before it is enabled", TAV_GetCompass(&reading));
     outcome("enable", TAV_EnableCompass(SDL_TRUE));
     handle_events(SECOND, on_compass);
@@ -156,7 +137,7 @@ static void show_compass(void)
 
 static void show_controls(void)
 {
-    page("Window, input and screen");
+    puts("\nWindow, input and screen");
     outcome("show the keyboard", TAV_SetKeyboardState(SDL_TRUE));
     outcome("touch aggression", TAV_SetTouchAggression(1));
     outcome("orientation right", TAV_SetOrientation(TAV_ORIENTATION_RIGHT));
@@ -183,10 +164,8 @@ static void on_battery(TAV_ServiceParameters *parameters, void *user_data)
 
 static void on_tick(TAV_ServiceParameters *parameters, void *user_data)
 {
-    int *ticks = (int *)user_data;
-
     (void)parameters;
-    if (++*ticks == 5) {
+    if (++*(int *)user_data == 5) {
         TAV_UnregisterServiceCallback(on_tick);
     }
 }
@@ -196,7 +175,7 @@ static void show_services(void)
     int answered = 0;
     int ticks = 0;
 
-    page("Services");
+    puts("\nServices");
     outcome("one reply", TAV_ServiceCallWithCallback("vire://com.vire.battery/status", "{}",
                                                      on_battery, &answered, SDL_TRUE));
     handle_events(SECOND / 10, NULL);
@@ -223,7 +202,7 @@ static void show_location(void)
 {
     TAV_Location location;
 
-    page("Location");
+    puts("\nLocation");
     outcome("before it is on", TAV_GetLocation(&location));
     outcome("track", TAV_EnableLocationTracking(SDL_TRUE));
     handle_events(4 * SECOND, on_location);
@@ -235,7 +214,7 @@ static void show_actions(void)
 {
     const char *recipients[] = {"ann@example.com", "bob@example.com"};
 
-    page("Device actions");
+    puts("\nDevice actions");
     outcome("vibrate", TAV_Vibrate(100, 500));
     outcome("open port 1025", TAV_SetFirewallPortStatus(1025, SDL_TRUE));
     outcome("open port 80", TAV_SetFirewallPortStatus(80, SDL_TRUE));
@@ -246,13 +225,15 @@ static void show_actions(void)
     handle_events(SECOND, NULL);
 }
 
+/* The payment service's answer, or why there is none. */
+static void answer(const char *name, const char *json)
+{
+    row(name, json != NULL ? "%s" : "none: %s", json != NULL ? json : TAV_GetError());
+}
+
 static void show_receipt(const char *name, TAV_ItemReceipt *receipt)
 {
-    if (receipt == NULL) {
-        row(name, "none: %s", TAV_GetError());
-        return;
-    }
-    row(name, "%s", TAV_GetItemReceiptJSON(receipt));
+    answer(name, receipt != NULL ? TAV_GetItemReceiptJSON(receipt) : NULL);
     TAV_FreeItemReceipt(receipt);
 }
 
@@ -261,20 +242,12 @@ static void show_purchases(void)
     TAV_ItemCollection *items = TAV_GetAvailableItems();
     TAV_ItemInfo *item;
 
-    page("Purchases");
-    if (items != NULL) {
-        row("items", "%s", TAV_GetItemCollectionJSON(items));
-        TAV_FreeItemCollection(items);
-    } else {
-        row("items", "none: %s", TAV_GetError());
-    }
+    puts("\nPurchases");
+    answer("items", items != NULL ? TAV_GetItemCollectionJSON(items) : NULL);
+    TAV_FreeItemCollection(items);
     item = TAV_GetItemInfo("extra-levels");
-    if (item != NULL) {
-        row("one item", "%s", TAV_GetItemJSON(item));
-        TAV_FreeItemInfo(item);
-    } else {
-        row("one item", "none: %s", TAV_GetError());
-    }
+    answer("one item", item != NULL ? TAV_GetItemJSON(item) : NULL);
+    TAV_FreeItemInfo(item);
     show_receipt("receipt", TAV_PurchaseItem("extra-levels", 1, NULL));
     show_receipt("the same, asked for later", TAV_GetPendingPurchaseInfo("A-1001"));
     show_receipt("a refused one", TAV_PurchaseItem("gold-skin", 1, "from the tour"));
@@ -290,7 +263,7 @@ static void show_bridge(void)
 {
     const char *arguments[] = {"a text from the native side"};
 
-    page("JavaScript bridge");
+    puts("\nJavaScript bridge");
     outcome("call before", TAV_CallJS("show", arguments, 1));
     TAV_RegisterJSHandler("greet", on_greet);
     outcome("register", TAV_JSRegistrationComplete());
