@@ -1,19 +1,18 @@
 #include "run.h"
 
-#include <dlfcn.h>
-#include <spawn.h>
-#include <sys/wait.h>
+#include <fcntl.h>
 #include <unistd.h>
 
-#include <cerrno>
-#include <csignal>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 
-#include "simulator/interface/device.h"
+#include "environment.h"
+#include "program.h"
+#include "run_folder.h"
+#include "signals.h"
+#include "simulator/device/profile.h"
+#include "supervisor.h"
 
 namespace fs = std::filesystem;
 
@@ -22,137 +21,69 @@ namespace {
 
 constexpr int kBadSetup = 2;
 constexpr int kCannotStart = 127;
-constexpr int kDeathBySignal = 128;
 
-std::string absolutePath(const std::string& path) {
-    std::error_code problem;
-    return path.empty() ? path : fs::absolute(path, problem).string();
-}
+constexpr char kNoPreload[] =
+    "the simulated device is installed in a folder whose name holds a blank, a colon or a dollar, "
+    "and so does the temporary folder; set TMPDIR to another one";
 
-// The library that implements the device is the one that this program itself uses.
-std::string simulatorLibrary() {
-    Dl_info info;
-    const auto own = reinterpret_cast<const void*>(&tavsim::device);
-    return dladdr(own, &info) != 0 ? absolutePath(info.dli_fname) : std::string();
-}
-
-// The device's root folder for one run: the one asked for, or a fresh one that goes with the run.
-class RootFolder {
-public:
-    explicit RootFolder(const std::string& wanted)
-        : m_isFresh(wanted.empty()),
-          m_path(m_isFresh ? tavsim::makeFreshRoot() : absolutePath(wanted)) {}
-    ~RootFolder() {
-        if (m_isFresh) {
-            tavsim::removeFreshRoot(m_path);
-        }
-    }
-    RootFolder(const RootFolder&) = delete;
-    RootFolder& operator=(const RootFolder&) = delete;
-
-    const std::string& path() const { return m_path; }
-
-private:
-    bool m_isFresh;
-    std::string m_path;
-};
-
-// The device reads its set-up from the environment, so a preloaded simulator needs no more.
-void setEnvironment(const RunRequest& request, const std::string& root) {
-    const auto set = [](const char* name, const std::string& value) {
-        value.empty() ? unsetenv(name) : setenv(name, value.c_str(), 1);
-    };
-    set("TAVSIM_DEVICE", absolutePath(tavsim::profilePath(request.device)));
-    set("TAVSIM_ROOT", root);
-    set("TAVSIM_PAGE", absolutePath(request.page));
-    set("TAVSIM_JOURNAL", absolutePath(request.journal));
-    set("TAVSIM_PLUGIN", request.plugin ? "1" : "");
-    set("TAVSIM_VIRTUAL_TIME", request.virtualTime ? "1" : "");
-    set("TAVSIM_CONTROL", "1");
-    const char* others = std::getenv("LD_PRELOAD");
-    const std::string preload = simulatorLibrary();
-    set("LD_PRELOAD", others != nullptr ? preload + ":" + others : preload);
-}
-
-bool complain(const std::string& text) {
+int complain(const std::string& text, int status = kBadSetup) {
     std::fprintf(stderr, "tavsim: %s\n", text.c_str());
-    return false;
+    return status;
 }
 
-// What would only go wrong inside the program is found out before it starts.
-bool canBeSetUp(const RunRequest& request) {
+// The devices of the run append to it.
+bool emptyJournal(const std::string& path) {
+    const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+    return file >= 0 && close(file) == 0;
+}
+
+// What would only go wrong inside the program is found out before it starts. Empty when nothing is.
+std::string whyNoSetup(const RunRequest& request) {
     const std::string path = tavsim::profilePath(request.device);
     std::string error;
     if (!tavsim::readProfile(path, &error)) {
         const bool isName = path != request.device;
-        return complain(error + (isName ? " (`tavsim devices` lists those that there are)" : ""));
+        return error + (isName ? " (`tavsim devices` lists those that there are)" : "");
     }
     std::error_code problem;
     if (!request.page.empty() && !fs::is_regular_file(request.page, problem)) {
-        return complain(request.page + ": no such page script");
+        return request.page + ": no such page script";
     }
     if (!request.root.empty() && !fs::is_directory(request.root, problem) &&
         !fs::create_directories(request.root, problem)) {
-        return complain(request.root + ": the device's root folder cannot be made");
+        return request.root + ": the device's root folder cannot be made";
     }
-    const fs::path journalFolder = fs::path(absolutePath(request.journal)).parent_path();
-    if (!request.journal.empty() && !fs::is_directory(journalFolder, problem)) {
-        return complain(request.journal + ": no such folder for the journal");
-    }
-    // Devices append to it.
-    if (!request.journal.empty() && !std::ofstream(request.journal)) {
-        return complain(request.journal + ": the journal cannot be written there");
-    }
-    return true;
-}
-
-int spawn(const std::vector<std::string>& command, pid_t* process) {
-    std::vector<char*> arguments;
-    for (const std::string& argument : command) {
-        arguments.push_back(const_cast<char*>(argument.c_str()));
-    }
-    arguments.push_back(nullptr);
-    return posix_spawnp(process, arguments[0], nullptr, nullptr, arguments.data(), environ);
-}
-
-volatile pid_t g_program = 0;
-
-void passOn(int signal) {
-    kill(g_program, signal);
-}
-
-// What asks this process to end is for the program, and this one stays to clean up behind it. The
-// keyboard's signals reach the program by themselves.
-int waitFor(pid_t process) {
-    g_program = process;
-    std::signal(SIGINT, SIG_IGN);
-    std::signal(SIGQUIT, SIG_IGN);
-    std::signal(SIGTERM, passOn);
-    std::signal(SIGHUP, passOn);
-    int status = 0;
-    while (waitpid(process, &status, 0) < 0 && errno == EINTR) {}
-    return WIFSIGNALED(status) ? kDeathBySignal + WTERMSIG(status) : WEXITSTATUS(status);
+    return {};
 }
 
 }  // namespace
 
 int run(const RunRequest& request) {
-    if (!canBeSetUp(request)) {
-        return kBadSetup;
+    const Signals signals;
+    if (const std::string reason = whyNoSetup(request); !reason.empty()) {
+        return complain(reason);
     }
-    const RootFolder root(request.root);
-    if (root.path().empty()) {
-        complain(tavsim::freshRootsFolder() + ": no folder for the device can be made there");
-        return kBadSetup;
+    int problem = 0;
+    const std::string file = findProgram(request.command[0], &problem);
+    if (file.empty()) {
+        return complain(request.command[0] + ": " + std::strerror(problem), kCannotStart);
     }
-    setEnvironment(request, root.path());
-    pid_t process = 0;
-    const int problem = spawn(request.command, &process);
-    if (problem != 0) {
-        complain(request.command[0] + ": " + std::strerror(problem));
-        return kCannotStart;
+    if (const std::string reason = whyNoDevice(file); !reason.empty()) {
+        return complain(reason);
     }
-    return waitFor(process);
+    RunFolder folder(request.root);
+    if (!folder.problem().empty()) {
+        return complain(folder.problem());
+    }
+    const std::string simulator = preloadableSimulator(folder);
+    if (simulator.empty()) {
+        return complain(kNoPreload);
+    }
+    if (!request.journal.empty() && !emptyJournal(request.journal)) {
+        return complain(request.journal + ": the journal cannot be written there");
+    }
+    setEnvironment(request, folder.root(), simulator);
+    return Supervisor(request, folder, signals).run(file);
 }
 
 }  // namespace tools

@@ -14,11 +14,12 @@ struct RunRequest {
     std::string journal;
     bool plugin = false;
     bool virtualTime = false;
+    double timeout = 0;  // seconds; 0: none
     std::vector<std::string> command;
 };
 
-// The exit status for the shell: the program's own, 128 + n after a death by signal n, 127 when it
-// cannot be started, 2 when the device cannot be had.
+// The exit status for the shell: the program's own, 128 + n after a death by signal n, 124 after
+// the time-out, 127 when it cannot be started, 2 when the device cannot be had.
 int run(const RunRequest& request);
 
 }  // namespace tools

@@ -1,6 +1,7 @@
 // The command line of the simulated device.
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <charconv>
 #include <cstdio>
 #include <filesystem>
 #include <string>
@@ -16,7 +17,7 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr int kBadUsage = 2;
-constexpr double kLongestTimeout = 7 * 24 * 3600;
+constexpr double kLongestTimeout = 7 * 24 * 3600;  // seconds
 
 int complain(const std::string& text) {
     std::fprintf(stderr, "tavsim: %s\n", text.c_str());
@@ -43,6 +44,16 @@ int listDevices() {
     return 0;
 }
 
+// The problem with a number of seconds; empty when there is none.
+std::string isDuration(const std::string& text) {
+    double seconds = 0;
+    const char* const end = text.data() + text.size();
+    const auto read = std::from_chars(text.data(), end, seconds);
+    const bool isValid =
+        read.ec == std::errc() && read.ptr == end && seconds > 0 && seconds <= kLongestTimeout;
+    return isValid ? std::string() : "must be a number of seconds above 0";
+}
+
 CLI::App* addRun(CLI::App& app, tools::RunRequest* request) {
     CLI::App* run = app.add_subcommand(
         "run",
@@ -60,6 +71,9 @@ CLI::App* addRun(CLI::App& app, tools::RunRequest* request) {
                   "Let SDL_Delay cost nothing and SDL_GetTicks follow it");
     run->add_option("--journal", request->journal,
                     "Write what the program does to the device into this file");
+    run->add_option("--timeout", request->timeout,
+                    "End the program when it still runs after so many seconds")
+        ->check(isDuration);
     // Everything from the program's name on is the program's own.
     run->prefix_command();
     return run;

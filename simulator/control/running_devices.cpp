@@ -12,6 +12,7 @@
 
 #include "helper/json_writer.h"
 #include "simulator/control/socket_address.h"
+#include "simulator/device/fresh_root.h"
 #include "simulator/device/root.h"
 #include "simulator/device/running.h"
 

@@ -12,6 +12,8 @@
 
 #include "front/fixed_paths.h"
 #include "front/next.h"
+#include "simulator/device/claim.h"
+#include "simulator/device/fresh_root.h"
 
 namespace fs = std::filesystem;
 
@@ -19,7 +21,6 @@ namespace tavsim {
 namespace {
 
 constexpr char kData[] = "/data";
-constexpr int kTriesForRoot = 10;
 
 struct Root {
     std::string folder;
@@ -78,13 +79,6 @@ bool writeDatabase(const std::string& path, const std::map<std::string, std::str
     return database != nullptr && execute(database.get(), statements + "COMMIT;");
 }
 
-// In a temporary folder that everybody writes to, somebody else may have taken the name.
-bool isOwnFolder(const std::string& path) {
-    struct stat status;
-    return lstat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode) &&
-           status.st_uid == geteuid();
-}
-
 bool makeFolder(const std::string& path) {
     std::error_code problem;
     fs::create_directories(path, problem);
@@ -117,19 +111,42 @@ bool writeFiles(const Profile& profile, std::string* error) {
     return true;
 }
 
+bool takeFreshRoot(std::string* error) {
+    root() = {makeFreshRoot(kDeviceClaim), true};
+    if (root().folder.empty()) {
+        *error = freshRootsFolder() + ": the device's root folder cannot be made";
+    }
+    return !root().folder.empty();
+}
+
+bool takeRoot(const std::string& folder, std::string* error) {
+    std::error_code problem;
+    std::string path = fs::absolute(folder, problem).string();
+    if (path.size() > 1 && path.back() == '/') {
+        path.pop_back();
+    }
+    if (!makeFolder(path)) {
+        *error = folder + ": the device's root folder cannot be made";
+        return false;
+    }
+    if (claim(path, kDeviceClaim)) {
+        root() = {path, false};
+        return true;
+    }
+    // A program that one of the run started: two cannot be on one device.
+    if (isClaimed(path, kRunClaim)) {
+        return takeFreshRoot(error);
+    }
+    *error = folder + (isClaimed(path, kDeviceClaim) ? ": another program is running on this device"
+                                                     : ": the folder cannot be written");
+    return false;
+}
+
 }  // namespace
 
 bool prepareRoot(const Profile& profile, const std::string& folder, std::string* error) {
     releaseRoot();
-    std::error_code problem;
-    root().isFresh = folder.empty();
-    root().folder = folder.empty() ? makeFreshRoot() : fs::absolute(folder, problem).string();
-    if (root().folder.size() > 1 && root().folder.back() == '/') {
-        root().folder.pop_back();
-    }
-    if (root().folder.empty() || !makeFolder(root().folder)) {
-        *error = (folder.empty() ? freshRootsFolder() : folder) +
-                 ": the device's root folder cannot be made";
+    if (!(folder.empty() ? takeFreshRoot(error) : takeRoot(folder, error))) {
         return false;
     }
     return writeFiles(profile, error);
@@ -138,6 +155,8 @@ bool prepareRoot(const Profile& profile, const std::string& folder, std::string*
 void releaseRoot() {
     if (root().isFresh) {
         removeFreshRoot(root().folder);
+    } else if (!root().folder.empty() && !isClaimed(root().folder, kRunClaim)) {
+        removeClaim(root().folder, kDeviceClaim);
     }
     root() = {};
 }
@@ -146,42 +165,8 @@ const std::string& rootFolder() {
     return root().folder;
 }
 
-bool makeFreshRootsFolder() {
-    const std::string folder = freshRootsFolder();
-    std::error_code problem;
-    fs::create_directories(folder, problem);
-    if (!isOwnFolder(folder)) {
-        return false;
-    }
-    fs::permissions(folder, fs::perms::owner_all, problem);
-    return true;
-}
-
-std::string makeFreshRoot() {
-    // Another run that ends can take the folder away in between.
-    for (int tries = 0; tries < kTriesForRoot && makeFreshRootsFolder(); ++tries) {
-        std::string path = freshRootsFolder() + "/" + std::to_string(getpid()) + "-XXXXXX";
-        if (mkdtemp(path.data()) != nullptr) {
-            return path;
-        }
-    }
-    return {};
-}
-
-void removeFreshRoot(const std::string& path) {
-    if (path.empty()) {
-        return;
-    }
-    std::error_code problem;
-    fs::remove_all(path, problem);
-    // Stays where it holds the folders of other runs.
-    fs::remove(fs::path(path).parent_path(), problem);
-}
-
-std::string freshRootsFolder() {
-    std::error_code problem;
-    const fs::path temporary = fs::temp_directory_path(problem);
-    return (problem ? "/tmp" : temporary.string()) + "/tavsim-" + std::to_string(geteuid());
+bool isRootFresh() {
+    return root().isFresh;
 }
 
 bool storePreference(const std::string& key, const std::string& value) {

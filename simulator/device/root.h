@@ -9,25 +9,19 @@
 
 namespace tavsim {
 
-// Makes the folder, a fresh one when the path is empty, and in it what the profile asks for and is
-// not there yet. False, with a line in `error`, when that cannot be done.
+// Makes the folder, and in it what the profile asks for and is not there yet. It is a fresh one
+// when the path is empty, or when another program of the same run is on the device of this folder.
+// False, with a line in `error`, when that cannot be done.
 bool prepareRoot(const Profile& profile, const std::string& folder, std::string* error);
 
-// Removes the folder if prepareRoot made a fresh one.
+// Removes the folder if it is a fresh one, and leaves it to others if not.
 void releaseRoot();
 
 const std::string& rootFolder();
+bool isRootFresh();
 
 // Writes a preference, a JSON text, into the device's database; false when that is not possible.
 bool storePreference(const std::string& key, const std::string& value);
-
-// Makes a fresh, private folder for a device's files below freshRootsFolder(); empty on failure.
-TAV_PLATFORM_API std::string makeFreshRoot();
-TAV_PLATFORM_API void removeFreshRoot(const std::string& path);
-TAV_PLATFORM_API std::string freshRootsFolder();
-
-// False when there is none and none of this user's own can be made.
-bool makeFreshRootsFolder();
 
 }  // namespace tavsim
 

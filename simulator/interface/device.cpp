@@ -1,5 +1,7 @@
 #include "simulator/interface/device.h"
 
+#include <unistd.h>
+
 #include <utility>
 
 #include "helper/faults.h"
@@ -17,6 +19,19 @@
 #include "simulator/page/page.h"
 
 namespace tavsim {
+namespace {
+
+pid_t g_startedBy = 0;
+
+// A second program of a run is on a device of its own, and its journal beside the first one's.
+std::string journalFile(const Options& options) {
+    const bool isSecond = !options.root.empty() && isRootFresh();
+    return isSecond && !options.journalFile.empty()
+               ? options.journalFile + "." + std::to_string(getpid())
+               : options.journalFile;
+}
+
+}  // namespace
 
 Device& device() {
     // Never destroyed: libraries that are unloaded late still use it.
@@ -31,6 +46,7 @@ bool Device::start(Profile newProfile, const Options& options, std::string* erro
     profile = std::move(newProfile);
     startClock(options.virtualTime);
     setStarted(true);
+    g_startedBy = getpid();
     for (const Fault fault : {helper::Fault::StringAllocation, helper::Fault::Dispatch,
                               helper::Fault::HostRequest, helper::Fault::Read}) {
         helper::failNthFault(fault, 0);
@@ -39,7 +55,7 @@ bool Device::start(Profile newProfile, const Options& options, std::string* erro
         stop();
         return false;
     }
-    if (!startJournal(options.journalFile, &line)) {
+    if (!startJournal(journalFile(options), &line)) {
         stop();
         return false;
     }
@@ -117,9 +133,12 @@ bool startDevice(Profile newProfile, const Options& options, std::string* error)
 
 namespace {
 
-// The device ends with the process: its page, its socket and its fresh root folder.
+// The device ends with the process: its page, its socket and its fresh root folder. It is not a
+// fork's to end.
 __attribute__((destructor)) void stopAtExit() {
-    device().stop();
+    if (getpid() == g_startedBy) {
+        device().stop();
+    }
 }
 
 }  // namespace

@@ -1,5 +1,10 @@
-/* Shows the keyboard, asks a service and runs until it is asked to quit, or for a minute. */
+/* Shows the keyboard, asks a service and runs until it is asked to quit, or for a minute. With the
+   argument "fork" it first starts a process that ends at once. */
 #include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include "SDL.h"
 #include "tav.h"
@@ -11,8 +16,6 @@ int main(int argc, char *argv[])
 {
     int waited;
 
-    (void)argc;
-    (void)argv;
     if (SDL_Init(SDL_INIT_VIDEO) != 0) {
         fprintf(stderr, "SDL does not start: %s\n", SDL_GetError());
         return 2;
@@ -20,6 +23,12 @@ int main(int argc, char *argv[])
     TAV_Init(0);
     TAV_SetKeyboardState(SDL_TRUE);
     TAV_ServiceCall("vire://com.vire.battery/status", "{\"from\":\"wait_for_quit\"}");
+    if (argc > 1 && strcmp(argv[1], "fork") == 0) {
+        if (fork() == 0) {
+            exit(0);
+        }
+        wait(NULL);
+    }
     for (waited = 0; waited < LONGEST; waited += STEP) {
         SDL_Event event;
         while (SDL_PollEvent(&event)) {

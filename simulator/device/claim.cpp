@@ -1,0 +1,117 @@
+#include "simulator/device/claim.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <climits>
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+#include <thread>
+
+extern "C" {  // which the header itself lacks
+#include <sys/pidfd.h>
+}
+
+namespace tavsim {
+namespace {
+
+constexpr int kTriesToLock = 200;
+constexpr std::chrono::milliseconds kBetweenTries(10);
+constexpr int kStartTime = 22;  // the field of /proc/PID/stat
+
+std::string readLink(int folder, const char* name) {
+    char text[PATH_MAX];
+    const ssize_t length = readlinkat(folder, name, text, sizeof text);
+    return std::string(text, length > 0 ? static_cast<size_t>(length) : 0);
+}
+
+// When the process started, which no later process of that number has in common with it; empty
+// when it has ended.
+std::string startTime(pid_t process) {
+    std::ifstream file("/proc/" + std::to_string(process) + "/stat");
+    std::string text;
+    // The second field is a name in parentheses, which may hold anything.
+    std::getline(file, text, '\0');
+    std::istringstream fields(text.substr(text.rfind(')') + 1));
+    std::string field;
+    fields >> field;
+    const bool hasEnded = field == "Z" || field == "X";
+    for (int n = 3; n < kStartTime; ++n) {
+        fields >> field;
+    }
+    return fields && !hasEnded ? field : std::string();
+}
+
+// Numbers of processes mean nothing in another namespace, such as a container that shares /tmp.
+std::string processNamespace() {
+    return readLink(AT_FDCWD, "/proc/self/ns/pid");
+}
+
+std::string nameOf(pid_t process) {
+    return std::to_string(process) + ' ' + startTime(process) + ' ' + processNamespace();
+}
+
+// The process that a claim names, if it does.
+pid_t claimant(const std::string& text) {
+    return static_cast<pid_t>(std::strtol(text.c_str(), nullptr, 10));
+}
+
+// Where that cannot be told, the process lives.
+bool lives(const std::string& text) {
+    const std::string space = text.substr(text.rfind(' ') + 1);
+    return !text.empty() && (space != processNamespace() || text == nameOf(claimant(text)));
+}
+
+}  // namespace
+
+LockedFolder::LockedFolder(const std::string& path)
+    : m_folder(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
+    for (int tries = 0; m_folder.isOurs() && flock(m_folder.number(), LOCK_EX | LOCK_NB) != 0;
+         ++tries) {
+        if (tries == kTriesToLock) {
+            m_folder = {};
+            return;
+        }
+        std::this_thread::sleep_for(kBetweenTries);
+    }
+}
+
+bool claim(const std::string& folder, const char* name) {
+    const LockedFolder locked(folder);
+    const std::string before = readLink(locked.descriptor(), name);
+    const std::string own = nameOf(getpid());
+    if (before == own) {
+        return true;
+    }
+    if (lives(before)) {
+        return false;
+    }
+    unlinkat(locked.descriptor(), name, 0);
+    return symlinkat(own.c_str(), locked.descriptor(), name) == 0;
+}
+
+void removeClaim(const std::string& folder, const char* name) {
+    const LockedFolder locked(folder);
+    const std::string there = readLink(locked.descriptor(), name);
+    if (!lives(there) || there == nameOf(getpid())) {
+        unlinkat(locked.descriptor(), name, 0);
+    }
+}
+
+bool isClaimed(const std::string& folder, const char* name) {
+    return lives(readLink(AT_FDCWD, (folder + "/" + name).c_str()));
+}
+
+void signalClaimant(const std::string& folder, const char* name, int signal, pid_t except) {
+    const std::string there = readLink(AT_FDCWD, (folder + "/" + name).c_str());
+    // Opened first, so that no other process can come by the number before it is compared.
+    const helper::Descriptor process(pidfd_open(claimant(there), 0));
+    if (claimant(there) != except && process.isOurs() && there == nameOf(claimant(there))) {
+        pidfd_send_signal(process.number(), signal, nullptr, 0);
+    }
+}
+
+}  // namespace tavsim

@@ -1,0 +1,89 @@
+#include "simulator/device/fresh_root.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <vector>
+
+#include "simulator/device/claim.h"
+
+namespace fs = std::filesystem;
+
+namespace tavsim {
+namespace {
+
+constexpr int kTries = 10;
+
+// In a temporary folder that everybody writes to, somebody else may have taken the name.
+bool isOwnFolder(const std::string& path) {
+    struct stat status;
+    return lstat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode) &&
+           status.st_uid == geteuid();
+}
+
+void removeStaleRoots(const std::string& parent) {
+    std::error_code problem;
+    std::vector<std::string> stale;
+    for (fs::directory_iterator at(parent, problem), end; !problem && at != end;
+         at.increment(problem)) {
+        const std::string& path = at->path();
+        if (!isClaimed(path, kRunClaim) && !isClaimed(path, kDeviceClaim)) {
+            stale.push_back(path);
+        }
+    }
+    for (const std::string& path : stale) {
+        fs::remove_all(path, problem);
+    }
+}
+
+}  // namespace
+
+std::string freshRootsFolder() {
+    std::error_code problem;
+    const fs::path temporary = fs::temp_directory_path(problem);
+    return (problem ? "/tmp" : temporary.string()) + "/tavsim-" + std::to_string(geteuid());
+}
+
+bool makeFreshRootsFolder() {
+    const std::string folder = freshRootsFolder();
+    std::error_code problem;
+    fs::create_directories(folder, problem);
+    if (!isOwnFolder(folder)) {
+        return false;
+    }
+    fs::permissions(folder, fs::perms::owner_all, problem);
+    return true;
+}
+
+std::string makeFreshRoot(const char* claimName) {
+    const std::string parent = freshRootsFolder();
+    // Another run that ends can take the parent away in between.
+    for (int tries = 0; tries < kTries && makeFreshRootsFolder(); ++tries) {
+        // As long as it is locked, a folder without a claim is not one that is just being made.
+        const LockedFolder locked(parent);
+        if (locked.descriptor() < 0) {
+            continue;
+        }
+        removeStaleRoots(parent);
+        std::string path = parent + "/" + std::to_string(getpid()) + "-XXXXXX";
+        if (mkdtemp(path.data()) == nullptr) {
+            continue;
+        }
+        if (claim(path, claimName)) {
+            return path;
+        }
+        removeFreshRoot(path);
+    }
+    return {};
+}
+
+void removeFreshRoot(const std::string& path) {
+    std::error_code problem;
+    fs::remove_all(path, problem);
+    // Stays where it holds the folders of other runs.
+    fs::remove(fs::path(path).parent_path(), problem);
+}
+
+}  // namespace tavsim

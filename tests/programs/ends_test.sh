@@ -1,0 +1,137 @@
+#!/usr/bin/env bash
+# How runs end, whoever ends them, and what becomes of their folders and of the processes in them.
+source "$(dirname "$0")/check.sh"
+waits=$programs/wait_for_quit
+
+# Starts a run in the background and waits until its program is on the device.
+start() {
+    "$tavsim" run "$@" >"$work/said" 2>"$work/told" &
+    runner=$!
+    wait_until "$tavsim" ctl state
+    program=$(cd "$TMPDIR"/tavsim-*/* && readlink .device)
+    program=${program%% *}
+}
+
+# expect_end STATUS OUTPUT ERRORS: of that run.
+expect_end() {
+    status=0
+    wait "$runner" 2>/dev/null || status=$?
+    command='the run' out=$(<"$work/said") err=$(<"$work/told")
+    expect "$@"
+}
+
+is_gone() { [[ $(ps -o stat= -p "$1") != [^Z]* ]]; }
+nothing_is_left() { [ -z "$(find "$TMPDIR" -mindepth 1)" ]; }
+
+run "$tavsim" run "$programs/service_reply"
+expect 0 $'*\npercent 72' ''
+expect_nothing_left 'a program with a device'
+
+start "$waits"
+kill -KILL "$program"
+expect_end 137 '' "tavsim: $waits: ended by SIGKILL *"
+expect_nothing_left 'a killed program'
+
+# A run that is asked to end hands that on to its program, for which SDL makes it a quit event; and
+# to the one on the device, where a script has started that.
+printf '#!/bin/sh\n%s\nexit 3\n' "$waits" >"$work/script"
+chmod +x "$work/script"
+while read -r what signal expected; do
+    start "$what"
+    kill -"$signal" "$runner"
+    expect_end "$expected" '*' ''
+    is_gone "$program" || fail "$what: still runs after SIG$signal"
+    expect_nothing_left 'a run that was asked to end'
+done <<EOF
+$waits TERM 0
+$waits HUP 129
+$work/script TERM 143
+EOF
+
+# No request is lost while the run or its program starts.
+for ((n = 0; n < 20; ++n)); do
+    "$tavsim" run "$waits" >/dev/null 2>&1 &
+    runner=$!
+    kill -TERM "$runner"
+    status=0
+    wait "$runner" || status=$?
+    [[ $status -eq 0 || $status -eq 143 ]] || fail "a run asked to end at once: status $status"
+done
+expect_nothing_left 'runs that were asked to end at once'
+
+# A second request kills a program that does not listen.
+"$tavsim" run "$programs/ends" stubborn >"$work/said" 2>"$work/told" &
+runner=$!
+wait_until grep -q ready "$work/said"
+has_ended_when_asked() {
+    kill -TERM "$runner" 2>/dev/null
+    ! kill -0 "$runner" 2>/dev/null
+}
+wait_until has_ended_when_asked
+expect_end 137 ready "tavsim: $programs/ends: was asked *second time*"$'\n''*did not use*'
+
+# The time-out: first politely.
+run "$tavsim" run --timeout 0.3 "$waits"
+expect 124 '*' "tavsim: $waits: ended after 0.3 seconds*"
+deaf() { (trap '' TERM && exec "$@"); }
+run deaf "$tavsim" run --timeout 0.1 "$programs/ends" stubborn
+expect 124 ready 'tavsim: *: ended after 0.1 seconds*'$'\n''*did not use*'
+run "$tavsim" run --timeout 600 "$programs/ends" status 5
+expect 5 '' '*did not use*'
+expect_nothing_left 'runs with a time-out'
+
+# A run that is killed takes the program and the folder along.
+for what in "$waits" "$work/script"; do
+    start "$what"
+    kill -KILL "$runner"
+    wait "$runner" 2>/dev/null || true
+    wait_until nothing_is_left
+    is_gone "$program" || fail "$what: the program outlives a run that was killed"
+done
+
+# A fork that ends leaves the device alone.
+start "$waits" fork
+run "$tavsim" ctl state
+[ "$status" -eq 0 ] || fail "the device of a program that forks: $err"
+"$tavsim" ctl quit
+expect_end 0 quit ''
+expect_nothing_left 'a program that forks'
+
+# Of two programs in one run that are there at once, each has a device and a journal; one after the
+# other they are on the same device.
+cat >"$work/both" <<EOF
+#!/bin/sh
+"$programs/service_reply"
+"$waits" &
+until "$tavsim" ctl state; do :; done >/dev/null 2>&1
+"$programs/service_reply"
+"$tavsim" ctl --root "\$TAVSIM_ROOT" quit
+wait
+EOF
+chmod +x "$work/both"
+run "$tavsim" run --journal "$work/journal" "$work/both"
+expect 0 $'*\npercent 72\n*\npercent 72\nquit' ''
+registrations() { cat "$@" | grep -c NApp_registerTAV; }
+[ "$(registrations "$work/journal")" -eq 2 ] || fail "the journal: $(<"$work/journal")"
+[ "$(registrations "$work/journal".*)" -eq 1 ] || fail "the journals: $(ls "$work")"
+expect_nothing_left 'two programs'
+
+# A run tidies up behind programs that were killed, follows no link, and leaves alone what lives.
+mkdir "$work/precious"
+touch "$work/precious/file"
+TAVSIM_CONTROL=1 "$waits" >/dev/null &
+killed=$!
+wait_until "$tavsim" ctl state
+stale=$(echo "$TMPDIR"/tavsim-*/*)
+ln -s "$work/precious" "$stale/data/link"
+kill -KILL "$killed"
+wait "$killed" 2>/dev/null || true
+start "$waits"
+[ ! -e "$stale" ] || fail 'the folder of a killed program is still there'
+[ -f "$work/precious/file" ] || fail 'a link was followed'
+run "$tavsim" run "$programs/service_reply"
+expect 0 $'*\npercent 72' ''
+run "$tavsim" ctl quit
+expect 0 '' ''
+expect_end 0 quit ''
+expect_nothing_left 'tidying up'

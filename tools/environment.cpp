@@ -1,0 +1,76 @@
+#include "environment.h"
+
+#include <dlfcn.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+
+#include "simulator/interface/device.h"
+
+namespace fs = std::filesystem;
+
+namespace tools {
+namespace {
+
+constexpr char kLinkName[] = "libtavsim.so";
+// AddressSanitizer minds that anything is preloaded in front of it, and works all the same.
+constexpr char kSanitizerOption[] = "verify_asan_link_order=0";
+
+bool canBePreloaded(const std::string& path) {
+    // Blanks and colons separate names, and a dollar begins what the dynamic linker fills in.
+    return !path.empty() && path.find_first_of(" :$") == std::string::npos;
+}
+
+// The library that this program itself uses.
+std::string simulatorLibrary() {
+    Dl_info info;
+    const auto* const own = reinterpret_cast<const void*>(&tavsim::device);
+    return dladdr(own, &info) != 0 ? absolutePath(info.dli_fname) : std::string();
+}
+
+void set(const char* name, const std::string& value) {
+    value.empty() ? unsetenv(name) : setenv(name, value.c_str(), 1);
+}
+
+std::string join(const std::string& first, const std::string& second) {
+    return first + (first.empty() || second.empty() ? "" : ":") + second;
+}
+
+std::string userValue(const char* name) {
+    const char* value = std::getenv(name);
+    return value != nullptr ? value : std::string();
+}
+
+}  // namespace
+
+std::string absolutePath(const std::string& path) {
+    std::error_code problem;
+    return path.empty() ? path : fs::absolute(path, problem).string();
+}
+
+std::string preloadableSimulator(RunFolder& folder) {
+    std::string library = simulatorLibrary();
+    if (canBePreloaded(library)) {
+        return library;
+    }
+    const std::string& fresh = folder.freshFolder();
+    std::string link = fresh.empty() ? fresh : fresh + "/" + kLinkName;
+    const bool isLinked = canBePreloaded(link) && symlink(library.c_str(), link.c_str()) == 0;
+    return isLinked ? link : std::string();
+}
+
+void setEnvironment(const RunRequest& request, const std::string& root,
+                    const std::string& simulator) {
+    set("TAVSIM_DEVICE", absolutePath(tavsim::profilePath(request.device)));
+    set("TAVSIM_ROOT", root);
+    set("TAVSIM_PAGE", absolutePath(request.page));
+    set("TAVSIM_JOURNAL", absolutePath(request.journal));
+    set("TAVSIM_PLUGIN", request.plugin ? "1" : "");
+    set("TAVSIM_VIRTUAL_TIME", request.virtualTime ? "1" : "");
+    set("TAVSIM_CONTROL", "1");
+    set("LD_PRELOAD", join(simulator, userValue("LD_PRELOAD")));
+    set("ASAN_OPTIONS", join(userValue("ASAN_OPTIONS"), kSanitizerOption));
+}
+
+}  // namespace tools

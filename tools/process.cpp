@@ -1,0 +1,81 @@
+#include "process.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+extern "C" {  // which the header itself lacks
+#include <sys/pidfd.h>
+}
+
+namespace tools {
+namespace {
+
+constexpr int kNotExecuted = 127;
+
+// What the words are in C, for the program.
+std::vector<char*> pointersTo(const std::vector<std::string>& words) {
+    std::vector<char*> pointers;
+    pointers.reserve(words.size() + 1);
+    for (const std::string& word : words) {
+        pointers.push_back(const_cast<char*>(word.c_str()));
+    }
+    pointers.push_back(nullptr);
+    return pointers;
+}
+
+[[noreturn]] void become(const std::string& file, const std::vector<std::string>& words,
+                         pid_t parent, int report, const Signals& signals) {
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    if (getppid() == parent) {
+        signals.restore();
+        execv(file.c_str(), pointersTo(words).data());
+        const int problem = errno;
+        [[maybe_unused]] const ssize_t written = write(report, &problem, sizeof problem);
+    }
+    _exit(kNotExecuted);
+}
+
+}  // namespace
+
+int Process::start(const std::string& file, const std::vector<std::string>& words,
+                   const Signals& signals) {
+    // Closed when the program is executed, and written to when it cannot be.
+    int report[2];
+    if (pipe2(report, O_CLOEXEC) != 0) {
+        return errno;
+    }
+    const pid_t parent = getpid();
+    m_id = fork();
+    if (m_id == 0) {
+        become(file, words, parent, report[1], signals);
+    }
+    int problem = m_id < 0 ? errno : 0;
+    close(report[1]);
+    m_handle = m_id > 0 ? pidfd_open(m_id, 0) : -1;
+    if (m_id > 0 && read(report[0], &problem, sizeof problem) > 0) {
+        waitpid(m_id, nullptr, 0);
+    }
+    close(report[0]);
+    return problem;
+}
+
+bool Process::hasEnded() {
+    return waitpid(m_id, &m_status, WNOHANG) == m_id;
+}
+
+void Process::send(int signal) const {
+    kill(m_id, signal);
+}
+
+void Process::killAsStranger() const {
+    pidfd_send_signal(m_handle, SIGKILL, nullptr, 0);
+    pollfd end = {m_handle, POLLIN, 0};
+    poll(&end, 1, -1);
+}
+
+}  // namespace tools

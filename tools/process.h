@@ -1,0 +1,40 @@
+// The program as a process.
+#ifndef TAV_TOOLS_PROCESS_H
+#define TAV_TOOLS_PROCESS_H
+
+#include <sys/types.h>
+
+#include <string>
+#include <vector>
+
+#include "signals.h"
+
+namespace tools {
+
+// A child that is killed when this process is.
+class Process {
+public:
+    // The words are the program's name and its arguments. Returns an error number.
+    int start(const std::string& file, const std::vector<std::string>& words,
+              const Signals& signals);
+
+    pid_t id() const { return m_id; }
+
+    // Whether it has ended, and as waitpid() tells it.
+    bool hasEnded();
+    int status() const { return m_status; }
+
+    void send(int signal) const;
+
+    // For a process that is not its parent: kills it, and waits until it is gone.
+    void killAsStranger() const;
+
+private:
+    pid_t m_id = 0;
+    int m_handle = -1;
+    int m_status = 0;
+};
+
+}  // namespace tools
+
+#endif

@@ -1,0 +1,66 @@
+#include "run_folder.h"
+
+#include <filesystem>
+#include <utility>
+
+#include "environment.h"
+#include "simulator/device/claim.h"
+#include "simulator/device/fresh_root.h"
+
+namespace fs = std::filesystem;
+
+namespace tools {
+
+RunFolder::RunFolder(const std::string& wanted) {
+    if (wanted.empty()) {
+        m_root = freshFolder();
+        if (m_root.empty()) {
+            m_problem = tavsim::freshRootsFolder() + ": no folder for the device can be made there";
+        }
+        return;
+    }
+    const std::string path = absolutePath(wanted);
+    tavsim::removeClaim(path, tavsim::kDeviceClaim);  // of a program that was killed
+    if (tavsim::isClaimed(path, tavsim::kDeviceClaim) ||
+        tavsim::isClaimed(path, tavsim::kRunClaim)) {
+        m_problem = wanted + ": another program is running on this device";
+    } else if (!tavsim::claim(path, tavsim::kRunClaim)) {
+        m_problem = wanted + ": the device's root folder cannot be written";
+    } else {
+        m_root = path;
+    }
+}
+
+const std::string& RunFolder::freshFolder() {
+    if (m_fresh.empty()) {
+        m_fresh = tavsim::makeFreshRoot(tavsim::kRunClaim);
+    }
+    return m_fresh;
+}
+
+bool RunFolder::wasUsed() const {
+    std::error_code unknown;
+    return fs::is_symlink(m_root + "/" + tavsim::kDeviceClaim, unknown);
+}
+
+bool RunFolder::isInUse() const {
+    return tavsim::isClaimed(m_root, tavsim::kDeviceClaim);
+}
+
+void RunFolder::signalProgram(int signal, pid_t except) const {
+    tavsim::signalClaimant(m_root, tavsim::kDeviceClaim, signal, except);
+}
+
+void RunFolder::release() {
+    const std::string used = std::exchange(m_root, {});
+    const std::string fresh = std::exchange(m_fresh, {});
+    if (!fresh.empty() && !tavsim::isClaimed(fresh, tavsim::kDeviceClaim)) {
+        tavsim::removeFreshRoot(fresh);
+    }
+    if (!used.empty() && used != fresh) {
+        tavsim::removeClaim(used, tavsim::kDeviceClaim);
+        tavsim::removeClaim(used, tavsim::kRunClaim);
+    }
+}
+
+}  // namespace tools

@@ -1,0 +1,47 @@
+// A run, from the start of its program to its end.
+#ifndef TAV_TOOLS_SUPERVISOR_H
+#define TAV_TOOLS_SUPERVISOR_H
+
+#include <string>
+
+#include "process.h"
+#include "run.h"
+#include "run_folder.h"
+#include "signals.h"
+
+namespace tools {
+
+class Supervisor {
+public:
+    Supervisor(const RunRequest& request, RunFolder& folder, const Signals& signals)
+        : m_request(request), m_folder(folder), m_signals(signals) {}
+
+    // Starts the program, stays until it has ended, and tells what there is to tell about that.
+    // The exit status of the run.
+    int run(const std::string& file);
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    void waitForEnd();
+    void passOn(const siginfo_t& signal);
+    void endInTime();
+    void endOthers();
+    void waitUntilUnused() const;
+    void sendAll(int signal) const;
+    int tellEnd() const;
+    void say(const std::string& text) const;
+
+    const RunRequest& m_request;
+    RunFolder& m_folder;
+    const Signals& m_signals;
+    Process m_process;
+    Signals::Moment m_limit;       // when the program is ended next, at first politely
+    Signals::Moment m_askedToEnd;  // when the last request to end came that may be repeated
+    bool m_isTimedOut = false;
+    bool m_isKilled = false;
+};
+
+}  // namespace tools
+
+#endif
