@@ -72,3 +72,9 @@ uid_t front_getuid() {
     static const auto real = front::nextFunction<uid_t()>("getuid");
     return front::deviceUser(real());
 }
+
+// The library's own calls come by a second name of the same functions.
+#define TAV_FRONT_DEFINE_FOR_LIBRARY(name)                                                       \
+    extern "C" TAV_PLATFORM_API decltype(front_##name) front_wrapped_##name asm("__wrap_" #name) \
+        __attribute__((alias(#name)));
+TAV_FRONT_LIBRARY_FUNCTIONS(TAV_FRONT_DEFINE_FOR_LIBRARY)

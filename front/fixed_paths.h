@@ -11,6 +11,9 @@ inline constexpr char kTemplates[] = "/usr/vire/ks2/templates";
 inline constexpr char kRescanProgram[] = "/usr/bin/ks-control";
 inline constexpr char kRescanCommand[] = "/usr/bin/ks-control scan-services";
 
+// Where nothing can be: what a path that is refused leads to.
+inline constexpr char kNowhere[] = "/dev/null/none";
+
 // Whether a path is one of these, or below one that is a folder.
 bool isDevicePath(const char* path);
 

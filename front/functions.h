@@ -53,14 +53,22 @@
     ROW(__lstat64_time64,   int, (const char* path, void* status), (path, status))                 \
     ROW(__fstatat64_time64, int, (int folder, const char* path, void* status, int flags),          \
                                  (folder, path, status, flags))
+#define TAV_FRONT_TIME64_LIBRARY_FUNCTIONS(NAME) NAME(__stat64_time64)
 #else
 #define TAV_FRONT_TIME64_FUNCTIONS(ROW)
+#define TAV_FRONT_TIME64_LIBRARY_FUNCTIONS(NAME)
 #endif
 
 // Functions that do more than that, each defined where it belongs.
 #define TAV_FRONT_OTHER_FUNCTIONS(NAME)                                                            \
     NAME(mkdir) NAME(system) NAME(getuid)                                                          \
     NAME(SDL_PumpEvents) NAME(SDL_PollEvent) NAME(SDL_WaitEvent)
+
+// Those of them that the library itself calls. It is linked so that its calls have names of their own
+// (--wrap), which no other library has.
+#define TAV_FRONT_LIBRARY_FUNCTIONS(NAME)                                                          \
+    NAME(fopen) NAME(fopen64) NAME(stat) NAME(stat64) NAME(mkdir) NAME(system) NAME(getuid)        \
+    NAME(sqlite3_open) TAV_FRONT_TIME64_LIBRARY_FUNCTIONS(NAME)
 
 // clang-format on
 

@@ -6,9 +6,10 @@
 
 #include "helper/faults.h"
 #include "platform/hkscaller.h"
+#include "platform/napp.h"
 #include "simulator/bus/services.h"
 #include "simulator/device/clock.h"
-#include "simulator/device/in_front.h"
+#include "simulator/device/edge.h"
 #include "simulator/device/journal.h"
 #include "simulator/device/queue.h"
 #include "simulator/device/running.h"
@@ -107,28 +108,29 @@ bool refusesDispatch(const std::string& uri) {
 }
 
 int dispatch(Kind kind, const char* uri, const char* payload, bool option,
-             HKSReplyFunction replyFunction, void* context) {
+             HKSReplyFunction replyFunction, void* context) try {
     running();
     Call call{uri != nullptr ? uri : "", payload != nullptr ? payload : "", kind, replyFunction,
               context};
-    const bool refused = refusesDispatch(call.uri);
-    const int token = refused ? -1 : ++bus().lastToken;
+    const bool isRefused = refusesDispatch(call.uri);
+    const int token = isRefused ? -1 : ++bus().lastToken;
     JournalEntry("bus", kKindNames[static_cast<int>(kind)])
         .member("uri", uri)
         .member("payload", payload)
         .member("option", option)
-        .outcome(refused ? "refused" : "token " + std::to_string(token));
-    if (refused) {
+        .outcome(isRefused ? "refused" : "token " + std::to_string(token));
+    if (isRefused) {
         return token;
     }
     const Answer answer = answerTo(call);
     if (kind == Kind::OneWay) {
         return token;
     }
-    warnIfNotInFront();
     scheduleReplies(token, call, answer, after(now(), answer.delay));
     bus().open.emplace(token, std::move(call));
     return token;
+} catch (...) {
+    return refused(-1);
 }
 
 }  // namespace
@@ -186,10 +188,17 @@ int HKSCaller::ksCallWithSubscription(const char* uri, const char* payload, bool
                             context);
 }
 
-void HKSCaller::ksCancelCall(int token) {
+void HKSCaller::ksCancelCall(int token) try {
     tavsim::running();
     const bool wasOpen = tavsim::bus().open.erase(token) != 0;
     tavsim::JournalEntry("bus", "cancel")
         .member("token", token)
         .outcome(wasOpen ? "cancelled" : "no such call");
+} catch (...) {
+    tavsim::refuseOrEnd();
+}
+
+HKSCaller* NApp_GetKSCaller() {
+    static HKSCaller caller;
+    return &caller;
 }

@@ -8,6 +8,7 @@
 #include "helper/end_program.h"
 #include "helper/line_file.h"
 #include "simulator/device/clock.h"
+#include "simulator/device/edge.h"
 
 namespace tavsim {
 namespace {
@@ -56,10 +57,12 @@ JournalEntry::JournalEntry(const char* kind, const char* what) {
     m_line.beginObject().member("at", now()).member("kind", kind).member("what", what);
 }
 
-JournalEntry::~JournalEntry() {
+JournalEntry::~JournalEntry() try {
     std::string line = m_line.endObject().take();
     write(line);
     keep(std::move(line));
+} catch (...) {
+    endProgramByException();
 }
 
 JournalEntry& JournalEntry::texts(const char* key, const char* const* values, int count) {

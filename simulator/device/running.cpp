@@ -2,10 +2,14 @@
 
 #include <dlfcn.h>
 
+#include <atomic>
+#include <cstdio>
 #include <cstdlib>
 
+#include "front/in_front.h"
 #include "helper/end_program.h"
 #include "helper/faults.h"
+#include "simulator/device/edge.h"
 
 namespace tavsim {
 namespace {
@@ -17,6 +21,41 @@ bool g_started = false;
 std::string environment(const char* name, const char* otherwise = "") {
     const char* value = std::getenv(name);
     return value != nullptr ? value : otherwise;
+}
+
+// Also where a program loads the library by itself, and its names are known to nobody else.
+bool usesLibrary() {
+    return dlsym(RTLD_DEFAULT, "TAV_Init") != nullptr ||
+           dlopen(TAV_LIBRARY, RTLD_LAZY | RTLD_NOLOAD) != nullptr;
+}
+
+// Behind the functions of SDL and libc, nothing would keep the program off this machine's files,
+// and nothing would ever be delivered.
+bool saysWhetherInFront() {
+    const char* overtaken = front::firstOvertaken();
+    if (overtaken != nullptr) {
+        std::fprintf(stderr,
+                     "tavsim: this program finds %s and others before the simulated device, which "
+                     "therefore refuses to work. Run it with `tavsim run`, or link it with the "
+                     "output of `pkg-config --libs tav` before SDL.\n",
+                     overtaken);
+    }
+    return overtaken == nullptr;
+}
+
+void startFromEnvironment() {
+    Profile newProfile;
+    Options options;
+    std::string error;
+    if (!environmentSetup(&newProfile, &options, &error) ||
+        !startDevice(std::move(newProfile), options, &error)) {
+        helper::endProgram(error);
+    }
+    const std::string fault = environment("TAVSIM_FAIL");
+    if (!fault.empty() && !helper::setFaultFromText(fault)) {
+        helper::endProgram("TAVSIM_FAIL: \"" + fault +
+                           "\" is not allocation, dispatch, host or read, a colon and a number");
+    }
 }
 
 }  // namespace
@@ -40,8 +79,11 @@ bool environmentSetup(Profile* newProfile, Options* options, std::string* error)
 }
 
 bool isWanted() {
-    static const bool usesLibrary = dlsym(RTLD_DEFAULT, "TAV_Init") != nullptr;
-    return g_started || usesLibrary;
+    static std::atomic<bool> isUsed = false;
+    if (!g_started && !isUsed) {
+        isUsed = usesLibrary();
+    }
+    return g_started || isUsed;
 }
 
 Profile& profile() {
@@ -54,18 +96,11 @@ Profile& running() {
     if (g_started) {
         return profile();
     }
-    Profile newProfile;
-    Options options;
-    std::string error;
-    if (!environmentSetup(&newProfile, &options, &error) ||
-        !startDevice(std::move(newProfile), options, &error)) {
-        helper::endProgram(error);
+    static const bool isInFront = saysWhetherInFront();
+    if (!isInFront) {
+        throw NotInFront();
     }
-    const std::string fault = environment("TAVSIM_FAIL");
-    if (!fault.empty() && !helper::setFaultFromText(fault)) {
-        helper::endProgram("TAVSIM_FAIL: \"" + fault +
-                           "\" is not allocation, dispatch, host or read, a colon and a number");
-    }
+    startFromEnvironment();
     return profile();
 }
 

@@ -8,6 +8,7 @@
 
 #include "front/fixed_paths.h"
 #include "helper/faults.h"
+#include "simulator/device/edge.h"
 #include "simulator/device/journal.h"
 #include "simulator/device/root.h"
 #include "simulator/device/running.h"
@@ -18,6 +19,10 @@ namespace tavsim {
 namespace {
 
 constexpr uid_t kOrdinaryUser = 1000;
+
+uid_t ordinaryUser(uid_t user) {
+    return user != 0 ? user : kOrdinaryUser;
+}
 
 std::string shellQuoted(const std::string& text) {
     std::string quoted = "'";
@@ -42,7 +47,7 @@ long countFiles(const std::string& folder) {
 
 namespace front {
 
-std::optional<std::string> placeOf(const char* devicePath) {
+std::optional<std::string> placeOf(const char* devicePath) try {
     if (!tavsim::isWanted()) {
         return std::nullopt;
     }
@@ -52,19 +57,23 @@ std::optional<std::string> placeOf(const char* devicePath) {
     const bool unreadable =
         std::string_view(devicePath) == kUniqueId && helper::faultStrikes(helper::Fault::Read);
     return unreadable ? root : root + devicePath;
+} catch (...) {
+    return tavsim::refused(kNowhere);
 }
 
-uid_t deviceUser(uid_t realUser) {
+uid_t deviceUser(uid_t realUser) try {
     if (!tavsim::isWanted()) {
         return realUser;
     }
     if (tavsim::running().root) {
         return 0;
     }
-    return realUser != 0 ? realUser : tavsim::kOrdinaryUser;
+    return tavsim::ordinaryUser(realUser);
+} catch (...) {
+    return tavsim::refused(tavsim::ordinaryUser(realUser));
 }
 
-std::optional<int> rescan(int (*realSystem)(const char* command)) {
+std::optional<int> rescan(int (*realSystem)(const char* command)) try {
     if (!tavsim::isWanted()) {
         return std::nullopt;
     }
@@ -79,6 +88,8 @@ std::optional<int> rescan(int (*realSystem)(const char* command)) {
     const long found = tavsim::countFiles(roles + "/pub") + tavsim::countFiles(roles + "/prv");
     tavsim::JournalEntry("bus", "rescan").member("roles", found).outcome("rescanned");
     return 0;
+} catch (...) {
+    return tavsim::refused(-1);
 }
 
 }  // namespace front

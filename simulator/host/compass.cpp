@@ -3,7 +3,6 @@
 #include <cmath>
 
 #include "simulator/device/clock.h"
-#include "simulator/device/in_front.h"
 #include "simulator/device/journal.h"
 #include "simulator/device/queue.h"
 #include "simulator/device/running.h"
@@ -58,9 +57,6 @@ void enableCompass(bool enable) {
     }
     g_enabled = enable;
     ++g_run;
-    if (enable) {
-        warnIfNotInFront();
-    }
     if (enable && hasReadings()) {
         g_enabledAt = now();
         scheduleReading(after(g_enabledAt, profile().compass.interval), g_run);

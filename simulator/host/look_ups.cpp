@@ -1,4 +1,4 @@
-// The native-application host, the preferences library, the machine name, and SDL's hooks.
+// What the host, the preferences library, the helper library and SDL's hooks know of the device.
 #include <glib.h>
 #include <limits.h>
 #include <simdjson.h>
@@ -12,12 +12,10 @@
 #include "platform/kpsystem.h"
 #include "platform/napp.h"
 #include "platform/sdl_nimbo.h"
+#include "simulator/device/edge.h"
 #include "simulator/device/journal.h"
 #include "simulator/device/root.h"
 #include "simulator/device/running.h"
-#include "simulator/device/state.h"
-#include "simulator/host/compass.h"
-#include "simulator/host/host.h"
 
 namespace tavsim {
 namespace {
@@ -87,56 +85,29 @@ const char* lookUpOutcome(const std::string* value) {
     return value != nullptr ? "found" : "not found";
 }
 
-int accepted(bool accepts) {
-    return accepts ? 1 : 0;
-}
-
-// One switch of the device's SDL: recorded with the value as it came.
-int switchHook(const char* hook, const char* name, int enable) {
-    const bool accepts = hostAccepts(name);
-    JournalEntry("sdl", hook).member("enable", enable).outcome(acceptance(accepts));
-    if (accepts) {
-        setState(name, enable != 0 ? "on" : "off");
-    }
-    return accepted(accepts);
-}
-
 }  // namespace
-
-bool hostAccepts(const char* request) {
-    const bool refused = running().refused.contains(request);
-    return !helper::faultStrikes(helper::Fault::HostRequest) && !refused;
-}
-
-const char* acceptance(bool accepts) {
-    return accepts ? "accepted" : "refused";
-}
-
 }  // namespace tavsim
 
 using tavsim::running;
 
-int NApp_registerTAV(const TAVCallbacks* callbacks) {
-    running();
-    tavsim::JournalEntry("host", __func__).outcome("accepted");
-    tavsim::setCompassCallback(callbacks->compassCallback);
-    return 1;
-}
-
-int NApp_GetAppinfoValue(const char* key, char* buffer, int bufferLength) {
+int NApp_GetAppinfoValue(const char* key, char* buffer, int bufferLength) try {
     const std::string* value = tavsim::findValue(running().appinfo, key);
     return tavsim::lookUp(__func__, key, value, buffer, bufferLength);
+} catch (...) {
+    return tavsim::failLookUp(tavsim::refused(int{NAPP_FAILURE}), buffer, bufferLength);
 }
 
-int NApp_GetDataFilePath(const char* name, char* buffer, int bufferLength) {
+int NApp_GetDataFilePath(const char* name, char* buffer, int bufferLength) try {
     running();
     const std::string folder = tavsim::rootFolder() + "/data";
     const bool isFolder = name == nullptr || *name == '\0';
     const std::string path = isFolder ? folder : folder + "/" + name;
     return tavsim::lookUp(__func__, name, &path, buffer, bufferLength);
+} catch (...) {
+    return tavsim::failLookUp(tavsim::refused(int{NAPP_FAILURE}), buffer, bufferLength);
 }
 
-int NApp_GetJsonValue(const char* json, const char* member, char* buffer, int bufferLength) {
+int NApp_GetJsonValue(const char* json, const char* member, char* buffer, int bufferLength) try {
     running();
     const std::optional<tavsim::Values> members = tavsim::membersOf(json, member);
     if (!members) {
@@ -144,15 +115,19 @@ int NApp_GetJsonValue(const char* json, const char* member, char* buffer, int bu
     }
     return tavsim::lookUp(__func__, member, tavsim::findValue(*members, member), buffer,
                           bufferLength);
+} catch (...) {
+    return tavsim::failLookUp(tavsim::refused(int{NAPP_FAILURE}), buffer, bufferLength);
 }
 
-const char* NApp_GetPortabilityValue(const char* key) {
+const char* NApp_GetPortabilityValue(const char* key) try {
     const std::string* value = tavsim::findValue(running().portability, key);
     tavsim::JournalEntry("host", __func__).member("key", key).outcome(tavsim::lookUpOutcome(value));
     return value != nullptr ? value->c_str() : nullptr;
+} catch (...) {
+    return tavsim::refused<const char*>(nullptr);
 }
 
-int NApp_GetProcSelfExe(char* buffer, int bufferLength) {
+int NApp_GetProcSelfExe(char* buffer, int bufferLength) try {
     const std::optional<std::string>& executable = running().executable;
     if (helper::faultStrikes(helper::Fault::HostRequest) ||
         !tavsim::hasRoom(buffer, bufferLength)) {
@@ -164,65 +139,19 @@ int NApp_GetProcSelfExe(char* buffer, int bufferLength) {
     const std::string& answer = executable ? *executable : real;
     tavsim::JournalEntry("host", __func__).outcome(answer);
     return !answer.empty() && tavsim::copyValue(answer, buffer, bufferLength) == NAPP_SUCCESS;
+} catch (...) {
+    return tavsim::refused(0);
 }
 
-HKSCaller* NApp_GetKSCaller() {
-    static HKSCaller caller;
-    return &caller;
-}
-
-int NApp_EnableCompass(bool enable) {
-    const bool accepts = tavsim::hostAccepts("compass");
-    tavsim::JournalEntry("host", __func__)
-        .member("enable", enable)
-        .outcome(tavsim::acceptance(accepts));
-    if (accepts) {
-        tavsim::enableCompass(enable);
-    }
-    return tavsim::accepted(accepts);
-}
-
-int NApp_SetKeyboardState(int visible) {
-    const bool accepts = tavsim::hostAccepts("keyboard");
-    tavsim::JournalEntry("host", __func__)
-        .member("visible", visible)
-        .outcome(tavsim::acceptance(accepts));
-    if (accepts) {
-        tavsim::setState("keyboard", visible != 0 ? "shown" : "hidden");
-    }
-    return tavsim::accepted(accepts);
-}
-
-int NApp_Minimize() {
-    const bool accepts = tavsim::hostAccepts("minimize");
-    tavsim::JournalEntry("host", __func__).outcome(tavsim::acceptance(accepts));
-    if (accepts) {
-        tavsim::setState("window", "minimized");
-        if (SDL_GetVideoSurface() != nullptr) {
-            SDL_WM_IconifyWindow();
-        }
-    }
-    return tavsim::accepted(accepts);
-}
-
-int NApp_SetTouchAggression(int aggression) {
-    const bool accepts = tavsim::hostAccepts("touch");
-    tavsim::JournalEntry("host", __func__)
-        .member("aggression", aggression)
-        .outcome(tavsim::acceptance(accepts));
-    if (accepts) {
-        tavsim::setState("touch", aggression == 1 ? "aggressive" : "normal");
-    }
-    return tavsim::accepted(accepts);
-}
-
-const char* HHardware_getMachine() {
+const char* HHardware_getMachine() try {
     const std::optional<std::string>& machine = running().machine;
     tavsim::JournalEntry("host", __func__).outcome(machine.value_or("unknown"));
     return machine ? machine->c_str() : nullptr;
+} catch (...) {
+    return tavsim::refused<const char*>(nullptr);
 }
 
-int KPSystemCopyStringValue(const char* key, char** value) {
+int KPSystemCopyStringValue(const char* key, char** value) try {
     const std::string* property = tavsim::findValue(running().properties, key);
     tavsim::JournalEntry("host", __func__)
         .member("key", key)
@@ -232,37 +161,14 @@ int KPSystemCopyStringValue(const char* key, char** value) {
     }
     *value = g_strdup(property->c_str());
     return 0;
+} catch (...) {
+    return tavsim::refused(-1);
 }
 
-SDL_bool SDL_NimboHookIsComponent() {
+SDL_bool SDL_NimboHookIsComponent() try {
     const bool plugin = running().plugin;
     tavsim::JournalEntry("sdl", __func__).member("outcome", plugin);
     return plugin ? SDL_TRUE : SDL_FALSE;
-}
-
-int SDL_NimboHookSetOrientation(const char* orientation) {
-    const bool accepts = tavsim::hostAccepts("orientation");
-    tavsim::JournalEntry("sdl", __func__)
-        .member("orientation", orientation)
-        .outcome(tavsim::acceptance(accepts));
-    if (accepts) {
-        tavsim::setState("orientation", orientation);
-    }
-    return tavsim::accepted(accepts);
-}
-
-int SDL_NimboHookSetGesturesEnable(int enable) {
-    return tavsim::switchHook(__func__, "gestures", enable);
-}
-
-int SDL_NimboHookBannerMessagesEnable(int enable) {
-    return tavsim::switchHook(__func__, "banners", enable);
-}
-
-int SDL_NimboHookCustomPauseUiEnable(int enable) {
-    return tavsim::switchHook(__func__, "pauseUi", enable);
-}
-
-int SDL_NimboHookScreenTimeoutEnable(int enable) {
-    return tavsim::switchHook(__func__, "screenTimeout", enable);
+} catch (...) {
+    return tavsim::refused(SDL_FALSE);
 }

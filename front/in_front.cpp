@@ -1,0 +1,32 @@
+#include "front/in_front.h"
+
+#include "front/functions.h"
+#include "front/next.h"
+
+namespace front {
+namespace {
+
+#define TAV_FRONT_PATH_NAME(name, Result, Parameters, Arguments) #name,
+#define TAV_FRONT_NAME(name) #name,
+constexpr const char* kNames[] = {TAV_FRONT_PATH_FUNCTIONS(TAV_FRONT_PATH_NAME)
+                                      TAV_FRONT_OTHER_FUNCTIONS(TAV_FRONT_NAME)};
+
+// Another library may stand before this one and pass calls on, as sanitizers do; what must not be
+// found first is the very function that comes behind.
+bool isOvertaken(const char* name) {
+    void* found = dlsym(RTLD_DEFAULT, name);
+    return found != nullptr && found == reinterpret_cast<void*>(nextFunction<void()>(name));
+}
+
+}  // namespace
+
+const char* firstOvertaken() {
+    for (const char* name : kNames) {
+        if (isOvertaken(name)) {
+            return name;
+        }
+    }
+    return nullptr;
+}
+
+}  // namespace front

@@ -1,0 +1,117 @@
+// Reaches the device's fixed paths in every way that a program might, and names those that fail.
+// Compiled twice: as it is, and with large files and checked calls.
+#include <dirent.h>
+#include <fcntl.h>
+#include <sqlite3.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <string>
+
+#include "tav.h"
+
+namespace {
+
+constexpr char kFile[] = "/proc/nduid";
+constexpr char kFolder[] = "/usr/vire/ks2/templates";
+constexpr char kMissing[] = "/var/vire/ks2/roles/pub/none";
+constexpr char kDatabase[] = "/var/kora/preferences/systemprefs.db";
+
+// Not a constant, so that a checked call is made of it.
+int g_reading = O_RDONLY;
+
+bool closes(int file) {
+    return file >= 0 && close(file) == 0;
+}
+
+bool closes(FILE* file) {
+    return file != nullptr && std::fclose(file) == 0;
+}
+
+bool hasPreferences(int result, sqlite3* database) {
+    const bool has = result == SQLITE_OK && sqlite3_exec(database, "SELECT * FROM Preferences",
+                                                         nullptr, nullptr, nullptr) == SQLITE_OK;
+    sqlite3_close(database);
+    return has;
+}
+
+bool opens(const char* path) {
+    sqlite3* database = nullptr;
+    const int result = sqlite3_open(path, &database);
+    return hasPreferences(result, database);
+}
+
+bool opensToRead(const char* path) {
+    sqlite3* database = nullptr;
+    const int result = sqlite3_open_v2(path, &database, SQLITE_OPEN_READONLY, nullptr);
+    return hasPreferences(result, database);
+}
+
+bool canBeWrittenAndRemoved() {
+    if (mkdir("/var/vire", 0700) != 0 || mkdir("/var/vire/ks2", 0700) != 0 ||
+        mkdir("/var/vire/ks2/roles", 0700) != 0) {
+        return false;
+    }
+    const std::string path = "/var/vire/ks2/roles/file";
+    for (const auto& take : {unlink, remove}) {
+        std::ofstream(path) << "text";
+        if (std::filesystem::file_size(path) != 4 || take(path.c_str()) != 0) {
+            return false;
+        }
+    }
+    return !std::filesystem::exists(path);
+}
+
+bool listsFolder() {
+    DIR* folder = opendir(kFolder);
+    return folder != nullptr && closedir(folder) == 0;
+}
+
+struct Way {
+    const char* name;
+    std::function<bool()> works;
+};
+
+struct stat g_status;
+struct statx g_statx;
+
+const Way kWays[] = {
+    {"fopen", [] { return closes(std::fopen(kFile, "r")); }},
+    {"open", [] { return closes(open(kFile, O_RDONLY)); }},
+    {"open, checked", [] { return closes(open(kFile, g_reading)); }},
+    {"openat", [] { return closes(openat(AT_FDCWD, kFile, O_RDONLY)); }},
+    {"openat, checked", [] { return closes(openat(AT_FDCWD, kFile, g_reading)); }},
+    {"access", [] { return access(kFile, R_OK) == 0; }},
+    {"stat", [] { return stat(kFile, &g_status) == 0 && g_status.st_size > 0; }},
+    {"lstat", [] { return lstat(kFile, &g_status) == 0 && g_status.st_size > 0; }},
+    {"fstatat", [] { return fstatat(AT_FDCWD, kFolder, &g_status, 0) == 0; }},
+    {"statx", [] { return statx(AT_FDCWD, kFile, 0, STATX_SIZE, &g_statx) == 0; }},
+    {"ifstream", [] { return std::ifstream(kFile).is_open(); }},
+    {"filesystem", [] { return std::filesystem::exists(kFile); }},
+    {"directory_iterator", [] { return !std::filesystem::is_empty(kFolder); }},
+    {"opendir", listsFolder},
+    {"sqlite3_open", [] { return opens(kDatabase); }},
+    {"sqlite3_open_v2", [] { return opensToRead(kDatabase); }},
+    {"mkdir, unlink, remove", canBeWrittenAndRemoved},
+    {"missing", [] { return access(kMissing, F_OK) != 0; }},
+    {"the machine's own", [] { return closes(open("/proc/self/maps", O_RDONLY)); }},
+};
+
+}  // namespace
+
+int main() {
+    int failures = 0;
+    // Before the library's first call: it is the device's all the same.
+    for (const Way& way : kWays) {
+        if (!way.works()) {
+            std::printf("%s: %s\n", way.name, std::strerror(errno));
+            ++failures;
+        }
+    }
+    return TAV_GetKOBVersion() > 0 && failures == 0 ? 0 : 1;
+}
