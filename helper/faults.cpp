@@ -1,5 +1,6 @@
 #include "helper/faults.h"
 
+#include <atomic>
 #include <charconv>
 
 namespace helper {
@@ -7,8 +8,8 @@ namespace {
 
 struct Plan {
     const char* name;
-    int failing;
-    int occurred;
+    std::atomic<int> failing;  // files are opened on any thread
+    std::atomic<int> occurred;
 };
 
 // In the order of Fault.

@@ -1,9 +1,8 @@
-// The simulated device: profiles, bus, time, files and journal.
+// The simulated device: profiles, bus, files and journal.
 #include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
-#include <thread>
 
 #include "device_test.h"
 #include "platform/hkscaller.h"
@@ -227,33 +226,6 @@ TEST_F(SimulatorTest, AFreshRootIsPrivateAndGoesWithTheDevice) {
     EXPECT_EQ(std::filesystem::status(root).permissions(), std::filesystem::perms::owner_all);
     device.stop();
     EXPECT_FALSE(std::filesystem::exists(root));
-}
-
-TEST_F(SimulatorTest, TimeIsTheDevicesOwnAndTheApplicationsThreadMovesIt) {
-    std::thread([] { SDL_Delay(1); }).join();
-    EXPECT_EQ(device.now(), 0);
-    const Uint32 before = SDL_GetTicks();
-    SDL_Delay(3600 * 1000);
-    EXPECT_EQ(SDL_GetTicks() - before, 3600U * 1000U);
-    EXPECT_EQ(device.now(), 3600L * 1000L);
-    SDL_Event event;
-    EXPECT_EQ(SDL_WaitEvent(&event), 0) << "there is no queue to wait for";
-}
-
-using EventLoopTest = tavtest::EventTest;
-
-TEST_F(EventLoopTest, WaitingForAnEventLetsTimePassToTheNextDelivery) {
-    device.profile.compass.turn = 36.0;
-    device.profile.compass.interval = 250;
-    TAV_Init(0);
-    ASSERT_EQ(TAV_EnableCompass(SDL_TRUE), TAV_NOERROR);
-    SDL_Event event;
-    ASSERT_EQ(SDL_WaitEvent(&event), 1);
-    while (event.type != SDL_USEREVENT) {
-        ASSERT_EQ(SDL_WaitEvent(&event), 1);
-    }
-    EXPECT_EQ(event.user.code, TAV_EVENT_COMPASS);
-    EXPECT_EQ(device.now(), 250);
 }
 
 }  // namespace

@@ -8,11 +8,11 @@
 #include "platform/hkscaller.h"
 #include "platform/napp.h"
 #include "simulator/bus/services.h"
-#include "simulator/device/clock.h"
 #include "simulator/device/edge.h"
 #include "simulator/device/journal.h"
-#include "simulator/device/queue.h"
 #include "simulator/device/running.h"
+#include "simulator/time/clock.h"
+#include "simulator/time/queue.h"
 
 namespace tavsim {
 namespace {

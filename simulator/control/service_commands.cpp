@@ -5,10 +5,10 @@
 #include "simulator/bus/bus.h"
 #include "simulator/bus/services.h"
 #include "simulator/control/command_functions.h"
-#include "simulator/device/clock.h"
-#include "simulator/device/queue.h"
 #include "simulator/device/running.h"
 #include "simulator/host/compass.h"
+#include "simulator/time/clock.h"
+#include "simulator/time/queue.h"
 
 namespace tavsim {
 namespace {

@@ -7,8 +7,8 @@
 
 #include "helper/end_program.h"
 #include "helper/line_file.h"
-#include "simulator/device/clock.h"
 #include "simulator/device/edge.h"
+#include "simulator/time/clock.h"
 
 namespace tavsim {
 namespace {

@@ -5,6 +5,7 @@
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
+#include <mutex>
 
 #include "front/in_front.h"
 #include "helper/end_program.h"
@@ -16,7 +17,9 @@ namespace {
 
 constexpr char kDefaultDevice[] = "cinnabar";
 
-bool g_started = false;
+std::atomic<bool> g_started = false;
+std::recursive_mutex g_change;
+bool g_changing = false;
 
 std::string environment(const char* name, const char* otherwise = "") {
     const char* value = std::getenv(name);
@@ -78,12 +81,16 @@ bool environmentSetup(Profile* newProfile, Options* options, std::string* error)
     return true;
 }
 
+bool isStarted() {
+    return g_started.load(std::memory_order_acquire);
+}
+
 bool isWanted() {
     static std::atomic<bool> isUsed = false;
-    if (!g_started && !isUsed) {
+    if (!isStarted() && !isUsed) {
         isUsed = usesLibrary();
     }
-    return g_started || isUsed;
+    return isStarted() || isUsed;
 }
 
 Profile& profile() {
@@ -93,7 +100,11 @@ Profile& profile() {
 }
 
 Profile& running() {
-    if (g_started) {
+    if (isStarted()) {
+        return profile();
+    }
+    const std::lock_guard lock(g_change);
+    if (isStarted() || g_changing) {
         return profile();
     }
     static const bool isInFront = saysWhetherInFront();
@@ -104,8 +115,14 @@ Profile& running() {
     return profile();
 }
 
-void setStarted(bool started) {
+bool changeDevice(const std::function<bool()>& change) {
+    const std::lock_guard lock(g_change);
+    g_started = false;
+    g_changing = true;
+    const bool started = change();
+    g_changing = false;
     g_started = started;
+    return started;
 }
 
 }  // namespace tavsim

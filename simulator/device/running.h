@@ -2,6 +2,7 @@
 #ifndef TAV_SIMULATOR_DEVICE_RUNNING_H
 #define TAV_SIMULATOR_DEVICE_RUNNING_H
 
+#include <functional>
 #include <string>
 
 #include "simulator/device/profile.h"
@@ -16,21 +17,25 @@ struct Options {
     bool control = false;  // listen on the control socket in the root folder
 };
 
+// Whether the device runs. Can be asked on any thread.
+bool isStarted();
+
 // True when the device runs or should: the process uses the library. A shell that only inherited
 // the preloaded simulator is left alone.
 bool isWanted();
 
-// The profile of the device, which is started from the environment if it does not run yet. Ends
-// the process with status 2 and a line on standard error when what the environment asks for cannot
-// be had. Throws NotInFront, having said once what to do, where the program's calls reach SDL and
-// libc without passing the simulator.
+// The profile of the device, which is started from the environment if it does not run yet: once,
+// whichever thread asks first. Ends the process with status 2 and a line on standard error when
+// what the environment asks for cannot be had. Throws NotInFront, having said once what to do, where
+// the program's calls reach SDL and libc without passing the simulator.
 Profile& running();
 
 // The profile of the device as it is, running or not.
 Profile& profile();
 
-// Told by whoever starts and stops the device.
-void setStarted(bool started);
+// Starts or stops the device: the change tells whether it runs afterwards, and so does the result.
+// What the change itself asks of the device finds it as far as it has come; other threads wait.
+bool changeDevice(const std::function<bool()>& change);
 
 // Starts all rooms of the device; defined where they are put together. False, with a line in
 // `error`, when that is not possible.

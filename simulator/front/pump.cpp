@@ -1,71 +1,93 @@
 #include "simulator/front/pump.h"
 
+#include <algorithm>
+#include <chrono>
+#include <optional>
+
 #include "SDL.h"
+#include "front/events.h"
 #include "front/next.h"
-#include "platform/visibility.h"
 #include "simulator/control/control.h"
-#include "simulator/device/clock.h"
-#include "simulator/device/queue.h"
 #include "simulator/device/running.h"
+#include "simulator/time/queue.h"
+#include "simulator/time/timers.h"
+#include "simulator/time/virtual_time.h"
 
 namespace tavsim {
 namespace {
 
-constexpr Uint32 kWaitStep = 10;  // milliseconds between two looks at SDL's queue
+using SteadyClock = std::chrono::steady_clock;
 
-// Lets time pass until the next delivery or SDL event may be there.
-void waitABit() {
-    const std::optional<Milliseconds> due = nextDue();
-    if (isTimeVirtual() && due) {
-        setTime(*due);
-        return;
+constexpr Milliseconds kWaitStep = 10;  // between two looks at SDL's queue
+// Serving the control socket takes system calls, so it is not done with every poll.
+constexpr std::chrono::milliseconds kControlPause(5);
+
+void serveControlNowAndThen() {
+    static SteadyClock::time_point served;
+    const SteadyClock::time_point time = SteadyClock::now();
+    if (time - served >= kControlPause) {
+        served = time;
+        serveControl();
     }
+}
+
+// When something falls due for which the application need not wait on the outside world.
+std::optional<Milliseconds> nextMoment() {
+    const std::optional<Milliseconds> delivery = nextDue();
+    const std::optional<Milliseconds> timer = nextTimer();
+    return delivery && timer ? std::min(delivery, timer) : delivery ? delivery : timer;
+}
+
+void sleepAStep() {
     static const auto realDelay = front::nextFunction<void(Uint32)>("SDL_Delay");
-    realDelay(kWaitStep);
+    const Milliseconds untilDue = nextDue().value_or(now() + kWaitStep) - now();
+    realDelay(static_cast<Uint32>(std::clamp<Milliseconds>(untilDue, 1, kWaitStep)));
 }
 
 }  // namespace
 
 void pumpNow() {
-    if (isWanted()) {
-        serveControl();
-        deliverDue();
-    }
+    serveControl();
+    deliverDue();
 }
 
 void pumpUntil(Milliseconds time) {
     pumpNow();
     for (auto due = nextDue(); due && *due <= time; due = nextDue()) {
-        setTime(*due);
+        passTime(*due);
         pumpNow();
     }
-    setTime(time);
+    passTime(time);
 }
 
 }  // namespace tavsim
 
-extern "C" {
+namespace front {
 
-TAV_PLATFORM_API void SDL_PumpEvents(void) {
-    static const auto real = front::nextFunction<void()>("SDL_PumpEvents");
-    tavsim::pumpNow();
-    real();
+bool takesPart() {
+    return (tavsim::isStarted() || tavsim::isTimeVirtual()) && tavsim::isOnApplicationThread();
 }
 
-TAV_PLATFORM_API int SDL_PollEvent(SDL_Event* event) {
-    static const auto real = front::nextFunction<int(SDL_Event*)>("SDL_PollEvent");
-    tavsim::pumpNow();
-    return real(event);
-}
-
-TAV_PLATFORM_API int SDL_WaitEvent(SDL_Event* event) {
-    while (true) {
-        SDL_PumpEvents();
-        const int found = SDL_PeepEvents(event, 1, SDL_GETEVENT, SDL_ALLEVENTS);
-        if (found != 0) {
-            return found > 0 ? 1 : 0;  // without a queue there is nothing to wait for
-        }
-        tavsim::waitABit();
+void deliver() {
+    if (tavsim::isTimeVirtual()) {
+        tavsim::lookWithoutWaiting();
+    }
+    if (tavsim::isStarted()) {
+        tavsim::serveControlNowAndThen();
+        tavsim::deliverDue();
     }
 }
+
+void waitForNext() {
+    if (!tavsim::isTimeVirtual()) {
+        tavsim::sleepAStep();
+        return;
+    }
+    const std::optional<tavsim::Milliseconds> next = tavsim::nextMoment();
+    if (!next) {
+        tavsim::sleepAStep();
+    }
+    tavsim::passTime(next.value_or(tavsim::now()));
 }
+
+}  // namespace front

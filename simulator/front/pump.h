@@ -2,7 +2,7 @@
 #ifndef TAV_SIMULATOR_FRONT_PUMP_H
 #define TAV_SIMULATOR_FRONT_PUMP_H
 
-#include "simulator/device/clock.h"
+#include "simulator/time/clock.h"
 
 namespace tavsim {
 

@@ -1,25 +1,89 @@
-// SDL's time runs on the device's clock.
+// SDL's time and timers, in front of SDL: in virtual time they run on the device's clock.
 #include "SDL.h"
+#include "front/events.h"
 #include "front/next.h"
 #include "platform/visibility.h"
-#include "simulator/device/clock.h"
+#include "simulator/time/clock.h"
+#include "simulator/time/timers.h"
+#include "simulator/time/virtual_time.h"
+
+namespace tavsim {
+namespace {
+
+bool isSimulated() {
+    return isTimeVirtual() && front::isSdl12();
+}
+
+bool hasTimers() {
+    if (SDL_WasInit(SDL_INIT_TIMER) != 0) {
+        return true;
+    }
+    SDL_SetError("You must call SDL_Init(SDL_INIT_TIMER) first");
+    return false;
+}
+
+// SDL_SetTimer's function has no parameter, so it is the parameter.
+Uint32 callWithoutParameter(Uint32 interval, void* function) {
+    return reinterpret_cast<SDL_TimerCallback>(function)(interval);
+}
+
+}  // namespace
+}  // namespace tavsim
 
 extern "C" {
 
 TAV_PLATFORM_API void SDL_Delay(Uint32 milliseconds) {
-    if (tavsim::isTimeVirtual() && tavsim::isOnDeviceThread()) {
-        tavsim::setTime(tavsim::after(tavsim::now(), milliseconds));
+    static const auto real = front::nextFunction<void(Uint32)>("SDL_Delay");
+    if (!tavsim::isSimulated() || !tavsim::isOnApplicationThread()) {
+        real(milliseconds);
         return;
     }
-    static const auto real = front::nextFunction<void(Uint32)>("SDL_Delay");
-    real(milliseconds);
+    tavsim::passTime(tavsim::after(tavsim::now(), milliseconds));
 }
 
 TAV_PLATFORM_API Uint32 SDL_GetTicks(void) {
-    if (tavsim::isTimeVirtual()) {
-        return static_cast<Uint32>(tavsim::now());
-    }
     static const auto real = front::nextFunction<Uint32()>("SDL_GetTicks");
-    return real();
+    if (!tavsim::isSimulated()) {
+        return real();
+    }
+    if (tavsim::isOnApplicationThread()) {
+        tavsim::lookWithoutWaiting();
+    }
+    return static_cast<Uint32>(tavsim::now());
+}
+
+TAV_PLATFORM_API SDL_TimerID SDL_AddTimer(Uint32 interval, SDL_NewTimerCallback function,
+                                          void* parameter) {
+    static const auto real =
+        front::nextFunction<SDL_TimerID(Uint32, SDL_NewTimerCallback, void*)>("SDL_AddTimer");
+    if (!tavsim::isSimulated()) {
+        return real(interval, function, parameter);
+    }
+    return tavsim::hasTimers() ? tavsim::addTimer(interval, function, parameter) : nullptr;
+}
+
+TAV_PLATFORM_API SDL_bool SDL_RemoveTimer(SDL_TimerID id) {
+    static const auto real = front::nextFunction<SDL_bool(SDL_TimerID)>("SDL_RemoveTimer");
+    if (!tavsim::isSimulated()) {
+        return real(id);
+    }
+    return tavsim::removeTimer(id) ? SDL_TRUE : SDL_FALSE;
+}
+
+// SDL's own goes through here when its timers end.
+TAV_PLATFORM_API int SDL_SetTimer(Uint32 interval, SDL_TimerCallback function) {
+    static const auto real = front::nextFunction<int(Uint32, SDL_TimerCallback)>("SDL_SetTimer");
+    if (!tavsim::isSimulated()) {
+        return real(interval, function);
+    }
+    tavsim::removeAllTimers();
+    if (interval == 0) {
+        return 0;
+    }
+    if (!tavsim::hasTimers()) {
+        return -1;
+    }
+    tavsim::addTimer(interval, tavsim::callWithoutParameter, reinterpret_cast<void*>(function));
+    return 0;
 }
 }

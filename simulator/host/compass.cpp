@@ -2,11 +2,11 @@
 
 #include <cmath>
 
-#include "simulator/device/clock.h"
 #include "simulator/device/journal.h"
-#include "simulator/device/queue.h"
 #include "simulator/device/running.h"
 #include "simulator/device/state.h"
+#include "simulator/time/clock.h"
+#include "simulator/time/queue.h"
 
 namespace tavsim {
 namespace {

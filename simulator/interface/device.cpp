@@ -8,15 +8,16 @@
 #include "helper/trace.h"
 #include "simulator/bus/bus.h"
 #include "simulator/control/control.h"
-#include "simulator/device/clock.h"
 #include "simulator/device/journal.h"
-#include "simulator/device/queue.h"
 #include "simulator/device/root.h"
 #include "simulator/device/running.h"
 #include "simulator/device/state.h"
 #include "simulator/front/pump.h"
 #include "simulator/host/compass.h"
 #include "simulator/page/page.h"
+#include "simulator/time/clock.h"
+#include "simulator/time/queue.h"
+#include "simulator/time/timers.h"
 
 namespace tavsim {
 namespace {
@@ -31,6 +32,36 @@ std::string journalFile(const Options& options) {
                : options.journalFile;
 }
 
+bool startRooms(const Options& options, std::string* error) {
+    g_startedBy = getpid();
+    for (const Fault fault : {helper::Fault::StringAllocation, helper::Fault::Dispatch,
+                              helper::Fault::HostRequest, helper::Fault::Read}) {
+        helper::failNthFault(fault, 0);
+    }
+    if (!prepareRoot(profile(), options.root, error)) {
+        return false;
+    }
+    if (!startJournal(journalFile(options), error)) {
+        return false;
+    }
+    if (options.control && !startControl(error)) {
+        return false;
+    }
+    startPage(options.pageFile);
+    return true;
+}
+
+void stopRooms() {
+    stopPage();
+    stopControl();
+    clearBus();
+    clearQueue();
+    clearState();
+    stopCompass();
+    stopJournal();
+    releaseRoot();
+}
+
 }  // namespace
 
 Device& device() {
@@ -40,43 +71,17 @@ Device& device() {
 }
 
 bool Device::start(Profile newProfile, const Options& options, std::string* error) {
-    stop();
-    std::string problem;
-    std::string& line = error != nullptr ? *error : problem;
-    profile = std::move(newProfile);
     startClock(options.virtualTime);
-    setStarted(true);
-    g_startedBy = getpid();
-    for (const Fault fault : {helper::Fault::StringAllocation, helper::Fault::Dispatch,
-                              helper::Fault::HostRequest, helper::Fault::Read}) {
-        helper::failNthFault(fault, 0);
-    }
-    if (!prepareRoot(profile, options.root, &line)) {
-        stop();
-        return false;
-    }
-    if (!startJournal(journalFile(options), &line)) {
-        stop();
-        return false;
-    }
-    if (options.control && !startControl(&line)) {
-        stop();
-        return false;
-    }
-    startPage(options.pageFile);
-    return true;
+    removeAllTimers();
+    std::string problem;
+    return startDevice(std::move(newProfile), options, error != nullptr ? error : &problem);
 }
 
 void Device::stop() {
-    stopPage();
-    stopControl();
-    clearBus();
-    clearQueue();
-    clearState();
-    stopCompass();
-    stopJournal();
-    releaseRoot();
-    setStarted(false);
+    changeDevice([] {
+        stopRooms();
+        return false;
+    });
 }
 
 const std::string& Device::root() const {
@@ -128,7 +133,15 @@ int Device::occurrences(Fault fault) const {
 }
 
 bool startDevice(Profile newProfile, const Options& options, std::string* error) {
-    return device().start(std::move(newProfile), options, error);
+    return changeDevice([&] {
+        stopRooms();
+        profile() = std::move(newProfile);
+        const bool started = startRooms(options, error);
+        if (!started) {
+            stopRooms();
+        }
+        return started;
+    });
 }
 
 namespace {

@@ -10,10 +10,10 @@
 #include <vector>
 
 #include "helper/faults.h"
-#include "simulator/device/clock.h"
 #include "simulator/device/profile.h"
 #include "simulator/device/root.h"
 #include "simulator/device/running.h"
+#include "simulator/time/clock.h"
 
 namespace tavsim {
 

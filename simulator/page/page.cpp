@@ -20,13 +20,13 @@
 
 #include "helper/items.h"
 #include "platform/napp.h"
-#include "simulator/device/clock.h"
 #include "simulator/device/journal.h"
-#include "simulator/device/queue.h"
 #include "simulator/device/running.h"
 #include "simulator/host/host.h"
 #include "simulator/page/page_channel.h"
 #include "simulator/page/page_process.h"
+#include "simulator/time/clock.h"
+#include "simulator/time/queue.h"
 
 namespace tavsim {
 

@@ -14,6 +14,7 @@ rooms=(
     simulator/bus
     simulator/host
     simulator/device
+    simulator/time
     front
     helper
     platform

@@ -5,7 +5,7 @@
 #include <functional>
 #include <optional>
 
-#include "simulator/device/clock.h"
+#include "simulator/time/clock.h"
 
 namespace tavsim {
 

@@ -1,4 +1,4 @@
-#include "simulator/device/queue.h"
+#include "simulator/time/queue.h"
 
 #include <algorithm>
 #include <cstdint>

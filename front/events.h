@@ -1,0 +1,27 @@
+// SDL's event functions, in front of SDL: while the application handles events, the implementation
+// of platform/ has its turn.
+#ifndef TAV_FRONT_EVENTS_H
+#define TAV_FRONT_EVENTS_H
+
+namespace front {
+
+// Whether the events that this process handles are SDL 1.2's. Another version has functions of the
+// same names, and a program that uses that one is none of ours.
+bool isSdl12();
+
+// What follows is defined by the implementation, and is called for SDL 1.2 only.
+
+// Whether it takes part on the calling thread. Asked with every poll, so it must cost next to
+// nothing.
+bool takesPart();
+
+// Delivers what is due.
+void deliver();
+
+// The application waits, and there is no event: returns when a delivery may be due, or after a few
+// milliseconds, as an event may come from elsewhere.
+void waitForNext();
+
+}  // namespace front
+
+#endif

@@ -1,0 +1,36 @@
+// The device's clock, and the thread that it belongs to.
+#ifndef TAV_SIMULATOR_TIME_CLOCK_H
+#define TAV_SIMULATOR_TIME_CLOCK_H
+
+#include <cstdint>
+
+namespace tavsim {
+
+// A moment on the device's clock, or a stretch of time.
+using Milliseconds = std::int64_t;
+
+// Starts over at 0. The calling thread becomes the application's. When the simulator is loaded, the
+// clock starts by itself, as TAVSIM_VIRTUAL_TIME asks.
+void startClock(bool virtualTime);
+
+// What follows can be called on any thread.
+
+bool isTimeVirtual();
+
+// The device lives on the application's thread: there alone it delivers, and that alone moves
+// virtual time.
+bool isOnApplicationThread();
+
+// Milliseconds since the start.
+Milliseconds now();
+
+// The moment that comes so much after another; a negative stretch counts as none. Stays at the last
+// moment that there is.
+Milliseconds after(Milliseconds moment, Milliseconds stretch);
+
+// Virtual time only: moves the clock on, never back. On the application's thread.
+void setTime(Milliseconds moment);
+
+}  // namespace tavsim
+
+#endif

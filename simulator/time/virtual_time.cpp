@@ -1,0 +1,57 @@
+#include "simulator/time/virtual_time.h"
+
+#include <cstdio>
+#include <utility>
+
+#include "simulator/time/timers.h"
+
+namespace tavsim {
+namespace {
+
+constexpr int kLooksInAMillisecond = 1000;
+
+constexpr char kNeverWaits[] =
+    "tavsim: the program polls without waiting, so from now on a millisecond of virtual time "
+    "passes "
+    "with every 1000 calls of SDL_PollEvent, SDL_PumpEvents or SDL_GetTicks. SDL_Delay and "
+    "SDL_WaitEvent let time pass at once.\n";
+
+int g_looks = 0;
+bool g_firing = false;
+
+void sayOnce(const char* text) {
+    static bool said = false;
+    if (!std::exchange(said, true)) {
+        std::fputs(text, stderr);
+    }
+}
+
+void fireTimersUntil(Milliseconds until) {
+    // A timer's function that waits makes the others wait too.
+    if (std::exchange(g_firing, true)) {
+        return;
+    }
+    for (auto due = nextTimer(); due && *due <= until; due = nextTimer()) {
+        setTime(*due);
+        fireNextTimer();
+    }
+    g_firing = false;
+}
+
+}  // namespace
+
+void passTime(Milliseconds until) {
+    g_looks = 0;
+    fireTimersUntil(until);
+    setTime(until);
+}
+
+void lookWithoutWaiting() {
+    if (++g_looks < kLooksInAMillisecond) {
+        return;
+    }
+    sayOnce(kNeverWaits);
+    passTime(after(now(), 1));
+}
+
+}  // namespace tavsim
