@@ -945,10 +945,10 @@ TAV_API int TAV_GetAppinfoValue(const char *name, char *buffer, int bufferLength
  * (SDLK_WORLD_69) "Gesture forward" and 231 (SDLK_WORLD_71) "Gesture area". Every other has the
  * name that SDL_GetKeyName() gives; SDL knows its names once its video subsystem is running.
  *
- * \param key the key code, a value of SDLKey.
+ * \param key the key code, a value of SDLKey or any other.
  *
- * \return the name; "unknown key" for a code outside SDL's key range and for a key without a name.
- *         It belongs to the library or to SDL; never null, never freed.
+ * \return the name; SDL's "unknown key" for a key without one and for a code that is no key. It
+ *         belongs to the library or to SDL; never null, never freed.
  */
 TAV_API const char *TAV_GetKeyName(int key);
 

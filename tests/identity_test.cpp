@@ -243,9 +243,6 @@ TEST_F(KeyTest, EachKeyCodeHasAName) {
         {230, "world 70"},
         {231, "Gesture area"},
         {SDLK_a, "a"},
-        {SDLK_LAST, "unknown key"},
-        {-1, "unknown key"},
-        {INT_MAX, "unknown key"},
         {INT_MIN, "unknown key"},
     };
     for (const auto& [key, name] : rows) {

@@ -107,10 +107,6 @@ const char* TAV_GetKeyName(int key) {
     case kGestureArea:
         return "Gesture area";
     default:
-        break;
+        return SDL_GetKeyName(static_cast<SDLKey>(key));
     }
-    if (key < 0 || key >= SDLK_LAST) {
-        return "unknown key";  // SDL's words for a key without a name; it checks no bounds itself
-    }
-    return SDL_GetKeyName(static_cast<SDLKey>(key));
 }
