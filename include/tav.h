@@ -1353,7 +1353,8 @@ TAV_API int TAV_ScreenTimeoutEnable(SDL_bool enable);
  * - `"Failure on dispatch: %s"`, with the answer: its member "returnValue" is false, or text
  *   that says so in any letter case. The message keeps the first 127 bytes of the answer only.
  *
- * An answer that reports an error in any other way counts as success: look at its content.
+ * An answer that reports an error in any other way counts as success, as does one whose member
+ * cannot be read for want of memory: look at its content.
  * @{
  */
 

@@ -14,6 +14,8 @@ namespace {
 using tavsim::Fault;
 
 constexpr char kUndisturbed[] = "what it comes to without a fault";
+constexpr char kDeclined[] =
+    R"({"returnValue":false,"errorCode":-1,"errorText":"the purchase was declined"})";
 
 std::string outcomeOf(int code) {
     return code == TAV_NOERROR ? "ok" : std::to_string(code) + ": " + TAV_GetError();
@@ -151,9 +153,10 @@ const std::vector<Step>& steps() {
     static const Struck launch = {
         {Fault::Dispatch, {"2: Unable to communicate with app card"}},
         {Fault::StringAllocation, {"2: Unable to communicate with app card"}}};
-    static const Struck refused = {{Fault::Dispatch, {"null: failed to dispatch call"}},
-                                   {Fault::StringAllocation, {"null: Could not allocate HString"}}};
-    // What was bought is not lost for want of memory to read that it was.
+    // An answer is not lost for want of memory to read whether it is a refusal.
+    static const Struck refused = {
+        {Fault::Dispatch, {"null: failed to dispatch call"}},
+        {Fault::StringAllocation, {"null: Could not allocate HString", kDeclined}}};
     static const Struck purchase = {
         {Fault::Dispatch, {"null: failed to dispatch call"}},
         {Fault::StringAllocation, {"null: Could not allocate HString", kUndisturbed}}};

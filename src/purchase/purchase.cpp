@@ -56,13 +56,7 @@ bool isFalse(const HString* value) {
     return strcasecmp(HString_toStr(value), "false") == 0;
 }
 
-// For a reply whose value could not be had as text, because it has none or for want of memory.
-bool mayBeRefusal(const char* reply) {
-    const tav::HJsonPtr json(HJson_create(reply));
-    return json != nullptr && HJson_valueExists(json.get(), kReturnValue) &&
-           !HJson_getBool(json.get(), kReturnValue);
-}
-
+// A reply whose value is absent, or cannot be had, is a success.
 tav::HStringPtr dispatch(const char* uri, const char* payload, bool waitWithoutTimeOut) {
     const int timeoutMs = waitWithoutTimeOut ? kNoTimeout : kTimeoutMs;
     tav::HStringPtr reply = tav::blockingKSCall(uri, payload, tav::kForApplication, timeoutMs);
@@ -73,9 +67,6 @@ tav::HStringPtr dispatch(const char* uri, const char* payload, bool waitWithoutT
     const tav::HStringPtr value(HJson_getValueFromStr(text, kReturnValue));
     if (value != nullptr && isFalse(value.get())) {
         return tav::failNull(__func__, "Failure on dispatch: %s", text);
-    }
-    if (value == nullptr && mayBeRefusal(text)) {
-        return tav::failNull(__func__, tav::kOutOfMemory);
     }
     return reply;
 }
