@@ -170,18 +170,32 @@ TEST_F(ServicesTest, IgnoresRepliesForRecordsThatAreGoneOrOfAnotherCall) {
     const int token = device.openCalls().front();
     trace();
     device.deliver(token, "{}");
-    void* record = nullptr;
-    ASSERT_EQ(std::sscanf(trace().front().c_str(), "tav_f userCallback %p", &record), 1);
+    void* address = nullptr;
+    ASSERT_EQ(std::sscanf(trace().front().c_str(), "tav_f userCallback %p", &address), 1);
+    auto* record = static_cast<tav::UserCallbackContext*>(address);
     tav::userCallback(token + 1, "{}", record);
     EXPECT_THAT(trace(),
                 testing::Contains("tav_1 userCallback callback had incorrect id. Ignoring"));
+
+    // As if the call ended in its reply function, and another got its address and its token.
+    record->removeAfterResponse = 1;
+    g_onReply = [=] {
+        g_onReply = nullptr;
+        *record = tav::UserCallbackContext();
+        record->callback = replyFunction;
+        record->token = token;
+        record->removeAfterResponse = 0;
+    };
+    device.deliver(token, "{}");
+    device.deliver(token, "{}");
+    EXPECT_THAT(g_replies, SizeIs(3)) << "the other call was taken for the one that was answered";
 
     TAV_ServicesQuit();
     EXPECT_THAT(device.openCalls(), ElementsAre(token)) << "quitting cancels nothing";
     trace();
     device.deliver(token, "{}");
     EXPECT_THAT(trace(), testing::Contains("tav_1 userCallback ignored callback"));
-    EXPECT_THAT(g_replies, SizeIs(1));
+    EXPECT_THAT(g_replies, SizeIs(3));
 }
 
 void unregister() {

@@ -16,6 +16,7 @@ using tav::UserCallbackContext;
 constexpr char kNotDispatched[] = "Unable to dispatch service call";
 
 HLinkedList g_openCalls;
+std::uint64_t g_lastSerial = 0;
 
 UserCallbackContext* openCall(int index) {
     return static_cast<UserCallbackContext*>(g_openCalls.get(index));
@@ -37,7 +38,7 @@ int dispatch(const char* uri, const char* payload, UserCallbackContext* call) {
 
 namespace tav {
 
-UserCallbackContext::UserCallbackContext() : token(kNoCall) {
+UserCallbackContext::UserCallbackContext() : token(kNoCall), serial(++g_lastSerial) {
     HTracker_funcTrack("tav_f", __func__, "--");
 }
 
@@ -53,11 +54,11 @@ void userCallback(int token, const char* reply, void* context) {
         return;
     }
     const bool isOneShot = call->removeAfterResponse != 0;
+    const std::uint64_t serial = call->serial;
     TAV_ServiceParameters parameters = {reply, 0, 0};
     call->callback(&parameters, call->userData);
-    // The application may have removed the call, and another may live at its address by now; tokens
-    // are never used again, so they tell the two apart.
-    if (isOneShot && isOpen(call) && call->token == token) {
+    // The application may have removed the call, and another may live at its address by now.
+    if (isOneShot && isOpen(call) && call->serial == serial) {
         g_openCalls.remove(call);
         delete call;
     }

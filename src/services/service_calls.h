@@ -2,6 +2,8 @@
 #ifndef TAV_SERVICES_SERVICE_CALLS_H
 #define TAV_SERVICES_SERVICE_CALLS_H
 
+#include <cstdint>
+
 #include "SDL.h"
 #include "tav.h"
 
@@ -15,6 +17,7 @@ struct UserCallbackContext {
     void* userData = nullptr;
     int token;
     Sint32 removeAfterResponse = 1;  // 0 for a subscription
+    std::uint64_t serial;            // no other call ever has the same
 };
 
 // Hands a reply on to the function of the call that it belongs to.
