@@ -8,10 +8,10 @@ namespace helper {
 
 // Things that can be made to fail.
 enum class Fault {
-    StringAllocation,  // HString_alloc, HString_append and what else makes an HString
-    Dispatch,          // the three calls of HKSCaller
-    HostRequest,       // NApp functions that can refuse, and the SDL hooks
-    Read               // HDataReader, the unique-id file
+    Allocation,   // HString_alloc, HString_append, what else makes an HString, HLinkedList::append
+    Dispatch,     // the three calls of HKSCaller
+    HostRequest,  // NApp functions that can refuse, and the SDL hooks
+    Read          // HDataReader, the unique-id file
 };
 
 // Counts one occurrence; true when it is the one that is to fail.

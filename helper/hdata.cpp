@@ -1,6 +1,7 @@
 #include "platform/hdata.h"
 
 #include <cstring>
+#include <new>
 
 #include "helper/faults.h"
 #include "helper/items.h"
@@ -39,12 +40,16 @@ void HDataReader::readStr(char* buffer, int size) {
     buffer[content.copy(buffer, static_cast<size_t>(size) - 1)] = '\0';
 }
 
-char* HDataReader::allocReadStr() noexcept {
+char* HDataReader::allocReadStr() {
     const helper::Text text = m_message->next().readText();
     if (!text) {
         return nullptr;
     }
-    char* copy = new char[text->size() + 1];
+    char* copy = new (std::nothrow) char[text->size() + 1];
+    if (copy == nullptr) {
+        m_message->items.fail();
+        return nullptr;
+    }
     copy[text->copy(copy, text->size())] = '\0';
     return copy;
 }

@@ -1,7 +1,10 @@
 #include "platform/hlinkedlist.h"
 
 #include <algorithm>
+#include <new>
 #include <vector>
+
+#include "helper/faults.h"
 
 namespace {
 
@@ -58,8 +61,14 @@ HLinkedList::~HLinkedList() {
     delete m_elements;
 }
 
-void HLinkedList::append(void* element) noexcept {
+int HLinkedList::append(void* element) try {
+    if (helper::faultStrikes(helper::Fault::Allocation)) {
+        return 0;
+    }
     m_elements->append(element);
+    return 1;
+} catch (const std::bad_alloc&) {
+    return 0;
 }
 
 void* HLinkedList::get(int index) const {

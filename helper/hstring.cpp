@@ -26,7 +26,7 @@ bool reserve(HString* string, size_t length) {
 }  // namespace
 
 HString* HString_alloc() {
-    if (helper::faultStrikes(helper::Fault::StringAllocation)) {
+    if (helper::faultStrikes(helper::Fault::Allocation)) {
         return nullptr;
     }
     HString* string = static_cast<HString*>(std::calloc(1, sizeof(HString)));
@@ -39,7 +39,7 @@ HString* HString_alloc() {
 }
 
 int HString_append(HString* string, const char* format, ...) {
-    if (string == nullptr || helper::faultStrikes(helper::Fault::StringAllocation)) {
+    if (string == nullptr || helper::faultStrikes(helper::Fault::Allocation)) {
         return 0;
     }
     va_list arguments;

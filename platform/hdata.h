@@ -22,9 +22,10 @@ public:
      * a size below 1 is a failure. */
     void readStr(char* buffer, int size);
 
-    /* A string in fresh storage, terminated, to be released with delete[]; null on failure, and for
-     * an item that the sender wrote as a null string, which is no failure. */
-    char* allocReadStr() noexcept;
+    /* A string in fresh storage, terminated, to be released with delete[]; null on failure, which
+     * exhausted memory is too, and for an item that the sender wrote as a null string, which is no
+     * failure. */
+    char* allocReadStr();
 
     /* The value; 0 and false on failure. */
     int readInt();

@@ -13,7 +13,9 @@ public:
     HLinkedList(const HLinkedList&) = delete;
     HLinkedList& operator=(const HLinkedList&) = delete;
 
-    void append(void* element) noexcept;
+    /* Non-zero on success; 0 when memory is exhausted, and the list is then as it was. */
+    int append(void* element);
+
     void* get(int index) const;
     int size() const;
 

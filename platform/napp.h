@@ -72,7 +72,7 @@ typedef bool (*NApp_MethodListCallback)(HDataWriter* writer);
 
 /* Performs one call of a native method: reads the name, the number of parameters and the
  * parameters, and writes whether the answer is an exception and its text. Returns false when the
- * message could not be read; nothing is written then. */
+ * message could not be read or there is no memory for the call; nothing is written then. */
 typedef bool (*NApp_MethodCallback)(HDataReader* reader, HDataWriter* writer);
 
 /* Connects the application's native methods with the page. Refused when the application does not

@@ -152,14 +152,14 @@ const std::vector<Step>& steps() {
     static const Struck service = {{Fault::Dispatch, {"2: Unable to communicate with app card"}}};
     static const Struck launch = {
         {Fault::Dispatch, {"2: Unable to communicate with app card"}},
-        {Fault::StringAllocation, {"2: Unable to communicate with app card"}}};
+        {Fault::Allocation, {"2: Unable to communicate with app card"}}};
     // An answer is not lost for want of memory to read whether it is a refusal.
     static const Struck refused = {
         {Fault::Dispatch, {"null: failed to dispatch call"}},
-        {Fault::StringAllocation, {"null: Could not allocate HString", kDeclined}}};
+        {Fault::Allocation, {"null: Could not allocate HString", kDeclined}}};
     static const Struck purchase = {
         {Fault::Dispatch, {"null: failed to dispatch call"}},
-        {Fault::StringAllocation, {"null: Could not allocate HString", kUndisturbed}}};
+        {Fault::Allocation, {"null: Could not allocate HString", kUndisturbed}}};
     static const auto& all = *new std::vector<Step>{
         // Without the executable's path there are no roles, without an id the path names them.
         {STEP(rolesAfterStart()), {{Fault::HostRequest, {"ok", "ok, roles of tour"}}}},
@@ -182,7 +182,7 @@ const std::vector<Step>& steps() {
         {STEP(TAV_Minimize()), onHost("4: Failed IPC communication for minimize")},
         {STEP(oneReply()),
          {{Fault::Dispatch, {"2: Unable to dispatch service call"}},
-          {Fault::StringAllocation, {""}}}},
+          {Fault::Allocation, {""}}}},
         {STEP(subscription()), {{Fault::Dispatch, {"2: Unable to dispatch service call"}}}},
         {STEP(location()), service},
         {STEP(TAV_Vibrate(100, 500)), service},
@@ -281,7 +281,7 @@ protected:
 TEST_F(FaultsTest, EachIsReportedAndLeavesNothingBehind) {
     for (const bool plugin : {false, true}) {
         for (const Fault fault :
-             {Fault::StringAllocation, Fault::Dispatch, Fault::HostRequest, Fault::Read}) {
+             {Fault::Allocation, Fault::Dispatch, Fault::HostRequest, Fault::Read}) {
             SCOPED_TRACE("fault " + std::to_string(static_cast<int>(fault)));
             strikeEach(plugin, fault);
         }

@@ -27,11 +27,11 @@ TEST(HStringTest, GrowsKeepsItsLengthAndSurvivesAFailure) {
     ASSERT_NE(HString_append(string, "%s", piece.c_str()), 0);
     const char* volatile null = nullptr;  // or the compiler warns where it can see it
     EXPECT_NE(HString_append(string, "%s", null), 0);
-    tavsim::device().failNth(tavsim::Fault::StringAllocation, 1);
+    tavsim::device().failNth(tavsim::Fault::Allocation, 1);
     EXPECT_EQ(HString_append(string, " lost"), 0);
     EXPECT_EQ(HString_toStr(string), "kept " + piece + "(null)");
     EXPECT_EQ(string->length, piece.size() + 11);
-    tavsim::device().failNth(tavsim::Fault::StringAllocation, 1);
+    tavsim::device().failNth(tavsim::Fault::Allocation, 1);
     EXPECT_EQ(HString_alloc(), nullptr);
     HString_free(string);
     HString_free(nullptr);

@@ -80,7 +80,7 @@ TEST_F(BlockingCallTest, JoinsRepliesAndTakesANullOneAsEmpty) {
     }
     EXPECT_STREQ(HString_toStr(call.reply.get()), "one%s two");
     EXPECT_THAT(trace().front(), StartsWith("tav_9 blockingCallCallback 7, one, 0x"));
-    device.failNth(tavsim::Fault::StringAllocation, 1);
+    device.failNth(tavsim::Fault::Allocation, 1);
     tav::blockingCallCallback(7, "three", &call);
     tav::blockingCallCallback(7, "four", &call);
     EXPECT_EQ(call.reply, nullptr);

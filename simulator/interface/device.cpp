@@ -34,7 +34,7 @@ std::string journalFile(const Options& options) {
 
 bool startRooms(const Options& options, std::string* error) {
     g_startedBy = getpid();
-    for (const Fault fault : {helper::Fault::StringAllocation, helper::Fault::Dispatch,
+    for (const Fault fault : {helper::Fault::Allocation, helper::Fault::Dispatch,
                               helper::Fault::HostRequest, helper::Fault::Read}) {
         helper::failNthFault(fault, 0);
     }

@@ -4,12 +4,12 @@
 source "$(dirname "$0")/check.sh"
 
 run "$tavsim" run --virtual-time "$programs/waits"
-expect 0 $'1000\n3601000\n3601020' 'tavsim: the program polls without waiting*'
+expect 0 $'1000\n3601000\n3601020' $'tavsim: the program polls without waiting*\ntavsim: *did not use the device*'
 
 for options in '' --virtual-time; do
     # shellcheck disable=SC2086
     run "$tavsim" run $options "$programs/sdl2"
-    expect 0 'SDL 2' ''
+    expect 0 'SDL 2' 'tavsim: *did not use the device*'
     # shellcheck disable=SC2086
     run "$tavsim" run $options "$programs/threads"
     expect 0 '' ''
