@@ -11,7 +11,8 @@
  *
  * **Error codes.** Most functions return an `int`: TAV_NOERROR (0) for success, else one of the
  * other codes of enum TAV_Error. A function that returns a pointer answers a failure with a null
- * pointer. Nothing is thrown, and nothing aborts the application.
+ * pointer. Nothing is thrown, and nothing aborts the application. Exhausted memory is a failure too:
+ * the functions that need some say in their comments how it is reported.
  *
  * **Failure reports.** A failing function does three things, in this order: it sets the SDL error
  * string to its message, writes the same text as a trace line with the tag "tav_e", and returns the
@@ -292,7 +293,8 @@ TAV_API int TAV_ServiceCall(const char *uri, const char *payload);
  * \return TAV_NOERROR when the request was dispatched; the function is never called before this
  *         call returns. Failures:
  *         - TAV_ECONNECTION, "Unable to dispatch service call": the bus refused the request, or
- *           there is no memory for it. The function will not be called.
+ *           there is no memory for it. The function will not be called. A request that was sent
+ *           before memory ran out is cancelled.
  *
  * \sa TAV_UnregisterServiceCallback
  */
@@ -442,14 +444,22 @@ TAV_API SDL_bool TAV_ParamExists(const TAV_ServiceParameters *parameters, const 
  * One call of a native method: its parameters and its answer.
  *
  * Read it with TAV_GetNumJSParams() and its sisters and answer with TAV_JSReply() or
- * TAV_JSException(); never read or change the fields directly, and never make such a record of your
- * own, because the library keeps more about the call than they show. It is valid during the
- * handler's call only.
+ * TAV_JSException(). You may read the fields yourself, but change none of them. The record is valid
+ * during the handler's call only.
+ *
+ * The functions that read parameters look at nothing but \p count and \p parameters, so they also
+ * work on a record of your own, as a test of a handler has it. An answer in such a record is yours:
+ * begin with a null \p reply, and release the last one with C++'s `delete[]`. A copy of a record
+ * shares its texts; do not answer through it.
  */
 typedef struct TAV_JSParameters {
-    int count;         /**< The number of parameters, as it was sent. */
-    char **parameters; /**< The parameters that arrived; owned by the library. */
-    char *reply;       /**< The answer so far; owned by the library. */
+    int count;         /**< The number of parameters. Where the page announced more than it sent,
+                        *   the number of those that arrived; one that is not positive is as it
+                        *   was sent. */
+    char **parameters; /**< The parameters, of which single ones may be null; null when \p count is
+                        *   not positive. Owned by the library. */
+    char *reply;       /**< The answer so far; owned by the library. Null when there is none, or
+                        *   there was no memory for it. */
     int isException;   /**< Non-zero when the answer is an exception. */
 } TAV_JSParameters;
 
@@ -458,7 +468,8 @@ typedef struct TAV_JSParameters {
  *
  * It runs on the application's thread, while the application polls, waits for or pumps SDL events,
  * or waits inside a purchase request. Its last TAV_JSReply() or TAV_JSException() is the answer; a
- * handler that calls neither answers with the empty text. The answer is sent when it returns.
+ * handler that calls neither answers with the empty text. The answer is sent when it returns. When
+ * there is no memory for the call or its answer, nothing is sent, and the call fails in the page.
  *
  * It may use the whole library, also register handlers, replace itself, or call TAV_Quit().
  *
@@ -480,7 +491,8 @@ typedef void (*TAV_JSHandler)(TAV_JSParameters *parameters);
  * \param handler the function that performs the method. With null the method is listed, and its
  *        calls are answered like those of an unknown method, with the exception "Unknown Function".
  *
- * \return TAV_NOERROR, always.
+ * \return TAV_NOERROR, always. When there is no memory for it, the method stays unknown, and the
+ *         failure shows in its message alone: "Could not allocate memory".
  *
  * \sa TAV_JSRegistrationComplete
  */
@@ -503,12 +515,12 @@ TAV_API int TAV_JSRegistrationComplete(void);
 /**
  * Gets the number of parameters of a method call.
  *
- * The page decides the number. It can be negative or larger than the number of parameters that
- * really arrived, so compare it with what the method expects instead of looping up to it.
+ * The page decides the number. It is never larger than the number of parameters that arrived, but
+ * it can be negative.
  *
  * \param parameters the call that was handed to the handler, or null.
  *
- * \return the number, as it was sent; 0 when \p parameters is null.
+ * \return the record's count; 0 when \p parameters is null.
  */
 TAV_API int TAV_GetNumJSParams(TAV_JSParameters *parameters);
 
@@ -520,7 +532,7 @@ TAV_API int TAV_GetNumJSParams(TAV_JSParameters *parameters);
  *
  * \return the parameter, which belongs to the library and is valid during the handler's call only.
  *         The empty string when \p parameters is null, \p index is negative or not below the
- *         number of parameters, or the host did not or could not deliver the parameter. Never null.
+ *         number of parameters, or the parameter itself is null. Never null.
  */
 TAV_API const char *TAV_GetJSParamString(TAV_JSParameters *parameters, int index);
 
@@ -560,7 +572,9 @@ TAV_API double TAV_GetJSParamDouble(TAV_JSParameters *parameters, int index);
  * \param parameters the call that was handed to the handler. With null nothing is done.
  * \param reply the result; copied. Null stands for the empty text.
  *
- * \return TAV_NOERROR, always.
+ * \return TAV_NOERROR, always. When there is no memory for it, the failure shows in its message
+ *         alone, "Could not allocate memory", and the call fails in the page unless a later answer
+ *         takes its place.
  *
  * \sa TAV_JSException
  */
@@ -574,7 +588,7 @@ TAV_API int TAV_JSReply(TAV_JSParameters *parameters, const char *reply);
  * \param parameters the call that was handed to the handler. With null nothing is done.
  * \param message the exception's message; copied. Null stands for the empty text.
  *
- * \return TAV_NOERROR, always.
+ * \return TAV_NOERROR, always. When there is no memory for it, the same as with TAV_JSReply().
  *
  * \sa TAV_JSReply
  */

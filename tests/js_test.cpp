@@ -22,6 +22,10 @@ const Answer kUnknown = exception("Unknown Function");
 // Replies with the count, and with the parameters from before the first to behind the third.
 void describe(TAV_JSParameters* parameters) {
     EXPECT_TRUE(parameters->count > 0 || parameters->parameters == nullptr);
+    for (int index = 0; index < parameters->count; ++index) {
+        const char* text = parameters->parameters[index];
+        EXPECT_STREQ(TAV_GetJSParamString(parameters, index), text != nullptr ? text : "");
+    }
     std::string seen = std::to_string(TAV_GetNumJSParams(parameters));
     for (int index = -1; index <= 3; ++index) {
         seen += std::string("|") + TAV_GetJSParamString(parameters, index);
@@ -76,7 +80,7 @@ TEST_F(JSTest, AnAnswerMayBePartOfTheOneBefore) {
     EXPECT_EQ(callMethod("part"), result("part"));
 }
 
-TEST_F(JSTest, TheCountIsTheSentOneAndWhatWasNotSentIsEmpty) {
+TEST_F(JSTest, TheCountIsThatOfTheParametersThatArrived) {
     const struct {
         int count;
         Parameters sent;
@@ -86,14 +90,27 @@ TEST_F(JSTest, TheCountIsTheSentOneAndWhatWasNotSentIsEmpty) {
         {0, {"a"}, "0|||||"},
         {-1, {"a"}, "-1|||||"},
         {1, {"a", "b"}, "1||a|||"},
-        {3, {"a"}, "3||a|||"},
-        {std::numeric_limits<int>::max(), {"a", "b"}, "2147483647||a|b||"},
+        {3, {"a"}, "1||a|||"},
+        {3, {}, "0|||||"},
+        {std::numeric_limits<int>::max(), {"a", "b"}, "2||a|b||"},
+        {9, Parameters(9, "a"), "9||a|a|a|a"},
         {3, {"a", nullptr, "c"}, "3||a||c|"},
     };
     TAV_RegisterJSHandler("describe", describe);
     for (const auto& one : cases) {
         EXPECT_EQ(callMethod("describe", one.count, one.sent), result(one.seen)) << one.count;
     }
+
+    // A record of the application's own.
+    char text[] = "7";
+    char* texts[] = {text, nullptr};
+    TAV_JSParameters own = {2, texts, nullptr, 0};
+    describe(&own);
+    EXPECT_STREQ(own.reply, "2||7|||");
+    own.parameters = nullptr;
+    TAV_JSReply(&own, TAV_GetJSParamString(&own, 0));
+    EXPECT_STREQ(own.reply, "");
+    delete[] own.reply;
 }
 
 TEST_F(JSTest, ReadsNumbersAsFarAsTheyGo) {
@@ -124,7 +141,7 @@ TEST_F(JSTest, ReadsNumbersAsFarAsTheyGo) {
 
 TEST_F(JSTest, AFailedReadLeavesOutWhatFollows) {
     TAV_RegisterJSHandler("describe", describe);
-    const Answer answers[] = {std::nullopt, result("0|||||"), result("2|||||"), result("2||a|||")};
+    const Answer answers[] = {std::nullopt, result("0|||||"), result("0|||||"), result("1||a|||")};
     for (int read = 1; read <= 4; ++read) {
         device.failNth(tavsim::Fault::Read, read);
         EXPECT_EQ(callMethod("describe", 2, {"a", "b"}), answers[read - 1]) << read;

@@ -9,6 +9,9 @@
 
 namespace tav {
 
+// The message where memory is exhausted and nothing else is to be said.
+inline constexpr char kOutOfMemory[] = "Could not allocate memory";
+
 // Leaves the message as SDL's error string and in the trace, and hands the code back, so that a
 // function can end with `return fail(__func__, …)`.
 template <typename... Arguments>

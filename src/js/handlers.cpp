@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
-#include <limits>
-#include <vector>
+#include <memory>
+#include <new>
+#include <utility>
 
 #include "core/report.h"
 #include "platform/hlinkedlist.h"
@@ -48,12 +48,16 @@ public:
         return nullptr;
     }
 
-    void add(const char* name, TAV_JSHandler handler) {
-        auto* entry = new JSHandlerEntry();
-        // cppcheck-suppress uninitdata; the parentheses fill it with zeros
+    // False when memory is exhausted.
+    bool add(const char* name, TAV_JSHandler handler) {
+        std::unique_ptr<JSHandlerEntry> entry(new (std::nothrow) JSHandlerEntry());
+        if (entry == nullptr || !m_entries.append(entry.get())) {
+            return false;
+        }
         std::snprintf(entry->name, sizeof entry->name, "%s", name);
         entry->handler = handler;
-        m_entries.append(entry);
+        entry.release();
+        return true;
     }
 
     void clear() {
@@ -69,24 +73,62 @@ private:
 
 HandlerRegistry g_jsHandlers;
 
-// The count in the public part is the one that was sent; the message may hold fewer parameters.
-struct JSCall : TAV_JSParameters {
-    int availableCount;
+// The parameters of one call. The array grows with those that are really there: the count that the
+// page sends, which is anything it likes, must not decide how much memory is taken.
+class ParameterList {
+public:
+    ParameterList() = default;
+    ~ParameterList() {
+        for (int index = 0; index < m_size; ++index) {
+            delete[] m_texts[static_cast<std::size_t>(index)];
+        }
+    }
+    ParameterList(const ParameterList&) = delete;
+    ParameterList& operator=(const ParameterList&) = delete;
+
+    int size() const { return m_size; }
+    char** texts() const { return m_texts.get(); }
+
+    // Takes the text over in either case. False when memory is exhausted.
+    bool append(std::unique_ptr<char[]> text) {
+        if (static_cast<std::size_t>(m_size) == m_capacity && !grow()) {
+            return false;
+        }
+        m_texts[static_cast<std::size_t>(m_size++)] = text.release();
+        return true;
+    }
+
+private:
+    bool grow() {
+        const std::size_t capacity = m_capacity == 0 ? 8 : 2 * m_capacity;
+        std::unique_ptr<char*[]> texts(new (std::nothrow) char*[capacity]);
+        if (texts == nullptr) {
+            return false;
+        }
+        std::copy_n(m_texts.get(), m_size, texts.get());
+        m_texts = std::move(texts);
+        m_capacity = capacity;
+        return true;
+    }
+
+    std::unique_ptr<char*[]> m_texts;
+    std::size_t m_capacity = 0;
+    int m_size = 0;
 };
 
-// The array grows with the parameters that are really there, because the count alone, which is
-// anything the page likes, must not decide how much memory is taken.
-std::vector<char*> readParameters(HDataReader& reader, int count) {
-    std::vector<char*> parameters;
-    while (static_cast<int>(parameters.size()) < count) {
-        char* parameter = reader.allocReadStr();
+// Reads what was announced, or what is there where the message ends before. False when memory is
+// exhausted.
+bool readParameters(HDataReader& reader, int announced, ParameterList* parameters) {
+    while (parameters->size() < announced) {
+        std::unique_ptr<char[]> text(reader.allocReadStr());
         if (!reader.isSuccessful()) {
-            delete[] parameter;
-            break;
+            return true;
         }
-        parameters.push_back(parameter);
+        if (!parameters->append(std::move(text))) {
+            return false;
+        }
     }
-    return parameters;
+    return true;
 }
 
 TAV_JSHandler findHandler(const char* name) {
@@ -94,39 +136,20 @@ TAV_JSHandler findHandler(const char* name) {
     return entry != nullptr ? entry->handler : nullptr;
 }
 
-void callHandler(TAV_JSHandler handler, HDataReader& reader, JSCall* call) {
+// False when memory does not suffice to perform the call.
+bool callHandler(TAV_JSHandler handler, HDataReader& reader, TAV_JSParameters* call) {
     call->count = reader.readInt();
     TAV_JSReply(call, "");
-    const std::vector<char*> parameters = readParameters(reader, call->count);
-    call->availableCount = static_cast<int>(parameters.size());
-    call->parameters = const_cast<char**>(parameters.data());
+    ParameterList parameters;
+    if (call->reply == nullptr || !readParameters(reader, call->count, &parameters)) {
+        return false;
+    }
+    if (call->count > 0) {
+        call->count = parameters.size();
+        call->parameters = parameters.texts();
+    }
     handler(call);
-    for (char* parameter : parameters) {
-        delete[] parameter;
-    }
-}
-
-void writeAnswer(HDataWriter& writer, const TAV_JSParameters& call) {
-    writer.writeBool(call.isException != 0);
-    writer.writeStr(call.reply);
-    delete[] call.reply;
-}
-
-// The parameter's text; the empty string for one that is null, missing or out of range.
-const char* parameterText(const TAV_JSParameters* parameters, int index) {
-    if (parameters == nullptr || index < 0 || index >= parameters->count ||
-        index >= static_cast<const JSCall*>(parameters)->availableCount) {
-        return "";
-    }
-    const char* text = parameters->parameters[index];
-    return text != nullptr ? text : "";
-}
-
-char* copyText(const char* text) {
-    const std::size_t size = std::strlen(text) + 1;
-    char* copy = new char[size];
-    std::memcpy(copy, text, size);
-    return copy;
+    return true;
 }
 
 }  // namespace
@@ -145,7 +168,7 @@ bool jsGetMethodsCallback(HDataWriter* writer) {
 bool jsMethodCallback(HDataReader* reader, HDataWriter* writer) {
     HTracker_funcTrack("tav_f", __func__, "%p, %p", static_cast<void*>(reader),
                        static_cast<void*>(writer));
-    JSCall call = {};
+    TAV_JSParameters call = {};
     char name[kCalledNameSize] = {};
     reader->readStr(name, sizeof name);
     if (!reader->isSuccessful()) {
@@ -153,12 +176,19 @@ bool jsMethodCallback(HDataReader* reader, HDataWriter* writer) {
     }
     // From here on the entry is not touched: its handler may delete it.
     const TAV_JSHandler handler = findHandler(name);
+    bool isPerformed = true;
     if (handler == nullptr) {
         TAV_JSException(&call, kUnknownFunction);
     } else {
-        callHandler(handler, *reader, &call);
+        isPerformed = callHandler(handler, *reader, &call);
     }
-    writeAnswer(*writer, call);
+    const std::unique_ptr<char[]> reply(call.reply);
+    if (!isPerformed || reply == nullptr) {
+        HTracker_funcTrack("tav_e", __func__, kOutOfMemory);
+        return false;
+    }
+    writer->writeBool(call.isException != 0);
+    writer->writeStr(reply.get());
     return true;
 }
 
@@ -171,8 +201,8 @@ int TAV_RegisterJSHandler(const char* methodName, TAV_JSHandler handler) {
     }
     if (JSHandlerEntry* entry = g_jsHandlers.find(methodName)) {
         entry->handler = handler;
-    } else {
-        g_jsHandlers.add(methodName, handler);
+    } else if (!g_jsHandlers.add(methodName, handler)) {
+        return tav::fail(__func__, TAV_NOERROR, tav::kOutOfMemory);
     }
     return TAV_NOERROR;
 }
@@ -185,52 +215,6 @@ int TAV_JSRegistrationComplete(void) {
                          "plugin, or the IPC is not yet set up.");
     }
     tav::g_jsRegistrationComplete = true;
-    return TAV_NOERROR;
-}
-
-int TAV_GetNumJSParams(TAV_JSParameters* parameters) {
-    HTracker_funcTrack("tav_f", __func__, "%p", static_cast<void*>(parameters));
-    return parameters != nullptr ? parameters->count : 0;
-}
-
-const char* TAV_GetJSParamString(TAV_JSParameters* parameters, int index) {
-    HTracker_funcTrack("tav_f", __func__, "%p, %d", static_cast<void*>(parameters), index);
-    return parameterText(parameters, index);
-}
-
-int TAV_GetJSParamInt(TAV_JSParameters* parameters, int index) {
-    HTracker_funcTrack("tav_f", __func__, "%p, %d", static_cast<void*>(parameters), index);
-    // A long may be wider than the result: what does not fit becomes the nearest value that does.
-    const long value = std::strtol(parameterText(parameters, index), nullptr, 10);
-    return static_cast<int>(
-        std::clamp<long>(value, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
-}
-
-double TAV_GetJSParamDouble(TAV_JSParameters* parameters, int index) {
-    HTracker_funcTrack("tav_f", __func__, "%p, %d", static_cast<void*>(parameters), index);
-    return std::strtod(parameterText(parameters, index), nullptr);
-}
-
-int TAV_JSReply(TAV_JSParameters* parameters, const char* reply) {
-    HTracker_funcTrack("tav_f", __func__, "%p, %s", static_cast<void*>(parameters), reply);
-    if (parameters == nullptr) {
-        return TAV_NOERROR;
-    }
-    // Copied before the old reply goes: the new one may be part of it.
-    char* copy = copyText(reply != nullptr ? reply : "");
-    delete[] parameters->reply;
-    parameters->reply = copy;
-    parameters->isException = 0;
-    return TAV_NOERROR;
-}
-
-int TAV_JSException(TAV_JSParameters* parameters, const char* message) {
-    HTracker_funcTrack("tav_f", __func__, "%p, %s", static_cast<void*>(parameters), message);
-    if (parameters == nullptr) {
-        return TAV_NOERROR;
-    }
-    TAV_JSReply(parameters, message);
-    parameters->isException = 1;
     return TAV_NOERROR;
 }
 

@@ -77,7 +77,7 @@ Record* request(const char* function, const char* uri, const char* payload,
     // Comes first: what was bought must not be lost for want of memory.
     std::unique_ptr<Record> record(new (std::nothrow) Record);
     if (record == nullptr) {
-        return tav::failNull(function, tav::kOutOfMemory);
+        return tav::failNull(function, tav::kNoString);
     }
     record->json = dispatch(uri, payload, waitWithoutTimeOut);
     return record->json != nullptr ? record.release() : nullptr;
@@ -87,7 +87,7 @@ template <typename Record>
 Record* request(const char* function, const char* uri, const tav::HStringPtr& payload,
                 bool waitWithoutTimeOut) {
     if (payload == nullptr) {
-        return tav::failNull(function, tav::kOutOfMemory);
+        return tav::failNull(function, tav::kNoString);
     }
     return request<Record>(function, uri, HString_toStr(payload.get()), waitWithoutTimeOut);
 }

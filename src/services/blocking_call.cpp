@@ -33,7 +33,7 @@ void blockingCallCallback(int token, const char* reply, void* context) {
 HStringPtr blockingKSCall(const char* uri, const char* payload, bool option, int timeoutMs) {
     BlockingCallContext call{HStringPtr(HString_alloc())};
     if (call.reply == nullptr) {
-        return failNull(__func__, kOutOfMemory);
+        return failNull(__func__, kNoString);
     }
     HKSCaller* bus = NApp_GetKSCaller();
     const int token = bus->ksCallWithResponse(uri, payload, option, blockingCallCallback, &call);
@@ -44,7 +44,7 @@ HStringPtr blockingKSCall(const char* uri, const char* payload, bool option, int
     std::int64_t elapsedMs = 0;
     do {
         if (call.done && call.reply == nullptr) {
-            return failNull(__func__, kOutOfMemory);
+            return failNull(__func__, kNoString);
         }
         if (call.done) {
             return std::move(call.reply);

@@ -17,7 +17,7 @@ inline constexpr int kNoCall = -1;
 inline constexpr bool kForLibrary = true;
 inline constexpr bool kForApplication = false;
 
-inline constexpr char kOutOfMemory[] = "Could not allocate HString";
+inline constexpr char kNoString[] = "Could not allocate HString";
 inline constexpr char kServiceUnreachable[] = "Unable to communicate with app card";
 
 // Sends a one-way request of a feature of the library. A failure is reported under the function's
