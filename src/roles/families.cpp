@@ -1,33 +1,56 @@
 #include "roles/families.h"
 
+#include <cstdio>
+#include <cstring>
+
 #include "roles/role_file.h"
 
 namespace {
 
-constexpr char kKobTemplates[] = "/usr/vire/ks2/templates/KOB";
-constexpr char kVantorTemplates[] = "/usr/vire/ks2/templates/Vantor";
+constexpr char kKobPublic[] = "/usr/vire/ks2/templates/KOB.pub";
+constexpr char kKobPrivate[] = "/usr/vire/ks2/templates/KOB.prv";
+constexpr char kVantorPublic[] = "/usr/vire/ks2/templates/Vantor.pub";
+constexpr char kVantorPrivate[] = "/usr/vire/ks2/templates/Vantor.prv";
 constexpr char kVantorExecutable[] = "js";
 
-void generateRoles(const std::string& templateBase, const std::string& appId,
-                   const std::string& exePath) {
+// Room for every path that there can be. An id that does not fit names no file, cut or whole, since
+// no file name is that long.
+constexpr int kPathSize = 4096;
+
+void generateRole(const char* templatePath, const char* directory, const char* appId,
+                  const char* exePath) {
+    char rolePath[kPathSize];
+    std::snprintf(rolePath, sizeof rolePath, "%s/%s.json", directory, appId);
+    tav::generateRoleFile(templatePath, rolePath, appId, exePath);
+}
+
+void generateRoles(const char* publicTemplate, const char* privateTemplate, const char* appId,
+                   const char* exePath) {
     // Such an id would put its role files outside the store.
-    if (appId.find('/') != std::string::npos) {
+    if (std::strchr(appId, '/') != nullptr) {
         return;
     }
     tav::ensureRoleDirectories();
-    const std::string fileName = "/" + appId + ".json";
-    roleGenerate(templateBase + ".pub", tav::kPublicRoles + fileName, appId, exePath);
-    roleGenerate(templateBase + ".prv", tav::kPrivateRoles + fileName, appId, exePath);
+    generateRole(publicTemplate, tav::kPublicRoles, appId, exePath);
+    generateRole(privateTemplate, tav::kPrivateRoles, appId, exePath);
 }
 
 }  // namespace
 
+namespace tav {
+
+void generateKobRoles(const char* appId, const char* exePath) {
+    generateRoles(kKobPublic, kKobPrivate, appId, exePath);
+}
+
+}  // namespace tav
+
 // NOLINTNEXTLINE(performance-unnecessary-value-param): the symbol's name holds the types
 void kobGenerateRole(std::string appId, std::string exePath) {
-    generateRoles(kKobTemplates, appId, exePath);
+    tav::generateKobRoles(appId.c_str(), exePath.c_str());
 }
 
 // NOLINTNEXTLINE(performance-unnecessary-value-param): the symbol's name holds the types
 void vantorGenerateRole(std::string appId) {
-    generateRoles(kVantorTemplates, appId, kVantorExecutable);
+    generateRoles(kVantorPublic, kVantorPrivate, appId.c_str(), kVantorExecutable);
 }

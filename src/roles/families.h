@@ -6,6 +6,13 @@
 
 #include "tav.h"
 
+namespace tav {
+
+// What kobGenerateRole does, without copies of the texts.
+void generateKobRoles(const char* appId, const char* exePath);
+
+}  // namespace tav
+
 // Both make sure that the role store is there and write the application's public and private role
 // file, where they are missing. The id is a plain file name: one with a '/' changes nothing. Both
 // families write the same files, so the first one that an application meets decides. Visible to

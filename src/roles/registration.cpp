@@ -41,6 +41,6 @@ int registerRoleFile() {
         }
         std::snprintf(appId, sizeof appId, "%s", name);
     }
-    kobGenerateRole(appId, exePath);
+    tav::generateKobRoles(appId, exePath);
     return TAV_NOERROR;
 }

@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <memory>
 #include <string_view>
 #include <tuple>
@@ -22,8 +23,8 @@ struct FileCloser {
 };
 using FilePtr = std::unique_ptr<std::FILE, FileCloser>;
 
-FilePtr openFile(const std::string& path, const char* mode) {
-    return FilePtr(std::fopen(path.c_str(), mode));
+FilePtr openFile(const char* path, const char* mode) {
+    return FilePtr(std::fopen(path, mode));
 }
 
 bool isMissing(const char* path) {
@@ -32,13 +33,48 @@ bool isMissing(const char* path) {
 }
 
 // An ancestor that is there already makes its mkdir fail, which does no harm.
-void createWithAncestors(const std::string& path) {
-    for (std::size_t slash = path.find('/', 1); slash != std::string::npos;
-         slash = path.find('/', slash + 1)) {
-        mkdir(path.substr(0, slash).c_str(), kDirectoryMode);
+void createStoreWithAncestors() {
+    char path[sizeof tav::kRoleStore];
+    std::strcpy(path, tav::kRoleStore);
+    for (char* slash = std::strchr(path + 1, '/'); slash != nullptr;
+         slash = std::strchr(slash + 1, '/')) {
+        *slash = '\0';
+        mkdir(path, kDirectoryMode);
+        *slash = '/';
     }
-    mkdir(path.c_str(), kDirectoryMode);
+    mkdir(path, kDirectoryMode);
 }
+
+// A line of a template, in storage of getline() that grows with what is inserted.
+struct Line {
+    char* text = nullptr;
+    std::size_t capacity = 0;
+    std::size_t length = 0;
+
+    ~Line() { std::free(text); }
+
+    std::size_t find(std::string_view sought, std::size_t from = 0) const {
+        return std::string_view(text, length).find(sought, from);
+    }
+
+    // False when memory is exhausted.
+    bool replace(std::size_t position, std::size_t count, std::string_view value) {
+        const std::size_t newLength = length - count + value.size();
+        if (newLength > capacity) {
+            char* grown = static_cast<char*>(std::realloc(text, newLength));
+            if (grown == nullptr) {
+                return false;
+            }
+            text = grown;
+            capacity = newLength;
+        }
+        std::memmove(text + position + value.size(), text + position + count,
+                     length - position - count);
+        std::memcpy(text + position, value.data(), value.size());
+        length = newLength;
+        return true;
+    }
+};
 
 // Replaces every placeholder, also one that an insertion completes together with the text beside
 // it: such a one begins less than a placeholder's length before the insertion. A value that holds
@@ -48,54 +84,63 @@ void createWithAncestors(const std::string& path) {
 // other value comes near it: one that completes nothing needs a replacement for each placeholder of
 // the line, which has as many bytes, and one that is shorter than the placeholder makes the line
 // shorter each time.
-void replaceAll(std::string* line, std::string_view placeholder, const std::string& value) {
-    const bool holdsItself = value.find(placeholder) != std::string::npos;
-    const std::size_t limit = line->size();
+//
+// False when memory is exhausted.
+bool replaceAll(Line* line, std::string_view placeholder, std::string_view value) {
+    const bool holdsItself = value.find(placeholder) != std::string_view::npos;
+    const std::size_t limit = line->length;
     std::size_t position = line->find(placeholder);
-    for (std::size_t count = 0; count < limit && position != std::string::npos; ++count) {
-        line->replace(position, placeholder.size(), value);
+    for (std::size_t count = 0; count < limit && position != std::string_view::npos; ++count) {
+        if (!line->replace(position, placeholder.size(), value)) {
+            return false;
+        }
         const std::size_t next = holdsItself
                                      ? position + value.size()
                                      : position - std::min(position, placeholder.size() - 1);
         position = line->find(placeholder, next);
     }
+    return true;
 }
 
-// The text behind the template's last '\n' is a line too, even when it is empty. Where reading
-// fails, at once for a directory, the copy ends: the role file then holds the lines before.
-void copyTemplate(std::FILE* source, std::FILE* target, const std::string& appId,
-                  const std::string& exePath) {
-    char* buffer = nullptr;
-    std::size_t capacity = 0;
+// The text behind the template's last '\n' is a line too, even when it is empty. False when reading
+// fails, as it does for a directory, or memory.
+bool copyTemplate(std::FILE* source, std::FILE* target, std::string_view appId,
+                  std::string_view exePath) {
+    Line line;
     for (bool atEnd = false; !atEnd;) {
-        const ssize_t length = getline(&buffer, &capacity, source);
+        const ssize_t length = getline(&line.text, &line.capacity, source);
         if (std::ferror(source) != 0 || (length < 0 && std::feof(source) == 0)) {
-            break;
+            return false;
         }
-        std::string line(buffer, length < 0 ? 0 : static_cast<std::size_t>(length));
-        atEnd = !line.ends_with('\n');
+        line.length = length < 0 ? 0 : static_cast<std::size_t>(length);
+        atEnd = line.length == 0 || line.text[line.length - 1] != '\n';
         if (!atEnd) {
-            line.pop_back();
+            --line.length;
         }
-        replaceAll(&line, kIdPlaceholder, appId);
-        replaceAll(&line, kExePathPlaceholder, exePath);
-        line += '\n';
-        std::fwrite(line.data(), 1, line.size(), target);
+        if (!replaceAll(&line, kIdPlaceholder, appId) ||
+            !replaceAll(&line, kExePathPlaceholder, exePath)) {
+            return false;
+        }
+        std::fwrite(line.text, 1, line.length, target);
+        std::fputc('\n', target);
         std::fflush(target);
     }
-    std::free(buffer);
+    return true;
 }
 
 // The role file is there from the moment it is opened, so a reader can meet it empty or in part
 // until it is closed, and two processes that start together both write it, with the same text. The
 // bus reads role files when it is told to, and each writer tells it after its own file is complete.
-void writeRoleFile(const std::string& templatePath, const std::string& rolePath,
-                   const std::string& appId, const std::string& exePath) {
+void writeRoleFile(const char* templatePath, const char* rolePath, const char* appId,
+                   const char* exePath) {
     const FilePtr source = openFile(templatePath, "r");
     // Opened without a template too: the empty file keeps later starts from trying again.
     const FilePtr target = openFile(rolePath, "w");
-    if (source != nullptr && target != nullptr) {
-        copyTemplate(source.get(), target.get(), appId, exePath);
+    if (source == nullptr || target == nullptr) {
+        return;
+    }
+    if (!copyTemplate(source.get(), target.get(), appId, exePath)) {
+        std::remove(rolePath);  // what is there is never written again, so it must be complete
     }
 }
 
@@ -106,7 +151,7 @@ namespace tav {
 void ensureRoleDirectories() {
     if (isMissing(kPublicRoles)) {
         if (isMissing(kRoleStore)) {
-            createWithAncestors(kRoleStore);
+            createStoreWithAncestors();
         }
         mkdir(kPublicRoles, kDirectoryMode);
     }
@@ -115,16 +160,21 @@ void ensureRoleDirectories() {
     }
 }
 
-}  // namespace tav
-
-// NOLINTBEGIN(performance-unnecessary-value-param): the symbol's name holds the types
-void roleGenerate(std::string templatePath, std::string rolePath, std::string appId,
-                  std::string exePath) {
-    // NOLINTEND(performance-unnecessary-value-param)
+void generateRoleFile(const char* templatePath, const char* rolePath, const char* appId,
+                      const char* exePath) {
     if (openFile(rolePath, "r") != nullptr) {
         return;
     }
     writeRoleFile(templatePath, rolePath, appId, exePath);
     // Waits for the command. It may be missing or fail, and nobody here could do anything about it.
     std::ignore = std::system(kRescanCommand);
+}
+
+}  // namespace tav
+
+// NOLINTBEGIN(performance-unnecessary-value-param): the symbol's name holds the types
+void roleGenerate(std::string templatePath, std::string rolePath, std::string appId,
+                  std::string exePath) {
+    // NOLINTEND(performance-unnecessary-value-param)
+    tav::generateRoleFile(templatePath.c_str(), rolePath.c_str(), appId.c_str(), exePath.c_str());
 }

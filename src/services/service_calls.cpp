@@ -88,7 +88,11 @@ int TAV_ServiceCallWithCallback(const char* uri, const char* payload, TAV_Servic
     if (call->token == tav::kNoCall) {
         return tav::fail(__func__, TAV_ECONNECTION, kNotDispatched);
     }
-    g_openCalls.append(call.release());
+    if (!g_openCalls.append(call.get())) {
+        NApp_GetKSCaller()->ksCancelCall(call->token);
+        return tav::fail(__func__, TAV_ECONNECTION, kNotDispatched);
+    }
+    call.release();
     return TAV_NOERROR;
 }
 
