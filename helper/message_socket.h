@@ -39,6 +39,9 @@ public:
     // process has lost the socket.
     bool isGone() const { return m_isGone; }
 
+    // False when the process has lost the socket.
+    bool isOurs() const { return m_socket.isOurs(); }
+
     // Waits for the next message, for ever when no time is given. Without a value the other end is
     // gone, or nothing whole has come in time.
     std::optional<Message> receive(Limit longestWait = {});

@@ -14,7 +14,7 @@
 #include "simulator/device/state.h"
 #include "simulator/front/pump.h"
 #include "simulator/host/compass.h"
-#include "simulator/page/page.h"
+#include "simulator/page/bridge.h"
 #include "simulator/time/clock.h"
 #include "simulator/time/queue.h"
 #include "simulator/time/timers.h"

@@ -1,17 +1,85 @@
-// The web page whose plug-in the application is.
+// The running page: the process of its script, and the events on their way to it.
 #ifndef TAV_SIMULATOR_PAGE_PAGE_H
 #define TAV_SIMULATOR_PAGE_PAGE_H
 
+#include <sys/types.h>
+
+#include <chrono>
+#include <memory>
+#include <optional>
 #include <string>
+#include <utility>
+#include <vector>
+
+#include "helper/items.h"
+#include "helper/message_socket.h"
+#include "platform/napp.h"
+#include "simulator/page/page_message.h"
+#include "simulator/time/clock.h"
 
 namespace tavsim {
 
-// Names the page's script; empty: a host that never calls. Nothing runs before the application
-// connects its methods.
-void startPage(const std::string& pageFile);
+// The application's functions that answer the page.
+struct NativeMethods {
+    NApp_MethodListCallback list = nullptr;
+    NApp_MethodCallback call = nullptr;
+};
 
-// Ends the page and forgets the application's methods.
-void stopPage();
+// Prints on standard error, behind what was printed before.
+void printProblem(const std::string& line);
+
+// A script that does not let go, or whose process dies, ends its page with one line on standard
+// error. Owned by a shared pointer.
+class Page : public std::enable_shared_from_this<Page> {
+public:
+    explicit Page(std::string name) : m_name(std::move(name)) {}
+    ~Page() { end(); }
+    Page(const Page&) = delete;
+    Page& operator=(const Page&) = delete;
+
+    // False, with errno, when there is no process to be had.
+    bool start();
+    void end();
+
+    // False in a fork of the application too, which must leave the page alone.
+    bool isAlive() const;
+
+    void setMethods(const NativeMethods& methods) { m_methods = methods; }
+
+    // Queues an event for the pump. Should the page end before it is due, nothing happens.
+    void post(Milliseconds due, PageMessageKind kind, const helper::ItemWriter& items);
+
+private:
+    struct Event {
+        Milliseconds due;
+        helper::Message message;
+    };
+
+    void queue(Event event);
+    void deliver(Event event);
+    void serve(const helper::Message& event);
+    void handle(const helper::Message& message);
+    void answer(const HDataWriter& writer);
+    void answerMethodList();
+    void answerMethodCall(const std::string& call);
+    void setTimer(int timer, int delay);
+
+    // Waits for the script, which may use the processor up to the limit; without a value, ends the
+    // page.
+    std::optional<helper::Message> nextMessage(std::chrono::nanoseconds limit);
+
+    std::chrono::nanoseconds processorTime() const;
+    void endWith(const std::string& reason);
+    std::string reap();  // how the process ended
+
+    const std::string m_name;
+    NativeMethods m_methods;
+    std::optional<helper::MessageSocket> m_socket;
+    pid_t m_process = 0;
+    pid_t m_owner = 0;
+    bool m_isBusy = false;
+    std::vector<Event> m_waiting;
+};
 
 }  // namespace tavsim
 

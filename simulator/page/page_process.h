@@ -4,8 +4,8 @@
 
 namespace tavsim {
 
-// What the new process does after the fork: keeps nothing of the application but the channel's
-// socket and standard error, serves the device until that is gone, and ends.
+// What the new process does after the fork: keeps nothing of the application but its end of the
+// connection and standard error, serves the device until that is gone, and ends.
 [[noreturn]] void runPageProcess(int socket, int parent);
 
 }  // namespace tavsim

@@ -1,13 +1,10 @@
 // What the device and the process of its page say to each other.
 //
 // The device sends an event and then answers the page's questions until the page is idle again.
-#ifndef TAV_SIMULATOR_PAGE_PAGE_CHANNEL_H
-#define TAV_SIMULATOR_PAGE_PAGE_CHANNEL_H
+#ifndef TAV_SIMULATOR_PAGE_PAGE_MESSAGE_H
+#define TAV_SIMULATOR_PAGE_PAGE_MESSAGE_H
 
 #include <cstdint>
-#include <optional>
-#include <string>
-#include <string_view>
 
 namespace tavsim {
 
@@ -29,34 +26,8 @@ enum class PageMessageKind : uint8_t {
     ConsoleLine,  // bool: for standard error; text
     SetTimer,     // int: timer; int: milliseconds
     Problem,      // text: what went wrong in the script, and where
+    Broken,       // text: why the page cannot go on
     Idle          // nothing
-};
-
-struct PageMessage {
-    PageMessageKind kind;
-    std::string items;
-};
-
-// One end of the connection.
-class PageChannel {
-public:
-    explicit PageChannel(int socket) : m_socket(socket) {}
-    ~PageChannel();
-    PageChannel(const PageChannel&) = delete;
-    PageChannel& operator=(const PageChannel&) = delete;
-
-    int socket() const { return m_socket; }
-
-    // False when the other end is gone.
-    bool send(PageMessageKind kind, std::string_view items);
-
-    // Waits; without a value the other end is gone.
-    std::optional<PageMessage> receive();
-
-private:
-    bool receiveBytes(void* bytes, size_t size);
-
-    int m_socket;
 };
 
 }  // namespace tavsim

@@ -1,0 +1,146 @@
+#include "simulator/page/bridge.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <memory>
+#include <optional>
+
+#include "helper/items.h"
+#include "platform/napp.h"
+#include "simulator/device/journal.h"
+#include "simulator/device/running.h"
+#include "simulator/host/host.h"
+#include "simulator/page/page.h"
+#include "simulator/time/clock.h"
+
+namespace tavsim {
+
+namespace {
+
+// What the host knows of the plug-in.
+struct Bridge {
+    std::string pageFile;
+    bool isConnected = false;
+    std::shared_ptr<Page> page;
+};
+
+Bridge& bridge() {
+    // Never destroyed: the device ends the page later than static objects are destroyed.
+    static Bridge& instance = *new Bridge;
+    return instance;
+}
+
+bool readFile(const std::string& path, std::string* content) {
+    const std::unique_ptr<FILE, int (*)(FILE*)> file(std::fopen(path.c_str(), "re"), std::fclose);
+    if (file == nullptr) {
+        return false;
+    }
+    char block[4096];
+    while (const size_t size = std::fread(block, 1, sizeof block, file.get())) {
+        content->append(block, size);
+    }
+    return std::ferror(file.get()) == 0;
+}
+
+// False when there is no process to be had for the page. A script that cannot be read leaves the
+// host without a page, which is no reason to refuse the plug-in.
+bool openPage(const std::string& pageFile) {
+    const std::string name = std::filesystem::path(pageFile).filename();
+    std::string source;
+    if (!readFile(pageFile, &source)) {
+        printProblem(name + ": cannot be read: " + std::strerror(errno));
+        return true;
+    }
+    const auto page = std::make_shared<Page>(name);
+    if (!page->start()) {
+        printProblem(name + ": cannot be run: " + std::strerror(errno));
+        return false;
+    }
+    bridge().page = page;
+    helper::ItemWriter items;
+    items.writeText(name);
+    items.writeText(source);
+    page->post(now(), PageMessageKind::RunScript, items);
+    return true;
+}
+
+bool connect(NApp_MethodListCallback methodList, NApp_MethodCallback methodCall) {
+    const bool accepts = hostAccepts("bridge") && running().plugin;
+    if (!accepts || methodList == nullptr || methodCall == nullptr) {
+        return false;
+    }
+    const bool needsPage = !bridge().isConnected && !bridge().pageFile.empty();
+    if (needsPage && !openPage(bridge().pageFile)) {
+        return false;
+    }
+    bridge().isConnected = true;
+    if (bridge().page != nullptr) {
+        bridge().page->setMethods({methodList, methodCall});
+    }
+    return true;
+}
+
+bool isCallable(const char* function, const char* const* arguments, int argumentCount) {
+    const bool hasArguments = argumentCount == 0 || (argumentCount > 0 && arguments != nullptr);
+    return function != nullptr && hasArguments;
+}
+
+helper::Text textOrNull(const char* text) {
+    return text != nullptr ? helper::Text(text) : std::nullopt;
+}
+
+bool callPage(const char* function, const char* const* arguments, int argumentCount) {
+    if (!hostAccepts("bridge") || !bridge().isConnected ||
+        !isCallable(function, arguments, argumentCount)) {
+        return false;
+    }
+    if (bridge().pageFile.empty()) {
+        return true;
+    }
+    if (bridge().page == nullptr || !bridge().page->isAlive()) {
+        return false;
+    }
+    helper::ItemWriter items;
+    items.writeText(function);
+    items.writeInt(argumentCount);
+    for (int index = 0; index < argumentCount; ++index) {
+        items.writeText(textOrNull(arguments[index]));
+    }
+    bridge().page->post(now(), PageMessageKind::CallFunction, items);
+    return true;
+}
+
+}  // namespace
+
+void startPage(const std::string& pageFile) {
+    stopPage();
+    bridge().pageFile = pageFile;
+}
+
+void stopPage() {
+    if (bridge().page != nullptr) {
+        bridge().page->end();
+    }
+    bridge() = {};
+}
+
+}  // namespace tavsim
+
+bool NApp_RegisterKiteHandlers(NApp_MethodListCallback methodList, NApp_MethodCallback methodCall) {
+    const bool accepts = tavsim::connect(methodList, methodCall);
+    tavsim::JournalEntry("host", __func__).outcome(tavsim::acceptance(accepts));
+    return accepts;
+}
+
+bool NApp_JSCall(const char* functionName, const char* const* arguments, int argumentCount) {
+    const bool accepts = tavsim::callPage(functionName, arguments, argumentCount);
+    tavsim::JournalEntry entry("host", __func__);
+    entry.member("function", functionName);
+    if (accepts) {
+        entry.texts("arguments", arguments, argumentCount);
+    }
+    entry.outcome(tavsim::acceptance(accepts));
+    return accepts;
+}

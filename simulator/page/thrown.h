@@ -1,0 +1,20 @@
+// What a script throws and does not catch.
+#ifndef TAV_SIMULATOR_PAGE_THROWN_H
+#define TAV_SIMULATOR_PAGE_THROWN_H
+
+#include "simulator/page/engine.h"
+
+namespace tavsim {
+
+// Lets the engine note where something is thrown; the global object is on top.
+void watchThrows(duk_context* engine);
+
+// The name to report for whatever does not know its file: the string on top, which stays there.
+void nameScript(duk_context* engine);
+
+// Tells the device what was thrown, which is on top, and where.
+void reportThrown(duk_context* engine);
+
+}  // namespace tavsim
+
+#endif
