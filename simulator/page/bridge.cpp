@@ -9,6 +9,7 @@
 
 #include "helper/items.h"
 #include "platform/napp.h"
+#include "simulator/device/edge.h"
 #include "simulator/device/journal.h"
 #include "simulator/device/running.h"
 #include "simulator/host/host.h"
@@ -128,13 +129,16 @@ void stopPage() {
 
 }  // namespace tavsim
 
-bool NApp_RegisterKiteHandlers(NApp_MethodListCallback methodList, NApp_MethodCallback methodCall) {
+bool NApp_RegisterKiteHandlers(NApp_MethodListCallback methodList,
+                               NApp_MethodCallback methodCall) try {
     const bool accepts = tavsim::connect(methodList, methodCall);
     tavsim::JournalEntry("host", __func__).outcome(tavsim::acceptance(accepts));
     return accepts;
+} catch (...) {
+    return tavsim::refused(false);
 }
 
-bool NApp_JSCall(const char* functionName, const char* const* arguments, int argumentCount) {
+bool NApp_JSCall(const char* functionName, const char* const* arguments, int argumentCount) try {
     const bool accepts = tavsim::callPage(functionName, arguments, argumentCount);
     tavsim::JournalEntry entry("host", __func__);
     entry.member("function", functionName);
@@ -143,4 +147,6 @@ bool NApp_JSCall(const char* functionName, const char* const* arguments, int arg
     }
     entry.outcome(tavsim::acceptance(accepts));
     return accepts;
+} catch (...) {
+    return tavsim::refused(false);
 }
