@@ -5,6 +5,7 @@
 #include <cstring>
 #include <memory>
 #include <new>
+#include <tuple>
 #include <utility>
 
 #include "core/report.h"
@@ -56,7 +57,7 @@ public:
         }
         std::snprintf(entry->name, sizeof entry->name, "%s", name);
         entry->handler = handler;
-        entry.release();
+        std::ignore = entry.release();  // the list has it now
         return true;
     }
 
@@ -101,12 +102,12 @@ public:
 private:
     bool grow() {
         const std::size_t capacity = m_capacity == 0 ? 8 : 2 * m_capacity;
-        std::unique_ptr<char*[]> texts(new (std::nothrow) char*[capacity]);
-        if (texts == nullptr) {
+        std::unique_ptr<char*[]> grown(new (std::nothrow) char*[capacity]);
+        if (grown == nullptr) {
             return false;
         }
-        std::copy_n(m_texts.get(), m_size, texts.get());
-        m_texts = std::move(texts);
+        std::copy_n(m_texts.get(), m_size, grown.get());
+        m_texts = std::move(grown);
         m_capacity = capacity;
         return true;
     }

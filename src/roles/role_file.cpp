@@ -35,7 +35,7 @@ bool isMissing(const char* path) {
 // An ancestor that is there already makes its mkdir fail, which does no harm.
 void createStoreWithAncestors() {
     char path[sizeof tav::kRoleStore];
-    std::strcpy(path, tav::kRoleStore);
+    std::snprintf(path, sizeof path, "%s", tav::kRoleStore);
     for (char* slash = std::strchr(path + 1, '/'); slash != nullptr;
          slash = std::strchr(slash + 1, '/')) {
         *slash = '\0';

@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <new>
+#include <tuple>
 
 #include "core/report.h"
 #include "core/value.h"
@@ -92,7 +93,7 @@ int TAV_ServiceCallWithCallback(const char* uri, const char* payload, TAV_Servic
         NApp_GetKSCaller()->ksCancelCall(call->token);
         return tav::fail(__func__, TAV_ECONNECTION, kNotDispatched);
     }
-    call.release();
+    std::ignore = call.release();  // the registry has it now
     return TAV_NOERROR;
 }
 
