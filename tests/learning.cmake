@@ -10,9 +10,8 @@ foreach(DEVICE quern.320x400 harrow.320x480 cinnabar.480x800 ember.1024x768 unkn
                      -DINSTRUMENTS=$<TARGET_FILE:instruments>
                      -DCHECK_PICTURE=$<TARGET_FILE:check_picture>
                      -P ${CMAKE_CURRENT_SOURCE_DIR}/check_instruments.cmake)
-    # A sanitizer's run-time library minds that the simulator is preloaded in front of it.
     set_tests_properties(instruments_${CMAKE_MATCH_1} PROPERTIES
-        TIMEOUT 120 ENVIRONMENT ASAN_OPTIONS=verify_asan_link_order=0)
+        TIMEOUT 120)
 endforeach()
 
 set(SANITIZER_FLAGS)
@@ -30,7 +29,7 @@ foreach(TEXT README.md docs/guide.md docs/simulator.md)
                      $<TARGET_FILE:tav> $<TARGET_FILE:tav_simulator> ${SDL_LDFLAGS}
                      -Wl,-rpath,$<TARGET_FILE_DIR:tav>)
     set_tests_properties(${NAME} PROPERTIES
-        TIMEOUT 300 ENVIRONMENT ASAN_OPTIONS=verify_asan_link_order=0)
+        TIMEOUT 300)
 endforeach()
 
 find_program(DOXYGEN doxygen)

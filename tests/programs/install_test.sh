@@ -51,6 +51,19 @@ read -ra compiling < <(pkg-config --cflags tav)
 read -ra linking < <(pkg-config --libs tav)
 "$CC" "${flags[@]}" "${compiling[@]}" -o plain service_reply.c "${linking[@]}"
 replies ./plain
+# The tool puts the device in front also where a sanitizer wants to be, and where its own path cannot
+# be preloaded.
+"$CC" "${flags[@]}" -fsanitize=address "${compiling[@]}" -o sanitized service_reply.c "${linking[@]}" \
+    -Wl,-rpath,"$libraries"
+odd=$work/'a copy: $ORIGIN'
+cp -R "$prefix" "$odd"
+for tool in "$prefix/bin/tavsim" "$odd/bin/tavsim"; do
+    run env -u LD_LIBRARY_PATH "$tool" run --device quern ./sanitized
+    expect 0 $'lute\npercent *' ''
+done
+run env -u LD_LIBRARY_PATH TMPDIR="$odd" "$odd/bin/tavsim" run ./plain
+expect 2 '' 'tavsim: *blank, a colon*set TMPDIR *'
+rm -rf "$odd"
 # Some distributions drop libraries that a program calls nothing of. One that leaves SDL's events to
 # another library calls nothing of the simulator's, and needs it in front all the same.
 "$CC" "${flags[@]}" "${compiling[@]}" -Wl,--as-needed -o as_needed service_reply.c "${linking[@]}"
