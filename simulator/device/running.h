@@ -26,8 +26,8 @@ bool isWanted();
 
 // The profile of the device, which is started from the environment if it does not run yet: once,
 // whichever thread asks first. Ends the process with status 2 and a line on standard error when
-// what the environment asks for cannot be had. Throws NotInFront, having said once what to do, where
-// the program's calls reach SDL and libc without passing the simulator.
+// what the environment asks for cannot be had. Throws NotInFront, having said once what to do,
+// where the program's calls reach SDL and libc without passing the simulator.
 Profile& running();
 
 // The profile of the device as it is, running or not.
