@@ -14,7 +14,7 @@ namespace fs = std::filesystem;
 namespace tavsim {
 namespace {
 
-constexpr int kTries = 10;
+constexpr int kTries = 100;
 
 // In a temporary folder that everybody writes to, somebody else may have taken the name.
 bool isOwnFolder(const std::string& path) {
@@ -74,12 +74,15 @@ std::string makeFreshRoot(const char* claimName) {
         if (claim(path, claimName)) {
             return path;
         }
-        removeFreshRoot(path);
+        std::error_code problem;
+        fs::remove_all(path, problem);
     }
     return {};
 }
 
 void removeFreshRoot(const std::string& path) {
+    // Locked, so that nobody else removes it as a stale one at the same time.
+    const LockedFolder locked(fs::path(path).parent_path());
     std::error_code problem;
     fs::remove_all(path, problem);
     // Stays where it holds the folders of other runs.
