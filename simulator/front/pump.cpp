@@ -8,6 +8,7 @@
 #include "front/events.h"
 #include "front/next.h"
 #include "simulator/control/control.h"
+#include "simulator/device/edge.h"
 #include "simulator/device/running.h"
 #include "simulator/time/queue.h"
 #include "simulator/time/timers.h"
@@ -68,7 +69,7 @@ bool takesPart() {
     return (tavsim::isStarted() || tavsim::isTimeVirtual()) && tavsim::isOnApplicationThread();
 }
 
-void deliver() {
+void deliver() try {
     if (tavsim::isTimeVirtual()) {
         tavsim::lookWithoutWaiting();
     }
@@ -76,9 +77,11 @@ void deliver() {
         tavsim::serveControlNowAndThen();
         tavsim::deliverDue();
     }
+} catch (...) {
+    tavsim::endProgramByException();
 }
 
-void waitForNext() {
+void waitForNext() try {
     if (!tavsim::isTimeVirtual()) {
         tavsim::sleepAStep();
         return;
@@ -88,6 +91,8 @@ void waitForNext() {
         tavsim::sleepAStep();
     }
     tavsim::passTime(next.value_or(tavsim::now()));
+} catch (...) {
+    tavsim::endProgramByException();
 }
 
 }  // namespace front

@@ -3,6 +3,7 @@
 #include "front/events.h"
 #include "front/next.h"
 #include "platform/visibility.h"
+#include "simulator/device/edge.h"
 #include "simulator/time/clock.h"
 #include "simulator/time/timers.h"
 #include "simulator/time/virtual_time.h"
@@ -53,13 +54,15 @@ TAV_PLATFORM_API Uint32 SDL_GetTicks(void) {
 }
 
 TAV_PLATFORM_API SDL_TimerID SDL_AddTimer(Uint32 interval, SDL_NewTimerCallback function,
-                                          void* parameter) {
+                                          void* parameter) try {
     static const auto real =
         front::nextFunction<SDL_TimerID(Uint32, SDL_NewTimerCallback, void*)>("SDL_AddTimer");
     if (!tavsim::isSimulated()) {
         return real(interval, function, parameter);
     }
     return tavsim::hasTimers() ? tavsim::addTimer(interval, function, parameter) : nullptr;
+} catch (...) {
+    return tavsim::refused<SDL_TimerID>(nullptr);
 }
 
 TAV_PLATFORM_API SDL_bool SDL_RemoveTimer(SDL_TimerID id) {
@@ -71,7 +74,7 @@ TAV_PLATFORM_API SDL_bool SDL_RemoveTimer(SDL_TimerID id) {
 }
 
 // SDL's own goes through here when its timers end.
-TAV_PLATFORM_API int SDL_SetTimer(Uint32 interval, SDL_TimerCallback function) {
+TAV_PLATFORM_API int SDL_SetTimer(Uint32 interval, SDL_TimerCallback function) try {
     static const auto real = front::nextFunction<int(Uint32, SDL_TimerCallback)>("SDL_SetTimer");
     if (!tavsim::isSimulated()) {
         return real(interval, function);
@@ -85,5 +88,7 @@ TAV_PLATFORM_API int SDL_SetTimer(Uint32 interval, SDL_TimerCallback function) {
     }
     tavsim::addTimer(interval, tavsim::callWithoutParameter, reinterpret_cast<void*>(function));
     return 0;
+} catch (...) {
+    return tavsim::refused(-1);
 }
 }
