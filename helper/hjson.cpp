@@ -86,10 +86,12 @@ HJson* HJson_create(const char* text) try {
     return nullptr;
 }
 
-void HJson_free(HJson* json) {
+void HJson_free(HJson* json) try {
     if (json != nullptr) {
         giveBack(std::unique_ptr<HJson>(json));
     }
+} catch (const std::bad_alloc&) {
+    // It is not kept then.
 }
 
 int HJson_getBool(const HJson* json, const char* key) {

@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <new>
 #include <set>
 #include <sstream>
 #include <string_view>
@@ -129,7 +130,8 @@ std::string formatted(const char* format, va_list arguments) {
     return text;
 }
 
-void record(const char* tag, const char* function, const char* format, va_list arguments) {
+// A line for which there is no memory is lost.
+void record(const char* tag, const char* function, const char* format, va_list arguments) try {
     Trace& listeners = trace();
     const bool isKept = listeners.kept.contains(tag);
     const bool isWritten = listeners.written.contains(tag);
@@ -143,7 +145,7 @@ void record(const char* tag, const char* function, const char* format, va_list a
     if (isKept) {
         listeners.lines.push_back(std::move(line));
     }
-}
+} catch (const std::bad_alloc&) {}
 
 }  // namespace
 

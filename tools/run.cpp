@@ -12,6 +12,7 @@
 #include "run_folder.h"
 #include "signals.h"
 #include "simulator/device/profile.h"
+#include "simulator/device/trusted_folder.h"
 #include "supervisor.h"
 
 namespace fs = std::filesystem;
@@ -49,11 +50,8 @@ std::string whyNoSetup(const RunRequest& request) {
     if (!request.page.empty() && !fs::is_regular_file(request.page, problem)) {
         return request.page + ": no such page script";
     }
-    if (!request.root.empty() && !fs::is_directory(request.root, problem) &&
-        !fs::create_directories(request.root, problem)) {
-        return request.root + ": the device's root folder cannot be made";
-    }
-    return {};
+    return request.root.empty() ? std::string()
+                                : tavsim::makeTrustedRoot(absolutePath(request.root));
 }
 
 }  // namespace

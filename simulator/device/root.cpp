@@ -1,19 +1,19 @@
 #include "simulator/device/root.h"
 
 #include <sqlite3.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
-#include <cstdio>
-#include <cstdlib>
+#include <atomic>
 #include <filesystem>
+#include <forward_list>
 #include <fstream>
 #include <memory>
+#include <new>
 
 #include "front/fixed_paths.h"
 #include "front/next.h"
 #include "simulator/device/claim.h"
 #include "simulator/device/fresh_root.h"
+#include "simulator/device/trusted_folder.h"
 
 namespace fs = std::filesystem;
 
@@ -22,18 +22,27 @@ namespace {
 
 constexpr char kData[] = "/data";
 
-struct Root {
-    std::string folder;
-    bool isFresh = false;
-};
+// Every root folder of the process, since another thread may still read the name of an earlier one.
+const std::string& kept(std::string folder) {
+    static auto& folders = *new std::forward_list<std::string>;
+    return folders.emplace_front(std::move(folder));
+}
 
-Root& root() {
-    static Root& instance = *new Root;
-    return instance;
+std::atomic<const std::string*> g_folder = nullptr;  // null: there is no root folder
+bool g_isFresh = false;
+
+void setRoot(const std::string& folder, bool isFresh) {
+    g_folder = &kept(folder);
+    g_isFresh = isFresh;
+}
+
+bool isThere(const std::string& path) {
+    std::error_code problem;
+    return fs::exists(path, problem);
 }
 
 bool writeFile(const std::string& path, const std::string& content) {
-    if (fs::exists(path)) {
+    if (isThere(path)) {
         return true;
     }
     std::ofstream file(path, std::ios::binary);
@@ -63,12 +72,12 @@ std::string storingStatement(const std::string& key, const std::string& value) {
     const std::unique_ptr<char, decltype(&sqlite3_free)> statement(
         sqlite3_mprintf("REPLACE INTO Preferences VALUES (%Q, %Q);", key.c_str(), value.c_str()),
         sqlite3_free);
-    return statement.get();
+    return statement != nullptr ? statement.get() : throw std::bad_alloc();
 }
 
 // One row a preference, all in one transaction.
 bool writeDatabase(const std::string& path, const std::map<std::string, std::string>& preferences) {
-    if (fs::exists(path)) {
+    if (isThere(path)) {
         return true;
     }
     const DatabasePtr database = openDatabase(path);
@@ -79,20 +88,14 @@ bool writeDatabase(const std::string& path, const std::map<std::string, std::str
     return database != nullptr && execute(database.get(), statements + "COMMIT;");
 }
 
-bool makeFolder(const std::string& path) {
-    std::error_code problem;
-    fs::create_directories(path, problem);
-    return fs::is_directory(path, problem);
-}
-
 bool writeFiles(const Profile& profile, std::string* error) {
-    const std::string& base = root().folder;
+    const std::string& base = rootFolder();
     const auto fail = [error](const std::string& path) {
         *error = path + ": cannot be made below the device's root";
         return false;
     };
     for (const char* folder : {"/var/kora/preferences", "/proc", front::kTemplates, kData}) {
-        if (!makeFolder(base + folder)) {
+        if (!makeFolders(base + folder)) {
             return fail(base + folder);
         }
     }
@@ -112,11 +115,13 @@ bool writeFiles(const Profile& profile, std::string* error) {
 }
 
 bool takeFreshRoot(std::string* error) {
-    root() = {makeFreshRoot(kDeviceClaim), true};
-    if (root().folder.empty()) {
+    const std::string folder = makeFreshRoot(kDeviceClaim);
+    if (folder.empty()) {
         *error = freshRootsFolder() + ": the device's root folder cannot be made";
+        return false;
     }
-    return !root().folder.empty();
+    setRoot(folder, true);
+    return true;
 }
 
 bool takeRoot(const std::string& folder, std::string* error) {
@@ -125,12 +130,12 @@ bool takeRoot(const std::string& folder, std::string* error) {
     if (path.size() > 1 && path.back() == '/') {
         path.pop_back();
     }
-    if (!makeFolder(path)) {
-        *error = folder + ": the device's root folder cannot be made";
+    *error = makeTrustedRoot(path);
+    if (!error->empty()) {
         return false;
     }
     if (claim(path, kDeviceClaim)) {
-        root() = {path, false};
+        setRoot(path, false);
         return true;
     }
     // A program that one of the run started: two cannot be on one device.
@@ -153,20 +158,24 @@ bool prepareRoot(const Profile& profile, const std::string& folder, std::string*
 }
 
 void releaseRoot() {
-    if (root().isFresh) {
-        removeFreshRoot(root().folder);
-    } else if (!root().folder.empty() && !isClaimed(root().folder, kRunClaim)) {
-        removeClaim(root().folder, kDeviceClaim);
+    const std::string& folder = rootFolder();
+    if (g_isFresh) {
+        removeFreshRoot(folder);
+    } else if (!folder.empty() && !isClaimed(folder, kRunClaim)) {
+        removeClaim(folder, kDeviceClaim);
     }
-    root() = {};
+    g_folder = nullptr;
+    g_isFresh = false;
 }
 
 const std::string& rootFolder() {
-    return root().folder;
+    static const std::string& none = *new std::string;
+    const std::string* folder = g_folder;
+    return folder != nullptr ? *folder : none;
 }
 
 bool isRootFresh() {
-    return root().isFresh;
+    return g_isFresh;
 }
 
 bool storePreference(const std::string& key, const std::string& value) {

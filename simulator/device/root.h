@@ -17,6 +17,7 @@ bool prepareRoot(const Profile& profile, const std::string& folder, std::string*
 // Removes the folder if it is a fresh one, and leaves it to others if not.
 void releaseRoot();
 
+// Empty where there is none. Can be asked on any thread.
 const std::string& rootFolder();
 bool isRootFresh();
 

@@ -119,10 +119,14 @@ bool changeDevice(const std::function<bool()>& change) {
     const std::lock_guard lock(g_change);
     g_started = false;
     g_changing = true;
-    const bool started = change();
+    try {
+        g_started = change();
+    } catch (...) {
+        g_changing = false;
+        throw;
+    }
     g_changing = false;
-    g_started = started;
-    return started;
+    return g_started;
 }
 
 }  // namespace tavsim

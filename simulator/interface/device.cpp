@@ -136,11 +136,16 @@ bool startDevice(Profile newProfile, const Options& options, std::string* error)
     return changeDevice([&] {
         stopRooms();
         profile() = std::move(newProfile);
-        const bool started = startRooms(options, error);
-        if (!started) {
+        try {
+            if (startRooms(options, error)) {
+                return true;
+            }
+        } catch (...) {
             stopRooms();
+            throw;
         }
-        return started;
+        stopRooms();
+        return false;
     });
 }
 

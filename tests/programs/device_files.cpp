@@ -23,7 +23,7 @@ constexpr char kMissing[] = "/var/vire/ks2/roles/pub/none";
 constexpr char kDatabase[] = "/var/kora/preferences/systemprefs.db";
 
 // Not a constant, so that a checked call is made of it.
-int g_reading = O_RDONLY;
+volatile int g_reading = O_RDONLY;
 
 bool closes(int file) {
     return file >= 0 && close(file) == 0;
@@ -33,23 +33,25 @@ bool closes(FILE* file) {
     return file != nullptr && std::fclose(file) == 0;
 }
 
-bool hasPreferences(int result, sqlite3* database) {
-    const bool has = result == SQLITE_OK && sqlite3_exec(database, "SELECT * FROM Preferences",
-                                                         nullptr, nullptr, nullptr) == SQLITE_OK;
+// A change also makes a file beside the database.
+bool canBeChanged(int result, sqlite3* database) {
+    constexpr char kChange[] = "CREATE TABLE Probe (X); DROP TABLE Probe";
+    const bool can = result == SQLITE_OK &&
+                     sqlite3_exec(database, kChange, nullptr, nullptr, nullptr) == SQLITE_OK;
     sqlite3_close(database);
-    return has;
+    return can;
 }
 
 bool opens(const char* path) {
     sqlite3* database = nullptr;
     const int result = sqlite3_open(path, &database);
-    return hasPreferences(result, database);
+    return canBeChanged(result, database);
 }
 
-bool opensToRead(const char* path) {
+bool opensWithFlags(const char* path) {
     sqlite3* database = nullptr;
-    const int result = sqlite3_open_v2(path, &database, SQLITE_OPEN_READONLY, nullptr);
-    return hasPreferences(result, database);
+    const int result = sqlite3_open_v2(path, &database, SQLITE_OPEN_READWRITE, nullptr);
+    return canBeChanged(result, database);
 }
 
 bool canBeWrittenAndRemoved() {
@@ -58,13 +60,20 @@ bool canBeWrittenAndRemoved() {
         return false;
     }
     const std::string path = "/var/vire/ks2/roles/file";
+    std::error_code problem;
     for (const auto& take : {unlink, remove}) {
         std::ofstream(path) << "text";
-        if (std::filesystem::file_size(path) != 4 || take(path.c_str()) != 0) {
+        if (std::filesystem::file_size(path, problem) != 4 || take(path.c_str()) != 0) {
             return false;
         }
     }
-    return !std::filesystem::exists(path);
+    return !std::filesystem::exists(path, problem);
+}
+
+bool filesystemKnows() {
+    std::error_code problem;
+    return std::filesystem::exists(kFile, problem) &&
+           !std::filesystem::is_empty(kFolder, problem) && !problem;
 }
 
 bool listsFolder() {
@@ -92,11 +101,10 @@ const Way kWays[] = {
     {"fstatat", [] { return fstatat(AT_FDCWD, kFolder, &g_status, 0) == 0; }},
     {"statx", [] { return statx(AT_FDCWD, kFile, 0, STATX_SIZE, &g_statx) == 0; }},
     {"ifstream", [] { return std::ifstream(kFile).is_open(); }},
-    {"filesystem", [] { return std::filesystem::exists(kFile); }},
-    {"directory_iterator", [] { return !std::filesystem::is_empty(kFolder); }},
+    {"filesystem", filesystemKnows},
     {"opendir", listsFolder},
     {"sqlite3_open", [] { return opens(kDatabase); }},
-    {"sqlite3_open_v2", [] { return opensToRead(kDatabase); }},
+    {"sqlite3_open_v2", [] { return opensWithFlags(kDatabase); }},
     {"mkdir, unlink, remove", canBeWrittenAndRemoved},
     {"missing", [] { return access(kMissing, F_OK) != 0; }},
     {"the machine's own", [] { return closes(open("/proc/self/maps", O_RDONLY)); }},

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# The simulated device is in front of SDL and libc, or it refuses to work and says what to do: in
-# programs that were linked in another order, or that load the library themselves. Under
-# `tavsim run` all of them work.
+# The boundary between an application, the simulated device and the machine: the device is in front of
+# SDL and libc, or it refuses to work and says what to do; names do not clash; and the device follows
+# nothing that others put into its root folder.
 source "$(dirname "$0")/check.sh"
 libtav=$TAV_BUILD/$TAV_LIBDIR/libtav.so
 # Role files, written by root alone, are what a mistake would do the most harm with.
@@ -77,3 +77,63 @@ run "$tavsim" run cat /proc/nduid
 # An application's own names are its own.
 run "$programs/own_names"
 expect 0 Kitchen ''
+
+# A root folder that somebody else can change is refused, whoever names it, and nothing in it is
+# written, followed or run. The rescan program would run with the rights of the user.
+mkdir "$work/elsewhere"
+refuses_root() {
+    local expected=$1 folder=$2
+    for way in "$tavsim run --root $folder" "env TAVSIM_ROOT=$folder"; do
+        read -ra words <<<"$way"
+        TAVSIM_DEVICE=$work/root.json run "${words[@]}" "$programs/service_reply"
+        expect 2 '' "tavsim: $expected"
+        [ -z "$(ls -A "$work/elsewhere")" ] || fail "$way wrote through a link: $expected"
+    done
+}
+fresh_root() {
+    root=$work/root
+    rm -rf "$root" && mkdir -p "$root/var" "$root/usr/bin" "$root/proc"
+    printf '#!/bin/sh\necho >"%s/run"\n' "$work/elsewhere" >"$root/usr/bin/ks-control"
+    chmod 755 "$root/usr/bin/ks-control"
+}
+for open in . var usr/bin usr/bin/ks-control; do
+    fresh_root
+    chmod o+w "$root/$open"
+    refuses_root "$(realpath "$root/$open"): other users can write to it *" "$root"
+done
+for link in var/vire usr/bin/ks-control proc/nduid; do
+    fresh_root
+    rm -f "$root/$link"
+    ln -s "$work/elsewhere" "$root/$link"
+    refuses_root "$root/$link: is a symbolic link, *" "$root"
+done
+fresh_root
+ln -s nduid "$root/proc/nduid"
+refuses_root "$root/proc/nduid: is a symbolic link, *" "$root"
+mkdir -m 777 "$work/everybodys"
+refuses_root "$work/everybodys: other users can write to it *" "$work/everybodys/root"
+refuses_root "/: the device's files would be this machine's" /
+if [ "$(id -u)" -eq 0 ]; then
+    for foreign in . var usr/bin/ks-control; do
+        fresh_root
+        chown 65534 "$root/$foreign"
+        refuses_root "$(realpath "$root/$foreign"): belongs to another user, *" "$root"
+    done
+    fresh_root
+    mkdir -m 1777 "$work/temporary"
+    ln -s "$root" "$work/temporary/planted"
+    chown -h 65534 "$work/temporary/planted"
+    refuses_root "$work/temporary/planted: belongs to another user, *" "$work/temporary/planted"
+else
+    fresh_root
+    chmod 0 "$root/var"
+    refuses_root "$root/var: cannot be read" "$root"
+    chmod 755 "$root/var"
+fi
+# One that is the user's own is used, and used again, whatever is made in it by default.
+fresh_root
+for _ in 1 2; do
+    (umask 0 && TAVSIM_DEVICE=$work/root.json TAVSIM_ROOT=$root "$programs/service_reply") \
+        >/dev/null || fail 'a root folder of the user is refused'
+done
+[ -f "$work/elsewhere/run" ] || fail "the user's own rescan program did not run"

@@ -1,0 +1,130 @@
+#include "simulator/device/trusted_folder.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+
+#include "front/fixed_paths.h"
+
+namespace fs = std::filesystem;
+
+namespace tavsim {
+namespace {
+
+constexpr char kNotMade[] = ": the device's root folder cannot be made";
+constexpr char kMachines[] = ": the device's files would be this machine's";
+constexpr char kNotRead[] = ": cannot be read";
+constexpr char kForeign[] = ": belongs to another user, who could change what the device does";
+constexpr char kOpen[] =
+    ": other users can write to it and change what the device does; take that from them "
+    "(chmod go-w)";
+constexpr char kLink[] = ": is a symbolic link, and the device follows none";
+
+// What the device and the library use below the root folder. What is in data is the application's.
+constexpr const char* kUsedFolders[] = {"/var", "/usr", "/proc"};
+constexpr char kData[] = "/data";
+
+// The user, or whoever owns the machine.
+bool isTrusted(uid_t owner) {
+    struct stat top;
+    return owner == geteuid() || (stat("/", &top) == 0 && owner == top.st_uid);
+}
+
+bool canOthersWrite(const struct stat& status) {
+    // Many users are the only member of a group that has their own number.
+    const bool isOwnGroup = geteuid() != 0 && getegid() == geteuid() && status.st_gid == getegid();
+    const mode_t others = isOwnGroup ? S_IWOTH : S_IWOTH | S_IWGRP;
+    return (status.st_mode & others) != 0;
+}
+
+// A link on the way counts as what it leads to, but must not be somebody else's.
+std::string whyNotOnTheWay(const std::string& path, bool isRoot) {
+    struct stat own;
+    struct stat status;
+    if (lstat(path.c_str(), &own) != 0 || stat(path.c_str(), &status) != 0) {
+        return path + kNotRead;
+    }
+    if (!isTrusted(own.st_uid) || !isTrusted(status.st_uid)) {
+        return path + kForeign;
+    }
+    // In a folder such as /tmp everybody can make files, but not replace those of others.
+    const bool areOthersHarmless = !isRoot && (status.st_mode & S_ISVTX) != 0;
+    return canOthersWrite(status) && !areOthersHarmless ? path + kOpen : std::string();
+}
+
+std::string whyNotInside(const std::string& path) {
+    struct stat status;
+    if (lstat(path.c_str(), &status) != 0) {
+        return path + kNotRead;
+    }
+    if (S_ISLNK(status.st_mode)) {
+        return path + kLink;
+    }
+    if (!isTrusted(status.st_uid)) {
+        return path + kForeign;
+    }
+    // A file that is not run is text to the device, which believes nothing of it anyway.
+    const bool isText = S_ISREG(status.st_mode) && (status.st_mode & (S_IXUSR | S_IXGRP)) == 0;
+    return !isText && canOthersWrite(status) ? path + kOpen : std::string();
+}
+
+bool isThere(const std::string& path) {
+    struct stat status;
+    return lstat(path.c_str(), &status) == 0;
+}
+
+std::string whyNotBelow(const std::string& folder) {
+    if (!isThere(folder)) {
+        return {};
+    }
+    std::string reason = whyNotInside(folder);
+    std::error_code problem;
+    fs::recursive_directory_iterator at(folder, problem);
+    for (const fs::recursive_directory_iterator end; reason.empty() && !problem && at != end;
+         at.increment(problem)) {
+        reason = whyNotInside(at->path().string());
+    }
+    return reason.empty() && problem ? folder + kNotRead : reason;
+}
+
+std::string whyNotTrusted(const std::string& root) {
+    for (size_t end = 0; end != std::string::npos;) {
+        const size_t next = root.find('/', end + 1);
+        const std::string above = end == 0 ? "/" : root.substr(0, end);
+        if (std::string reason = whyNotOnTheWay(above, false); !reason.empty()) {
+            return reason;
+        }
+        end = next;
+    }
+    std::string reason = whyNotOnTheWay(root, true);
+    if (reason.empty() && isThere(root + kData)) {
+        reason = whyNotInside(root + kData);
+    }
+    for (const char* folder : kUsedFolders) {
+        reason = reason.empty() ? whyNotBelow(root + folder) : reason;
+    }
+    return reason;
+}
+
+}  // namespace
+
+bool makeFolders(const std::string& path) {
+    constexpr mode_t kOnlyUserWrites = 0755;
+    for (size_t slash = path.find('/', 1); slash != std::string::npos;
+         slash = path.find('/', slash + 1)) {
+        mkdir(path.substr(0, slash).c_str(), kOnlyUserWrites);
+    }
+    mkdir(path.c_str(), kOnlyUserWrites);
+    std::error_code problem;
+    return fs::is_directory(path, problem);
+}
+
+std::string makeTrustedRoot(const std::string& path) {
+    if (path == "/" || front::isDevicePath(path.c_str())) {
+        return path + kMachines;
+    }
+    return makeFolders(path) ? whyNotTrusted(path) : path + kNotMade;
+}
+
+}  // namespace tavsim
