@@ -17,25 +17,23 @@ namespace {
 
 // The library's own allocations count and fail with those of the helper library. The shared
 // libraries, which have theirs from here too, are left in peace.
-void* allocate(std::size_t size, const void* caller) {
-    if (caller >= &__executable_start && caller < &etext) {
-        HString* counted = HString_alloc();
-        HString_free(counted);
-        if (counted == nullptr) {
-            return nullptr;
-        }
+bool isToFail(const void* caller) {
+    if (caller < &__executable_start || caller >= &etext) {
+        return false;
     }
-    return ::operator new(size);
+    HString* counted = HString_alloc();
+    HString_free(counted);
+    return counted == nullptr;
 }
 
 }  // namespace
 
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-    return allocate(size, __builtin_return_address(0));
+    return isToFail(__builtin_return_address(0)) ? nullptr : ::operator new(size);
 }
 
 void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
-    return allocate(size, __builtin_return_address(0));
+    return isToFail(__builtin_return_address(0)) ? nullptr : ::operator new[](size);
 }
 
 namespace {
