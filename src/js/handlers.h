@@ -15,7 +15,8 @@ bool jsGetMethodsCallback(HDataWriter* writer);
 
 // Performs one call: reads the method's name, the parameter count and the parameters, and writes
 // whether the answer is an exception, and its text. False, with nothing written, when the name
-// cannot be read. The handler may change the registry in any way while it runs.
+// cannot be read or memory does not suffice. The handler may change the registry in any way while
+// it runs.
 bool jsMethodCallback(HDataReader* reader, HDataWriter* writer);
 
 }  // namespace tav
