@@ -7,37 +7,26 @@
 namespace front {
 namespace {
 
-const void* objectOf(const char* function) {
-    Dl_info found = {};
-    void* address = dlsym(RTLD_NEXT, function);
-    return address != nullptr && dladdr(address, &found) != 0 ? found.dli_fbase : nullptr;
-}
-
 bool isServed() {
     return takesPart() && isSdl12();
 }
 
 // 1 with an event, 0 without, below 0 where there is no queue.
 int nextEvent(SDL_Event* event) {
-    static const auto pumpEvents = nextFunction<void()>("SDL_PumpEvents");
+    static const auto pumpEvents = TAV_FRONT_NEXT(SDL_PumpEvents);
+    static const auto peepEvents = TAV_FRONT_NEXT(SDL_PeepEvents);
     pumpEvents();
-    return SDL_PeepEvents(event, 1, SDL_GETEVENT, SDL_ALLEVENTS);
+    return peepEvents(event, 1, SDL_GETEVENT, SDL_ALLEVENTS);
 }
 
 }  // namespace
-
-bool isSdl12() {
-    // Version 2 lacks the function by which a window was named.
-    static const bool is = objectOf("SDL_PollEvent") == objectOf("SDL_WM_SetCaption");
-    return is;
-}
 
 }  // namespace front
 
 extern "C" {
 
 TAV_PLATFORM_API void SDL_PumpEvents(void) {
-    static const auto real = front::nextFunction<void()>("SDL_PumpEvents");
+    static const auto real = TAV_FRONT_NEXT(SDL_PumpEvents);
     if (front::isServed()) {
         front::deliver();
     }
@@ -45,7 +34,7 @@ TAV_PLATFORM_API void SDL_PumpEvents(void) {
 }
 
 TAV_PLATFORM_API int SDL_PollEvent(SDL_Event* event) {
-    static const auto real = front::nextFunction<int(SDL_Event*)>("SDL_PollEvent");
+    static const auto real = TAV_FRONT_NEXT(SDL_PollEvent);
     if (!front::isServed()) {
         return real(event);
     }
@@ -54,7 +43,7 @@ TAV_PLATFORM_API int SDL_PollEvent(SDL_Event* event) {
 }
 
 TAV_PLATFORM_API int SDL_WaitEvent(SDL_Event* event) {
-    static const auto real = front::nextFunction<int(SDL_Event*)>("SDL_WaitEvent");
+    static const auto real = TAV_FRONT_NEXT(SDL_WaitEvent);
     if (!front::isServed()) {
         return real(event);
     }

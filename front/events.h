@@ -5,10 +5,6 @@
 
 namespace front {
 
-// Whether the events that this process handles are SDL 1.2's. Another version has functions of the
-// same names, and a program that uses that one is none of ours.
-bool isSdl12();
-
 // What follows is defined by the implementation, and is called for SDL 1.2 only.
 
 // Whether it takes part on the calling thread. Asked with every poll, so it must cost next to

@@ -1,5 +1,7 @@
 #include "front/in_front.h"
 
+#include <dlfcn.h>
+
 #include "front/functions.h"
 #include "front/next.h"
 

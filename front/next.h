@@ -1,21 +1,25 @@
-// The functions behind those that stand in front.
+// The functions behind those that stand in front, and those of SDL that these need.
+//
+// What stands in front is not linked with SDL: a program that has none, or another version, shall
+// not get SDL 1.2 because it inherited the preloading.
 #ifndef TAV_FRONT_NEXT_H
 #define TAV_FRONT_NEXT_H
 
-#include <dlfcn.h>
-
 namespace front {
+
+void* findNext(const char* name);
 
 template <typename Function>
 Function* nextFunction(const char* name) {
-    void* found = dlsym(RTLD_NEXT, name);
-    // Behind nothing at all stands a library that was linked last; then its own functions are the
-    // ones that nobody calls, and the others are found from the start.
-    if (found == nullptr) {
-        found = dlsym(RTLD_DEFAULT, name);
-    }
-    return reinterpret_cast<Function*>(found);
+    return reinterpret_cast<Function*>(findNext(name));
 }
+
+// The same for one that is declared: TAV_FRONT_NEXT(SDL_Delay).
+#define TAV_FRONT_NEXT(function) front::nextFunction<decltype(function)>(#function)
+
+// Whether the SDL of this process is version 1.2. Others have functions of the same names, and a
+// program that uses them is none of ours.
+bool isSdl12();
 
 }  // namespace front
 

@@ -2,6 +2,7 @@
 #include <simdjson.h>
 
 #include "SDL.h"
+#include "front/next.h"
 #include "helper/json_writer.h"
 #include "simulator/bus/bus.h"
 #include "simulator/control/command_functions.h"
@@ -100,7 +101,8 @@ CommandOutcome quit(Words words) {
     }
     SDL_Event event{};
     event.type = SDL_QUIT;
-    if (SDL_PushEvent(&event) != 0) {
+    static const auto pushEvent = TAV_FRONT_NEXT(SDL_PushEvent);
+    if (pushEvent(&event) != 0) {
         return failed("quit: the application has no event queue, or it is full");
     }
     return CommandResult();

@@ -40,7 +40,7 @@ std::optional<Milliseconds> nextMoment() {
 }
 
 void sleepAStep() {
-    static const auto realDelay = front::nextFunction<void(Uint32)>("SDL_Delay");
+    static const auto realDelay = TAV_FRONT_NEXT(SDL_Delay);
     const Milliseconds untilDue = nextDue().value_or(now() + kWaitStep) - now();
     realDelay(static_cast<Uint32>(std::clamp<Milliseconds>(untilDue, 1, kWaitStep)));
 }

@@ -1,6 +1,5 @@
 // SDL's time and timers, in front of SDL: in virtual time they run on the device's clock.
 #include "SDL.h"
-#include "front/events.h"
 #include "front/next.h"
 #include "platform/visibility.h"
 #include "simulator/device/edge.h"
@@ -16,10 +15,11 @@ bool isSimulated() {
 }
 
 bool hasTimers() {
-    if (SDL_WasInit(SDL_INIT_TIMER) != 0) {
+    if (areTimersInitialized()) {
         return true;
     }
-    SDL_SetError("You must call SDL_Init(SDL_INIT_TIMER) first");
+    static const auto setError = TAV_FRONT_NEXT(SDL_SetError);
+    setError("You must call SDL_Init(SDL_INIT_TIMER) first");
     return false;
 }
 
@@ -34,7 +34,7 @@ Uint32 callWithoutParameter(Uint32 interval, void* function) {
 extern "C" {
 
 TAV_PLATFORM_API void SDL_Delay(Uint32 milliseconds) {
-    static const auto real = front::nextFunction<void(Uint32)>("SDL_Delay");
+    static const auto real = TAV_FRONT_NEXT(SDL_Delay);
     if (!tavsim::isSimulated() || !tavsim::isOnApplicationThread()) {
         real(milliseconds);
         return;
@@ -43,7 +43,7 @@ TAV_PLATFORM_API void SDL_Delay(Uint32 milliseconds) {
 }
 
 TAV_PLATFORM_API Uint32 SDL_GetTicks(void) {
-    static const auto real = front::nextFunction<Uint32()>("SDL_GetTicks");
+    static const auto real = TAV_FRONT_NEXT(SDL_GetTicks);
     if (!tavsim::isSimulated()) {
         return real();
     }
@@ -55,8 +55,7 @@ TAV_PLATFORM_API Uint32 SDL_GetTicks(void) {
 
 TAV_PLATFORM_API SDL_TimerID SDL_AddTimer(Uint32 interval, SDL_NewTimerCallback function,
                                           void* parameter) try {
-    static const auto real =
-        front::nextFunction<SDL_TimerID(Uint32, SDL_NewTimerCallback, void*)>("SDL_AddTimer");
+    static const auto real = TAV_FRONT_NEXT(SDL_AddTimer);
     if (!tavsim::isSimulated()) {
         return real(interval, function, parameter);
     }
@@ -66,7 +65,7 @@ TAV_PLATFORM_API SDL_TimerID SDL_AddTimer(Uint32 interval, SDL_NewTimerCallback 
 }
 
 TAV_PLATFORM_API SDL_bool SDL_RemoveTimer(SDL_TimerID id) {
-    static const auto real = front::nextFunction<SDL_bool(SDL_TimerID)>("SDL_RemoveTimer");
+    static const auto real = TAV_FRONT_NEXT(SDL_RemoveTimer);
     if (!tavsim::isSimulated()) {
         return real(id);
     }
@@ -75,7 +74,7 @@ TAV_PLATFORM_API SDL_bool SDL_RemoveTimer(SDL_TimerID id) {
 
 // SDL's own goes through here when its timers end.
 TAV_PLATFORM_API int SDL_SetTimer(Uint32 interval, SDL_TimerCallback function) try {
-    static const auto real = front::nextFunction<int(Uint32, SDL_TimerCallback)>("SDL_SetTimer");
+    static const auto real = TAV_FRONT_NEXT(SDL_SetTimer);
     if (!tavsim::isSimulated()) {
         return real(interval, function);
     }

@@ -1,5 +1,6 @@
 // What the application asks the host and SDL's hooks to do.
 #include "SDL.h"
+#include "front/next.h"
 #include "helper/faults.h"
 #include "platform/napp.h"
 #include "platform/sdl_nimbo.h"
@@ -46,8 +47,10 @@ int switchHook(const char* hook, const char* name, int enable) {
 
 void minimize() {
     setState("window", "minimized");
-    if (SDL_GetVideoSurface() != nullptr) {
-        SDL_WM_IconifyWindow();
+    static const auto videoSurface = TAV_FRONT_NEXT(SDL_GetVideoSurface);
+    static const auto iconifyWindow = TAV_FRONT_NEXT(SDL_WM_IconifyWindow);
+    if (videoSurface() != nullptr) {
+        iconifyWindow();
     }
 }
 

@@ -4,6 +4,8 @@
 #include <mutex>
 #include <vector>
 
+#include "front/next.h"
+
 namespace tavsim {
 namespace {
 
@@ -47,8 +49,7 @@ std::vector<Timer>::iterator find(SDL_TimerID id) {
 std::optional<Timer> first() {
     const std::lock_guard lock(timers().mutex);
     auto& all = timers().all;
-    // The end of SDL's timers is the end of each.
-    if (!all.empty() && SDL_WasInit(SDL_INIT_TIMER) == 0) {
+    if (!all.empty() && !areTimersInitialized()) {
         all.clear();
     }
     const auto found = std::min_element(all.begin(), all.end(), isEarlier);
@@ -78,6 +79,11 @@ bool removeTimer(SDL_TimerID id) {
 void removeAllTimers() {
     const std::lock_guard lock(timers().mutex);
     timers().all.clear();
+}
+
+bool areTimersInitialized() {
+    static const auto wasInit = TAV_FRONT_NEXT(SDL_WasInit);
+    return wasInit(SDL_INIT_TIMER) != 0;
 }
 
 std::optional<Milliseconds> nextTimer() {

@@ -16,6 +16,9 @@ SDL_TimerID addTimer(Uint32 interval, SDL_NewTimerCallback function, void* param
 bool removeTimer(SDL_TimerID id);
 void removeAllTimers();
 
+// Whether SDL's timers are initialized; their end is the end of each.
+bool areTimersInitialized();
+
 // When the next timer falls due, if there is one.
 std::optional<Milliseconds> nextTimer();
 

@@ -11,6 +11,10 @@ for options in '' --virtual-time; do
     run "$tavsim" run $options "$programs/sdl2"
     expect 0 'SDL 2' 'tavsim: *did not use the device*'
     # shellcheck disable=SC2086
+    run "$tavsim" run $options /usr/bin/python3 -c 'import ctypes, sys
+sys.exit(ctypes.CDLL(sys.argv[1]).main())' "$programs/sdl2_module.so"
+    expect 0 'SDL 2' 'tavsim: *did not use the device*'
+    # shellcheck disable=SC2086
     run "$tavsim" run $options "$programs/threads"
     expect 0 '' ''
 done
