@@ -1,6 +1,5 @@
 // Calls over the bus, from dispatch to reply function, beside the bare bus caller.
 #include <cstdint>
-#include <ranges>
 
 #include "bench/bench_device.h"
 #include "platform/napp.h"
@@ -74,8 +73,8 @@ void inReverse(benchmark::State& state, void (*call)(const char*)) {
         state.PauseTiming();
         const std::vector<int> tokens = tavsim::device().openCalls();
         state.ResumeTiming();
-        for (const int token : std::views::reverse(tokens)) {
-            tavsim::device().deliver(token, reply);
+        for (auto token = tokens.rbegin(); token != tokens.rend(); ++token) {
+            tavsim::device().deliver(*token, reply);
         }
     }
     countCalls(state);

@@ -49,7 +49,8 @@ siginfo_t Signals::take(const Moment& until) const {
     do {
         const nanoseconds left = std::max(*until - steady_clock::now(), nanoseconds(0));
         const seconds whole = duration_cast<seconds>(left);
-        const timespec wait = {whole.count(), (left - whole).count()};
+        const timespec wait = {static_cast<time_t>(whole.count()),
+                               static_cast<long>((left - whole).count())};
         taken = sigtimedwait(&m_taken, &signal, &wait);
     } while (taken < 0 && errno == EINTR);
     return taken < 0 ? siginfo_t{} : signal;

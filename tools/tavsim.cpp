@@ -95,6 +95,8 @@ CLI::App* addControl(CLI::App& app, tools::ControlRequest* request) {
 
 }  // namespace
 
+// What is thrown here is a fault of this program.
+// NOLINTNEXTLINE(bugprone-exception-escape)
 int main(int argc, char** argv) {
     CLI::App app("Runs programs on a simulated device");
     app.name("tavsim");

@@ -82,6 +82,7 @@ std::string makeFreshRoot(const char* claimName) {
 
 void removeFreshRoot(const std::string& path) {
     // Locked, so that nobody else removes it as a stale one at the same time.
+    // cppcheck-suppress unreadVariable
     const LockedFolder locked(fs::path(path).parent_path());
     std::error_code problem;
     fs::remove_all(path, problem);

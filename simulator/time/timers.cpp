@@ -60,7 +60,9 @@ std::optional<Timer> first() {
 
 SDL_TimerID addTimer(Uint32 interval, SDL_NewTimerCallback function, void* parameter) {
     const std::lock_guard lock(timers().mutex);
-    const auto id = reinterpret_cast<SDL_TimerID>(++timers().lastId);
+    // SDL's ids are pointers that nobody follows.
+    auto* const id =
+        reinterpret_cast<SDL_TimerID>(++timers().lastId);  // NOLINT(performance-no-int-to-ptr)
     const Milliseconds period = rounded(interval);
     timers().all.push_back({id, after(now(), period), period, function, parameter});
     return id;
