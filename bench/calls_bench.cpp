@@ -1,4 +1,5 @@
 // Calls over the bus, from dispatch to reply function, beside the bare bus caller.
+#include <algorithm>
 #include <cstdint>
 
 #include "bench/bench_device.h"
@@ -71,10 +72,11 @@ void inReverse(benchmark::State& state, void (*call)(const char*)) {
     for (auto _ : state) {
         dispatchAll(state, call, kSilent);
         state.PauseTiming();
-        const std::vector<int> tokens = tavsim::device().openCalls();
+        std::vector<int> tokens = tavsim::device().openCalls();
+        std::reverse(tokens.begin(), tokens.end());
         state.ResumeTiming();
-        for (auto token = tokens.rbegin(); token != tokens.rend(); ++token) {
-            tavsim::device().deliver(*token, reply);
+        for (const int token : tokens) {
+            tavsim::device().deliver(token, reply);
         }
     }
     countCalls(state);
