@@ -42,21 +42,20 @@ std::string commandLine() {
     return words;
 }
 
-// What cannot be read is left out.
+// As one line; empty when it cannot be read.
+std::string textMember(const dom::element& description, const char* name) {
+    std::string_view text;
+    return description[name].get(text) == simdjson::SUCCESS ? helper::escapedJson(text)
+                                                            : std::string();
+}
+
 RunningDevice describedIn(const std::string& root) {
-    RunningDevice device{{}, {}, root};
     dom::parser parser;
     dom::element description;
-    std::string_view text;
-    if (parser.load(root + kDescription).get(description) == simdjson::SUCCESS) {
-        if (description["device"].get(text) == simdjson::SUCCESS) {
-            device.device = helper::escapedJson(text);
-        }
-        if (description["program"].get(text) == simdjson::SUCCESS) {
-            device.program = helper::escapedJson(text);
-        }
+    if (parser.load(root + kDescription).get(description) != simdjson::SUCCESS) {
+        return {{}, {}, root};
     }
-    return device;
+    return {textMember(description, "device"), textMember(description, "program"), root};
 }
 
 }  // namespace

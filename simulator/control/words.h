@@ -2,6 +2,7 @@
 #ifndef TAV_SIMULATOR_CONTROL_WORDS_H
 #define TAV_SIMULATOR_CONTROL_WORDS_H
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <string>
@@ -48,13 +49,13 @@ template <typename Number>
 bool Words::nextNumber(Number* number) {
     const std::string_view word = next();
     const char* end = word.data() + word.size();
-    const auto [rest, problem] = std::from_chars(word.data(), end, *number);
+    const auto [at, problem] = std::from_chars(word.data(), end, *number);
     if constexpr (std::is_floating_point_v<Number>) {
         if (!std::isfinite(*number)) {
             return false;
         }
     }
-    return problem == std::errc() && rest == end;
+    return problem == std::errc() && at == end;
 }
 
 inline void Words::skipBlanks() {
