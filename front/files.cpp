@@ -14,6 +14,11 @@
 namespace front {
 namespace {
 
+// Leaves a folder of the device's again, and the root folder as well.
+bool climbs(std::string_view path) {
+    return path.find("/../") != std::string_view::npos || path.ends_with("/..");
+}
+
 // Most paths are none of the device's; they must cost nothing and start nothing.
 const char* realPath(const char* path, bool isDevices, std::string* place) {
     if (!isDevices) {
@@ -23,7 +28,7 @@ const char* realPath(const char* path, bool isDevices, std::string* place) {
     if (!found) {
         return path;
     }
-    *place = std::move(*found);
+    *place = climbs(path) ? kNowhere : std::move(*found);
     return place->c_str();
 }
 

@@ -28,8 +28,11 @@ std::string environment(const char* name, const char* otherwise = "") {
 
 // Also where a program loads the library by itself, and its names are known to nobody else.
 bool usesLibrary() {
-    return dlsym(RTLD_DEFAULT, "TAV_Init") != nullptr ||
-           dlopen(TAV_LIBRARY, RTLD_LAZY | RTLD_NOLOAD) != nullptr;
+    if (dlsym(RTLD_DEFAULT, "TAV_Init") != nullptr) {
+        return true;
+    }
+    void* library = dlopen(TAV_LIBRARY, RTLD_LAZY | RTLD_NOLOAD);
+    return library != nullptr && dlclose(library) == 0;
 }
 
 // Behind the functions of SDL and libc, nothing would keep the program off this machine's files,

@@ -20,6 +20,7 @@ namespace {
 constexpr char kFile[] = "/proc/nduid";
 constexpr char kFolder[] = "/usr/vire/ks2/templates";
 constexpr char kMissing[] = "/var/vire/ks2/roles/pub/none";
+constexpr char kWayOut[] = "/usr/vire/ks2/templates/../../../../../../../../../../../etc/passwd";
 constexpr char kDatabase[] = "/var/kora/preferences/systemprefs.db";
 
 // Not a constant, so that a checked call is made of it.
@@ -107,6 +108,7 @@ const Way kWays[] = {
     {"sqlite3_open_v2", [] { return opensWithFlags(kDatabase); }},
     {"mkdir, unlink, remove", canBeWrittenAndRemoved},
     {"missing", [] { return access(kMissing, F_OK) != 0; }},
+    {"a way out", [] { return access(kWayOut, F_OK) != 0; }},
     {"the machine's own", [] { return closes(open("/proc/self/maps", O_RDONLY)); }},
 };
 
