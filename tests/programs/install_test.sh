@@ -53,7 +53,8 @@ read -ra linking < <(pkg-config --libs tav)
 replies ./plain
 # The tool puts the device in front also where a sanitizer wants to be, and where its own path cannot
 # be preloaded.
-"$CC" "${flags[@]}" -fsanitize=address "${compiling[@]}" -o sanitized service_reply.c "${linking[@]}" \
+read -ra sanitizing <<<"${TAV_FLAGS:--fsanitize=address}"
+"$CC" "${sanitizing[@]}" "${compiling[@]}" -o sanitized service_reply.c "${linking[@]}" \
     -Wl,-rpath,"$libraries"
 odd=$work/'a copy: $ORIGIN'
 cp -R "$prefix" "$odd"
