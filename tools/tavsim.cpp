@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cstdio>
+#include <exception>
 #include <filesystem>
 #include <string>
 #include <string_view>
@@ -95,9 +96,7 @@ CLI::App* addControl(CLI::App& app, tools::ControlRequest* request) {
 
 }  // namespace
 
-// What is thrown here is a fault of this program.
-// NOLINTNEXTLINE(bugprone-exception-escape)
-int main(int argc, char** argv) {
+int main(int argc, char** argv) try {
     CLI::App app("Runs programs on a simulated device");
     app.name("tavsim");
     app.require_subcommand(1);
@@ -135,4 +134,7 @@ int main(int argc, char** argv) {
     }
     request.command = words;
     return tools::run(request);
+} catch (const std::exception& error) {
+    std::fprintf(stderr, "tavsim: %s\n", error.what());
+    return kBadUsage;
 }
