@@ -16,7 +16,11 @@ int nextEvent(SDL_Event* event) {
     static const auto pumpEvents = TAV_FRONT_NEXT(SDL_PumpEvents);
     static const auto peepEvents = TAV_FRONT_NEXT(SDL_PeepEvents);
     pumpEvents();
-    return peepEvents(event, 1, SDL_GETEVENT, SDL_ALLEVENTS);
+    const int found = peepEvents(event, 1, SDL_GETEVENT, SDL_ALLEVENTS);
+    if (found > 0 && event != nullptr) {
+        taken(*event);
+    }
+    return found;
 }
 
 }  // namespace

@@ -134,4 +134,19 @@ TEST_F(PurchaseTest, RefusesBadArgumentsAndSendsNothing) {
     expectFailure("TAV_FreeItemInfo", "itemInfo is NULL");
 }
 
+using EndlessPurchaseTest = tavtest::EventTest;
+
+TEST_F(EndlessPurchaseTest, IsRefusedWhenTheApplicationIsAskedToQuitAndItIsAskedAgain) {
+    device.profile.items = {{"ship", "", "", tavsim::Purchase::Silent}};
+    SDL_Event event{};
+    event.type = SDL_QUIT;
+    ASSERT_EQ(SDL_PushEvent(&event), 0);
+    EXPECT_THAT(take(TAV_PurchaseItem("ship", 1, nullptr)), testing::HasSubstr("the user left"));
+    EXPECT_EQ(SDL_PollEvent(&event), 0);
+    device.advance(100);
+    ASSERT_EQ(SDL_PollEvent(&event), 1);
+    EXPECT_EQ(event.type, SDL_QUIT);
+    EXPECT_EQ(SDL_PollEvent(&event), 0) << "no purchase waits any more";
+}
+
 }  // namespace

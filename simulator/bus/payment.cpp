@@ -1,5 +1,6 @@
 #include "simulator/bus/payment.h"
 
+#include "simulator/bus/bus.h"
 #include "simulator/device/running.h"
 #include "simulator/device/state.h"
 
@@ -92,6 +93,14 @@ Answer pendingPurchase(const dom::object& request) {
         }
     }
     return failure("no such order", kDelay);
+}
+
+bool refuseOpenPurchases() {
+    const std::vector<int> tokens = openBusCalls(kPurchaseUri);
+    for (const int token : tokens) {
+        deliverReply(token, failure("the user left").replies.front());
+    }
+    return !tokens.empty();
 }
 
 }  // namespace tavsim

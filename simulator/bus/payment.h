@@ -6,10 +6,15 @@
 
 namespace tavsim {
 
+inline constexpr char kPurchaseUri[] = "vire://com.vire.service.payment/purchaseItem";
+
 Answer availableItems(const simdjson::dom::object& request);
 Answer itemInfo(const simdjson::dom::object& request);
 Answer purchaseItem(const simdjson::dom::object& request);
 Answer pendingPurchase(const simdjson::dom::object& request);
+
+// The user leaves: every purchase that still waits for an answer is refused. False without one.
+bool refuseOpenPurchases();
 
 }  // namespace tavsim
 

@@ -85,7 +85,7 @@ const std::map<std::string, Handler>& handlers() {
         {kLocationUri, startTracking},
         {"vire://com.vire.service.payment/getAvailableItems", availableItems},
         {"vire://com.vire.service.payment/getItemInfo", itemInfo},
-        {"vire://com.vire.service.payment/purchaseItem", purchaseItem},
+        {kPurchaseUri, purchaseItem},
         {"vire://com.vire.service.payment/getPendingPurchaseInfo", pendingPurchase},
     };
     return table;

@@ -7,6 +7,7 @@
 #include "SDL.h"
 #include "front/events.h"
 #include "front/next.h"
+#include "simulator/bus/payment.h"
 #include "simulator/control/control.h"
 #include "simulator/device/edge.h"
 #include "simulator/device/running.h"
@@ -20,6 +21,8 @@ namespace {
 using SteadyClock = std::chrono::steady_clock;
 
 constexpr Milliseconds kWaitStep = 10;  // between two looks at SDL's queue
+// By then, the library no longer waits for the purchase and so leaves events to the application.
+constexpr Milliseconds kUntilAskedAgain = 100;
 // Serving the control socket takes system calls, so it is not done with every poll.
 constexpr std::chrono::milliseconds kControlPause(5);
 
@@ -77,6 +80,22 @@ void deliver() try {
         tavsim::serveControlNowAndThen();
         tavsim::deliverDue();
     }
+} catch (...) {
+    tavsim::endProgramByException();
+}
+
+// While the library waits for a purchase it drops the events that it takes. Who asks the
+// application to quit then would wait for ever.
+void taken(const SDL_Event& event) try {
+    if (event.type != SDL_QUIT || !tavsim::isStarted() || !tavsim::refuseOpenPurchases()) {
+        return;
+    }
+    tavsim::schedule(tavsim::after(tavsim::now(), tavsim::kUntilAskedAgain), [] {
+        SDL_Event again{};
+        again.type = SDL_QUIT;
+        static const auto pushEvent = TAV_FRONT_NEXT(SDL_PushEvent);
+        pushEvent(&again);
+    });
 } catch (...) {
     tavsim::endProgramByException();
 }
