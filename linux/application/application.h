@@ -1,0 +1,30 @@
+// The application: what it says about itself, and where its files are.
+#ifndef TAV_LINUX_APPLICATION_APPLICATION_H
+#define TAV_LINUX_APPLICATION_APPLICATION_H
+
+#include <optional>
+#include <string>
+
+namespace tavlinux {
+
+// The absolute path of the executable; empty when the kernel does not tell.
+std::string executable();
+
+// The member of appinfo.json beside the executable: the content of a string, the JSON text of
+// anything else.
+std::optional<std::string> appinfoValue(const std::string& key);
+
+// By which other programs know the application: its "id", else the executable's name.
+const std::string& applicationId();
+
+// Beside the executable where such a file is, else in the folder of the application's data below
+// the user's, which is made when it is first asked for.
+std::string dataFilePath(const std::string& name);
+
+// What the environment (TAV_PORTABILITY_KEY) or the file libtav/portability.json in the user's
+// folder of configurations says about the key.
+std::optional<std::string> portabilityValue(const std::string& key);
+
+}  // namespace tavlinux
+
+#endif

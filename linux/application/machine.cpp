@@ -1,0 +1,61 @@
+#include "linux/application/machine.h"
+
+#include <glib.h>
+
+#include <string_view>
+
+namespace tavlinux {
+namespace {
+
+constexpr const char* kModelFiles[] = {"/proc/device-tree/model", "/sys/class/dmi/id/product_name"};
+constexpr const char* kMachineIdFiles[] = {"/etc/machine-id", "/var/lib/dbus/machine-id"};
+constexpr size_t kUniqueIdDigits = 40;
+
+// The first line of the first file that has one.
+template <size_t count>
+std::optional<std::string> firstLine(const char* const (&files)[count]) {
+    for (const char* file : files) {
+        char* content = nullptr;
+        if (g_file_get_contents(file, &content, nullptr, nullptr) == FALSE) {
+            continue;
+        }
+        const std::string_view text = content;
+        const std::string line(text.substr(0, text.find('\n')));
+        g_free(content);
+        if (!line.empty()) {
+            return line;
+        }
+    }
+    return std::nullopt;
+}
+
+}  // namespace
+
+std::optional<std::string> machineName() {
+    return firstLine(kModelFiles);
+}
+
+std::optional<std::string> systemVersion() {
+    char* version = g_get_os_info(G_OS_INFO_KEY_VERSION_ID);
+    if (version == nullptr) {
+        return std::nullopt;
+    }
+    std::string text = version;
+    g_free(version);
+    return text.find('.') == std::string::npos ? text + ".0" : text;
+}
+
+std::optional<std::string> uniqueId(const std::string& applicationId) {
+    const std::optional<std::string> machine = firstLine(kMachineIdFiles);
+    if (!machine) {
+        return std::nullopt;
+    }
+    char* digest = g_compute_hmac_for_string(
+        G_CHECKSUM_SHA256, reinterpret_cast<const guchar*>(machine->data()), machine->size(),
+        applicationId.c_str(), static_cast<gssize>(applicationId.size()));
+    const std::string digits(digest, kUniqueIdDigits);
+    g_free(digest);
+    return digits;
+}
+
+}  // namespace tavlinux

@@ -1,0 +1,224 @@
+#include "linux/bus/connection.h"
+
+#include <utility>
+
+#include "linux/bus/pump.h"
+
+namespace tavlinux {
+namespace {
+
+constexpr int kLongestConnectMs = 1000;
+constexpr int kLongestBriefCallMs = 500;
+constexpr int kLongestFlushMs = 500;
+constexpr gint64 kRestAfterHangUs = 10 * G_USEC_PER_SEC;
+constexpr char kBusService[] = "org.freedesktop.DBus";
+constexpr char kBusPath[] = "/org/freedesktop/DBus";
+constexpr char kProperties[] = "org.freedesktop.DBus.Properties";
+
+struct Line {
+    GDBusConnection* connection = nullptr;
+    gint64 restsUntil = 0;
+};
+
+struct Attempt {
+    GDBusConnection* connection = nullptr;
+    bool finished = false;
+};
+
+// GLib's own way to an address may start programs, so it is not asked.
+std::string addressOf(Bus bus) {
+    const bool isSession = bus == Bus::Session;
+    const char* address =
+        g_getenv(isSession ? "DBUS_SESSION_BUS_ADDRESS" : "DBUS_SYSTEM_BUS_ADDRESS");
+    if (address != nullptr && *address != '\0') {
+        return g_str_has_prefix(address, "autolaunch:") != FALSE ? "" : address;
+    }
+    const std::string folder = isSession ? g_get_user_runtime_dir() : "/run/dbus";
+    const std::string socket = folder + (isSession ? "/bus" : "/system_bus_socket");
+    char* escaped = g_dbus_address_escape_value(socket.c_str());
+    std::string result = std::string("unix:path=") + escaped;
+    g_free(escaped);
+    return result;
+}
+
+void onConnected(GObject*, GAsyncResult* result, gpointer data) {
+    const std::unique_ptr<std::shared_ptr<Attempt>> attempt(
+        static_cast<std::shared_ptr<Attempt>*>(data));
+    (*attempt)->connection = g_dbus_connection_new_for_address_finish(result, nullptr);
+    (*attempt)->finished = true;
+}
+
+void connect(const std::string& address, Line* line) {
+    const auto attempt = std::make_shared<Attempt>();
+    GCancellable* cancellable = g_cancellable_new();
+    {
+        const OnContext here;
+        g_dbus_connection_new_for_address(
+            address.c_str(),
+            static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT |
+                                              G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION),
+            nullptr, cancellable, onConnected, new std::shared_ptr<Attempt>(attempt));
+    }
+    if (!serveUntil([&attempt] { return attempt->finished; }, kLongestConnectMs)) {
+        line->restsUntil = g_get_monotonic_time() + kRestAfterHangUs;
+        g_cancellable_cancel(cancellable);
+    }
+    g_object_unref(cancellable);
+    line->connection = attempt->connection;
+}
+
+void onFlushed(GObject*, GAsyncResult*, gpointer isFlushed) {
+    **static_cast<std::shared_ptr<bool>*>(isFlushed) = true;
+    delete static_cast<std::shared_ptr<bool>*>(isFlushed);
+}
+
+Line& lineOf(Bus bus) {
+    static Line lines[2];
+    return lines[bus == Bus::Session ? 0 : 1];
+}
+
+void onResult(GObject* connection, GAsyncResult* result, gpointer data) {
+    const std::unique_ptr<Result> receiver(static_cast<Result*>(data));
+    GError* problem = nullptr;
+    const Variant answer(
+        g_dbus_connection_call_finish(G_DBUS_CONNECTION(connection), result, &problem));
+    (*receiver)(answer.get(), problem);
+    g_clear_error(&problem);
+}
+
+void onSignal(GDBusConnection*, const char*, const char*, const char*, const char* member,
+              GVariant* arguments, gpointer signal) {
+    // The receiver may end the subscription.
+    const Signal receiver = *static_cast<Signal*>(signal);
+    receiver(member, arguments);
+}
+
+void deleteSignal(gpointer signal) {
+    delete static_cast<Signal*>(signal);
+}
+
+bool isListed(Bus bus, const char* list, const char* service) {
+    const Variant names =
+        callBriefly({bus, kBusService, kBusPath, kBusService, list}, nullptr, "(as)");
+    if (!names) {
+        return false;
+    }
+    const Variant array(g_variant_get_child_value(names.get(), 0));
+    const char** texts = g_variant_get_strv(array.get(), nullptr);
+    const bool found = g_strv_contains(texts, service) != FALSE;
+    g_free(texts);
+    return found;
+}
+
+}  // namespace
+
+GDBusConnection* connectionTo(Bus bus) {
+    Line& line = lineOf(bus);
+    if (line.connection != nullptr && g_dbus_connection_is_closed(line.connection) != FALSE) {
+        g_clear_object(&line.connection);
+    }
+    if (line.connection == nullptr && g_get_monotonic_time() >= line.restsUntil) {
+        const std::string address = addressOf(bus);
+        if (!address.empty()) {
+            connect(address, &line);
+        }
+    }
+    return line.connection;
+}
+
+void flushConnections() {
+    for (const Bus bus : {Bus::Session, Bus::System}) {
+        if (lineOf(bus).connection == nullptr) {
+            continue;
+        }
+        const auto isFlushed = std::make_shared<bool>(false);
+        {
+            const OnContext here;
+            g_dbus_connection_flush(lineOf(bus).connection, nullptr, onFlushed,
+                                    new std::shared_ptr<bool>(isFlushed));
+        }
+        serveUntil([&isFlushed] { return *isFlushed; }, kLongestFlushMs);
+    }
+}
+
+bool call(const Method& method, GVariant* arguments, Result result) {
+    const Variant owned(arguments != nullptr ? g_variant_ref_sink(arguments) : nullptr);
+    GDBusConnection* connection = connectionTo(method.bus);
+    if (connection == nullptr) {
+        return false;
+    }
+    const bool isWanted = static_cast<bool>(result);
+    const OnContext here;
+    g_dbus_connection_call(connection, method.service.c_str(), method.path.c_str(),
+                           method.interface.c_str(), method.name.c_str(), arguments, nullptr,
+                           G_DBUS_CALL_FLAGS_NONE, -1, nullptr, isWanted ? onResult : nullptr,
+                           isWanted ? new Result(std::move(result)) : nullptr);
+    return true;
+}
+
+Variant callBriefly(const Method& method, GVariant* arguments, const char* resultType) {
+    const Variant owned(arguments != nullptr ? g_variant_ref_sink(arguments) : nullptr);
+    GDBusConnection* connection = connectionTo(method.bus);
+    if (connection == nullptr) {
+        return nullptr;
+    }
+    return Variant(g_dbus_connection_call_sync(
+        connection, method.service.c_str(), method.path.c_str(), method.interface.c_str(),
+        method.name.c_str(), arguments, G_VARIANT_TYPE(resultType), G_DBUS_CALL_FLAGS_NONE,
+        kLongestBriefCallMs, nullptr, nullptr));
+}
+
+Variant propertyOf(Bus bus, const std::string& service, const std::string& path,
+                   const std::string& interface, const char* property) {
+    const Variant answer = callBriefly({bus, service, path, kProperties, "Get"},
+                                       g_variant_new("(ss)", interface.c_str(), property), "(v)");
+    GVariant* value = nullptr;
+    if (answer) {
+        g_variant_get(answer.get(), "(v)", &value);
+    }
+    return Variant(value);
+}
+
+bool isAvailable(Bus bus, const char* service) {
+    return isListed(bus, "ListNames", service) || isListed(bus, "ListActivatableNames", service);
+}
+
+bool isNobodyThere(const GError* problem) {
+    return problem != nullptr &&
+           (g_error_matches(problem, G_DBUS_ERROR, G_DBUS_ERROR_SERVICE_UNKNOWN) != FALSE ||
+            g_error_matches(problem, G_DBUS_ERROR, G_DBUS_ERROR_NAME_HAS_NO_OWNER) != FALSE);
+}
+
+Subscription::Subscription(GDBusConnection* connection, const std::string& sender, const char* path,
+                           const std::string& interface, const char* member, const char* argument,
+                           Signal signal)
+    : m_connection(G_DBUS_CONNECTION(g_object_ref(connection))) {
+    const OnContext here;
+    m_id = g_dbus_connection_signal_subscribe(connection, sender.c_str(), interface.c_str(), member,
+                                              path, argument, G_DBUS_SIGNAL_FLAGS_NONE, onSignal,
+                                              new Signal(std::move(signal)), deleteSignal);
+}
+
+Subscription::~Subscription() {
+    g_dbus_connection_signal_unsubscribe(m_connection, m_id);
+    g_object_unref(m_connection);
+}
+
+std::unique_ptr<Subscription> watchOwner(Bus bus, const std::string& service,
+                                         std::function<void(bool)> changed) {
+    GDBusConnection* connection = connectionTo(bus);
+    if (connection == nullptr) {
+        return nullptr;
+    }
+    return std::make_unique<Subscription>(
+        connection, kBusService, kBusPath, kBusService, "NameOwnerChanged", service.c_str(),
+        [changed = std::move(changed)](const char*, GVariant* arguments) {
+            const char* owner = nullptr;
+            if (g_variant_is_of_type(arguments, G_VARIANT_TYPE("(sss)")) != FALSE) {
+                g_variant_get_child(arguments, 2, "&s", &owner);
+                changed(*owner != '\0');
+            }
+        });
+}
+
+}  // namespace tavlinux

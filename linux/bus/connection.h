@@ -1,0 +1,76 @@
+// The two message buses, and what is done on them.
+#ifndef TAV_LINUX_BUS_CONNECTION_H
+#define TAV_LINUX_BUS_CONNECTION_H
+
+#include <gio/gio.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace tavlinux {
+
+struct VariantUnref {
+    void operator()(GVariant* variant) const { g_variant_unref(variant); }
+};
+using Variant = std::unique_ptr<GVariant, VariantUnref>;
+
+enum class Bus { Session, System };
+
+// Null when the bus is not there. A bus that was lost is looked for anew.
+GDBusConnection* connectionTo(Bus bus);
+
+// Waits, but not for long, until everything has been sent.
+void flushConnections();
+
+struct Method {
+    Bus bus;
+    std::string service;
+    std::string path;
+    std::string interface;
+    std::string name;
+};
+
+// Receives what a method answered, or null and why not. Both are the caller's.
+using Result = std::function<void(GVariant* result, const GError* problem)>;
+
+// Takes over the arguments, a tuple or null, also where it fails. The result comes while the
+// context is served. With an empty function nobody wants one. False when the bus is not there.
+bool call(const Method& method, GVariant* arguments, Result result);
+
+// Waits for the answer of a service of this machine, but not for long. Null when there was none.
+Variant callBriefly(const Method& method, GVariant* arguments, const char* resultType);
+
+Variant propertyOf(Bus bus, const std::string& service, const std::string& path,
+                   const std::string& interface, const char* property);
+
+// Whether the service runs, or is started when it is called.
+bool isAvailable(Bus bus, const char* service);
+
+// True when nobody answers to the name that was called.
+bool isNobodyThere(const GError* problem);
+
+// Receives signals while it lives.
+using Signal = std::function<void(const char* member, GVariant* arguments)>;
+class Subscription {
+public:
+    // A null member stands for all, a null argument for any first argument.
+    Subscription(GDBusConnection* connection, const std::string& sender, const char* path,
+                 const std::string& interface, const char* member, const char* argument,
+                 Signal signal);
+    ~Subscription();
+    Subscription(const Subscription&) = delete;
+    Subscription& operator=(const Subscription&) = delete;
+
+private:
+    GDBusConnection* m_connection;
+    guint m_id;
+};
+
+// Calls a function whenever the service gets an owner (true) or loses it (false).
+std::unique_ptr<Subscription> watchOwner(Bus bus, const std::string& service,
+                                         std::function<void(bool)> changed);
+
+}  // namespace tavlinux
+
+#endif

@@ -1,0 +1,23 @@
+// JSON as D-Bus values, by the rule that stands in dbus_to_json.h.
+#ifndef TAV_LINUX_BUS_JSON_TO_DBUS_H
+#define TAV_LINUX_BUS_JSON_TO_DBUS_H
+
+#include <gio/gio.h>
+#include <simdjson.h>
+
+#include <string>
+
+namespace tavlinux {
+
+// A method's arguments as a floating tuple, from an object whose members name them or a list that
+// has them in order. A member "subscribe" that is no argument is left out. Null where the JSON does
+// not fit, and then `problem` says why.
+//
+// A value for a variant whose type is not told becomes b, s, d, i (x or t where it is too large),
+// av or a{sv}. Bytes may be a list of numbers, too, and a dictionary a list of pairs.
+GVariant* argumentsFromJson(const simdjson::dom::element& payload, GDBusArgInfo* const* arguments,
+                            std::string* problem);
+
+}  // namespace tavlinux
+
+#endif

@@ -1,0 +1,77 @@
+#include "linux/bus/pump.h"
+
+#include <pthread.h>
+
+#include <deque>
+#include <utility>
+
+namespace tavlinux {
+namespace {
+
+constexpr int kMostRounds = 64;  // a flood of messages must not keep the application from running
+
+bool g_started = false;
+bool g_isFork = false;
+GThread* g_applicationThread = nullptr;
+
+std::deque<std::function<void()>>& queue() {
+    static auto& deliveries = *new std::deque<std::function<void()>>;
+    return deliveries;
+}
+
+gboolean setFlag(gpointer flag) {
+    *static_cast<bool*>(flag) = true;
+    return G_SOURCE_REMOVE;
+}
+
+bool isApplicationThread() {
+    return g_started && !g_isFork && g_thread_self() == g_applicationThread;
+}
+
+}  // namespace
+
+GMainContext* context() {
+    static GMainContext* own = [] {
+        g_started = true;
+        g_applicationThread = g_thread_self();
+        // The threads of GIO are not in a fork, so nothing would ever come there.
+        pthread_atfork(nullptr, nullptr, [] { g_isFork = true; });
+        return g_main_context_new();
+    }();
+    return own;
+}
+
+void deliver(std::function<void()> delivery) {
+    context();
+    queue().push_back(std::move(delivery));
+}
+
+void pump() {
+    if (!isApplicationThread()) {
+        return;
+    }
+    for (int i = 0; i < kMostRounds && g_main_context_iteration(context(), FALSE) != FALSE; ++i) {}
+    for (size_t count = queue().size(); count > 0 && !queue().empty(); --count) {
+        const std::function<void()> delivery = std::move(queue().front());
+        queue().pop_front();
+        delivery();
+    }
+}
+
+bool serveUntil(const std::function<bool()>& isSo, int milliseconds) {
+    if (!isApplicationThread()) {
+        return isSo();
+    }
+    bool late = false;
+    GSource* timer = g_timeout_source_new(static_cast<guint>(milliseconds));
+    g_source_set_callback(timer, setFlag, &late, nullptr);
+    g_source_attach(timer, context());
+    while (!isSo() && !late) {
+        g_main_context_iteration(context(), TRUE);
+    }
+    g_source_destroy(timer);
+    g_source_unref(timer);
+    return isSo();
+}
+
+}  // namespace tavlinux

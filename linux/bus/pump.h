@@ -1,0 +1,36 @@
+// When this system delivers: while the application polls, waits for or pumps SDL events.
+#ifndef TAV_LINUX_BUS_PUMP_H
+#define TAV_LINUX_BUS_PUMP_H
+
+#include <gio/gio.h>
+
+#include <functional>
+
+namespace tavlinux {
+
+// The private context in which everything of GIO runs; nothing but the functions below serves it.
+GMainContext* context();
+
+// What GIO starts while one of these lives reports to the context.
+class OnContext {
+public:
+    OnContext() { g_main_context_push_thread_default(context()); }
+    ~OnContext() { g_main_context_pop_thread_default(context()); }
+    OnContext(const OnContext&) = delete;
+    OnContext& operator=(const OnContext&) = delete;
+};
+
+// Queues what is to call the library or the application.
+void deliver(std::function<void()> delivery);
+
+// Serves the context without waiting, then delivers what is queued by then. A delivery may pump
+// itself, and what it queues waits for the next time. Does nothing on other threads, and in a fork.
+void pump();
+
+// Serves the context until something is so, and delivers nothing. False when that took too long, or
+// where pump() does nothing.
+bool serveUntil(const std::function<bool()>& isSo, int milliseconds);
+
+}  // namespace tavlinux
+
+#endif

@@ -1,0 +1,16 @@
+// The compass, of the sensors' service or of GeoClue.
+#ifndef TAV_LINUX_HOST_COMPASS_H
+#define TAV_LINUX_HOST_COMPASS_H
+
+#include "platform/napp.h"
+
+namespace tavlinux {
+
+void setCompassCallback(NApp_CompassCallback callback);
+
+// Readings are 1, the heading in degrees from north, and 1.0. False when there is no compass.
+bool enableCompass(bool enable);
+
+}  // namespace tavlinux
+
+#endif

@@ -1,0 +1,160 @@
+// The native-application host, the preferences library, the machine name, and SDL's hooks.
+#include <glib.h>
+#include <simdjson.h>
+
+#include <cstring>
+#include <optional>
+#include <string>
+
+#include "helper/json_text.h"
+#include "linux/application/application.h"
+#include "linux/application/machine.h"
+#include "linux/host/compass.h"
+#include "linux/host/in_front.h"
+#include "linux/host/inhibitions.h"
+#include "linux/host/keyboard.h"
+#include "platform/hhardware.h"
+#include "platform/kpsystem.h"
+#include "platform/napp.h"
+#include "platform/sdl_nimbo.h"
+
+namespace tavlinux {
+namespace {
+
+constexpr std::string_view kVersionProperty = "com.vire.properties.version";
+
+// A look-up's answer: the value with its terminator, or the empty string.
+int answerLookUp(const std::optional<std::string>& value, char* buffer, int bufferLength) {
+    if (buffer == nullptr || bufferLength <= 0) {
+        return NAPP_BUFFER_TOO_SMALL;
+    }
+    buffer[0] = '\0';
+    if (!value) {
+        return NAPP_NO_SUCH_VALUE;
+    }
+    if (value->size() >= static_cast<size_t>(bufferLength)) {
+        return NAPP_BUFFER_TOO_SMALL;
+    }
+    std::memcpy(buffer, value->c_str(), value->size() + 1);
+    return NAPP_SUCCESS;
+}
+
+int accepted(bool accepts) {
+    return accepts ? 1 : 0;
+}
+
+}  // namespace
+}  // namespace tavlinux
+
+int NApp_registerTAV(const TAVCallbacks* callbacks) {
+    tavlinux::setCompassCallback(callbacks->compassCallback);
+    return 1;
+}
+
+int NApp_GetAppinfoValue(const char* key, char* buffer, int bufferLength) {
+    return tavlinux::answerLookUp(tavlinux::appinfoValue(key != nullptr ? key : ""), buffer,
+                                  bufferLength);
+}
+
+int NApp_GetDataFilePath(const char* name, char* buffer, int bufferLength) {
+    return tavlinux::answerLookUp(tavlinux::dataFilePath(name != nullptr ? name : ""), buffer,
+                                  bufferLength);
+}
+
+int NApp_GetJsonValue(const char* json, const char* member, char* buffer, int bufferLength) {
+    simdjson::dom::parser parser;
+    simdjson::dom::object object;
+    simdjson::dom::element value;
+    const size_t length = json != nullptr ? std::strlen(json) : 0;
+    if (member == nullptr || parser.parse(json, length).get(object) != simdjson::SUCCESS) {
+        tavlinux::answerLookUp(std::nullopt, buffer, bufferLength);
+        return NAPP_FAILURE;
+    }
+    std::optional<std::string> text;
+    if (object[member].get(value) == simdjson::SUCCESS) {
+        text = helper::textOf(value);
+    }
+    return tavlinux::answerLookUp(text, buffer, bufferLength);
+}
+
+const char* NApp_GetPortabilityValue(const char* key) {
+    static std::optional<std::string>& value = *new std::optional<std::string>;
+    value = tavlinux::portabilityValue(key != nullptr ? key : "");
+    return value ? value->c_str() : nullptr;
+}
+
+int NApp_GetProcSelfExe(char* buffer, int bufferLength) {
+    const std::string path = tavlinux::executable();
+    return tavlinux::accepted(!path.empty() &&
+                              tavlinux::answerLookUp(path, buffer, bufferLength) == NAPP_SUCCESS);
+}
+
+HKSCaller* NApp_GetKSCaller() {
+    static HKSCaller caller;
+    return &caller;
+}
+
+int NApp_EnableCompass(bool enable) {
+    return tavlinux::accepted(tavlinux::isInFront() && tavlinux::enableCompass(enable));
+}
+
+int NApp_SetKeyboardState(int visible) {
+    return tavlinux::accepted(tavlinux::showKeyboard(visible != 0));
+}
+
+int NApp_Minimize() {
+    return tavlinux::accepted(SDL_GetVideoSurface() != nullptr && SDL_WM_IconifyWindow() != 0);
+}
+
+// Nothing on this system does what the following ask.
+
+int NApp_SetTouchAggression(int) {
+    return 0;
+}
+
+bool NApp_RegisterKiteHandlers(NApp_MethodListCallback, NApp_MethodCallback) {
+    return false;
+}
+
+bool NApp_JSCall(const char*, const char* const*, int) {
+    return false;
+}
+
+SDL_bool SDL_NimboHookIsComponent() {
+    return SDL_FALSE;
+}
+
+int SDL_NimboHookSetOrientation(const char*) {
+    return 0;
+}
+
+int SDL_NimboHookSetGesturesEnable(int) {
+    return 0;
+}
+
+int SDL_NimboHookCustomPauseUiEnable(int) {
+    return 0;
+}
+
+int SDL_NimboHookBannerMessagesEnable(int enable) {
+    return tavlinux::accepted(tavlinux::enableNotifications(enable != 0));
+}
+
+int SDL_NimboHookScreenTimeoutEnable(int enable) {
+    return tavlinux::accepted(tavlinux::enableScreenTimeout(enable != 0));
+}
+
+const char* HHardware_getMachine() {
+    static const std::optional<std::string>& name =
+        *new std::optional<std::string>(tavlinux::machineName());
+    return name ? name->c_str() : nullptr;
+}
+
+int KPSystemCopyStringValue(const char* key, char** value) {
+    const std::optional<std::string> version = tavlinux::systemVersion();
+    if (key == nullptr || key != tavlinux::kVersionProperty || !version) {
+        return -1;
+    }
+    *value = g_strdup(version->c_str());
+    return 0;
+}

@@ -1,0 +1,13 @@
+// Whether this library's functions are the ones that the program calls.
+#ifndef TAV_LINUX_HOST_IN_FRONT_H
+#define TAV_LINUX_HOST_IN_FRONT_H
+
+namespace tavlinux {
+
+// False when SDL's event functions come before this library's, so that nothing would ever be
+// delivered; then says so once on standard error, with the remedy.
+bool isInFront();
+
+}  // namespace tavlinux
+
+#endif

@@ -1,0 +1,13 @@
+// What the application keeps the desktop from doing.
+#ifndef TAV_LINUX_HOST_INHIBITIONS_H
+#define TAV_LINUX_HOST_INHIBITIONS_H
+
+namespace tavlinux {
+
+// Each answers whether it is so afterwards. An inhibition also ends with the application.
+bool enableScreenTimeout(bool enable);
+bool enableNotifications(bool enable);
+
+}  // namespace tavlinux
+
+#endif

@@ -1,0 +1,39 @@
+#include "linux/services/media.h"
+
+#include "linux/bus/connection.h"
+
+namespace tavlinux {
+namespace {
+
+constexpr char kBusService[] = "org.freedesktop.DBus";
+constexpr char kPlayers[] = "org.mpris.MediaPlayer2.";
+constexpr char kPath[] = "/org/mpris/MediaPlayer2";
+constexpr char kPlayer[] = "org.mpris.MediaPlayer2.Player";
+
+void pauseAll(GVariant* names) {
+    GVariantIter* iterator = nullptr;
+    const char* name = nullptr;
+    g_variant_get(names, "(as)", &iterator);
+    while (g_variant_iter_next(iterator, "&s", &name) != FALSE) {
+        if (g_str_has_prefix(name, kPlayers) != FALSE) {
+            call({Bus::Session, name, kPath, kPlayer, "Pause"}, nullptr, nullptr);
+        }
+    }
+    g_variant_iter_free(iterator);
+}
+
+}  // namespace
+
+Dispatched pauseMedia(const simdjson::dom::object&, const Answer& answer) {
+    const bool isDispatched =
+        call({Bus::Session, kBusService, "/org/freedesktop/DBus", kBusService, "ListNames"},
+             nullptr, [answer](GVariant* names, const GError* problem) {
+                 if (names != nullptr) {
+                     pauseAll(names);
+                 }
+                 answer(names != nullptr ? kDone : failure(problem));
+             });
+    return isDispatched ? Dispatched(Stop()) : std::nullopt;
+}
+
+}  // namespace tavlinux

@@ -1,0 +1,75 @@
+"""Private buses, the services on them, and the driver that uses these through libtav."""
+
+import json
+import os
+import shutil
+import subprocess
+import tempfile
+
+import dbus
+import dbusmock
+
+DRIVER = os.environ["TAV_LINUX_DRIVER"]
+LONGEST_RUN = 60
+
+
+class OnPrivateBuses(dbusmock.DBusTestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.start_session_bus()
+        cls.start_system_bus()
+        cls.session = cls.get_dbus(False)
+        cls.system = cls.get_dbus(True)
+
+    def setUp(self):
+        self.folder = tempfile.mkdtemp()
+        self.addCleanup(shutil.rmtree, self.folder)
+        # What an application finds beside its executable, it finds here.
+        self.program = shutil.copy(DRIVER, self.folder)
+
+    def environment(self, **changes):
+        environment = dict(os.environ, SDL_VIDEODRIVER="dummy", LANG="C", HOME=self.folder,
+                           XDG_RUNTIME_DIR=self.folder, XDG_DATA_HOME=self.folder + "/share",
+                           XDG_CONFIG_HOME=self.folder + "/config")
+        for name in ("LC_ALL", "LC_MESSAGES"):
+            environment.pop(name, None)
+        environment.update(changes)
+        return {name: value for name, value in environment.items() if value is not None}
+
+    def start(self, *arguments, **changes):
+        process = subprocess.Popen([self.program, *arguments], env=self.environment(**changes),
+                                   stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+        self.addCleanup(process.stderr.close)
+        self.addCleanup(process.stdout.close)
+        self.addCleanup(process.kill)
+        return process
+
+    def finish(self, process):
+        lines = process.stdout.read().splitlines()
+        self.assertEqual(process.stderr.read(), "")
+        self.assertEqual(process.wait(LONGEST_RUN), 0, lines)
+        return lines
+
+    def run_driver(self, *arguments, **changes):
+        return self.finish(self.start(*arguments, **changes))
+
+    def reply(self, *arguments):
+        (line,) = self.run_driver(*arguments)
+        return json.loads(line.removeprefix("reply "))
+
+    def serve(self, name, path, interface, on_system=False):
+        """Starts a mock, which ends with the test, and returns its object."""
+        server = self.spawn_server(name, path, interface, on_system, stdout=subprocess.DEVNULL)
+        self.addCleanup(self.stop, server)
+        bus = self.system if on_system else self.session
+        mock = dbus.Interface(bus.get_object(name, path), dbusmock.MOCK_IFACE)
+        mock.server = server
+        return mock
+
+    @staticmethod
+    def stop(server):
+        server.terminate()
+        server.wait()
+
+    def calls(self, mock):
+        return [(str(name), [a for a in arguments]) for _, name, arguments in mock.GetCalls()]

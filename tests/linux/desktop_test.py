@@ -1,0 +1,134 @@
+"""What the desktop does for an application, and what nothing there does."""
+
+import os
+
+import dbus
+import dbusmock
+
+from buses import DRIVER, OnPrivateBuses
+
+
+PORTAL = "org.freedesktop.portal.Desktop"
+PORTAL_PATH = "/org/freedesktop/portal/desktop"
+
+
+class Desktop(OnPrivateBuses):
+    def test_pages_and_mails_are_opened_by_the_portal(self):
+        portal = self.serve(PORTAL, PORTAL_PATH, "org.freedesktop.portal.OpenURI")
+        portal.AddMethod("", "OpenURI", "ssa{sv}", "o", 'ret = dbus.ObjectPath("/r")')
+        portal.AddMethod("org.freedesktop.portal.Email", "ComposeEmail", "sa{sv}", "o",
+                         'ret = dbus.ObjectPath("/r")')
+        launch = ("call", "vire://com.vire.applicationManager/launch")
+        lines = self.run_driver("browse", "https://example.com/?a=$(touch x)", "mail", "S;ubject",
+                                "`Body`", "someone@example.com", *launch,
+                                '{"id":"com.vire.app.browser","params":{"target":"file:///x"}}')
+        self.assertEqual(lines[:2], ["browse 0", "mail 0"])
+        self.assertIn("no address of a page", lines[2])
+        self.assertEqual(self.calls(portal), [
+            ("OpenURI", ["", "https://example.com/?a=$(touch x)", {}]),
+            ("ComposeEmail", ["", {"subject": "S;ubject", "body": "`Body`",
+                                   "addresses": ["someone@example.com"]}])])
+
+    def test_without_a_portal_a_program_gets_one_argument(self):
+        opener = self.folder + "/xdg-open"
+        with open(opener, "w") as file:
+            file.write(f'#!/bin/sh\nprintf "%s|" "$#" "$1" >{self.folder}/part\n'
+                       f"mv {self.folder}/part {self.folder}/opened\n")
+        os.chmod(opener, 0o700)
+        path = self.folder + ":" + os.environ["PATH"]
+        rows = {("browse", "--help; rm x"): "1|http://--help; rm x|",
+                ("browse", "example.com/'$x"): "1|http://example.com/'$x|",
+                ("mail", "S&x=", 'a b', "x@y.z"):
+                    "1|mailto:x%40y.z?subject=S%26x%3D&body=a%20b|"}
+        for command, expected in rows.items():
+            with self.subTest(command=command):
+                self.run_driver(*command, "wait", self.folder + "/opened", PATH=path)
+                with open(self.folder + "/opened") as file:
+                    self.assertEqual(file.read(), expected)
+                os.remove(self.folder + "/opened")
+
+    def test_every_player_is_paused(self):
+        path, interface = "/org/mpris/MediaPlayer2", "org.mpris.MediaPlayer2.Player"
+        players = [self.serve("org.mpris.MediaPlayer2." + name, path, interface)
+                   for name in ("one", "two.instance7")]
+        for player in players:
+            player.AddMethod("", "Pause", "", "", "")
+        self.run_driver("pause", "call", "vire://com.vire.mediad/service/pauseAllMediaPlayback",
+                        "{}", "call", "vire://com.example.Nobody/X", "{}")
+        for player in players:
+            self.assertEqual(self.calls(player)[0], ("Pause", []))
+
+    def test_ports_are_opened_and_closed_at_run_time(self):
+        name, path = "org.fedoraproject.FirewallD1", "/org/fedoraproject/FirewallD1"
+        firewall = self.serve(name, path, name + ".zone", True)
+        firewall.AddMethod("", "addPort", "sssi", "s", 'ret = "public"')
+        firewall.AddMethod("", "removePort", "sss", "s", "raise dbus.exceptions.DBusException("
+                           '"NOT_ENABLED: 4000:tcp", name="org.fedoraproject.FirewallD1.Exception")')
+        closing = '{"protocol":"TCP","port":4000,"isEnabled":false}'
+        self.assertEqual(self.run_driver("port", "4000", "1", "call",
+                                         "kora://com.vire.firewall/portCtrl", closing),
+                         ["port 0", 'reply {"returnValue":true}'])
+        self.assertEqual(self.calls(firewall), [("addPort", ["", "4000", "tcp", 0]),
+                                                ("addPort", ["", "4000", "udp", 0]),
+                                                ("removePort", ["", "4000", "tcp"])])
+
+    def test_the_motor_runs_by_pattern_or_by_event(self):
+        name, path = "org.sigxcpu.Feedback", "/org/sigxcpu/Feedback"
+        feedback = self.serve(name, path, name)
+        feedback.AddMethod("", "TriggerFeedback", "ssa{sv}i", "u", "ret = 1")
+        vibrate = ("call", "vire://com.vire.vibrate/vibrate", '{"period":200,"duration":500}')
+        self.assertTrue(self.reply(*vibrate)["returnValue"])
+        feedback.AddMethod(name + ".Haptic", "Vibrate", "sa(du)", "b", "ret = True")
+        self.assertTrue(self.reply(*vibrate)["returnValue"])
+        program = os.path.basename(DRIVER)
+        self.assertEqual(self.calls(feedback), [
+            ("TriggerFeedback", [program, "phone-incoming-call", {"profile": "quiet"}, 1]),
+            ("Vibrate", [program, [(1.0, 100), (0.0, 100), (1.0, 100), (0.0, 100), (1.0, 100)]])])
+
+    def test_switches_that_the_desktop_has(self):
+        keyboard = self.serve("sm.puri.OSK0", "/sm/puri/OSK0", "sm.puri.OSK0")
+        keyboard.AddMethod("", "SetVisible", "b", "", "")
+        saver = self.serve("org.freedesktop.ScreenSaver", "/org/freedesktop/ScreenSaver",
+                           "org.freedesktop.ScreenSaver")
+        saver.AddMethod("", "Inhibit", "ss", "u", "ret = 7")
+        saver.AddMethod("", "UnInhibit", "u", "", "")
+        lines = self.run_driver("keyboard", "1", "keyboard", "0", "timeout", "0", "timeout", "0",
+                                "timeout", "1", "banners", "1", "call",
+                                "vire://org.freedesktop.ScreenSaver/Nothing", "{}")
+        self.assertEqual(lines[:-1], ["keyboard 0"] * 2 + ["timeout 0"] * 3 + ["banners 0"])
+        self.assertEqual(self.calls(keyboard), [("SetVisible", [True]), ("SetVisible", [False])])
+        self.assertEqual([name for name, _ in self.calls(saver)], ["Inhibit", "UnInhibit"])
+
+        portal = self.serve(PORTAL, PORTAL_PATH, "org.freedesktop.portal.Inhibit")
+        portal.AddMethod("", "Inhibit", "sua{sv}", "o", 'ret = dbus.ObjectPath("/request")')
+        portal.AddObject("/request", "org.freedesktop.portal.Request", {}, [("Close", "", "", "")])
+        self.run_driver("timeout", "0", "timeout", "1",
+                        "call", "vire://org.freedesktop.portal.Desktop/request/Nothing", "{}")
+        request = dbus.Interface(self.session.get_object(PORTAL, "/request"), dbusmock.MOCK_IFACE)
+        self.assertEqual(self.calls(portal)[0][1][1], 8)
+        self.assertEqual(self.calls(request), [("Close", [])])
+
+    def test_what_nobody_can_do_is_refused(self):
+        card = "Unable to communicate with app card"
+        self.assertEqual(self.run_driver("refusals", "banners", "0", "keyboard", "1", "timeout",
+                                         "0")[:5],
+                         [f"orientation 2 {card}", f"gestures 2 {card}", f"pause UI 2 {card}",
+                          "touch 2 Could not communicate with Touch Aggression service",
+                          "JavaScript 2 Could not register JS Handlers. Either this was not "
+                          "launched as a plugin, or the IPC is not yet set up."])
+        (line,) = self.run_driver("purchase")
+        self.assertIn("there is no shop on this system", line)
+
+
+class NoBuses(OnPrivateBuses):
+    def test_everything_is_refused_and_nothing_hangs(self):
+        gone = "unix:path=" + self.folder + "/none"
+        card = "Unable to communicate with app card"
+        lines = self.run_driver(
+            "call", "vire://com.example.Weather/Ask", "{}", "browse", "http://example.com", "port",
+            "4000", "1", "pause", "keyboard", "1", "timeout", "0", "timeout", "1",
+            DBUS_SESSION_BUS_ADDRESS=gone, DBUS_SYSTEM_BUS_ADDRESS=gone, PATH="/")
+        self.assertEqual(lines, [
+            "call 2 Unable to dispatch service call", f"browse 2 {card}", f"port 2 {card}",
+            f"pause 2 {card}", "keyboard 2 Could not communicate with card", f"timeout 2 {card}",
+            "timeout 0"])

@@ -1,0 +1,116 @@
+"""Location, compass and motor."""
+
+import os
+import subprocess
+
+import dbus
+import dbusmock
+
+from buses import DRIVER, OnPrivateBuses
+
+
+GEOCLUE = "org.freedesktop.GeoClue2"
+MANAGER_PATH = "/org/freedesktop/GeoClue2/Manager"
+CLIENT_PATH = "/org/freedesktop/GeoClue2/Client/1"
+
+
+class Location(OnPrivateBuses):
+    VALUES = {"Latitude": 52.52, "Longitude": 13.405, "Accuracy": 8.0, "Altitude": 34.0,
+              "Speed": 1.5, "Heading": 90.0}
+
+    def geoclue(self, on_start=""):
+        """Comes to the bus when it has its objects, as the real one does."""
+        manager = self.serve("com.example.GeoClue", MANAGER_PATH, GEOCLUE + ".Manager", True)
+        manager.AddMethod("", "GetClient", "", "o", f'ret = dbus.ObjectPath("{CLIENT_PATH}")')
+        manager.AddMethod("", "DeleteClient", "o", "", "")
+        manager.AddMethod("", "Come", "", "", f'self.connection.request_name("{GEOCLUE}")')
+        manager.AddObject(CLIENT_PATH, GEOCLUE + ".Client",
+                          {"DesktopId": "", "RequestedAccuracyLevel": dbus.UInt32(0)},
+                          [("Stop", "", "", "")])
+        client = dbus.Interface(self.system.get_object("com.example.GeoClue", CLIENT_PATH),
+                                dbusmock.MOCK_IFACE)
+        update = ('self.EmitSignal("", "LocationUpdated", "oo", '
+                  '[dbus.ObjectPath("/"), dbus.ObjectPath("/location")])')
+        client.AddMethod(GEOCLUE + ".Client", "Start", "", "", on_start or update)
+        manager.AddObject("/location", GEOCLUE + ".Location", self.VALUES, [])
+        manager.Come(dbus_interface=GEOCLUE + ".Manager")
+        return manager, client
+
+    def test_fixes_have_what_geoclue_knows(self):
+        _, client = self.geoclue()
+        self.assertEqual(self.run_driver("location", "1"),
+                         ["tracking 0", "fix 52.5200 13.4050 34.0 8.0 -1.0 90.0 1.5"])
+        properties = dbus.Interface(client, dbus.PROPERTIES_IFACE).GetAll(GEOCLUE + ".Client")
+        self.assertEqual(properties["DesktopId"], os.path.basename(DRIVER))
+        self.assertEqual(properties["RequestedAccuracyLevel"], 8)
+        self.assertIn(("Stop", []), self.calls(client))
+
+    def test_denial_is_a_failure_of_the_location_service(self):
+        for name, failure in (("org.freedesktop.DBus.Error.AccessDenied", 6),
+                              ("org.freedesktop.DBus.Error.Failed", 4)):
+            manager, _ = self.geoclue(f'raise dbus.exceptions.DBusException("no", name="{name}")')
+            self.assertEqual(self.run_driver("location", "1"),
+                             ["tracking 0", f"location failure {failure}"])
+            self.stop(manager.server)
+        self.assertEqual(self.run_driver("location", "1"), ["tracking 0", "location failure 4"])
+
+    def test_a_service_that_is_killed_and_started_again_is_found_again(self):
+        manager, _ = self.geoclue()
+        process = self.start("location", "2")
+        self.assertEqual(process.stdout.readline(), "tracking 0\n")
+        self.assertTrue(process.stdout.readline().startswith("fix 52.52"))
+        manager.server.kill()
+        manager.server.wait()
+        self.geoclue()
+        (line,) = self.finish(process)
+        self.assertTrue(line.startswith("fix 52.52"), line)
+
+    def test_geoclue_is_the_compass_where_there_is_no_other(self):
+        self.geoclue()
+        self.assertEqual(self.run_driver("compass", "1"), ["enabled 0", "compass 1 90.0 1.0"])
+
+
+class Sensors(OnPrivateBuses):
+    """With the real iio-sensor-proxy, on whose made-up machine a compass turns by 10 degrees."""
+
+    DEVICE = ("P: /devices/virtual/input/input0\nE: SUBSYSTEM=input\nE: NAME=\"Power Button\"\n"
+              "A: name=Power Button\n\n")
+    COMPASS = "/net/hadess/SensorProxy/Compass"
+
+    def sensor_proxy(self):
+        devices = self.folder + "/devices"
+        with open(devices, "w") as file:
+            file.write(self.DEVICE)
+        server = subprocess.Popen(["umockdev-run", "--device", devices, "--",
+                                   "/usr/sbin/iio-sensor-proxy"],
+                                  env=dict(os.environ, FAKE_COMPASS="1"),
+                                  stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        self.addCleanup(self.stop, server)
+        self.wait_for_bus_object("net.hadess.SensorProxy", self.COMPASS, True)
+        return server
+
+    def test_a_compass_turns_also_when_its_service_was_gone(self):
+        server = self.sensor_proxy()
+        process = self.start("compass", "5")
+        lines = [process.stdout.readline() for _ in range(4)]
+        self.assertEqual(lines[0], "enabled 0\n")
+        headings = [float(line.split()[2]) for line in lines[1:]]
+        self.assertEqual(len(set(headings)), len(headings))
+        self.assertTrue(all(heading % 10.0 == 0.0 for heading in headings), headings)
+        self.stop(server)
+        self.sensor_proxy()
+        self.assertEqual(len(self.finish(process)), 2)
+
+    def test_without_any_compass_it_is_refused(self):
+        self.assertEqual(self.run_driver("compass", "0"), ["enabled 2 "])
+
+
+class Feedback(OnPrivateBuses):
+    def test_the_real_daemon_takes_the_event(self):
+        server = subprocess.Popen(["/usr/libexec/feedbackd"],
+                                  env=dict(os.environ, GSETTINGS_BACKEND="memory"),
+                                  stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        self.addCleanup(self.stop, server)
+        self.wait_for_bus_object("org.sigxcpu.Feedback", "/org/sigxcpu/Feedback")
+        self.assertEqual(self.reply("call", "vire://com.vire.vibrate/vibrate",
+                                    '{"period":200,"duration":500}'), {"returnValue": True})

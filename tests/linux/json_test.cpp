@@ -1,0 +1,197 @@
+// What crosses between JSON and D-Bus, in both directions.
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "linux/bus/dbus_to_json.h"
+#include "linux/bus/json_to_dbus.h"
+
+using tavlinux::argumentsFromJson;
+using tavlinux::jsonFromResult;
+
+namespace {
+
+// The arguments of a method, named a, b, … ; of the last, unless there is one only, nothing is
+// known but the type.
+class Arguments {
+public:
+    explicit Arguments(const std::vector<std::string>& types) : m_types(types) {
+        for (size_t i = 0; i < types.size(); ++i) {
+            m_names.push_back(i == 0 || i + 1 < types.size() ? std::string(1, char('a' + i)) : "");
+        }
+        for (size_t i = 0; i < types.size(); ++i) {
+            m_infos.push_back({1, m_names[i].data(), m_types[i].data(), nullptr});
+        }
+        for (GDBusArgInfo& info : m_infos) {
+            m_pointers.push_back(&info);
+        }
+        m_pointers.push_back(nullptr);
+    }
+
+    GDBusArgInfo* const* get() const { return m_pointers.data(); }
+
+private:
+    std::vector<std::string> m_types;
+    std::vector<std::string> m_names;
+    std::vector<GDBusArgInfo> m_infos;
+    std::vector<GDBusArgInfo*> m_pointers;
+};
+
+struct Unref {
+    void operator()(GVariant* variant) const { g_variant_unref(variant); }
+};
+using VariantPtr = std::unique_ptr<GVariant, Unref>;
+
+VariantPtr fromJson(const std::string& json, const Arguments& arguments, std::string* problem) {
+    simdjson::dom::parser parser;
+    simdjson::dom::element element;
+    if (parser.parse(json).get(element) != simdjson::SUCCESS) {
+        *problem = "the test's JSON is none";
+        return nullptr;
+    }
+    GVariant* tuple = argumentsFromJson(element, arguments.get(), problem);
+    return VariantPtr(tuple != nullptr ? g_variant_ref_sink(tuple) : nullptr);
+}
+
+VariantPtr fromText(const std::string& text) {
+    return VariantPtr(g_variant_ref_sink(g_variant_new_parsed(text.c_str())));
+}
+
+std::string print(GVariant* variant) {
+    char* text = g_variant_print(variant, TRUE);
+    std::string copy = text;
+    g_free(text);
+    return copy;
+}
+
+TEST(Json, EveryDBusValueBecomesJsonAndTheSameValueAgain) {
+    const struct {
+        const char* value;
+        const char* json;
+    } rows[] = {
+        {"true", "true"},
+        {"byte 0xff", "255"},
+        {"int16 -32768", "-32768"},
+        {"uint16 65535", "65535"},
+        {"-2147483648", "-2147483648"},
+        {"uint32 4294967295", "4294967295"},
+        {"int64 -9223372036854775808", "-9223372036854775808"},
+        {"uint64 18446744073709551615", "18446744073709551615"},
+        {"5.0", "5.0"},
+        {"-0.0", "-0.0"},
+        {"1e300", "1e+300"},
+        {"0.1", "0.1"},
+        {"'a \"quote\" ä \\u0001'", R"("a \"quote\" ä \u0001")"},
+        {"objectpath '/org/example'", "\"/org/example\""},
+        {"signature 'a{sv}'", "\"a{sv}\""},
+        {"b'\\001\\377'", "\"Af8A\""},
+        {"@ay []", "\"\""},
+        {"@ai []", "[]"},
+        {"(1, 'x', [true])", R"([1,"x",[true]])"},
+        {"{'k': 1}", R"({"k":1})"},
+        {"{uint32 5: 'five', 6: 'six'}", R"({"5":"five","6":"six"})"},
+        {"{1.5: objectpath '/o'}", R"({"1.5":"/o"})"},
+        {"{true: 1}", R"({"true":1})"},
+        {"<1>", "1"},
+        {"<int64 5000000000>", "5000000000"},
+        {"<int64 1>", R"(1,"a:type":"x")"},
+        {"<uint64 18446744073709551615>", "18446744073709551615"},
+        {"<2.0>", "2.0"},
+        {"<'text'>", "\"text\""},
+        {"[<1>, <uint32 2>]", R"([1,{"type":"u","value":2}])"},
+        {"{'n': <uint32 7>, 's': <'t'>}", R"({"n":7,"n:type":"u","s":"t"})"},
+        {"<{'in': <{'deep': <byte 1>}>}>", R"({"in":{"deep":1,"deep:type":"y"}})"},
+        {"[<{'type': <'u'>, 'value': <1>}>]",
+         R"([{"type":"a{sv}","value":{"type":"u","value":1}}])"},
+        {"{'x': <1>, 'x:type': <'u'>}", R"([["x",1],["x:type","u"]])"},
+        {"{'x': <1>, 'x': <2>}", R"([["x",1],["x",2]])"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.value);
+        const VariantPtr value = fromText(std::string("(") + row.value + ",)");
+        const VariantPtr child(g_variant_get_child_value(value.get(), 0));
+        const Arguments arguments({g_variant_get_type_string(child.get())});
+        const std::optional<std::string> json = jsonFromResult(value.get(), arguments.get());
+        ASSERT_TRUE(json);
+        const std::string members = std::string(R"("a":)") + row.json + "}";
+        EXPECT_EQ(*json, R"({"returnValue":true,)" + members);
+
+        std::string problem;
+        const VariantPtr again = fromJson("{" + members, arguments, &problem);
+        ASSERT_TRUE(again) << problem;
+        EXPECT_EQ(print(again.get()), print(value.get()));
+    }
+}
+
+TEST(Json, NumbersThatJsonCannotSpellAreStrings) {
+    const double infinity = std::numeric_limits<double>::infinity();
+    const double numbers[] = {std::numeric_limits<double>::quiet_NaN(), infinity, -infinity};
+    const VariantPtr value(g_variant_ref_sink(g_variant_new(
+        "(d{dd}v)", numbers[0], numbers[1], numbers[2], g_variant_new_double(numbers[0]))));
+    const Arguments arguments({"d", "{dd}", "v"});
+    EXPECT_EQ(jsonFromResult(value.get(), arguments.get()).value_or(""),
+              R"({"returnValue":true,"a":"NaN","b":["Infinity","-Infinity"],)"
+              R"("arg2":"NaN","arg2:type":"d"})");
+
+    std::string problem;
+    const VariantPtr again =
+        fromJson(R"({"a":"NaN","b":{"Infinity":"-Infinity"},"arg2":"NaN","arg2:type":"d"})",
+                 Arguments({"d", "a{dd}", "v"}), &problem);
+    ASSERT_TRUE(again) << problem;
+    EXPECT_EQ(print(again.get()), "(nan, {inf: -inf}, <nan>)");
+}
+
+TEST(Json, ArgumentsComeByNameOrByPositionAndNoneIsLost) {
+    const struct {
+        std::vector<std::string> types;
+        const char* json;
+        const char* result;  // or the problem
+    } rows[] = {
+        {{"s", "i"}, R"({"arg1":2,"a":"x"})", "('x', 2)"},
+        {{"s", "i"}, R"(["x",2])", "('x', 2)"},
+        {{}, "{}", "()"},
+        {{}, R"({"subscribe":true})", "()"},
+        {{"ay"}, "[[1,255]]", "([byte 0x01, 0xff],)"},
+        {{"d"}, "[5]", "(5.0,)"},
+        {{"v"}, "[2147483648]", "(<int64 2147483648>,)"},
+        {{"v"}, R"([{"type":"as","value":["x"]}])", "(<['x']>,)"},
+        {{"s", "i"}, R"({"a":"x"})", "no argument \"arg1\""},
+        {{"s"}, R"(["x",2])", "there are more arguments than the method has"},
+        {{"s"}, R"({"a":"x","b":2})", "there are more arguments than the method has"},
+        {{"s"}, R"({"a":"x","a:type":"s"})", "there are more arguments than the method has"},
+        {{"s"}, "7", "the payload is no JSON object or list"},
+        {{"s"}, R"(["a\u0000b"])", R"("a\u0000b" is no value of type s)"},
+        {{"o"}, R"(["no path"])", R"("no path" is no value of type o)"},
+        {{"y"}, "[256]", "256 is no value of type y"},
+        {{"u"}, "[-1]", "-1 is no value of type u"},
+        {{"i"}, "[1.5]", "1.5 is no value of type i"},
+        {{"t"}, "[-1]", "-1 is no value of type t"},
+        {{"b"}, "[1]", "1 is no value of type b"},
+        {{"v"}, "[null]", "null has no type on D-Bus"},
+        {{"v"}, R"([{"type":"h","value":0}])", R"("h" is no type)"},
+        {{"v"}, R"([{"type":"si","value":0}])", R"("si" is no type)"},
+        {{"h"}, "[0]", R"(argument "a" cannot be given in JSON)"},
+        {{"((("}, "[0]", R"(argument "a" cannot be given in JSON)"},
+        {{"(ii)"}, "[[1]]", "[1] is no value of type (ii)"},
+        {{"a{us}"}, R"([{"x":"y"}])", R"("x" is no key of type u)"},
+        {{"ay"}, R"(["AA"])", R"("AA" is no value of type ay)"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.json);
+        std::string problem;
+        const VariantPtr tuple = fromJson(row.json, Arguments(row.types), &problem);
+        EXPECT_EQ(tuple ? print(tuple.get()) : problem, row.result);
+    }
+}
+
+TEST(Json, NestingThatTheBusWouldNotTakeIsRefused) {
+    const std::string json = std::string(100, '[') + std::string(100, ']');
+    std::string problem;
+    EXPECT_FALSE(fromJson(json, Arguments({"v"}), &problem));
+    EXPECT_EQ(problem, "nested too deeply");
+}
+
+}  // namespace

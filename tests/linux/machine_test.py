@@ -1,0 +1,40 @@
+"""What the machine is, and what it is set to."""
+
+import json
+import os
+
+import dbus
+
+from buses import OnPrivateBuses
+
+
+
+class Machine(OnPrivateBuses):
+    def describe(self):
+        with open(self.folder + "/appinfo.json", "w") as file:
+            json.dump({"id": "com.example.driver", "title": "Driver"}, file)
+
+    def test_settings_come_from_the_machine(self):
+        self.describe()
+        hostname = self.serve("org.freedesktop.hostname1", "/org/freedesktop/hostname1",
+                              "org.freedesktop.hostname1", True)
+        hostname.AddProperty("org.freedesktop.hostname1", "PrettyHostname", 'Ann\'s "phone"')
+        locale = self.serve("org.freedesktop.locale1", "/org/freedesktop/locale1",
+                            "org.freedesktop.locale1", True)
+        locale.AddProperty("org.freedesktop.locale1", "Locale",
+                           dbus.Array(["LANG=pt_BR.UTF-8", "LC_TIME=de_DE"], signature="s"))
+        lines = self.run_driver("about", TAV_PORTABILITY_final_spoofing="ember")
+        self.assertEqual(lines[:4], ['Ann\'s "phone"', "br", "Brazil", "pt_br"])
+        self.assertEqual(lines[6:], [
+            "601", "title 0", "Driver", "no value 11 ",
+            self.folder + "/share/com.example.driver/level", self.folder + "/appinfo.json"])
+        self.assertEqual(self.run_driver("about", LANG="de_DE.UTF-8")[1:4],
+                         ["de", "Germany", "de_de"])
+
+    def test_the_unique_id_belongs_to_the_application(self):
+        self.describe()
+        first = self.run_driver("about")[4]
+        self.assertRegex(first, "^[0-9a-f]{40}$")
+        self.assertEqual(self.run_driver("about")[4], first)
+        os.remove(self.folder + "/appinfo.json")
+        self.assertNotEqual(self.run_driver("about")[4], first)

@@ -1,0 +1,106 @@
+"""Calls to any service of the two buses."""
+
+import json
+import os
+import subprocess
+import time
+
+from buses import LONGEST_RUN, OnPrivateBuses
+
+
+
+class Services(OnPrivateBuses):
+    NAME = "com.example.Weather"
+    URI = "vire://com.example.Weather/"
+
+    def weather(self, on_system=False):
+        mock = self.serve(self.NAME, "/com/example/Weather", self.NAME, on_system)
+        mock.AddMethod("", "Ask", "si", "s", 'ret = args[0] + " " + str(args[1])')
+        mock.AddMethod("", "Fail", "", "", "raise dbus.exceptions.DBusException("
+                       '"too wet", name="com.example.Wet")')
+        mock.AddMethod("", "Warn", "", "", 'self.EmitSignal("", "Warned", "su", ["rain", 7])')
+        mock.AddMethod("", "Count", "", "t", "ret = 18446744073709551615")
+        return mock
+
+    def test_calls_find_their_method_by_introspection(self):
+        for on_system in (False, True):
+            with self.subTest(on_system=on_system):
+                mock = self.weather(on_system)
+                self.assertEqual(self.reply("call", self.URI + "Ask", '["sun",5]'),
+                                 {"returnValue": True, "arg0": "sun 5"})
+                self.assertEqual(self.reply("call", self.URI + "Ask", '{"arg2":5,"arg1":"sun"}'),
+                                 {"returnValue": True, "arg0": "sun 5"})
+                self.assertEqual(self.reply("call", self.URI + "com/example/Weather/" +
+                                            self.NAME + ".Count", "")["arg0"], 2 ** 64 - 1)
+                self.run_driver("send", self.URI + "Ask", '["one way",1]',
+                                "call", self.URI + "Count", "{}")
+                self.assertIn(("Ask", ["one way", 1]), self.calls(mock))
+                self.stop(mock.server)
+
+    def test_failures_are_replies(self):
+        self.weather()
+        rows = {
+            (self.URI + "Fail", "{}"): "com.example.Wet: too wet",
+            (self.URI + "Nothing", "{}"):
+                "no such method: Nothing of com.example.Weather/com/example/Weather",
+            (self.URI + "Ask", '["sun"]'): 'Ask: no argument "arg2"',
+            (self.URI + "Ask", "["): "the payload is no JSON",
+            ("vire://com.example.Nobody/Ask", "{}"): "no such service: com.example.Nobody",
+            ("vire://no name/Ask", "{}"): "no such service: vire://no name/Ask",
+            ("Ask", "{}"): "no such service: Ask",
+            (self.URI + "a..b/Ask", "{}"): "no such service: " + self.URI + "a..b/Ask",
+        }
+        for (uri, payload), text in rows.items():
+            with self.subTest(uri=uri):
+                self.assertEqual(self.reply("call", uri, payload),
+                                 {"returnValue": False, "errorCode": -1, "errorText": text})
+
+    def test_subscriptions_receive_signals_until_they_end(self):
+        mock = self.serve(self.NAME, "/com/example/Weather", self.NAME)
+        mock.AddMethod("", "Tick", "", "", 'self.EmitSignal("", "Tock", "u", [1])')
+        uri = "vire://com.example.Weather/org.freedesktop.DBus.Properties.PropertiesChanged"
+        process = self.start("abandon", uri.replace("/org.", "/com/example/Weather/org."), "{}",
+                             "subscribe", uri, '{"subscribe":true}', "2")
+        time_limit = time.monotonic() + LONGEST_RUN
+        mock.AddProperty(self.NAME, "Rain", 0.0)
+        value = 0.0
+        while process.poll() is None and time.monotonic() < time_limit:
+            value += 1.0
+            mock.UpdateProperties(self.NAME, {"Rain": value})
+        lines = self.finish(process)
+        self.assertEqual(len(lines), 2)
+        first = json.loads(lines[0].removeprefix("reply "))
+        self.assertEqual(first["interface_name"], self.NAME)
+        self.assertIn("Rain", first["changed_properties"])
+
+    def test_a_service_that_comes_back_different_is_looked_at_again(self):
+        mock = self.weather()
+        marker = self.folder + "/back"
+        process = self.start("call", self.URI + "Ask", '["sun",5]', "wait", marker,
+                             "call", self.URI + "Ask", "[true]")
+        self.assertIn("sun 5", process.stdout.readline())
+        self.stop(mock.server)
+        mock = self.serve(self.NAME, "/com/example/Weather", self.NAME)
+        mock.AddMethod("", "Ask", "b", "b", "ret = args[0]")
+        open(marker, "w").close()
+        self.assertEqual(self.finish(process), ['reply {"returnValue":true,"arg0":true}'])
+
+    def test_ten_thousand_calls_take_no_more_memory_than_a_thousand(self):
+        self.weather()
+        (line,) = self.run_driver("repeat", "10000", self.URI + "Ask", '["sun",5]')
+        self.assertLess(int(line.removeprefix("grown ")), 1024, "kB")
+
+    def test_hostile_services_harm_nobody(self):
+        hostile = os.path.join(os.path.dirname(os.path.abspath(__file__)), "hostile_service.py")
+        server = subprocess.Popen(["/usr/bin/python3", hostile, self.NAME])
+        self.addCleanup(self.stop, server)
+        self.wait_for_bus_object(self.NAME, "/com/example/Weather")
+        self.assertFalse(self.reply("call", self.URI + "garbage/Ask", "{}")["returnValue"])
+        self.assertFalse(self.reply("call", self.URI + "types/Ask", "{}")["returnValue"])
+        self.assertFalse(self.reply("call", self.URI + "signature/Ask", '{"a":1}')["returnValue"])
+        large = self.reply("call", self.URI + "large/Ask", "{}")
+        self.assertEqual(len(large["a"]), 1000000)
+        self.assertEqual(self.reply("call", self.URI + "other/Ask", "{}"),
+                         {"returnValue": True, "a": 1, "arg1": "not announced"})
+        # It ends while a call waits for it.
+        self.assertFalse(self.reply("call", self.URI + "exit/Ask", "{}")["returnValue"])
