@@ -24,10 +24,6 @@ gboolean setFlag(gpointer flag) {
     return G_SOURCE_REMOVE;
 }
 
-bool isApplicationThread() {
-    return g_started && !g_isFork && g_thread_self() == g_applicationThread;
-}
-
 }  // namespace
 
 GMainContext* context() {
@@ -41,21 +37,26 @@ GMainContext* context() {
     return own;
 }
 
+bool isApplicationThread() {
+    return g_started && !g_isFork && g_thread_self() == g_applicationThread;
+}
+
 void deliver(std::function<void()> delivery) {
     context();
     queue().push_back(std::move(delivery));
 }
 
 void pump() {
-    if (!isApplicationThread()) {
-        return;
-    }
     for (int i = 0; i < kMostRounds && g_main_context_iteration(context(), FALSE) != FALSE; ++i) {}
     for (size_t count = queue().size(); count > 0 && !queue().empty(); --count) {
         const std::function<void()> delivery = std::move(queue().front());
         queue().pop_front();
         delivery();
     }
+}
+
+void waitForDelivery(int milliseconds) {
+    serveUntil([] { return !queue().empty(); }, milliseconds);
 }
 
 bool serveUntil(const std::function<bool()>& isSo, int milliseconds) {

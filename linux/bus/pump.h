@@ -20,15 +20,21 @@ public:
     OnContext& operator=(const OnContext&) = delete;
 };
 
+// Whether the calling thread is the application's, and this no fork. False before the first use.
+bool isApplicationThread();
+
 // Queues what is to call the library or the application.
 void deliver(std::function<void()> delivery);
 
 // Serves the context without waiting, then delivers what is queued by then. A delivery may pump
-// itself, and what it queues waits for the next time. Does nothing on other threads, and in a fork.
+// itself, and what it queues waits for the next time. On the application's thread only.
 void pump();
 
+// Serves the context until there is something to deliver, for some milliseconds at the most.
+void waitForDelivery(int milliseconds);
+
 // Serves the context until something is so, and delivers nothing. False when that took too long, or
-// where pump() does nothing.
+// on another thread than the application's.
 bool serveUntil(const std::function<bool()>& isSo, int milliseconds);
 
 }  // namespace tavlinux

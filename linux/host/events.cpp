@@ -1,37 +1,21 @@
-// SDL's event functions, in which this system delivers.
-#include "SDL.h"
-#include "front/next.h"
+// While the application handles SDL's events, this system delivers.
+#include "front/events.h"
+
 #include "linux/bus/pump.h"
-#include "platform/visibility.h"
 
-namespace {
+namespace front {
 
-constexpr Uint32 kWaitStep = 10;  // milliseconds between two looks, as SDL itself takes them
+bool takesPart() {
+    return tavlinux::isApplicationThread();
+}
 
-}  // namespace
-
-extern "C" {
-
-TAV_PLATFORM_API void SDL_PumpEvents(void) {
-    static const auto real = front::nextFunction<void()>("SDL_PumpEvents");
+void deliver() {
     tavlinux::pump();
-    real();
 }
 
-TAV_PLATFORM_API int SDL_PollEvent(SDL_Event* event) {
-    static const auto real = front::nextFunction<int(SDL_Event*)>("SDL_PollEvent");
-    tavlinux::pump();
-    return real(event);
+void waitForNext() {
+    constexpr int step = 10;  // milliseconds, as SDL itself has between two looks at its queue
+    tavlinux::waitForDelivery(step);
 }
 
-TAV_PLATFORM_API int SDL_WaitEvent(SDL_Event* event) {
-    while (true) {
-        SDL_PumpEvents();
-        const int found = SDL_PeepEvents(event, 1, SDL_GETEVENT, SDL_ALLEVENTS);
-        if (found != 0) {
-            return found > 0 ? 1 : 0;  // without a queue there is nothing to wait for
-        }
-        SDL_Delay(kWaitStep);
-    }
-}
-}
+}  // namespace front

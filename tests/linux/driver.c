@@ -4,7 +4,7 @@
  *     send URI PAYLOAD         a call whose reply nobody wants
  *     subscribe URI PAYLOAD N  N replies, then an end to it
  *     abandon URI PAYLOAD      a subscription that is cancelled at once
- *     repeat N URI PAYLOAD     N calls in a row; growth of memory in kB over all but the first tenth
+ *     repeat N URI PAYLOAD     N calls in a row; growth of memory in kB after the first tenth
  *     location N | compass N   N fixes or failures, N readings
  *     wait FILE                until the file is there, with events handled
  *     browse URL | mail SUBJECT BODY TO | vibrate PERIOD DURATION | port NUMBER FLAG | pause
@@ -21,6 +21,7 @@
 #define LONGEST_WAIT_MS 20000
 
 static int replies;
+static int repliesWanted; /* after which a subscription ends, within its reply function */
 static int quiet;
 
 static void onReply(TAV_ServiceParameters *reply, void *userData)
@@ -30,6 +31,9 @@ static void onReply(TAV_ServiceParameters *reply, void *userData)
     if (!quiet) {
         printf("reply %s\n", TAV_GetParamJson(reply));
         fflush(stdout);
+    }
+    if (replies == repliesWanted) {
+        TAV_UnregisterServiceCallback(onReply);
     }
 }
 
@@ -202,10 +206,11 @@ static int perform(char *a[])
         return 3;
     }
     if (strcmp(a[0], "subscribe") == 0) {
+        repliesWanted = atoi(a[3]);
         if (call(a[1], a[2], SDL_FALSE)) {
-            waitFor(atoi(a[3]));
-            TAV_UnregisterServiceCallback(onReply);
+            waitFor(repliesWanted);
         }
+        repliesWanted = 0;
         return 4;
     }
     if (strcmp(a[0], "abandon") == 0) {
@@ -272,7 +277,6 @@ static int perform(char *a[])
     } else if (strcmp(a[0], "purchase") == 0) {
         purchase();
     } else {
-        fprintf(stderr, "driver: no command %s\n", a[0]);
         exit(2);
     }
     return 1;

@@ -15,6 +15,10 @@ rooms=(
     simulator/host
     simulator/device
     simulator/time
+    linux/host
+    linux/services
+    linux/bus
+    linux/application
     front
     helper
     platform
@@ -66,5 +70,8 @@ while read -r file header; do
     [ -n "$from" ] || fail "$folder is none of the rooms"
     [[ -n $to && $to -ge $from ]] || fail "$file includes $header"
     count=$((count + 1))
-done < <(inclusions tools simulator front helper platform)
+done < <(inclusions tools simulator linux front helper platform)
+! grep -rn '"linux/' tools simulator front helper platform --include='*.cpp' --include='*.h' ||
+    fail 'something else includes what is for Linux'
+! grep -rn '"simulator/' linux || fail 'what is for Linux includes the simulator'
 [ "$count" -gt 100 ] || fail "only $count inclusions were found in the rooms"
