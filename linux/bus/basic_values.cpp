@@ -19,7 +19,8 @@ GVariant* integer(const dom::element& json, GVariant* (*make)(Number)) {
 
 GVariant* largeInteger(const dom::element& json) {
     uint64_t value = 0;
-    return json.get(value) == simdjson::SUCCESS ? g_variant_new_uint64(value) : nullptr;
+    return json.get(value) == simdjson::SUCCESS ? g_variant_new_uint64(static_cast<guint64>(value))
+                                                : nullptr;
 }
 
 GVariant* boolean(const dom::element& json) {

@@ -10,7 +10,7 @@ namespace {
 constexpr int kLongestConnectMs = 1000;
 constexpr int kLongestBriefCallMs = 500;
 constexpr int kLongestFlushMs = 500;
-constexpr gint64 kRestAfterHangUs = 10 * G_USEC_PER_SEC;
+constexpr gint64 kRestAfterHangUs = 10'000'000;
 constexpr char kBusService[] = "org.freedesktop.DBus";
 constexpr char kBusPath[] = "/org/freedesktop/DBus";
 constexpr char kProperties[] = "org.freedesktop.DBus.Properties";
@@ -73,8 +73,9 @@ void onFlushed(GObject*, GAsyncResult*, gpointer isFlushed) {
 }
 
 Line& lineOf(Bus bus) {
-    static Line lines[2];
-    return lines[bus == Bus::Session ? 0 : 1];
+    static Line session;
+    static Line system;
+    return bus == Bus::Session ? session : system;
 }
 
 void onResult(GObject* connection, GAsyncResult* result, gpointer data) {
@@ -108,6 +109,15 @@ bool isListed(Bus bus, const char* list, const char* service) {
     const bool found = g_strv_contains(texts, service) != FALSE;
     g_free(texts);
     return found;
+}
+
+guint subscribe(GDBusConnection* connection, const std::string& sender, const char* path,
+                const std::string& interface, const char* member, const char* argument,
+                Signal signal) {
+    const OnContext here;
+    return g_dbus_connection_signal_subscribe(connection, sender.c_str(), interface.c_str(), member,
+                                              path, argument, G_DBUS_SIGNAL_FLAGS_NONE, onSignal,
+                                              new Signal(std::move(signal)), deleteSignal);
 }
 
 }  // namespace
@@ -192,11 +202,8 @@ bool isNobodyThere(const GError* problem) {
 Subscription::Subscription(GDBusConnection* connection, const std::string& sender, const char* path,
                            const std::string& interface, const char* member, const char* argument,
                            Signal signal)
-    : m_connection(G_DBUS_CONNECTION(g_object_ref(connection))) {
-    const OnContext here;
-    m_id = g_dbus_connection_signal_subscribe(connection, sender.c_str(), interface.c_str(), member,
-                                              path, argument, G_DBUS_SIGNAL_FLAGS_NONE, onSignal,
-                                              new Signal(std::move(signal)), deleteSignal);
+    : m_connection(G_DBUS_CONNECTION(g_object_ref(connection))),
+      m_id(subscribe(connection, sender, path, interface, member, argument, std::move(signal))) {
 }
 
 Subscription::~Subscription() {

@@ -148,7 +148,6 @@ GVariant* Input::dictionary(const dom::element& json, const GVariantType* type) 
 }
 
 GVariant* Input::variantOfEvidentType(const dom::element& json) {
-    int64_t integer = 0;
     switch (json.type()) {
     case dom::element_type::BOOL:
         return value(json, G_VARIANT_TYPE_BOOLEAN);
@@ -163,6 +162,7 @@ GVariant* Input::variantOfEvidentType(const dom::element& json) {
     case dom::element_type::OBJECT:
         return value(json, G_VARIANT_TYPE_VARDICT);
     case dom::element_type::INT64: {
+        int64_t integer = 0;
         const bool fits = json.get(integer) == simdjson::SUCCESS && integer >= G_MININT32 &&
                           integer <= G_MAXINT32;
         return value(json, fits ? G_VARIANT_TYPE_INT32 : G_VARIANT_TYPE_INT64);

@@ -28,7 +28,7 @@ std::string failure(const GError* problem) {
 }
 
 std::function<void(GVariant*, const GError*)> doneOrFailure(Answer answer) {
-    return [answer = std::move(answer)](GVariant* result, const GError* problem) {
+    return [answer = std::move(answer)](const GVariant* result, const GError* problem) {
         answer(result != nullptr ? kDone : failure(problem));
     };
 }

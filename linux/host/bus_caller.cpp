@@ -85,11 +85,11 @@ void deliverReply(int token, const std::string& reply) {
         return;
     }
     const HKSReplyFunction replyFunction = found->second.replyFunction;
-    void* context = found->second.context;
+    void* given = found->second.context;
     if (found->second.kind == Kind::OneReply) {
         close(token);
     }
-    replyFunction(token, reply.c_str(), context);
+    replyFunction(token, reply.c_str(), given);
 }
 
 // What an application asked for last is sent, too, but keeps nobody from leaving.

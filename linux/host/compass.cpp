@@ -72,7 +72,7 @@ void readHeading() {
 void claimAgain(bool hasOwner) {
     if (hasOwner) {
         call({Bus::System, kService, kPath, kCompass, "ClaimCompass"}, nullptr,
-             [](GVariant* result, const GError*) {
+             [](const GVariant* result, const GError*) {
                  if (result != nullptr && compass().changes) {
                      readHeading();
                  }

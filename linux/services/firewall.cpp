@@ -36,7 +36,7 @@ Dispatched setFirewallRule(const simdjson::dom::object& request, const Answer& a
                                  : g_variant_new("(sss)", "", text.c_str(), protocol);
     const bool isDispatched =
         call({Bus::System, kService, kPath, kZones, enable ? "addPort" : "removePort"}, arguments,
-             [answer](GVariant* result, const GError* problem) {
+             [answer](const GVariant* result, const GError* problem) {
                  answer(result != nullptr || isAlreadySo(problem) ? kDone : failure(problem));
              });
     return isDispatched ? Dispatched(Stop()) : std::nullopt;

@@ -114,7 +114,7 @@ void useClient(const char* path) {
     setProperty("DesktopId", g_variant_new_string(applicationId().c_str()));
     setProperty("RequestedAccuracyLevel", g_variant_new_uint32(kExact));
     call(ofClient(kClient, "Start"), nullptr,
-         [session = tracker().session](GVariant* result, const GError* problem) {
+         [session = tracker().session](const GVariant* result, const GError* problem) {
              if (session != tracker().session) {
                  return;
              }

@@ -76,12 +76,12 @@ bool openWithProgram(const std::string& address) {
 
 Dispatched open(const char* interface, const char* method, GVariant* arguments,
                 const std::string& address, const Answer& answer) {
-    const bool isDispatched = call({Bus::Session, kService, kPath, interface, method}, arguments,
-                                   [address, answer](GVariant* result, const GError* problem) {
-                                       const bool isOpen =
-                                           result != nullptr || openWithProgram(address);
-                                       answer(isOpen ? kDone : failure(problem));
-                                   });
+    const bool isDispatched =
+        call({Bus::Session, kService, kPath, interface, method}, arguments,
+             [address, answer](const GVariant* result, const GError* problem) {
+                 const bool isOpen = result != nullptr || openWithProgram(address);
+                 answer(isOpen ? kDone : failure(problem));
+             });
     if (isDispatched) {
         return Stop();
     }

@@ -53,7 +53,7 @@ void answerWithMotor(int64_t period, int64_t duration, const Answer& answer) {
 Dispatched vibrate(const simdjson::dom::object& request, const Answer& answer) {
     const int64_t period = std::clamp<int64_t>(integerMember(request, "period"), 0, kLongest);
     const int64_t duration = std::clamp<int64_t>(integerMember(request, "duration"), 0, kLongest);
-    const auto afterEvent = [=](GVariant* result, const GError*) {
+    const auto afterEvent = [=](const GVariant* result, const GError*) {
         if (result != nullptr) {
             answer(kDone);
         } else {
