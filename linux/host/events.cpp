@@ -13,6 +13,9 @@ void deliver() {
     tavlinux::pump();
 }
 
+void taken(const SDL_Event&) {
+}
+
 void waitForNext() {
     constexpr int step = 10;  // milliseconds, as SDL itself has between two looks at its queue
     tavlinux::waitForDelivery(step);
