@@ -99,7 +99,8 @@ class Sensors(OnPrivateBuses):
         self.assertTrue(all(heading % 10.0 == 0.0 for heading in headings), headings)
         self.stop(server)
         self.sensor_proxy()
-        self.assertEqual(len(self.finish(process)), 2)
+        # More than one reading may arrive at once.
+        self.assertGreaterEqual(len(self.finish(process)), 2)
 
     def test_without_any_compass_it_is_refused(self):
         self.assertEqual(self.run_driver("compass", "0"), ["enabled 2 "])
