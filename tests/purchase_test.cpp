@@ -107,33 +107,6 @@ TEST_F(PurchaseTest, AReturnValueThatReadsFalseIsAFailure) {
     }
 }
 
-TEST_F(PurchaseTest, RefusesBadArgumentsAndSendsNothing) {
-    begin("{}");
-    const char* purchase = "TAV_PurchaseItem";
-    expectNothing(take(TAV_PurchaseItem(nullptr, 2, nullptr)), purchase, "itemID is NULL");
-    for (const int quantity : {0, 2}) {
-        expectNothing(take(TAV_PurchaseItem("sword", quantity, nullptr)), purchase,
-                      "qty must be set to 1");
-    }
-    expectNothing(take(TAV_GetItemInfo(nullptr)), "TAV_GetItemInfo", "itemID is NULL");
-    expectNothing(take(TAV_GetPendingPurchaseInfo(nullptr)), "TAV_GetPendingPurchaseInfo",
-                  "orderNo is NULL");
-    EXPECT_THAT(requests, IsEmpty());
-
-    EXPECT_EQ(TAV_GetItemCollectionJSON(nullptr), nullptr);
-    expectFailure("TAV_GetItemCollectionJSON", "itemCollectionInfo is NULL");
-    EXPECT_EQ(TAV_GetItemReceiptJSON(nullptr), nullptr);
-    expectFailure("TAV_GetItemReceiptJSON", "receipt is NULL");
-    EXPECT_EQ(TAV_GetItemJSON(nullptr), nullptr);
-    expectFailure("TAV_GetItemJSON", "itemInfo is NULL");
-    TAV_FreeItemCollection(nullptr);
-    expectFailure("TAV_FreeItemCollection", "itemCollectionInfo is NULL");
-    TAV_FreeItemReceipt(nullptr);
-    expectFailure("TAV_FreeItemReceipt", "receipt is NULL");
-    TAV_FreeItemInfo(nullptr);
-    expectFailure("TAV_FreeItemInfo", "itemInfo is NULL");
-}
-
 using EndlessPurchaseTest = tavtest::EventTest;
 
 TEST_F(EndlessPurchaseTest, IsRefusedWhenTheApplicationIsAskedToQuitAndItIsAskedAgain) {

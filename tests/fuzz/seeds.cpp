@@ -1,0 +1,20 @@
+// Runs one fuzzer over the files of a folder, for the suite: what was found once stays mended.
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include "fuzz.h"
+
+int main(int argc, char* argv[]) {
+    tavfuzz::expect(argc == 2 && LLVMFuzzerInitialize(&argc, &argv) == 0, "the fuzzer starts");
+    int count = 0;
+    for (const auto& seed : std::filesystem::directory_iterator(argv[1])) {
+        std::ifstream file(seed.path(), std::ios::binary);
+        const std::string bytes(std::istreambuf_iterator<char>(file), {});
+        std::fprintf(stderr, "%s\n", seed.path().c_str());
+        LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
+        ++count;
+    }
+    tavfuzz::expect(count > 0, "there are seeds");
+    return 0;
+}

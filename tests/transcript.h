@@ -1,0 +1,117 @@
+// A transcript of calls: what each returns, the error that it leaves, what it traces, and what the
+// device's journal has of it. It is compared with expected/NAME.txt, which a run with
+// TAV_WRITE_EXPECTED=1 writes anew, for its changes to be read like code.
+#ifndef TAV_TESTS_TRANSCRIPT_H
+#define TAV_TESTS_TRANSCRIPT_H
+
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <regex>
+#include <sstream>
+#include <type_traits>
+
+#include "device_test.h"
+#include "services.h"
+
+namespace tavtest {
+
+class TranscriptTest : public EventTest {
+protected:
+    void SetUp() override {
+        EventTest::SetUp();
+        note("");
+    }
+
+    void TearDown() override {
+        EventTest::TearDown();
+        if (!m_transcript.empty()) {
+            compare();
+        }
+    }
+
+    // A line of its own, and a new beginning for traces and journal.
+    void note(const std::string& line) {
+        m_transcript += line.empty() ? "" : line + "\n";
+        SDL_ClearError();
+        trace();
+        m_journalSeen = device.journal().size();
+    }
+
+    template <typename Function>
+    void show(const std::string& call, Function function) {
+        note("");
+        std::string result;
+        if constexpr (std::is_void_v<decltype(function())>) {
+            function();
+        } else {
+            result = " = " + textOf(function());
+        }
+        const std::string error = SDL_GetError();
+        m_transcript += call + result + (error.empty() ? "" : " \"" + error + "\"") + "\n";
+        for (const std::string& line : trace()) {
+            m_transcript += "    " + line + "\n";
+        }
+        const auto& journal = device.journal();
+        for (size_t line = std::min(m_journalSeen, journal.size()); line < journal.size(); ++line) {
+            m_transcript += "    " + journal[line].substr(journal[line].find("\"kind\"")) + "\n";
+        }
+    }
+
+    // A query that fills a buffer of this length, or of none; nothing around it may change.
+    template <typename Query>
+    static std::string filled(Query query, int length) {
+        constexpr char kUntouched = '#';
+        std::string bytes(300, kUntouched);
+        const int code = query(bytes.data(), length);
+        const size_t end = bytes.find_last_not_of(kUntouched) + 1;
+        EXPECT_TRUE(end == 0 || (length > 0 && end <= static_cast<size_t>(length)))
+            << "the end of the buffer, " << length << ", was not the end";
+        return std::to_string(code) +
+               (end == 0 ? " untouched" : " '" + std::string(bytes.c_str()) + "'");
+    }
+
+private:
+    static std::string textOf(const char* text) {
+        return text != nullptr ? "'" + std::string(text) + "'" : "null";
+    }
+    static std::string textOf(const std::string& text) { return text; }
+    template <typename Number>
+    static std::enable_if_t<std::is_arithmetic_v<Number> || std::is_enum_v<Number>, std::string>
+    textOf(Number number) {
+        std::ostringstream text;
+        text.precision(12);
+        text << +number;
+        return text.str();
+    }
+    template <typename Record>
+    static std::string textOf(Record* record) {
+        return take(record);
+    }
+
+    void compare() {
+        const testing::TestInfo* test = testing::UnitTest::GetInstance()->current_test_info();
+        const std::string path =
+            std::string(TAV_EXPECTED) + "/" + test->test_suite_name() + "-" + test->name() + ".txt";
+        // Addresses differ from run to run, and tokens with what ran before.
+        static const std::regex address("0x[0-9a-f]+");
+        static const std::regex token("(token\"?[ :]|blockingCallCallback )[0-9]+");
+        const std::string transcript =
+            std::regex_replace(std::regex_replace(m_transcript, address, "P"), token, "$1T");
+        if (std::getenv("TAV_WRITE_EXPECTED") != nullptr) {
+            std::ofstream(path, std::ios::binary) << transcript;
+        }
+        std::ifstream file(path, std::ios::binary);
+        const std::string expected(std::istreambuf_iterator<char>(file), {});
+        EXPECT_EQ(transcript, expected) << path;
+    }
+
+    std::string m_transcript;
+    size_t m_journalSeen = 0;
+};
+
+}  // namespace tavtest
+
+#define CALL(expression) show(#expression, [&] { return expression; })
+
+#endif
