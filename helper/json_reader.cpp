@@ -3,6 +3,7 @@
 #include <sstream>
 
 #include "helper/json_writer.h"
+#include "helper/suggestion.h"
 
 namespace dom = simdjson::dom;
 
@@ -14,6 +15,14 @@ std::string range(Number lowest, Number highest) {
     std::ostringstream line;
     line << "from " << lowest << " to " << highest;
     return line.str();
+}
+
+std::vector<std::string> namesOf(const std::map<std::string_view, Reader>& known) {
+    std::vector<std::string> names;
+    for (const auto& field : known) {
+        names.emplace_back(field.first);
+    }
+    return names;
 }
 
 }  // namespace
@@ -112,7 +121,7 @@ Reader fields(std::map<std::string_view, Reader> known) {
         eachMember(value, [&](std::string_view name, const Value& each) {
             const auto reader = known.find(name);
             if (reader == known.end()) {
-                each.fail("unknown field");
+                each.fail("unknown field" + suggestion(name, namesOf(known)));
             } else {
                 reader->second(each);
             }

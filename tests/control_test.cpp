@@ -112,9 +112,10 @@ TEST_F(ControlTest, MalformedCommandsAnswerWithAnErrorAndChangeNothing) {
         const char* line;
         const char* reason;
     } rows[] = {
-        {"", "\"\" is no command; there are "},
-        {"dance", "\"dance\" is no command; there are list, compass, location, "},
-        {"\x01\xff", "\"\\u0001\xef\xbf\xbd\" is no command"},
+        {"", "no command \"\"; there are "},
+        {"dance", "no command \"dance\"; there are list, compass, location, "},
+        {"locaton error 5", "no command \"locaton\"; did you mean \"location\"?"},
+        {"\x01\xff", "no command \"\\u0001\xef\xbf\xbd\"; there are "},
         {"state\nquit", "a command is one line"},
         {"list", "list needs no device"},
         {"compass", "usage: compass INT DOUBLE DOUBLE"},

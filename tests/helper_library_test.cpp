@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "device_test.h"
+#include "helper/suggestion.h"
 #include "platform/hjson.h"
 #include "platform/hlinkedlist.h"
 #include "platform/hstring.h"
@@ -58,6 +59,24 @@ TEST(HJsonTest, ReadsNumbersAtTheirEdgesAndTheFirstOfTwoFields) {
     EXPECT_EQ(HJson_getInt(json.get(), "twice"), 1);
     EXPECT_EQ(HJson_valueExists(json.get(), nullptr), 0);
     EXPECT_EQ(HJson_getInt(parse("[1]").get(), "0"), 0);
+}
+
+TEST(SuggestionTest, NamesTheNearestAndNothingThatIsFar) {
+    const struct {
+        const char* word;
+        const char* meant;  // null: nothing
+    } rows[] = {
+        {"locaton", "location"}, {"sate", "state"},  {"lsit", "list"},
+        {"xjournal", "journal"}, {"quern", nullptr}, {"", nullptr},
+        {"xy", nullptr},         {"stale", "state"}, {"ls", nullptr},
+    };
+    const std::vector<std::string> names = {"list", "location", "state", "journal", "q"};
+    for (const auto& row : rows) {
+        const std::string expected =
+            row.meant == nullptr ? "" : std::string("; did you mean \"") + row.meant + "\"?";
+        EXPECT_EQ(helper::suggestion(row.word, names), expected) << row.word;
+    }
+    EXPECT_EQ(helper::suggestion(std::string(1 << 20, 'q'), names), "");
 }
 
 TEST(HLinkedListTest, KeepsItsOrderThroughAppendsAndRemovals) {

@@ -40,11 +40,9 @@ bool emptyJournal(const std::string& path) {
 
 // What would only go wrong inside the program is found out before it starts. Empty when nothing is.
 std::string whyNoSetup(const RunRequest& request) {
-    const std::string path = tavsim::profilePath(request.device);
     std::string error;
-    if (!tavsim::readProfile(path, &error)) {
-        const bool isName = path != request.device;
-        return error + (isName ? " (`tavsim devices` lists those that there are)" : "");
+    if (!tavsim::readProfile(tavsim::profilePath(request.device), &error)) {
+        return error;
     }
     std::error_code problem;
     if (!request.page.empty() && !fs::is_regular_file(request.page, problem)) {

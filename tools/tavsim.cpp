@@ -4,16 +4,14 @@
 #include <charconv>
 #include <cstdio>
 #include <exception>
-#include <filesystem>
 #include <string>
 #include <string_view>
 
 #include "ctl.h"
+#include "helper/suggestion.h"
 #include "run.h"
 #include "simulator/control/commands.h"
 #include "simulator/device/profile.h"
-
-namespace fs = std::filesystem;
 
 namespace {
 
@@ -26,23 +24,14 @@ int complain(const std::string& text) {
 }
 
 int listDevices() {
-    std::vector<fs::path> files;
-    std::error_code problem;
-    for (fs::directory_iterator at(tavsim::profileFolder(), problem), end; !problem && at != end;
-         at.increment(problem)) {
-        files.push_back(at->path());
-    }
-    if (problem) {
-        return complain(tavsim::profileFolder() + ": " + problem.message());
-    }
-    std::sort(files.begin(), files.end());
-    for (const fs::path& file : files) {
+    const std::vector<std::string> names = tavsim::profileNames();
+    for (const std::string& name : names) {
         std::string error;
-        const std::optional<tavsim::Profile> profile = tavsim::readProfile(file, &error);
-        std::printf("%-12s %s\n", file.stem().c_str(),
-                    profile ? profile->title.c_str() : error.c_str());
+        const std::optional<tavsim::Profile> profile =
+            tavsim::readProfile(tavsim::profilePath(name), &error);
+        std::printf("%-12s %s\n", name.c_str(), profile ? profile->title.c_str() : error.c_str());
     }
-    return 0;
+    return names.empty() ? complain(tavsim::profileFolder() + ": no device profiles there") : 0;
 }
 
 // The problem with a number of seconds; empty when there is none.
@@ -55,7 +44,7 @@ std::string isDuration(const std::string& text) {
     return isValid ? std::string() : "must be a number of seconds above 0";
 }
 
-CLI::App* addRun(CLI::App& app, tools::RunRequest* request) {
+void addRun(CLI::App& app, tools::RunRequest* request) {
     CLI::App* run = app.add_subcommand(
         "run",
         "Run a program on a simulated device: tavsim run [OPTIONS] [--] PROGRAM [ARGUMENTS]");
@@ -77,7 +66,6 @@ CLI::App* addRun(CLI::App& app, tools::RunRequest* request) {
         ->check(isDuration);
     // Everything from the program's name on is the program's own.
     run->prefix_command();
-    return run;
 }
 
 CLI::App* addControl(CLI::App& app, tools::ControlRequest* request) {
@@ -94,38 +82,68 @@ CLI::App* addControl(CLI::App& app, tools::ControlRequest* request) {
     return ctl;
 }
 
+std::string unknownOption(const CLI::App& app, const std::string& word) {
+    const std::string given = word.substr(0, word.find('='));
+    std::vector<std::string> names;
+    for (const CLI::Option* option : app.get_options()) {
+        for (const std::string& name : option->get_lnames()) {
+            names.push_back("--" + name);
+        }
+    }
+    return "no option \"" + given + "\"" + helper::suggestion(given, names);
+}
+
+// What is wrong with the first word; empty when it is a command or an option.
+std::string whyNoCommand(const CLI::App& app, const std::string& word) {
+    if (word[0] == '-') {
+        return app.get_option_no_throw(word) == nullptr ? unknownOption(app, word) : "";
+    }
+    std::vector<std::string> names;
+    for (const CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; })) {
+        names.push_back(command->get_name());
+    }
+    const bool isKnown = std::find(names.begin(), names.end(), word) != names.end();
+    return isKnown ? "" : "no command \"" + word + "\"" + helper::suggestion(word, names);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) try {
     CLI::App app("Runs programs on a simulated device");
     app.name("tavsim");
+    app.set_version_flag("--version", std::string("tavsim ") + TAV_VERSION);
     app.require_subcommand(1);
     tools::RunRequest request;
-    CLI::App* run = addRun(app, &request);
+    addRun(app, &request);
     tools::ControlRequest command;
     CLI::App* ctl = addControl(app, &command);
     CLI::App* devices = app.add_subcommand("devices", "List the devices that come with it");
+    devices->prefix_command();
     // What stands behind "--" is a program or one of its arguments, whatever it looks like.
     char** const end = argv + argc;
     char** const dashes = std::find(argv, end, std::string_view("--"));
+    if (const std::string problem = dashes > argv + 1 ? whyNoCommand(app, argv[1]) : "";
+        !problem.empty()) {
+        return complain(problem);
+    }
     try {
         app.parse(static_cast<int>(dashes - argv), argv);
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? 0 : kBadUsage;
     }
-    if (devices->parsed()) {
-        return listDevices();
-    }
-    std::vector<std::string> words = (ctl->parsed() ? ctl : run)->remaining();
-    if (run->parsed() && !words.empty() && words[0][0] == '-') {
-        return complain("run: unknown option " + words[0] +
-                        " (`tavsim run --help` lists the options)");
+    const CLI::App& used = *app.get_subcommands().front();
+    std::vector<std::string> words = used.remaining();
+    if (!words.empty() && words[0][0] == '-') {
+        return complain(used.get_name() + ": " + unknownOption(used, words[0]));
     }
     if (dashes != end) {
         // In front of the program "--" is ours; behind its name it is one of its arguments.
         words.insert(words.end(), words.empty() ? dashes + 1 : dashes, end);
     }
-    if (ctl->parsed()) {
+    if (&used == devices) {
+        return words.empty() ? listDevices() : complain("devices: takes no \"" + words[0] + "\"");
+    }
+    if (&used == ctl) {
         command.command = words;
         return tools::control(command);
     }

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "helper/json_writer.h"
+#include "helper/suggestion.h"
 #include "simulator/control/command_functions.h"
 
 namespace tavsim {
@@ -44,20 +45,25 @@ std::string usageOf(const Command& command) {
            std::string(command.arguments);
 }
 
-// Without a command of that name: what there is instead, with the same first word if there is such.
+// Without a command of that name: those with the same first word, the one that was meant, or all.
 std::string unknownCommand(std::string_view word) {
     const std::string family = std::string(word) + " ";
     std::string relatives;
     std::string all;
+    std::vector<std::string> names;
     for (const Command& command : kCommands) {
         if (command.name.starts_with(family)) {
             relatives += (relatives.empty() ? "usage: " : ", or ") + usageOf(command);
         }
         all += (all.empty() ? "" : ", ") + std::string(command.name);
+        names.emplace_back(command.name.substr(0, command.name.find(' ')));
     }
-    return relatives.empty()
-               ? "\"" + helper::escapedJson(word) + "\" is no command; there are " + all
-               : relatives;
+    if (!relatives.empty()) {
+        return relatives;
+    }
+    const std::string meant = helper::suggestion(word, names);
+    return "no command \"" + helper::escapedJson(word) + "\"" +
+           (meant.empty() ? "; there are " + all : meant);
 }
 
 const Command* findCommand(std::string_view name) {

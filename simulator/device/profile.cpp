@@ -3,12 +3,14 @@
 #include <dlfcn.h>
 #include <simdjson.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <string_view>
 
 #include "helper/json_reader.h"
 #include "helper/json_text.h"
 #include "helper/json_writer.h"
+#include "helper/suggestion.h"
 
 namespace fs = std::filesystem;
 namespace json = helper::json;
@@ -161,6 +163,16 @@ json::Reader fieldsOf(Profile* profile) {
                          {"services", json::members(&profile->services, service)}});
 }
 
+std::string noSuchProfile(const fs::path& path) {
+    if (path.parent_path() != profileFolder()) {
+        return path.string() + ": no such device profile";
+    }
+    const std::string name = path.stem();
+    const std::string meant = helper::suggestion(name, profileNames());
+    return "no device \"" + helper::escapedJson(name) + "\"" +
+           (meant.empty() ? "; `tavsim devices` lists those that there are" : meant);
+}
+
 }  // namespace
 
 bool canBeRefused(const std::string& request) {
@@ -188,7 +200,7 @@ std::optional<Profile> readProfile(const std::string& path, std::string* error) 
     simdjson::padded_string document;
     std::error_code problem;
     if (!fs::is_regular_file(path, problem)) {
-        *error = path + ": no such device profile";
+        *error = noSuchProfile(path);
         return std::nullopt;
     }
     if (simdjson::padded_string::load(path).get(document) != simdjson::SUCCESS) {
@@ -211,6 +223,17 @@ std::string profileFolder() {
     std::error_code problem;
     const fs::path library = fs::absolute(own.dli_fname, problem);
     return (library.parent_path() / TAVSIM_DATA_FROM_LIBRARY / "devices").lexically_normal();
+}
+
+std::vector<std::string> profileNames() {
+    std::vector<std::string> names;
+    std::error_code problem;
+    for (fs::directory_iterator at(profileFolder(), problem), end; !problem && at != end;
+         at.increment(problem)) {
+        names.push_back(at->path().stem());
+    }
+    std::sort(names.begin(), names.end());
+    return names;
 }
 
 std::string profilePath(const std::string& nameOrPath) {

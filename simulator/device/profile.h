@@ -106,8 +106,9 @@ TAV_PLATFORM_API std::optional<Profile> parseProfile(const std::string& document
                                                      const std::string& source, std::string* error);
 TAV_PLATFORM_API std::optional<Profile> readProfile(const std::string& path, std::string* error);
 
-// The folder with the profiles that come with the simulator.
+// The folder with the profiles that come with the simulator, and their names.
 TAV_PLATFORM_API std::string profileFolder();
+TAV_PLATFORM_API std::vector<std::string> profileNames();
 
 // The file of a profile: the path itself when it holds a '/' or ends in .json, otherwise the
 // profile of that name in profileFolder().

@@ -26,7 +26,7 @@ done
 run "$tavsim" ctl journal
 grep -q 'wait_for_quit' <<<"$out" || fail "ctl journal: $out"
 run "$tavsim" ctl dance
-expect 1 '' 'tavsim: "dance" is no command; *'
+expect 1 '' 'tavsim: no command "dance"; *'
 
 # An application that is busy does not answer, and is told apart from one that is gone.
 pkill -STOP -P "$first"

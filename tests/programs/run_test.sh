@@ -11,12 +11,14 @@ refuses_profile() {
     expect 2 '' "tavsim: $work/profile.json: $1"
 }
 refuses_profile 'not JSON: *' '{"machine": '
-refuses_profile 'machien: unknown field' '{"machien": "cinnabar"}'
+refuses_profile 'machien: unknown field; did you mean "machine"[?]' '{"machien": "cinnabar"}'
 refuses_profile 'compass.interval: must be *' '{"compass": {"interval": "soon"}}'
 run "$tavsim" run --device "$work/missing.json" "$ends" print started
 expect 2 '' "tavsim: $work/missing.json: no such device profile"
 run "$tavsim" run --device no-such-device "$ends" print started
-expect 2 '' "tavsim: */no-such-device.json: no such device profile (\`tavsim devices\` *)"
+expect 2 '' "tavsim: no device \"no-such-device\"; \`tavsim devices\` *"
+run "$tavsim" run --device cinabar "$ends" print started
+expect 2 '' 'tavsim: no device "cinabar"; did you mean "cinnabar"[?]'
 run "$tavsim" run --page "$work/missing.js" "$ends" print started
 expect 2 '' "tavsim: $work/missing.js: no such page script"
 run "$tavsim" run --journal "$work/missing/journal" "$ends" print started
@@ -108,10 +110,16 @@ for option in --no-such-option -x --device= --timeout={x,,0,-1,nan,inf,1e300}; d
     [[ $status -eq 2 && -z $out ]] || fail "run $option --: status $status, printed: $out"
 done
 run "$tavsim" run --no-such-option -- "$ends" print started
-expect 2 '' 'tavsim: run: unknown option --no-such-option (*)'
+expect 2 '' 'tavsim: run: no option "--no-such-option"'
+run "$tavsim" run --devise=quern "$ends" print started
+expect 2 '' 'tavsim: run: no option "--devise"; did you mean "--device"[?]'
+run "$tavsim" rnu "$ends"
+expect 2 '' 'tavsim: no command "rnu"; did you mean "run"[?]'
+run "$tavsim" --verison
+expect 2 '' 'tavsim: no option "--verison"; did you mean "--version"[?]'
 run "$tavsim" run
 expect 2 '' 'tavsim: run: no program given'
-for words in '' no-such-command 'devices too many'; do
+for words in '' no-such-command 'devices too many' 'devices -- x' -x; do
     # shellcheck disable=SC2086
     run "$tavsim" $words
     [[ $status -eq 2 && -n $err ]] || fail "tavsim $words: status $status, said: $err"

@@ -1,0 +1,60 @@
+#include "helper/suggestion.h"
+
+#include <algorithm>
+
+namespace helper {
+namespace {
+
+// No name is as long, and comparing takes time with the square of the length.
+constexpr size_t kLongestWord = 64;
+
+// In one word of three letters one may be wrong.
+size_t mostMistakes(std::string_view word) {
+    return std::max<size_t>(1, word.size() / 3);
+}
+
+// How many letters have to be put in, left out, replaced, or swapped with their neighbour.
+size_t distance(std::string_view left, std::string_view right) {
+    std::vector<size_t> beforeLast(right.size() + 1);
+    std::vector<size_t> last(right.size() + 1);
+    std::vector<size_t> current(right.size() + 1);
+    for (size_t j = 0; j <= right.size(); ++j) {
+        current[j] = j;
+    }
+    for (size_t i = 1; i <= left.size(); ++i) {
+        beforeLast.swap(last);
+        last.swap(current);
+        current[0] = i;
+        for (size_t j = 1; j <= right.size(); ++j) {
+            const size_t replaced = last[j - 1] + (left[i - 1] == right[j - 1] ? 0 : 1);
+            current[j] = std::min({last[j] + 1, current[j - 1] + 1, replaced});
+            const bool isSwapped =
+                i > 1 && j > 1 && left[i - 1] == right[j - 2] && left[i - 2] == right[j - 1];
+            if (isSwapped) {
+                current[j] = std::min(current[j], beforeLast[j - 2] + 1);
+            }
+        }
+    }
+    return current.back();
+}
+
+}  // namespace
+
+std::string suggestion(std::string_view word, const std::vector<std::string>& names) {
+    if (word.size() > kLongestWord) {
+        return {};
+    }
+    size_t least = mostMistakes(word) + 1;
+    const std::string* nearest = nullptr;
+    for (const std::string& name : names) {
+        const size_t mistakes = distance(word, name);
+        // Two words that share no letter are not near, however short.
+        if (mistakes < least && mistakes < std::max(word.size(), name.size())) {
+            least = mistakes;
+            nearest = &name;
+        }
+    }
+    return nearest == nullptr ? std::string() : "; did you mean \"" + *nearest + "\"?";
+}
+
+}  // namespace helper
