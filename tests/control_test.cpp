@@ -143,7 +143,7 @@ TEST_F(ControlTest, MalformedCommandsAnswerWithAnErrorAndChangeNothing) {
         {"set property", "usage: set property KEY VALUE"},
         {"set preference k not json", "set preference: the value must be JSON"},
         {"plugin maybe", "usage: plugin on|off"},
-        {"state now", "usage: state"},
+        {"state now", "usage: state [--json]"},
         {"journal --backwards", "usage: journal [--follow]"},
         {"quit now", "usage: quit"},
     };

@@ -10,6 +10,7 @@
 #include <optional>
 #include <string_view>
 
+#include "helper/json_writer.h"
 #include "helper/message_socket.h"
 #include "simulator/control/protocol.h"
 #include "simulator/control/running_devices.h"
@@ -33,15 +34,27 @@ int complain(const std::string& text) {
     return kNotReached;
 }
 
+// In one line.
 std::string description(const RunningDevice& device) {
     const std::string name = device.device.empty() ? "unnamed" : device.device;
-    return name + ": " + device.program;
+    return helper::escapedJson(name + ": " + device.program);
 }
 
 int list() {
     for (const RunningDevice& device : tavsim::runningDevices()) {
         std::printf("%s  %s\n", device.root.c_str(), description(device).c_str());
     }
+    return 0;
+}
+
+int listAsJson() {
+    helper::JsonWriter json;
+    json.beginArray();
+    for (const RunningDevice& device : tavsim::runningDevices()) {
+        json.beginObject().member("root", device.root).member("device", device.device);
+        json.member("program", device.program).member("process", device.process).endObject();
+    }
+    std::puts(json.endArray().text().c_str());
     return 0;
 }
 
@@ -153,6 +166,9 @@ int control(const ControlRequest& request) {
     }
     if (line == "list") {
         return list();
+    }
+    if (line == "list --json") {
+        return listAsJson();
     }
     std::string error;
     const std::optional<std::string> root =

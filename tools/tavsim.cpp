@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "ctl.h"
+#include "helper/json_writer.h"
 #include "helper/suggestion.h"
 #include "run.h"
 #include "simulator/control/commands.h"
@@ -32,6 +33,21 @@ int listDevices() {
         std::printf("%-12s %s\n", name.c_str(), profile ? profile->title.c_str() : error.c_str());
     }
     return names.empty() ? complain(tavsim::profileFolder() + ": no device profiles there") : 0;
+}
+
+int listDevicesAsJson() {
+    helper::JsonWriter json;
+    json.beginArray();
+    for (const std::string& name : tavsim::profileNames()) {
+        const std::string file = tavsim::profilePath(name);
+        std::string error;
+        const std::optional<tavsim::Profile> profile = tavsim::readProfile(file, &error);
+        json.beginObject().member("name", name).member("file", file);
+        profile ? json.member("title", profile->title) : json.member("error", error);
+        json.endObject();
+    }
+    std::puts(json.endArray().text().c_str());
+    return 0;
 }
 
 // The problem with a number of seconds; empty when there is none.
@@ -118,6 +134,8 @@ int main(int argc, char** argv) try {
     tools::ControlRequest command;
     CLI::App* ctl = addControl(app, &command);
     CLI::App* devices = app.add_subcommand("devices", "List the devices that come with it");
+    bool asJson = false;
+    devices->add_flag("--json", asJson, "List them as JSON");
     devices->prefix_command();
     // What stands behind "--" is a program or one of its arguments, whatever it looks like.
     char** const end = argv + argc;
@@ -141,7 +159,10 @@ int main(int argc, char** argv) try {
         words.insert(words.end(), words.empty() ? dashes + 1 : dashes, end);
     }
     if (&used == devices) {
-        return words.empty() ? listDevices() : complain("devices: takes no \"" + words[0] + "\"");
+        if (!words.empty()) {
+            return complain("devices: takes no \"" + words[0] + "\"");
+        }
+        return asJson ? listDevicesAsJson() : listDevices();
     }
     if (&used == ctl) {
         command.command = words;

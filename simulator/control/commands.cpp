@@ -17,7 +17,7 @@ struct Command {
 };
 
 constexpr Command kCommands[] = {
-    {"list", "", "Show the running devices: root folder, profile and program.", nullptr},
+    {"list", "[--json]", "Show the running devices: root folder, profile and program.", nullptr},
     {"compass", "INT DOUBLE DOUBLE", "Deliver a compass reading.", compass},
     {"location",
      "LATITUDE LONGITUDE ALTITUDE HORIZONTAL_ACCURACY VERTICAL_ACCURACY HEADING VELOCITY",
@@ -34,7 +34,7 @@ constexpr Command kCommands[] = {
     {"set appinfo", "KEY VALUE", "Set a value of the application's information.", setAppinfo},
     {"set preference", "KEY JSON", "Store one of the user's preferences.", setPreference},
     {"plugin", "on|off", "Let the application be a plug-in, or not.", plugin},
-    {"state", "", "Show what the application has made of the device.", state},
+    {"state", "[--json]", "Show what the application has made of the device.", state},
     {"journal", "[--follow]",
      "Show what it has done, and with --follow also what it does from now on.", journal},
     {"quit", "", "Send the application SDL's quit event.", quit},

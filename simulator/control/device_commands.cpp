@@ -33,6 +33,22 @@ std::string stateLine(const std::string& name, const std::string& value) {
     return helper::escapedJson(name) + ": " + helper::escapedJson(value) + "\n";
 }
 
+std::string stateAsJson() {
+    const std::optional<std::string>& machine = profile().machine;
+    helper::JsonWriter json;
+    json.beginObject().member("machine", machine ? machine->c_str() : nullptr);
+    json.member("plugin", profile().plugin).member("openCalls", openBusCalls({}).size());
+    json.key("refused").beginArray();
+    for (const std::string& request : profile().refused) {
+        json.value(request);
+    }
+    json.endArray().key("state").beginObject();
+    for (const auto& [name, value] : deviceState()) {
+        json.member(name, value);
+    }
+    return json.endObject().endObject().take() + "\n";
+}
+
 }  // namespace
 
 CommandOutcome setProperty(Words words) {
@@ -68,8 +84,12 @@ CommandOutcome plugin(Words words) {
 }
 
 CommandOutcome state(Words words) {
-    if (!words.isEmpty()) {
+    const std::string_view form = words.next();
+    if ((!form.empty() && form != "--json") || !words.isEmpty()) {
         return std::nullopt;
+    }
+    if (!form.empty()) {
+        return CommandResult{{}, stateAsJson(), false};
     }
     std::string lines = stateLine("machine", profile().machine.value_or("none")) +
                         stateLine("plugin", profile().plugin ? "on" : "off") +

@@ -42,20 +42,25 @@ std::string commandLine() {
     return words;
 }
 
-// As one line; empty when it cannot be read.
-std::string textMember(const dom::element& description, const char* name) {
-    std::string_view text;
-    return description[name].get(text) == simdjson::SUCCESS ? helper::escapedJson(text)
-                                                            : std::string();
-}
-
 RunningDevice describedIn(const std::string& root) {
     dom::parser parser;
     dom::element description;
+    RunningDevice device;
+    device.root = root;
     if (parser.load(root + kDescription).get(description) != simdjson::SUCCESS) {
-        return {{}, {}, root};
+        return device;
     }
-    return {textMember(description, "device"), textMember(description, "program"), root};
+    std::string_view text;
+    if (description["device"].get(text) == simdjson::SUCCESS) {
+        device.device = text;
+    }
+    if (description["program"].get(text) == simdjson::SUCCESS) {
+        device.program = text;
+    }
+    if (description["process"].get(device.process) != simdjson::SUCCESS) {
+        device.process = 0;
+    }
+    return device;
 }
 
 }  // namespace

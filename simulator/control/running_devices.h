@@ -2,6 +2,7 @@
 #ifndef TAV_SIMULATOR_CONTROL_RUNNING_DEVICES_H
 #define TAV_SIMULATOR_CONTROL_RUNNING_DEVICES_H
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -11,7 +12,8 @@ namespace tavsim {
 
 struct RunningDevice {
     std::string device;   // the profile's name
-    std::string program;  // with its arguments, as one line
+    std::string program;  // with its arguments
+    int64_t process = 0;  // 0 when it is not known
     std::string root;
 };
 
