@@ -1,0 +1,161 @@
+#include "simulator/control/pattern.h"
+
+#include <simdjson.h>
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+
+#include "helper/json_text.h"
+#include "helper/json_writer.h"
+
+namespace dom = simdjson::dom;
+
+namespace tavsim {
+namespace {
+
+struct Unit {
+    std::string_view name;
+    double milliseconds;
+};
+
+constexpr Unit kUnits[] = {{"ms", 1}, {"s", 1000}, {"min", 60000}};
+constexpr double kLongest = std::numeric_limits<std::uint32_t>::max();
+constexpr char kWithin[] = "within";
+
+std::string quoted(std::string_view text) {
+    return "\"" + helper::escapedJson(text) + "\"";
+}
+
+std::string_view takeWord(std::string_view* text) {
+    const std::string_view word = text->substr(0, wordLength(*text));
+    text->remove_prefix(word.size());
+    text->remove_prefix(std::min(text->find_first_not_of(' '), text->size()));
+    return word;
+}
+
+// Behind the quote that ends the string which begins at `start`; npos when nothing ends it.
+size_t endOfString(std::string_view text, size_t start) {
+    for (size_t at = start + 1; at < text.size(); ++at) {
+        if (text[at] == '\\') {
+            ++at;
+        } else if (text[at] == '"') {
+            return at + 1;
+        }
+    }
+    return std::string_view::npos;
+}
+
+std::optional<MemberPattern> readMember(std::string_view word, std::string* error) {
+    const size_t equals = word.find('=');
+    if (equals == std::string_view::npos || equals == 0) {
+        *error = quoted(word) + " is not MEMBER=GLOB";
+        return std::nullopt;
+    }
+    MemberPattern member = {std::string(word.substr(0, equals)),
+                            std::string(word.substr(equals + 1))};
+    if (member.glob.starts_with('"')) {
+        dom::parser parser;
+        std::string_view content;
+        if (parser.parse(member.glob).get(content) != simdjson::SUCCESS) {
+            *error = quoted(word) + ": what begins with a quote must be a JSON string";
+            return std::nullopt;
+        }
+        member.glob = std::string(content);
+    }
+    return member;
+}
+
+bool hasMember(const dom::object& entry, const MemberPattern& pattern) {
+    dom::element value;
+    return entry.at_key(pattern.member).get(value) == simdjson::SUCCESS &&
+           matchesGlob(helper::textOf(value), pattern.glob);
+}
+
+}  // namespace
+
+size_t wordLength(std::string_view text) {
+    const size_t blank = std::min(text.find(' '), text.size());
+    const size_t quote = text.find("=\"");
+    const bool isQuoted = quote < blank && text.find('=') == quote;
+    const size_t quoteEnd = isQuoted ? endOfString(text, quote + 1) : 0;
+    return quoteEnd == std::string_view::npos ? text.size()
+                                              : std::min(text.find(' ', quoteEnd), text.size());
+}
+
+std::optional<Milliseconds> readTime(std::string_view word) {
+    double number = 0;
+    const char* const end = word.data() + word.size();
+    const auto [at, problem] = std::from_chars(word.data(), end, number, std::chars_format::fixed);
+    const std::string_view name = word.substr(static_cast<size_t>(at - word.data()));
+    const Unit* unit = std::find_if(std::begin(kUnits), std::end(kUnits),
+                                    [name](const Unit& one) { return one.name == name; });
+    if (problem != std::errc() || unit == std::end(kUnits) || std::signbit(number)) {
+        return std::nullopt;
+    }
+    const double time = std::round(number * unit->milliseconds);
+    return time <= kLongest ? std::optional(static_cast<Milliseconds>(time)) : std::nullopt;
+}
+
+bool matchesGlob(std::string_view text, std::string_view glob) {
+    size_t at = 0;
+    size_t in = 0;
+    size_t behindStar = std::string_view::npos;
+    size_t retry = 0;  // where the text continues if the last star takes one byte more
+    while (at < text.size()) {
+        if (in < glob.size() && glob[in] == '*') {
+            behindStar = ++in;
+            retry = at;
+        } else if (in < glob.size() && (glob[in] == '?' || glob[in] == text[at])) {
+            ++in;
+            ++at;
+        } else if (behindStar != std::string_view::npos) {
+            in = behindStar;
+            at = ++retry;
+        } else {
+            return false;
+        }
+    }
+    return glob.find_first_not_of('*', in) == std::string_view::npos;
+}
+
+bool matches(std::string_view entry, const Pattern& pattern) {
+    dom::parser parser;
+    dom::object object;
+    return parser.parse(entry.data(), entry.size()).get(object) == simdjson::SUCCESS &&
+           std::all_of(pattern.begin(), pattern.end(),
+                       [&](const MemberPattern& member) { return hasMember(object, member); });
+}
+
+std::optional<Awaited> readAwaited(std::string_view text, std::string* error) {
+    Awaited awaited;
+    std::string_view word = takeWord(&text);
+    for (; !word.empty() && word != kWithin; word = takeWord(&text)) {
+        std::optional<MemberPattern> member = readMember(word, error);
+        if (!member) {
+            return std::nullopt;
+        }
+        awaited.pattern.push_back(std::move(*member));
+    }
+    if (awaited.pattern.empty()) {
+        *error = "what the entry has is missing: MEMBER=GLOB";
+        return std::nullopt;
+    }
+    if (word == kWithin) {
+        const std::string_view time = takeWord(&text);
+        awaited.within = readTime(time);
+        if (!awaited.within) {
+            *error = quoted(time) + ": " + kTimeUsage;
+            return std::nullopt;
+        }
+    }
+    if (!text.empty()) {
+        *error = quoted(text) + " stands behind the end";
+        return std::nullopt;
+    }
+    return awaited;
+}
+
+}  // namespace tavsim

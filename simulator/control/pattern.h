@@ -1,0 +1,48 @@
+// Times and entries of the journal, as people write them in commands and scenarios.
+#ifndef TAV_SIMULATOR_CONTROL_PATTERN_H
+#define TAV_SIMULATOR_CONTROL_PATTERN_H
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/visibility.h"
+#include "simulator/time/clock.h"
+
+namespace tavsim {
+
+// A whole or decimal number with ms, s or min: 250ms, 1.5s, 2min. Nothing for any other text, and
+// for more than SDL's clock can count (49 days).
+TAV_PLATFORM_API std::optional<Milliseconds> readTime(std::string_view word);
+inline constexpr char kTimeUsage[] = "a time is a number with ms, s or min, such as 1.5s";
+
+// Whether all of the text is as the glob says: * stands for any characters, ? for any one byte.
+TAV_PLATFORM_API bool matchesGlob(std::string_view text, std::string_view glob);
+
+// What one entry of the journal must have: each of these members, with a value that its glob
+// matches. Of values that are no strings it is the JSON text that counts.
+struct MemberPattern {
+    std::string member;
+    std::string glob;
+};
+using Pattern = std::vector<MemberPattern>;
+
+// The journal's line is one JSON object; others match nothing.
+TAV_PLATFORM_API bool matches(std::string_view entry, const Pattern& pattern);
+
+struct Awaited {
+    Pattern pattern;
+    std::optional<Milliseconds> within;
+};
+
+// Reads MEMBER=GLOB… [within TIME]. A glob with blanks stands in double quotes, with JSON's
+// escapes. Nothing, with a line in `error`, when the text is anything else.
+TAV_PLATFORM_API std::optional<Awaited> readAwaited(std::string_view text, std::string* error);
+
+// The length of the word that the text begins with, up to a blank outside of a quoted glob.
+size_t wordLength(std::string_view text);
+
+}  // namespace tavsim
+
+#endif
