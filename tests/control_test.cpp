@@ -113,11 +113,11 @@ TEST_F(ControlTest, MalformedCommandsAnswerWithAnErrorAndChangeNothing) {
         const char* reason;
     } rows[] = {
         {"", "no command \"\"; there are "},
-        {"dance", "no command \"dance\"; there are list, compass, location, "},
+        {"dance", "no command \"dance\"; there are list, wait, compass, "},
         {"locaton error 5", "no command \"locaton\"; did you mean \"location\"?"},
         {"\x01\xff", "no command \"\\u0001\xef\xbf\xbd\"; there are "},
         {"state\nquit", "a command is one line"},
-        {"list", "list needs no device"},
+        {"list", "list is a command of `tavsim ctl` alone"},
         {"compass", "usage: compass INT DOUBLE DOUBLE"},
         {"compass 1.5 2 3", "usage: "},
         {"compass 1 2 3 4", "usage: "},

@@ -1,91 +1,30 @@
 #include "ctl.h"
 
-#include <poll.h>
-#include <sys/socket.h>
-
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <cstdio>
 #include <cstring>
 #include <optional>
-#include <string_view>
 
-#include "helper/json_writer.h"
 #include "helper/message_socket.h"
+#include "reach.h"
 #include "simulator/control/protocol.h"
-#include "simulator/control/running_devices.h"
-#include "simulator/control/socket_address.h"
+#include "simulator/control/words.h"
+#include "wait.h"
 
 using std::chrono::milliseconds;
 using tavsim::ControlMessage;
-using tavsim::RunningDevice;
 
 namespace tools {
 namespace {
 
 constexpr int kRefused = 1;
 constexpr int kNotReached = 2;
-constexpr milliseconds kRetry(20);
-// More than any answer, as a device keeps less of its journal.
-constexpr uint64_t kLongestMessage = 1 << 30;
 
 int complain(const std::string& text) {
     std::fprintf(stderr, "tavsim: ctl: %s\n", text.c_str());
     return kNotReached;
-}
-
-// In one line.
-std::string description(const RunningDevice& device) {
-    const std::string name = device.device.empty() ? "unnamed" : device.device;
-    return helper::escapedJson(name + ": " + device.program);
-}
-
-int list() {
-    for (const RunningDevice& device : tavsim::runningDevices()) {
-        std::printf("%s  %s\n", device.root.c_str(), description(device).c_str());
-    }
-    return 0;
-}
-
-int listAsJson() {
-    helper::JsonWriter json;
-    json.beginArray();
-    for (const RunningDevice& device : tavsim::runningDevices()) {
-        json.beginObject().member("root", device.root).member("device", device.device);
-        json.member("program", device.program).member("process", device.process).endObject();
-    }
-    std::puts(json.endArray().text().c_str());
-    return 0;
-}
-
-// The root folder of the only device that runs. Nothing, with the reason in `error`, when it is not
-// the only one.
-std::optional<std::string> onlyRoot(std::string* error) {
-    const std::vector<RunningDevice> devices = tavsim::runningDevices();
-    if (devices.size() == 1) {
-        return devices[0].root;
-    }
-    *error = devices.empty() ? "no device is running; start a program with `tavsim run`"
-                             : "several devices are running, choose one with";
-    for (const RunningDevice& device : devices) {
-        *error += "\n  --root " + device.root + "  " + description(device);
-    }
-    return std::nullopt;
-}
-
-// Tries again while the device has no room for another client. Negative, with errno, on failure.
-int connectTo(const std::string& root, milliseconds timeout) {
-    const int connection = socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
-    for (milliseconds waited(0); connection >= 0; waited += kRetry) {
-        if (tavsim::ControlAddress(root).connectTo(connection)) {
-            return connection;
-        }
-        if (errno != EAGAIN || waited > timeout) {
-            break;
-        }
-        poll(nullptr, 0, kRetry.count());
-    }
-    return -1;
 }
 
 class Answer {
@@ -164,27 +103,20 @@ int control(const ControlRequest& request) {
     if (line.find('\n') != std::string::npos) {
         return complain("a command is one line");
     }
-    if (line == "list") {
-        return list();
+    tavsim::Words words(line);
+    if (words.next() == "wait") {
+        return waitFor(request, words.rest());
     }
-    if (line == "list --json") {
-        return listAsJson();
+    if (line == "list" || line == "list --json") {
+        line == "list" ? printRunningDevices() : printRunningDevicesAsJson();
+        return 0;
     }
-    std::string error;
-    const std::optional<std::string> root =
-        request.root.empty() ? onlyRoot(&error) : std::optional(request.root);
-    if (!root) {
-        return complain(error);
+    const milliseconds timeout = inMilliseconds(request.timeout);
+    const ReachedDevice reached = reachDevice(request.root, std::min(timeout, kStarting));
+    if (reached.connection < 0) {
+        return complain(reached.problem);
     }
-    const auto timeout =
-        std::chrono::duration_cast<milliseconds>(std::chrono::duration<double>(request.timeout));
-    const int connection = connectTo(*root, timeout);
-    if (connection < 0) {
-        const bool isThere = errno != ENOENT && errno != ECONNREFUSED;
-        return complain(*root + ": " +
-                        (isThere ? std::strerror(errno) : "no device is running there"));
-    }
-    helper::MessageSocket device(connection, kLongestMessage);
+    helper::MessageSocket device(reached.connection, kLongestMessage);
     device.send(static_cast<uint8_t>(ControlMessage::Command), line, timeout);
     return Answer(device, timeout).print();
 }

@@ -18,6 +18,10 @@ struct Command {
 
 constexpr Command kCommands[] = {
     {"list", "[--json]", "Show the running devices: root folder, profile and program.", nullptr},
+    {"wait", "ready|ended|MEMBER=GLOB... [within TIME]",
+     "Wait until the application handles its events, or has ended, or the journal has an entry\n"
+     "      with these members. 0 when that is so, 1 when it is not in its time.",
+     nullptr},
     {"compass", "INT DOUBLE DOUBLE", "Deliver a compass reading.", compass},
     {"location",
      "LATITUDE LONGITUDE ALTITUDE HORIZONTAL_ACCURACY VERTICAL_ACCURACY HEADING VELOCITY",
@@ -87,7 +91,7 @@ CommandResult carryOut(const std::string& line) {
         return failed(unknownCommand(first));
     }
     if (command->carryOut == nullptr) {
-        return failed(first + " needs no device; use `tavsim ctl " + first + "`");
+        return failed(first + " is a command of `tavsim ctl` alone");
     }
     const CommandOutcome outcome = command->carryOut(words);
     return outcome ? *outcome : failed("usage: " + usageOf(*command));

@@ -4,9 +4,9 @@ source "$(dirname "$0")/check.sh"
 
 run "$tavsim" ctl state
 expect 2 '' 'tavsim: ctl: no device is running; *'
-run "$tavsim" ctl --root "$work/nowhere" state
+run "$tavsim" ctl --timeout 0 --root "$work/nowhere" state
 expect 2 '' "tavsim: ctl: $work/nowhere: no device is running there"
-run env TAVSIM_ROOT="$work/nowhere" "$tavsim" ctl state
+run env TAVSIM_ROOT="$work/nowhere" "$tavsim" ctl --timeout 0 state
 expect 2 '' "tavsim: ctl: $work/nowhere: no device is running there"
 run "$tavsim" ctl
 expect 2 '' 'tavsim: ctl: no command given (*)'
@@ -14,15 +14,33 @@ run "$tavsim" ctl $'state\nquit'
 expect 2 '' 'tavsim: ctl: a command is one line'
 run "$tavsim" ctl list
 expect 0 '' ''
+run "$tavsim" ctl list --json
+expect 0 '[[][]]' ''
+run "$tavsim" ctl wait ready within 50ms
+expect 2 '' 'tavsim: ctl: wait: no device is running; *'
+run "$tavsim" ctl --timeout 0 wait ended
+expect 0 '' ''
+for words in '' =x 'kind="x' 'ready now' 'ended within' 'kind=bus within 3'; do
+    # shellcheck disable=SC2086
+    run "$tavsim" ctl wait $words
+    [[ $status -eq 2 && $err != *'no device'* ]] || fail "wait $words: status $status, said: $err"
+done
+run "$tavsim" ctl wait redy
+expect 2 '' 'tavsim: ctl: wait: "redy" is not MEMBER=GLOB; did you mean "ready"[?]'
 
 "$tavsim" run --device quern "$programs/wait_for_quit" >"$work/first" &
 first=$!
-wait_until "$tavsim" ctl state
+run "$tavsim" ctl wait ready within 60s
+expect 0 '' ''
 run "$tavsim" ctl state
 [ "$status" -eq 0 ] || fail "ctl state: status $status"
 for line in 'machine: quern' 'plugin: off' 'keyboard: shown'; do
     grep -qx "$line" <<<"$out" || fail "ctl state printed: $out"
 done
+run "$tavsim" ctl state --json
+expect 0 '{"machine":"quern","plugin":false,*"state":{"keyboard":"shown"}}' ''
+run "$tavsim" ctl list --json
+expect 0 '[[]{"root":"*","device":"quern","program":"*wait_for_quit","process":[1-9]*}]' ''
 run "$tavsim" ctl journal
 grep -q 'wait_for_quit' <<<"$out" || fail "ctl journal: $out"
 run "$tavsim" ctl dance
@@ -32,14 +50,29 @@ expect 1 '' 'tavsim: no command "dance"; *'
 pkill -STOP -P "$first"
 run "$tavsim" ctl --timeout 0.1 state
 expect 2 '' 'tavsim: ctl: the application has not handled *'
+run "$tavsim" ctl --timeout 0.1 wait ready
+expect 1 '' "tavsim: ctl: wait: the application has not handled SDL's events within 100 ms"
+run "$tavsim" ctl wait ended within 0.1s
+expect 1 '' 'tavsim: ctl: wait: the program has not ended within 100 ms'
 run "$tavsim" ctl list
 expect 0 "$TMPDIR/*  quern: $programs/wait_for_quit" ''
 pkill -CONT -P "$first"
 
+# Entries that are there already, that come, and that never do.
+run "$tavsim" ctl wait what=keyboard 'outcome="sh?w*"'
+expect 0 '{*"what":"keyboard","outcome":"shown"}' ''
+"$tavsim" ctl --timeout 60 wait 'what="compass reading"' intValue=7 >"$work/entry" &
+awaiting=$!
+run "$tavsim" ctl wait kind=nothing within 100ms
+expect 1 '' 'tavsim: ctl: wait: no such entry within 100 ms'
+"$tavsim" ctl compass 7 90 0.5
+wait "$awaiting" || fail 'an entry that came was not seen'
+grep -q '"intValue":7' "$work/entry" || fail "the entry that came: $(<"$work/entry")"
+
 # With two devices the user is shown how to choose, and chooses.
 "$tavsim" run --root "$work/second root" "$programs/wait_for_quit" again >"$work/second" &
 second=$!
-wait_until "$tavsim" ctl --root "$work/second root" state
+"$tavsim" ctl --root "$work/second root" wait ready within 60s
 run "$tavsim" ctl state
 expect 2 '' "tavsim: ctl: several devices are running, choose one with
   --root *: $programs/wait_for_quit*
@@ -57,8 +90,15 @@ follow() {
     read -r _ <&3 # it follows
 }
 follow "$work/second root"
+"$tavsim" ctl --root "$work/second root" wait kind=nothing 2>"$work/told" &
+awaiting=$!
 run env TAVSIM_ROOT="$work/second root" "$tavsim" ctl quit
 expect 0 '' ''
+run "$tavsim" ctl --root "$work/second root" wait ended within 60s
+expect 0 '' ''
+[ ! -e "$work/second root/.run" ] || fail 'wait: the run had not ended'
+! wait "$awaiting" || fail 'an entry that cannot come any more was seen'
+grep -q 'the application ended before' "$work/told" || fail "wait: $(<"$work/told")"
 wait "$second" || fail 'a program did not end well'
 wait "$follower" || fail "following a program that ends: status $?, $(<"$work/cut")"
 run "$tavsim" ctl list

@@ -7,7 +7,7 @@ waits=$programs/wait_for_quit
 start() {
     "$tavsim" run "$@" >"$work/said" 2>"$work/told" &
     runner=$!
-    wait_until "$tavsim" ctl state
+    "$tavsim" ctl wait ready within 60s
     program=$(cd "$TMPDIR"/tavsim-*/* && readlink .device)
     program=${program%% *}
 }
@@ -103,7 +103,7 @@ cat >"$work/both" <<EOF
 #!/bin/sh
 "$programs/service_reply"
 "$waits" &
-until "$tavsim" ctl state; do :; done >/dev/null 2>&1
+"$tavsim" ctl wait ready within 60s
 "$programs/service_reply"
 "$tavsim" ctl --root "\$TAVSIM_ROOT" quit
 wait
@@ -121,7 +121,7 @@ mkdir "$work/precious"
 touch "$work/precious/file"
 TAVSIM_CONTROL=1 "$waits" >/dev/null &
 killed=$!
-wait_until "$tavsim" ctl state
+"$tavsim" ctl wait ready within 60s
 stale=$(echo "$TMPDIR"/tavsim-*/*)
 ln -s "$work/precious" "$stale/data/link"
 kill -KILL "$killed"

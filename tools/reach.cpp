@@ -1,0 +1,104 @@
+#include "reach.h"
+
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <vector>
+
+#include "helper/json_writer.h"
+#include "simulator/control/running_devices.h"
+#include "simulator/control/socket_address.h"
+
+using std::chrono::milliseconds;
+using tavsim::RunningDevice;
+
+namespace tools {
+namespace {
+
+constexpr milliseconds kBetweenTries(20);
+
+// In one line.
+std::string description(const RunningDevice& device) {
+    const std::string name = device.device.empty() ? "unnamed" : device.device;
+    return helper::escapedJson(name + ": " + device.program);
+}
+
+// Negative, with errno, on failure.
+int connectTo(const std::string& root) {
+    const int connection = socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
+    if (connection >= 0 && !tavsim::ControlAddress(root).connectTo(connection)) {
+        const int problem = errno;
+        close(connection);
+        errno = problem;
+        return -1;
+    }
+    return connection;
+}
+
+std::string choiceOf(const std::vector<RunningDevice>& devices) {
+    std::string text = "several devices are running, choose one with";
+    for (const RunningDevice& device : devices) {
+        text += "\n  --root " + device.root + "  " + description(device);
+    }
+    return text;
+}
+
+// One attempt. Another can end otherwise when none runs, or the device has no room.
+ReachedDevice tryToReach(const std::string& wanted, bool* isFinal) {
+    std::string root = wanted;
+    if (root.empty()) {
+        const std::vector<RunningDevice> devices = tavsim::runningDevices();
+        *isFinal = devices.size() > 1;
+        if (devices.empty()) {
+            return {{}, -1, "no device is running; start a program with `tavsim run`", true};
+        }
+        if (*isFinal) {
+            return {{}, -1, choiceOf(devices)};
+        }
+        root = devices[0].root;
+    }
+    const int connection = connectTo(root);
+    if (connection >= 0) {
+        return {root, connection, {}};
+    }
+    const bool isNone = errno == ENOENT || errno == ECONNREFUSED;
+    *isFinal = !isNone && errno != EAGAIN;
+    const std::string reason = isNone ? "no device is running there" : std::strerror(errno);
+    return {root, -1, root + ": " + reason, isNone};
+}
+
+}  // namespace
+
+ReachedDevice reachDevice(const std::string& root, milliseconds patience) {
+    const auto end = std::chrono::steady_clock::now() + patience;
+    while (true) {
+        bool isFinal = false;
+        ReachedDevice device = tryToReach(root, &isFinal);
+        if (device.connection >= 0 || isFinal || std::chrono::steady_clock::now() >= end) {
+            return device;
+        }
+        poll(nullptr, 0, kBetweenTries.count());
+    }
+}
+
+void printRunningDevices() {
+    for (const RunningDevice& device : tavsim::runningDevices()) {
+        std::printf("%s  %s\n", device.root.c_str(), description(device).c_str());
+    }
+}
+
+void printRunningDevicesAsJson() {
+    helper::JsonWriter json;
+    json.beginArray();
+    for (const RunningDevice& device : tavsim::runningDevices()) {
+        json.beginObject().member("root", device.root).member("device", device.device);
+        json.member("program", device.program).member("process", device.process).endObject();
+    }
+    std::puts(json.endArray().text().c_str());
+}
+
+}  // namespace tools

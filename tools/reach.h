@@ -1,0 +1,39 @@
+// Finding a running device, and connecting to it.
+#ifndef TAV_TOOLS_REACH_H
+#define TAV_TOOLS_REACH_H
+
+#include <chrono>
+#include <cstdint>
+#include <string>
+
+namespace tools {
+
+struct ReachedDevice {
+    std::string root;
+    int connection = -1;  // negative: none
+    std::string problem;  // then why
+    bool isNone = false;  // and whether that is because none runs
+};
+
+// How long a command waits for a device that is just starting.
+inline constexpr std::chrono::milliseconds kStarting(1000);
+
+// Connects to the device with this root folder; with none, to the only one that runs. One that is
+// just starting is waited for that long, and so is room for another client.
+ReachedDevice reachDevice(const std::string& root, std::chrono::milliseconds patience);
+
+// More than any answer, as a device keeps less of its journal.
+inline constexpr uint64_t kLongestMessage = 1 << 30;
+
+inline std::chrono::milliseconds inMilliseconds(double seconds) {
+    return std::chrono::duration_cast<std::chrono::milliseconds>(
+        std::chrono::duration<double>(seconds));
+}
+
+// What `tavsim ctl list` prints.
+void printRunningDevices();
+void printRunningDevicesAsJson();
+
+}  // namespace tools
+
+#endif
