@@ -20,8 +20,8 @@ expect_in() {
 expect_in docs/guide.md '^TAV_API .*?\K(TAV|TAVNet)_\w+(?=\()' include/tav.h
 # Profile fields are rows of tables: {"field", handler}.
 expect_in docs/simulator.md '^ *\{+"\K\w+(?=",( (json::)?\w+\(&| \[|$))' simulator/device/profile.cpp
-expect_in docs/simulator.md '"\K(TAVSIM|TAV_TRACE)[A-Z_]*(?=")' helper/*.cpp simulator/*/*.cpp tools/*.cpp
-expect_in docs/simulator.md '"\K--[a-z-]+(?=")' tools/*.cpp
+expect_in docs/simulator.md '"\K(TAVSIM|TAV_TRACE)[A-Z_]*(?=")' helper/*.cpp simulator/*/*.cpp tools/*.cpp tools/*/*.cpp
+expect_in docs/simulator.md '"\K--[a-z-]+(?=")' tools/*.cpp tools/*/*.cpp
 
 # The headings as links name them: in small letters, without punctuation, with dashes for blanks.
 anchors() {

@@ -10,10 +10,10 @@
 #include "environment.h"
 #include "program.h"
 #include "run_folder.h"
-#include "signals.h"
 #include "simulator/device/profile.h"
 #include "simulator/device/trusted_folder.h"
 #include "supervisor.h"
+#include "tools/process/signals.h"
 
 namespace fs = std::filesystem;
 

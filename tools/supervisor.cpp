@@ -6,7 +6,7 @@
 #include <cstring>
 #include <thread>
 
-#include "guard.h"
+#include "tools/process/guard.h"
 
 namespace tools {
 namespace {

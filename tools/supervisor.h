@@ -4,10 +4,10 @@
 
 #include <string>
 
-#include "process.h"
 #include "run.h"
 #include "run_folder.h"
-#include "signals.h"
+#include "tools/process/process.h"
+#include "tools/process/signals.h"
 
 namespace tools {
 

@@ -7,12 +7,12 @@
 #include <string>
 #include <string_view>
 
-#include "ctl.h"
 #include "helper/json_writer.h"
 #include "helper/suggestion.h"
 #include "run.h"
 #include "simulator/control/commands.h"
 #include "simulator/device/profile.h"
+#include "tools/control/ctl.h"
 
 namespace {
 

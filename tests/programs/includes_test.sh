@@ -7,6 +7,9 @@ cd "$TAV_SOURCE"
 # From top to bottom.
 rooms=(
     tools
+    tools/test
+    tools/control
+    tools/process
     simulator/interface
     simulator/front
     simulator/control

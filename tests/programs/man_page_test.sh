@@ -12,7 +12,7 @@ words=$(
         # shellcheck disable=SC2086
         "$tavsim" $command --help
     done | grep -oE -- '--[a-z][a-z-]+' | sort -u
-    cat "$TAV_SOURCE"/{helper,simulator/*,tools}/*.cpp | grep -oE '"TAV(SIM)?_[A-Z_]+"' | tr -d '"' | sort -u
+    cat "$TAV_SOURCE"/{helper,simulator/*,tools,tools/*}/*.cpp | grep -oE '"TAV(SIM)?_[A-Z_]+"' | tr -d '"' | sort -u
 )
 [ "$(wc -l <<<"$words")" -gt 15 ] || fail "the tool lists too little: $words"
 for word in $words; do

@@ -1,4 +1,4 @@
-#include "wait.h"
+#include "tools/control/wait.h"
 
 #include <poll.h>
 #include <unistd.h>
@@ -11,11 +11,11 @@
 
 #include "helper/message_socket.h"
 #include "helper/suggestion.h"
-#include "reach.h"
 #include "simulator/control/pattern.h"
 #include "simulator/control/protocol.h"
 #include "simulator/control/words.h"
 #include "simulator/device/claim.h"
+#include "tools/control/reach.h"
 
 using std::chrono::milliseconds;
 using tavsim::ControlMessage;

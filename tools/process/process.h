@@ -1,13 +1,13 @@
 // The program as a process.
-#ifndef TAV_TOOLS_PROCESS_H
-#define TAV_TOOLS_PROCESS_H
+#ifndef TAV_TOOLS_PROCESS_PROCESS_H
+#define TAV_TOOLS_PROCESS_PROCESS_H
 
 #include <sys/types.h>
 
 #include <string>
 #include <vector>
 
-#include "signals.h"
+#include "tools/process/signals.h"
 
 namespace tools {
 

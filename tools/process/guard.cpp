@@ -1,4 +1,4 @@
-#include "guard.h"
+#include "tools/process/guard.h"
 
 #include <sys/prctl.h>
 #include <sys/wait.h>

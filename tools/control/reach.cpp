@@ -1,4 +1,4 @@
-#include "reach.h"
+#include "tools/control/reach.h"
 
 #include <poll.h>
 #include <sys/socket.h>

@@ -1,6 +1,6 @@
 // The signals that a run takes in order, none of which is lost.
-#ifndef TAV_TOOLS_SIGNALS_H
-#define TAV_TOOLS_SIGNALS_H
+#ifndef TAV_TOOLS_PROCESS_SIGNALS_H
+#define TAV_TOOLS_PROCESS_SIGNALS_H
 
 #include <chrono>
 #include <csignal>

@@ -1,4 +1,4 @@
-#include "ctl.h"
+#include "tools/control/ctl.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -8,10 +8,10 @@
 #include <optional>
 
 #include "helper/message_socket.h"
-#include "reach.h"
 #include "simulator/control/protocol.h"
 #include "simulator/control/words.h"
-#include "wait.h"
+#include "tools/control/reach.h"
+#include "tools/control/wait.h"
 
 using std::chrono::milliseconds;
 using tavsim::ControlMessage;

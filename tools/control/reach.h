@@ -1,6 +1,6 @@
 // Finding a running device, and connecting to it.
-#ifndef TAV_TOOLS_REACH_H
-#define TAV_TOOLS_REACH_H
+#ifndef TAV_TOOLS_CONTROL_REACH_H
+#define TAV_TOOLS_CONTROL_REACH_H
 
 #include <chrono>
 #include <cstdint>

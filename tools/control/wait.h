@@ -1,10 +1,10 @@
 // `tavsim ctl wait`: until something has happened to a device.
-#ifndef TAV_TOOLS_WAIT_H
-#define TAV_TOOLS_WAIT_H
+#ifndef TAV_TOOLS_CONTROL_WAIT_H
+#define TAV_TOOLS_CONTROL_WAIT_H
 
 #include <string_view>
 
-#include "ctl.h"
+#include "tools/control/ctl.h"
 
 namespace tools {
 

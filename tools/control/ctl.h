@@ -1,6 +1,6 @@
 // `tavsim ctl`: one command to a running device.
-#ifndef TAV_TOOLS_CTL_H
-#define TAV_TOOLS_CTL_H
+#ifndef TAV_TOOLS_CONTROL_CTL_H
+#define TAV_TOOLS_CONTROL_CTL_H
 
 #include <string>
 #include <vector>

@@ -1,4 +1,4 @@
-#include "signals.h"
+#include "tools/process/signals.h"
 
 #include <algorithm>
 #include <cerrno>

@@ -1,6 +1,6 @@
 // What is done when a run is killed.
-#ifndef TAV_TOOLS_GUARD_H
-#define TAV_TOOLS_GUARD_H
+#ifndef TAV_TOOLS_PROCESS_GUARD_H
+#define TAV_TOOLS_PROCESS_GUARD_H
 
 #include <sys/types.h>
 
