@@ -105,6 +105,66 @@ TEST_F(ControlTest, CommandsChangeTheDevice) {
     EXPECT_THAT(command("state"), HasSubstr("launched: a\\u000ab\n"));
 }
 
+TEST_F(ControlTest, RefusalsLastAsLongAsTheyAreAskedTo) {
+    const auto accepts = [] { return TAV_SetKeyboardState(SDL_TRUE) == TAV_NOERROR; };
+    carryOut("refuse keyboard for 1.5s");
+    EXPECT_FALSE(accepts());
+    device.advance(1499);
+    EXPECT_FALSE(accepts());
+    EXPECT_THAT(command("state"), HasSubstr("refused: keyboard\n"));
+    device.advance(1);
+    EXPECT_TRUE(accepts());
+    EXPECT_THAT(command("state"), Not(HasSubstr("refused: ")));
+    carryOut("refuse keyboard request 2");
+    carryOut("refuse keyboard for 1s request 3");
+    carryOut("refuse keyboard for 1s request 4");
+    for (const bool expected : {true, false, false}) {
+        EXPECT_EQ(accepts(), expected);
+    }
+    device.advance(1000);
+    EXPECT_TRUE(accepts());
+    carryOut("refuse keyboard request 1");
+    carryOut("allow keyboard");
+    EXPECT_TRUE(accepts());
+}
+
+TEST_F(ControlTest, AServiceAnswersOtherwiseUntilThatIsTakenBack) {
+    tavsim::Service ticks;
+    ticks.replies = {"1", "2"};
+    ticks.delay = ticks.every = 10;
+    ticks.repeat = true;
+    device.profile.services["a://ticks"] = ticks;
+    HKSCaller& bus = *NApp_GetKSCaller();
+    std::string received;
+    const auto receive = [](int token, const char* text, void* all) {
+        *static_cast<std::string*>(all) += std::to_string(token) + ":" + text + " ";
+    };
+    const auto receivedIn = [&](int milliseconds) {
+        device.advance(milliseconds);
+        return std::exchange(received, {});
+    };
+    const int first = bus.ksCallWithSubscription("a://ticks", "{}", false, receive, &received);
+    const auto replied = [](int token, const std::string& text) {
+        return std::to_string(token) + ":" + text + " ";
+    };
+    EXPECT_EQ(receivedIn(15), replied(first, "1"));
+    carryOut("answer a://ticks {\"percent\": 5}");
+    EXPECT_EQ(receivedIn(0), replied(first, "{\"percent\": 5}"));
+    const int call = bus.ksCallWithResponse("a://ticks", "{}", false, receive, &received);
+    EXPECT_EQ(receivedIn(9), "");
+    EXPECT_EQ(receivedIn(100), replied(call, "{\"percent\": 5}"));
+    // What is on its way does not arrive any more, and the call stays open.
+    const int silenced = bus.ksCallWithResponse("a://ticks", "{}", false, receive, &received);
+    carryOut("silence a://ticks");
+    EXPECT_EQ(receivedIn(100), "");
+    EXPECT_THAT(device.openCalls(), ElementsAre(first, silenced));
+    EXPECT_EQ(command("reply a://ticks late"), "oreplied to 2\nd");
+    EXPECT_EQ(receivedIn(100), replied(first, "late") + replied(silenced, "late"));
+    carryOut("allow a://ticks");
+    const int last = bus.ksCallWithSubscription("a://ticks", "{}", false, receive, &received);
+    EXPECT_EQ(receivedIn(20), replied(last, "1") + replied(last, "2"));
+}
+
 TEST_F(ControlTest, MalformedCommandsAnswerWithAnErrorAndChangeNothing) {
     ASSERT_EQ(TAV_EnableLocationTracking(SDL_TRUE), TAV_NOERROR);
     const std::string before = command("state");
@@ -137,6 +197,14 @@ TEST_F(ControlTest, MalformedCommandsAnswerWithAnErrorAndChangeNothing) {
         {"refuse", "usage: refuse NAME|URI"},
         {"refuse keyboard compass", "usage: refuse NAME|URI"},
         {"refuse doorbell", "\"doorbell\" is no URI and no request that can be refused"},
+        {"refuse keyboard for", "usage: refuse NAME|URI"},
+        {"refuse keyboard for 1 request 2", "usage: refuse NAME|URI"},
+        {"refuse keyboard request 0", "usage: refuse NAME|URI"},
+        {"refuse keyboard request 1 for 1s", "usage: refuse NAME|URI"},
+        {"answer a://b", "usage: answer URI TEXT"},
+        {"silence", "usage: silence URI"},
+        {"answer battery 5", "\"battery\" is no URI"},
+        {"silence a://b now", "usage: silence URI"},
         {"allow", "usage: allow NAME|URI"},
         {"set", "usage: set property KEY VALUE, or set appinfo KEY VALUE, or set preference KEY"},
         {"set colour red", "usage: set property "},

@@ -19,6 +19,7 @@ struct Answer {
     std::vector<Reply> replies;
     int delay = 0;
     int every = 0;
+    bool isEndless = false;  // behind the last reply, a subscription is answered anew
 };
 
 // An object that says that the request was carried out, for more members and its end.

@@ -7,9 +7,11 @@
 #include "helper/faults.h"
 #include "platform/hkscaller.h"
 #include "platform/napp.h"
+#include "simulator/bus/profile_services.h"
 #include "simulator/bus/services.h"
 #include "simulator/device/edge.h"
 #include "simulator/device/journal.h"
+#include "simulator/device/refusals.h"
 #include "simulator/device/running.h"
 #include "simulator/time/clock.h"
 #include "simulator/time/queue.h"
@@ -27,11 +29,11 @@ struct Call {
     Kind kind;
     HKSReplyFunction replyFunction;
     void* context;
+    int version = 0;  // grows when what is on its way shall not arrive any more
 };
 
 struct Bus {
-    std::map<int, Call> open;             // by token, so in the order of dispatch
-    std::map<std::string, size_t> turns;  // for services that answer successive calls in turn
+    std::map<int, Call> open;  // by token, so in the order of dispatch
     int lastToken = 0;
 };
 
@@ -40,46 +42,24 @@ Bus& bus() {
     return instance;
 }
 
-const Service* profileService(const std::string& uri) {
-    const auto& services = profile().services;
-    const auto found = services.find(uri);
-    return found != services.end() ? &found->second : nullptr;
-}
-
-// What a service of the profile answers to this call; computing services are asked here.
-Answer profileAnswer(const Service& service, const Call& call) {
-    Answer answer{{}, service.delay, service.every};
-    if (service.compute) {
-        answer.replies = {service.compute(call.uri, call.payload)};
-    } else if (call.kind == Kind::Subscription) {
-        answer.replies = service.replies;
-    } else if (!service.replies.empty()) {
-        const size_t turn = std::min(bus().turns[call.uri]++, service.replies.size() - 1);
-        answer.replies = {service.replies[turn]};
-    }
-    return answer;
-}
-
 Answer answerTo(const Call& call) {
     const Service* service = profileService(call.uri);
-    return service != nullptr ? profileAnswer(*service, call)
-                              : deviceServiceAnswer(call.uri, call.payload);
+    return service != nullptr
+               ? serviceAnswer(*service, call.uri, call.payload, call.kind == Kind::Subscription)
+               : deviceServiceAnswer(call.uri, call.payload);
 }
 
-// A subscription to such a service receives its replies again and again.
-bool isEndless(const std::string& uri) {
-    const Service* service = profileService(uri);
-    return service != nullptr && service->every > 0 && (service->repeat || service->compute);
+// The open call, unless what its service was about to answer does not count any more.
+std::map<int, Call>::iterator findCall(int token, int version) {
+    const auto found = bus().open.find(token);
+    return found != bus().open.end() && found->second.version == version ? found : bus().open.end();
 }
 
 void scheduleReplies(int token, const Call& call, const Answer& answer, Milliseconds first);
 
 void startNextRound(int token, Milliseconds due) {
-    const auto found = bus().open.find(token);
-    if (found != bus().open.end() && isEndless(found->second.uri)) {
-        const Call call = found->second;
-        scheduleReplies(token, call, answerTo(call), due);
-    }
+    const Call call = bus().open.at(token);
+    scheduleReplies(token, call, answerTo(call), due);
 }
 
 // Queues one round of replies, which share one list, and behind a subscription's last the next.
@@ -87,12 +67,15 @@ void scheduleReplies(int token, const Call& call, const Answer& answer, Millisec
     const size_t count = call.kind == Kind::Subscription
                              ? answer.replies.size()
                              : std::min<size_t>(answer.replies.size(), 1);
-    const bool endless = call.kind == Kind::Subscription && isEndless(call.uri);
+    const bool isEndless = call.kind == Kind::Subscription && answer.isEndless;
     for (size_t i = 0; i < count; ++i) {
         const Milliseconds due = after(first, static_cast<Milliseconds>(i) * answer.every);
-        const bool startsNext = endless && i + 1 == count;
+        const bool startsNext = isEndless && i + 1 == count;
         const Milliseconds next = after(due, answer.every);
-        schedule(due, [token, reply = answer.replies[i], startsNext, next] {
+        schedule(due, [token, version = call.version, reply = answer.replies[i], startsNext, next] {
+            if (findCall(token, version) == bus().open.end()) {
+                return;
+            }
             if (startsNext) {
                 startNextRound(token, next);
             }
@@ -103,7 +86,7 @@ void scheduleReplies(int token, const Call& call, const Answer& answer, Millisec
 
 bool refusesDispatch(const std::string& uri) {
     const Service* service = profileService(uri);
-    const bool refused = profile().refused.contains(uri) || (service != nullptr && service->refuse);
+    const bool refused = isRefused(uri) || (service != nullptr && service->refuse);
     return helper::faultStrikes(helper::Fault::Dispatch) || refused;
 }
 
@@ -137,7 +120,7 @@ int dispatch(Kind kind, const char* uri, const char* payload, bool option,
 
 void clearBus() {
     bus().open.clear();
-    bus().turns.clear();
+    clearProfileServices();
 }
 
 std::vector<int> openBusCalls(const std::string& uri) {
@@ -148,6 +131,26 @@ std::vector<int> openBusCalls(const std::string& uri) {
         }
     }
     return tokens;
+}
+
+void answerFromNowOn(const std::string& uri, const std::optional<std::string>& text) {
+    Service service;
+    if (const Service* former = profileService(uri)) {
+        service.delay = former->delay;
+        service.refuse = former->refuse;
+    }
+    if (text) {
+        service.replies = {*text};
+    }
+    replaceService(uri, service);
+    for (auto& [token, call] : bus().open) {
+        const bool isSubscription = call.kind == Kind::Subscription;
+        if (call.uri != uri || (text && !isSubscription)) {
+            continue;
+        }
+        ++call.version;
+        scheduleReplies(token, call, {service.replies}, now());
+    }
 }
 
 bool deliverReply(int token, const Reply& reply) {

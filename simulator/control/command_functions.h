@@ -25,6 +25,8 @@ CommandOutcome locationError(Words words);
 
 // What its services and its host answer.
 CommandOutcome reply(Words words);
+CommandOutcome answer(Words words);
+CommandOutcome silence(Words words);
 CommandOutcome refuse(Words words);
 CommandOutcome allow(Words words);
 

@@ -29,11 +29,15 @@ constexpr Command kCommands[] = {
     {"location error", "CODE", "Send an error of the location service.", locationError},
     {"reply", "URI TEXT", "Send a reply to every open call and subscription of the service.",
      reply},
-    {"refuse", "NAME|URI",
-     "Refuse from now on keyboard, minimize, touch, compass, bridge, orientation, gestures,\n"
-     "      banners, pauseUi or screenTimeout, or requests to a service.",
+    {"answer", "URI TEXT",
+     "Let the service answer this from now on, and its subscriptions at once.", answer},
+    {"silence", "URI", "Let the service answer nothing from now on; calls stay open.", silence},
+    {"refuse", "NAME|URI [for TIME] [request N]",
+     "Refuse from now on, for a time, or only the N-th request from now: keyboard, minimize,\n"
+     "      touch, compass, bridge, orientation, gestures, banners, pauseUi or screenTimeout, or\n"
+     "      requests to a service.",
      refuse},
-    {"allow", "NAME|URI", "Take that back.", allow},
+    {"allow", "NAME|URI", "Take refuse, answer and silence back.", allow},
     {"set property", "KEY VALUE", "Set a system property.", setProperty},
     {"set appinfo", "KEY VALUE", "Set a value of the application's information.", setAppinfo},
     {"set preference", "KEY JSON", "Store one of the user's preferences.", setPreference},

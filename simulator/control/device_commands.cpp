@@ -7,6 +7,7 @@
 #include "simulator/bus/bus.h"
 #include "simulator/control/command_functions.h"
 #include "simulator/device/journal.h"
+#include "simulator/device/refusals.h"
 #include "simulator/device/root.h"
 #include "simulator/device/running.h"
 #include "simulator/device/state.h"
@@ -94,7 +95,7 @@ CommandOutcome state(Words words) {
     std::string lines = stateLine("machine", profile().machine.value_or("none")) +
                         stateLine("plugin", profile().plugin ? "on" : "off") +
                         stateLine("open calls", std::to_string(openBusCalls({}).size()));
-    for (const std::string& request : profile().refused) {
+    for (const std::string& request : refusedRequests()) {
         lines += stateLine("refused", request);
     }
     for (const auto& [name, value] : deviceState()) {

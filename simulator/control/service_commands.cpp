@@ -3,8 +3,11 @@
 
 #include "helper/json_writer.h"
 #include "simulator/bus/bus.h"
+#include "simulator/bus/profile_services.h"
 #include "simulator/bus/services.h"
 #include "simulator/control/command_functions.h"
+#include "simulator/control/pattern.h"
+#include "simulator/device/refusals.h"
 #include "simulator/device/running.h"
 #include "simulator/host/compass.h"
 #include "simulator/time/clock.h"
@@ -31,9 +34,29 @@ std::optional<std::string> onlyWord(Words words) {
     return !word.empty() && words.isEmpty() ? std::optional(word) : std::nullopt;
 }
 
+std::string quoted(const std::string& text) {
+    return "\"" + helper::escapedJson(text) + "\"";
+}
+
+// [for TIME] [request N]
+bool readRefusal(Words words, Refusal* refusal) {
+    std::string_view word = words.next();
+    if (word == "for") {
+        const std::optional<Milliseconds> time = readTime(words.next());
+        if (!time) {
+            return false;
+        }
+        refusal->until = after(now(), *time);
+        word = words.next();
+    }
+    if (word == "request") {
+        return words.areNumbers(&refusal->nth) && refusal->nth > 0;
+    }
+    return word.empty();
+}
+
 CommandResult cannotBeRefused(const std::string& request) {
-    return failed("\"" + helper::escapedJson(request) +
-                  "\" is no URI and no request that can be refused");
+    return failed(quoted(request) + " is no URI and no request that can be refused");
 }
 
 }  // namespace
@@ -80,15 +103,39 @@ CommandOutcome reply(Words words) {
     return replyToAll(uri, std::string(words.rest()));
 }
 
-CommandOutcome refuse(Words words) {
-    const std::optional<std::string> request = onlyWord(words);
-    if (!request) {
+CommandOutcome answer(Words words) {
+    const std::string uri(words.next());
+    if (words.isEmpty()) {
         return std::nullopt;
     }
-    if (!canBeRefused(*request)) {
-        return cannotBeRefused(*request);
+    if (!isUri(uri)) {
+        return failed(quoted(uri) + " is no URI");
     }
-    profile().refused.insert(*request);
+    answerFromNowOn(uri, std::string(words.rest()));
+    return CommandResult();
+}
+
+CommandOutcome silence(Words words) {
+    const std::optional<std::string> uri = onlyWord(words);
+    if (!uri) {
+        return std::nullopt;
+    }
+    if (!isUri(*uri)) {
+        return failed(quoted(*uri) + " is no URI");
+    }
+    answerFromNowOn(*uri, std::nullopt);
+    return CommandResult();
+}
+
+CommandOutcome refuse(Words words) {
+    Refusal refusal{std::string(words.next())};
+    if (refusal.request.empty() || !readRefusal(words, &refusal)) {
+        return std::nullopt;
+    }
+    if (!canBeRefused(refusal.request)) {
+        return cannotBeRefused(refusal.request);
+    }
+    addRefusal(std::move(refusal));
     return CommandResult();
 }
 
@@ -100,7 +147,8 @@ CommandOutcome allow(Words words) {
     if (!canBeRefused(*request)) {
         return cannotBeRefused(*request);
     }
-    profile().refused.erase(*request);
+    removeRefusals(*request);
+    restoreService(*request);
     const auto service = profile().services.find(*request);
     if (service != profile().services.end()) {
         service->second.refuse = false;

@@ -175,8 +175,12 @@ std::string noSuchProfile(const fs::path& path) {
 
 }  // namespace
 
+bool isUri(const std::string& text) {
+    return text.find("://") != std::string::npos;
+}
+
 bool canBeRefused(const std::string& request) {
-    if (request.find("://") != std::string::npos) {
+    if (isUri(request)) {
         return true;
     }
     for (const std::string_view name : kRefusable) {

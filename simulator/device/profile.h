@@ -98,6 +98,9 @@ struct Profile {
     std::map<std::string, Service> services;  // by URI, before the device's own services
 };
 
+// Whether it looks like a service's.
+bool isUri(const std::string& text);
+
 // What a profile's "refuse" may hold.
 TAV_PLATFORM_API bool canBeRefused(const std::string& request);
 

@@ -6,6 +6,7 @@
 #include "platform/sdl_nimbo.h"
 #include "simulator/device/edge.h"
 #include "simulator/device/journal.h"
+#include "simulator/device/refusals.h"
 #include "simulator/device/running.h"
 #include "simulator/device/state.h"
 #include "simulator/host/compass.h"
@@ -14,7 +15,8 @@
 namespace tavsim {
 
 bool hostAccepts(const char* request) {
-    const bool refused = running().refused.contains(request);
+    running();
+    const bool refused = isRefused(request);
     return !helper::faultStrikes(helper::Fault::HostRequest) && !refused;
 }
 

@@ -9,6 +9,7 @@
 #include "simulator/bus/bus.h"
 #include "simulator/control/control.h"
 #include "simulator/device/journal.h"
+#include "simulator/device/refusals.h"
 #include "simulator/device/root.h"
 #include "simulator/device/running.h"
 #include "simulator/device/state.h"
@@ -57,6 +58,7 @@ void stopRooms() {
     clearBus();
     clearQueue();
     clearState();
+    clearRefusals();
     stopCompass();
     stopJournal();
     releaseRoot();

@@ -3,8 +3,10 @@
 
 #include "SDL.h"
 #include "fuzz.h"
+#include "simulator/bus/profile_services.h"
 #include "simulator/control/commands.h"
 #include "simulator/device/journal.h"
+#include "simulator/device/refusals.h"
 #include "simulator/device/state.h"
 #include "tav.h"
 
@@ -31,7 +33,7 @@ Looks deviceLooks() {
     const tavsim::Profile& profile = tavsim::device().profile;
     return {profile.properties,
             profile.appinfo,
-            profile.refused,
+            tavsim::refusedRequests(),
             profile.plugin,
             tavsim::device().openCalls().size(),
             tavsim::journalLength(),
@@ -45,6 +47,8 @@ void ignoreReply(TAV_ServiceParameters* /*parameters*/, void* /*userData*/) {
 void startOver() {
     TAV_EnableLocationTracking(SDL_FALSE);
     tavsim::device().profile = {};
+    tavsim::clearRefusals();
+    tavsim::clearProfileServices();
     tavsim::device().pump();
     for (SDL_Event event; SDL_PollEvent(&event) != 0;) {}
     TAV_EnableLocationTracking(SDL_TRUE);
