@@ -118,22 +118,6 @@ protected:
     }
 };
 
-TEST_F(ServicesTest, AOneShotCallIsAnsweredOnceAndASubscriptionUntilItIsUnregistered) {
-    device.profile.services[kUri].replies = {"1"};
-    device.profile.services[kTicksUri] = repliesOf({"a", "b", {}}, 0, 100);
-    EXPECT_EQ(call(kUri, SDL_TRUE, "once "), TAV_NOERROR);
-    EXPECT_EQ(call(kTicksUri, SDL_FALSE, "tick "), TAV_NOERROR);
-    device.advance(250);
-    EXPECT_THAT(g_replies, ElementsAre("once 1", "tick a", "tick b", "tick -"));
-    EXPECT_EQ(TAV_UnregisterServiceCallback(nullptr), TAV_NOERROR);
-    EXPECT_THAT(device.openCalls(), SizeIs(1));
-    EXPECT_EQ(TAV_UnregisterServiceCallback(replyFunction), TAV_NOERROR);
-    EXPECT_THAT(device.openCalls(), IsEmpty());
-    device.advance(1000);
-    EXPECT_THAT(g_replies, SizeIs(4));
-    EXPECT_EQ(tavtest::optionsSent(device), std::set{false});
-}
-
 TEST_F(ServicesTest, IgnoresRepliesForRecordsThatAreGoneOrOfAnotherCall) {
     device.profile.services[kUri] = {};
     call(kUri, SDL_FALSE);
@@ -175,40 +159,6 @@ void unregister() {
 void replace() {
     unregister();
     TAV_ServiceCallWithCallback(kTicksUri, "{}", replyFunction, nullptr, SDL_FALSE);
-}
-
-void startOver() {
-    TAV_ServicesQuit();
-    replace();
-}
-
-// What is registered anew may live where the call was whose reply is being handled.
-TEST_F(ServicesTest, AReplyFunctionMayReplaceItsCall) {
-    for (void (*const act)() : {unregister, TAV_ServicesQuit, replace, startOver}) {
-        for (const SDL_bool oneShot : {SDL_TRUE, SDL_FALSE}) {
-            forget();
-            device.profile.services[kUri] = {};
-            device.profile.services[kTicksUri] = {};
-            g_onReply = [act] {
-                g_onReply = nullptr;
-                act();
-            };
-            call(kUri, oneShot, "first ");
-            const int first = device.openCalls().front();
-            device.deliver(first, "1");
-            device.deliver(first, "2");
-            EXPECT_THAT(g_replies, ElementsAre("first 1"));
-            for (const int token : device.openCalls(kTicksUri)) {
-                device.deliver(token, "3");
-                EXPECT_THAT(g_replies, ElementsAre("first 1", "3"));
-            }
-            const bool isReplaced = act == replace || act == startOver;
-            EXPECT_THAT(device.openCalls(kTicksUri), SizeIs(isReplaced ? 1 : 0));
-            const bool staysOpen =
-                oneShot == SDL_FALSE && (act == TAV_ServicesQuit || act == startOver);
-            EXPECT_THAT(device.openCalls(kUri), SizeIs(staysOpen ? 1 : 0));
-        }
-    }
 }
 
 // The reply function of a subscription waits for a purchase request, which delivers the reply of
