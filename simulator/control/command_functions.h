@@ -40,6 +40,13 @@ CommandOutcome plugin(Words words);
 CommandOutcome state(Words words);
 CommandOutcome journal(Words words);
 
+// What its user does.
+CommandOutcome key(Words words);
+CommandOutcome text(Words words);
+CommandOutcome touch(Words words);
+CommandOutcome tap(Words words);
+CommandOutcome drag(Words words);
+CommandOutcome window(Words words);
 CommandOutcome quit(Words words);
 
 }  // namespace tavsim

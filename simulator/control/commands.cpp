@@ -45,6 +45,14 @@ constexpr Command kCommands[] = {
     {"state", "[--json]", "Show what the application has made of the device.", state},
     {"journal", "[--follow]",
      "Show what it has done, and with --follow also what it does from now on.", journal},
+    {"key", "down|up|tap NAME", "Press a key, release it, or both; named as SDL_GetKeyName() does.",
+     key},
+    {"text", "TEXT", "Type the text, key by key.", text},
+    {"touch", "down|move|up X Y", "Touch the screen, move the finger, or take it away.", touch},
+    {"tap", "X Y", "Touch the screen for a moment.", tap},
+    {"drag", "X Y X Y [TIME]", "Drag a finger from one point to the other, within that time.",
+     drag},
+    {"window", "minimize|restore", "Put the application's window away, or show it again.", window},
     {"quit", "", "Send the application SDL's quit event.", quit},
 };
 

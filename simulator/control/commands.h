@@ -5,17 +5,19 @@
 #include <string>
 
 #include "platform/visibility.h"
+#include "simulator/time/clock.h"
 
 namespace tavsim {
 
 struct CommandResult {
-    std::string error;    // one line; empty: it was carried out
-    std::string output;   // lines, each with its line feed
-    bool follow = false;  // the journal's further lines are wanted too
+    std::string error;       // one line; empty: it was carried out
+    std::string output;      // lines, each with its line feed
+    bool follow = false;     // the journal's further lines are wanted too
+    Milliseconds lasts = 0;  // how long what it has begun goes on by itself
 };
 
 // Carries one command line out. One that is unknown or malformed changes nothing.
-CommandResult carryOut(const std::string& line);
+TAV_PLATFORM_API CommandResult carryOut(const std::string& line);
 
 // All commands for a user to choose from: a line with each one's usage, and one that says what it
 // does.

@@ -1,8 +1,6 @@
-// Commands for what the device is, what the application has made of it, and the application's end.
+// Commands for what the device is, and what the application has made of it.
 #include <simdjson.h>
 
-#include "SDL.h"
-#include "front/next.h"
 #include "helper/json_writer.h"
 #include "simulator/bus/bus.h"
 #include "simulator/control/command_functions.h"
@@ -114,19 +112,6 @@ CommandOutcome journal(Words words) {
         lines += line + "\n";
     }
     return CommandResult{{}, lines, follow};
-}
-
-CommandOutcome quit(Words words) {
-    if (!words.isEmpty()) {
-        return std::nullopt;
-    }
-    SDL_Event event{};
-    event.type = SDL_QUIT;
-    static const auto pushEvent = TAV_FRONT_NEXT(SDL_PushEvent);
-    if (pushEvent(&event) != 0) {
-        return failed("quit: the application has no event queue, or it is full");
-    }
-    return CommandResult();
 }
 
 }  // namespace tavsim

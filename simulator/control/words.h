@@ -24,10 +24,16 @@ public:
 
     std::string_view rest() const { return m_rest; }
 
-    // Whether all that is left are these numbers, each of which fits its type.
+    // Whether the next words are these numbers, each of which fits its type.
+    template <typename... Numbers>
+    bool takeNumbers(Numbers*... numbers) {
+        return (nextNumber(numbers) && ...);
+    }
+
+    // Whether they are all that is left.
     template <typename... Numbers>
     bool areNumbers(Numbers*... numbers) {
-        return (nextNumber(numbers) && ...) && isEmpty();
+        return takeNumbers(numbers...) && isEmpty();
     }
 
 private:

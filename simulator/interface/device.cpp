@@ -15,6 +15,7 @@
 #include "simulator/device/state.h"
 #include "simulator/front/pump.h"
 #include "simulator/host/compass.h"
+#include "simulator/input/events.h"
 #include "simulator/page/bridge.h"
 #include "simulator/time/clock.h"
 #include "simulator/time/queue.h"
@@ -60,6 +61,7 @@ void stopRooms() {
     clearState();
     clearRefusals();
     stopCompass();
+    stopInput();
     stopJournal();
     releaseRoot();
 }

@@ -13,6 +13,7 @@ rooms=(
     simulator/interface
     simulator/front
     simulator/control
+    simulator/input
     simulator/page
     simulator/bus
     simulator/host

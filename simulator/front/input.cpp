@@ -1,0 +1,53 @@
+// SDL's functions that tell the state of mouse and window, in front of SDL: they know of the input
+// that was sent to the application. What they tell of the keyboard can be changed in SDL itself.
+#include "SDL.h"
+#include "front/next.h"
+#include "platform/visibility.h"
+#include "simulator/device/running.h"
+#include "simulator/input/mouse.h"
+#include "simulator/input/window.h"
+
+namespace tavsim {
+namespace {
+
+using MouseFunction = Uint32(int* x, int* y);
+
+bool isAsked() {
+    return isStarted() && front::isSdl12();
+}
+
+Uint32 tell(const Mouse& mouse, int* x, int* y) {
+    if (x != nullptr) {
+        *x = mouse.x;
+    }
+    if (y != nullptr) {
+        *y = mouse.y;
+    }
+    return mouse.buttons;
+}
+
+}  // namespace
+}  // namespace tavsim
+
+extern "C" {
+
+// Later versions of SDL have functions of these names with more bits, which pass through here.
+TAV_PLATFORM_API Uint32 tavsimMouseState(int* x, int* y) __asm__("SDL_GetMouseState");
+TAV_PLATFORM_API Uint32 tavsimMouseMovement(int* x, int* y) __asm__("SDL_GetRelativeMouseState");
+
+Uint32 tavsimMouseState(int* x, int* y) {
+    static const auto real = front::nextFunction<tavsim::MouseFunction>("SDL_GetMouseState");
+    return tavsim::isAsked() ? tavsim::tell(tavsim::mouseNow(), x, y) : real(x, y);
+}
+
+Uint32 tavsimMouseMovement(int* x, int* y) {
+    static const auto real =
+        front::nextFunction<tavsim::MouseFunction>("SDL_GetRelativeMouseState");
+    return tavsim::isAsked() ? tavsim::tell(tavsim::mouseMovement(), x, y) : real(x, y);
+}
+
+TAV_PLATFORM_API Uint8 SDL_GetAppState(void) {
+    static const auto real = TAV_FRONT_NEXT(SDL_GetAppState);
+    return tavsim::isAsked() ? tavsim::appState(real()) : real();
+}
+}

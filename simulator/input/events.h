@@ -1,0 +1,26 @@
+// How input reaches the application: through SDL's event queue.
+#ifndef TAV_SIMULATOR_INPUT_EVENTS_H
+#define TAV_SIMULATOR_INPUT_EVENTS_H
+
+#include <string>
+#include <vector>
+
+#include "SDL.h"
+
+namespace tavsim {
+
+// Whether SDL has an event queue: its video is initialized.
+bool hasEventQueue();
+inline constexpr char kNoEventQueue[] = "the application has no event queue";
+
+// Sends all of the events, as if the user had caused them: SDL's functions that tell the state of
+// keys, mouse and window know of them, and those that the application ignores or filters out go no
+// further. False, with a line in `error` and nothing done, when the queue has not the room.
+bool sendEvents(const std::vector<SDL_Event>& events, std::string* error);
+
+// Forgets what was sent.
+void stopInput();
+
+}  // namespace tavsim
+
+#endif

@@ -1,0 +1,195 @@
+#include "simulator/input/keyboard.h"
+
+#include <glib.h>
+
+#include "front/next.h"
+#include "helper/json_writer.h"
+#include "helper/suggestion.h"
+#include "simulator/input/events.h"
+
+namespace tavsim {
+namespace {
+
+constexpr char kNameless[] = "unknown key";  // SDL's name of what is no key
+constexpr std::string_view kPlain = "`1234567890-=[]\\;',./";
+constexpr std::string_view kShifted = "~!@#$%^&*()_+{}|:\"<>?";
+constexpr std::string_view kKeypad = "0123456789./*-+\r=";  // from SDLK_KP0 on
+constexpr std::string_view kControls = "\b\t\r\x1b\x7f";    // that keys of their own send
+constexpr gunichar kHighestCharacter = 0xFFFF;              // in an event
+
+struct Modifier {
+    SDLKey key;
+    int flag;
+};
+
+constexpr Modifier kModifiers[] = {
+    {SDLK_LSHIFT, KMOD_LSHIFT}, {SDLK_RSHIFT, KMOD_RSHIFT}, {SDLK_LCTRL, KMOD_LCTRL},
+    {SDLK_RCTRL, KMOD_RCTRL},   {SDLK_LALT, KMOD_LALT},     {SDLK_RALT, KMOD_RALT},
+    {SDLK_LMETA, KMOD_LMETA},   {SDLK_RMETA, KMOD_RMETA},   {SDLK_MODE, KMOD_MODE},
+    {SDLK_NUMLOCK, KMOD_NUM},   {SDLK_CAPSLOCK, KMOD_CAPS}};
+
+int modifierOf(SDLKey key) {
+    for (const Modifier& modifier : kModifiers) {
+        if (modifier.key == key) {
+            return modifier.flag;
+        }
+    }
+    return KMOD_NONE;
+}
+
+bool isLock(SDLKey key) {
+    return key == SDLK_NUMLOCK || key == SDLK_CAPSLOCK;
+}
+
+bool isLetter(int character) {
+    return character < 0x80 && g_ascii_isalpha(static_cast<char>(character));
+}
+
+int modifiersNow() {
+    static const auto modState = TAV_FRONT_NEXT(SDL_GetModState);
+    return modState();
+}
+
+bool isUnicodeWanted() {
+    static const auto enableUnicode = TAV_FRONT_NEXT(SDL_EnableUNICODE);
+    return enableUnicode(-1) != 0;
+}
+
+std::string nameOf(int key) {
+    static const auto keyName = TAV_FRONT_NEXT(SDL_GetKeyName);
+    const std::string name = keyName(static_cast<SDLKey>(key));
+    return name != kNameless ? name : "";
+}
+
+}  // namespace
+
+std::optional<SDLKey> keyNamed(std::string_view name, std::string* error) {
+    if (!hasEventQueue()) {
+        *error = kNoEventQueue;  // nor does SDL know the names then
+        return std::nullopt;
+    }
+    std::vector<std::string> names;
+    for (int key = SDLK_FIRST; key < SDLK_LAST; ++key) {
+        names.push_back(nameOf(key));
+        if (!name.empty() && names.back() == name) {
+            return static_cast<SDLKey>(key);
+        }
+    }
+    *error = "no key \"" + helper::escapedJson(name) + "\"" + helper::suggestion(name, names);
+    return std::nullopt;
+}
+
+KeyStrokes::KeyStrokes() : m_modifiers(modifiersNow()) {
+}
+
+// An event tells the modifiers without the one that it presses or releases. A lock changes with
+// each press; its events tell that it is on or off.
+void KeyStrokes::press(SDLKey key) {
+    if (isLock(key)) {
+        m_modifiers ^= modifierOf(key);
+        add(key, (m_modifiers & modifierOf(key)) != 0 ? SDL_PRESSED : SDL_RELEASED, 0);
+        return;
+    }
+    add(key, SDL_PRESSED, characterOf(key));
+    m_modifiers |= modifierOf(key);
+}
+
+void KeyStrokes::release(SDLKey key) {
+    if (isLock(key)) {
+        return;
+    }
+    m_modifiers &= ~modifierOf(key);
+    add(key, SDL_RELEASED, 0);
+}
+
+bool KeyStrokes::type(const std::string& text, std::string* error) {
+    if (!g_utf8_validate(text.data(), static_cast<gssize>(text.size()), nullptr)) {
+        *error = "the text is no UTF-8";
+        return false;
+    }
+    for (const char* at = text.c_str(); *at != '\0'; at = g_utf8_next_char(at)) {
+        const gunichar character = g_utf8_get_char(at);
+        if (g_unichar_iscntrl(character) || character > kHighestCharacter) {
+            char code[16];
+            g_snprintf(code, sizeof code, "U+%04X", character);
+            *error = std::string("SDL's key events cannot carry ") + code;
+            return false;
+        }
+        typeCharacter(static_cast<Uint16>(character));
+    }
+    return true;
+}
+
+// With the shift key where the keyboard needs it.
+void KeyStrokes::typeCharacter(Uint16 character) {
+    int key = SDLK_UNKNOWN;
+    bool isShifted = false;
+    const size_t shifted =
+        character < 0x80 ? kShifted.find(static_cast<char>(character)) : std::string_view::npos;
+    if (shifted != std::string_view::npos) {
+        key = static_cast<unsigned char>(kPlain[shifted]);
+        isShifted = true;
+    } else if (isLetter(character)) {
+        key = static_cast<unsigned char>(g_ascii_tolower(static_cast<char>(character)));
+        isShifted = (key != character) != ((m_modifiers & KMOD_CAPS) != 0);
+    } else if (character < 0x80 || (character >= SDLK_WORLD_0 && character <= SDLK_WORLD_95)) {
+        key = character;
+    }
+    const bool pressesShift = isShifted && (m_modifiers & KMOD_SHIFT) == 0;
+    if (pressesShift) {
+        press(SDLK_LSHIFT);
+    }
+    add(static_cast<SDLKey>(key), SDL_PRESSED, character);
+    release(static_cast<SDLKey>(key));
+    if (pressesShift) {
+        release(SDLK_LSHIFT);
+    }
+}
+
+void KeyStrokes::add(SDLKey key, Uint8 state, Uint16 unicode) {
+    SDL_Event event{};
+    event.key.type = state == SDL_PRESSED ? SDL_KEYDOWN : SDL_KEYUP;
+    event.key.state = state;
+    event.key.keysym.sym = key;
+    event.key.keysym.mod = static_cast<SDLMod>(m_modifiers);
+    event.key.keysym.unicode = isUnicodeWanted() ? unicode : Uint16{0};
+    m_events.push_back(event);
+}
+
+// What the key types with the modifiers that are pressed; 0 for nothing.
+Uint16 KeyStrokes::characterOf(SDLKey key) const {
+    const bool shift = (m_modifiers & KMOD_SHIFT) != 0;
+    if (isLetter(key)) {
+        const bool isUpper = shift != ((m_modifiers & KMOD_CAPS) != 0);
+        const char letter =
+            isUpper ? g_ascii_toupper(static_cast<char>(key)) : static_cast<char>(key);
+        return static_cast<Uint16>((m_modifiers & KMOD_CTRL) != 0 ? letter & 0x1f : letter);
+    }
+    if (key >= SDLK_KP0 && key <= SDLK_KP_EQUALS) {
+        const bool isTyping = key > SDLK_KP_PERIOD || (m_modifiers & KMOD_NUM) != 0;
+        return isTyping ? static_cast<Uint16>(kKeypad[static_cast<size_t>(key - SDLK_KP0)])
+                        : Uint16{0};
+    }
+    const bool isAscii = key < 0x80;
+    const size_t plain = isAscii ? kPlain.find(static_cast<char>(key)) : std::string_view::npos;
+    if (shift && plain != std::string_view::npos) {
+        return static_cast<Uint16>(kShifted[plain]);
+    }
+    const bool isPrinted = isAscii && key >= SDLK_SPACE && key < SDLK_DELETE;
+    const bool isControl = isAscii && key != SDLK_UNKNOWN &&
+                           kControls.find(static_cast<char>(key)) != std::string_view::npos;
+    const bool isOfTheWorld = key >= SDLK_WORLD_0 && key <= SDLK_WORLD_95;
+    return isPrinted || isControl || isOfTheWorld ? static_cast<Uint16>(key) : Uint16{0};
+}
+
+void followKey(const SDL_KeyboardEvent& event) {
+    static const auto keyState = TAV_FRONT_NEXT(SDL_GetKeyState);
+    static const auto setModState = TAV_FRONT_NEXT(SDL_SetModState);
+    keyState(nullptr)[event.keysym.sym] = event.state;
+    const int flag = modifierOf(event.keysym.sym);
+    const int modifiers = modifiersNow();
+    setModState(
+        static_cast<SDLMod>(event.state == SDL_PRESSED ? modifiers | flag : modifiers & ~flag));
+}
+
+}  // namespace tavsim

@@ -1,0 +1,44 @@
+// Keys that are pressed and texts that are typed, on a keyboard with the layout of the US.
+#ifndef TAV_SIMULATOR_INPUT_KEYBOARD_H
+#define TAV_SIMULATOR_INPUT_KEYBOARD_H
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "SDL.h"
+
+namespace tavsim {
+
+// The key that SDL_GetKeyName() calls so. Without one, `error` is a line that may suggest another.
+std::optional<SDLKey> keyNamed(std::string_view name, std::string* error);
+
+// The events of keys pressed and released one after the other.
+class KeyStrokes {
+public:
+    KeyStrokes();
+
+    void press(SDLKey key);
+    void release(SDLKey key);
+
+    // Types a text of UTF-8. False, with a line in `error`, when no key event can carry it.
+    bool type(const std::string& text, std::string* error);
+
+    const std::vector<SDL_Event>& events() const { return m_events; }
+
+private:
+    void add(SDLKey key, Uint8 state, Uint16 unicode);
+    void typeCharacter(Uint16 character);
+    Uint16 characterOf(SDLKey key) const;
+
+    std::vector<SDL_Event> m_events;
+    int m_modifiers;
+};
+
+// SDL_GetKeyState() and SDL_GetModState() tell what the event did.
+void followKey(const SDL_KeyboardEvent& event);
+
+}  // namespace tavsim
+
+#endif

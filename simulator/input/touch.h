@@ -1,0 +1,31 @@
+// The touch screen. SDL shows a finger as the left button of a mouse.
+#ifndef TAV_SIMULATOR_INPUT_TOUCH_H
+#define TAV_SIMULATOR_INPUT_TOUCH_H
+
+#include <string>
+
+#include "simulator/time/clock.h"
+
+namespace tavsim {
+
+struct Point {
+    int x = 0;
+    int y = 0;
+};
+
+// Each is false, with a line in `error` and nothing done, when the point is not on the
+// application's surface, the finger cannot do that, or the application's event queue has not the
+// room. A move without a finger is that of a mouse.
+bool touchDown(const Point& point, std::string* error);
+bool touchMove(const Point& point, std::string* error);
+bool touchUp(const Point& point, std::string* error);
+bool tapScreen(const Point& point, std::string* error);
+
+// Takes its time and goes on by itself.
+bool dragFinger(const Point& from, const Point& to, Milliseconds time, std::string* error);
+
+void stopTouch();
+
+}  // namespace tavsim
+
+#endif
