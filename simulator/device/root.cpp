@@ -56,16 +56,18 @@ struct DatabaseCloser {
 
 using DatabasePtr = std::unique_ptr<sqlite3, DatabaseCloser>;
 
+bool execute(sqlite3* database, const std::string& statements) {
+    return sqlite3_exec(database, statements.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK;
+}
+
+// What a power cut may take from a simulated device is not worth waiting for the disk.
 DatabasePtr openDatabase(const std::string& path) {
     static const auto open = front::nextFunction<int(const char*, sqlite3**)>("sqlite3_open");
     sqlite3* opened = nullptr;
     const int result = open(path.c_str(), &opened);
     DatabasePtr database(opened);
-    return result == SQLITE_OK ? std::move(database) : nullptr;
-}
-
-bool execute(sqlite3* database, const std::string& statements) {
-    return sqlite3_exec(database, statements.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK;
+    const bool isOpen = result == SQLITE_OK && execute(opened, "PRAGMA synchronous = OFF;");
+    return isOpen ? std::move(database) : nullptr;
 }
 
 std::string storingStatement(const std::string& key, const std::string& value) {
