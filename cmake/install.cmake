@@ -15,6 +15,8 @@ else()
     file(RELATIVE_PATH TAV_LIBRARIES_FROM_TOOLS /${CMAKE_INSTALL_BINDIR} /${CMAKE_INSTALL_LIBDIR})
     set_target_properties(tavsim PROPERTIES INSTALL_RPATH $ORIGIN/${TAV_LIBRARIES_FROM_TOOLS})
     install(TARGETS tavsim)
+    install(FILES tools/completion.bash RENAME tavsim
+            DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
     install(DIRECTORY simulator/devices DESTINATION ${TAV_DATA_DIR})
     install(FILES docs/tavsim.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 endif()

@@ -11,7 +11,8 @@ libraries=$prefix/$TAV_LIBDIR
 unset CFLAGS LDFLAGS CPPFLAGS
 read -ra flags <<<"${TAV_FLAGS:-}"
 
-for file in bin/tavsim include/tav.h share/man/man1/tavsim.1 share/tavsim/devices/quern.json; do
+for file in bin/tavsim include/tav.h share/man/man1/tavsim.1 share/tavsim/devices/quern.json \
+    share/bash-completion/completions/tavsim; do
     [ -f "$prefix/$file" ] || fail "$file is not installed"
 done
 [ -n "$(find "$prefix/share/doc" -name LICENSE)" ] || fail 'the licence is not installed'

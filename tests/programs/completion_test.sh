@@ -1,0 +1,29 @@
+#!/usr/bin/env bash
+# Completion in bash: it offers what tavsim itself lists.
+source "$(dirname "$0")/check.sh"
+source "$TAV_SOURCE/tools/completion.bash"
+
+# offers EXPECTED WORD...: what is offered, sorted, for the last word; an = is a word to bash.
+offers() {
+    local expected=$1
+    shift
+    COMP_WORDS=("$tavsim" "$@") COMP_CWORD=$#
+    _tavsim
+    offered=$(printf '%s\n' "${COMPREPLY[@]}" | sort | paste -sd ' ')
+    has_form "$offered" "$expected" || fail "tavsim $*: offers $offered in place of $expected"
+}
+offers 'ctl' c
+offers '* ctl devices run*' ''
+offers '--version' --v
+offers '--device' run --dev
+offers 'harrow harrow+' run --device har
+offers 'quern' run --virtual-time --device = q
+offers '' run --journal ''
+offers '' run --device quern ./game --dev
+offers '*paste*' run --device quern pas
+offers 'list location' ctl --root x l
+offers 'ended ready' ctl --timeout = 5 wait ''
+offers 'appinfo preference property' ctl set ''
+offers '--json' ctl state -
+offers '' ctl reply ''
+offers '--json' devices --j
