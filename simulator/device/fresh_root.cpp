@@ -59,8 +59,11 @@ bool makeFreshRootsFolder() {
 
 std::string makeFreshRoot(const char* claimName) {
     const std::string parent = freshRootsFolder();
-    // Another run that ends can take the parent away in between.
-    for (int tries = 0; tries < kTries && makeFreshRootsFolder(); ++tries) {
+    // Another run that ends can take the parent away at any moment.
+    for (int tries = 0; tries < kTries; ++tries) {
+        if (!makeFreshRootsFolder()) {
+            continue;
+        }
         // As long as it is locked, a folder without a claim is not one that is just being made.
         const LockedFolder locked(parent);
         if (locked.descriptor() < 0) {
