@@ -17,6 +17,7 @@ else()
     install(TARGETS tavsim)
     install(FILES tools/completion.bash RENAME tavsim
             DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
+    install(FILES include/tavsim.h TYPE INCLUDE)
     install(DIRECTORY simulator/devices DESTINATION ${TAV_DATA_DIR})
     install(FILES docs/tavsim.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 endif()

@@ -2,33 +2,48 @@
 
 #include <atomic>
 #include <charconv>
+#include <limits>
 
 namespace helper {
 namespace {
 
 struct Plan {
     const char* name;
-    std::atomic<int> failing;  // files are opened on any thread
+    std::atomic<int> first;  // files are opened on any thread
+    std::atomic<int> last;
     std::atomic<int> occurred;
 };
 
+constexpr int kForEver = std::numeric_limits<int>::max();
+
 // In the order of Fault.
-Plan g_plans[] = {{"allocation", 0, 0}, {"dispatch", 0, 0}, {"host", 0, 0}, {"read", 0, 0}};
+Plan g_plans[] = {
+    {"allocation", 0, 0, 0}, {"dispatch", 0, 0, 0}, {"host", 0, 0, 0}, {"read", 0, 0, 0}};
 
 Plan& planOf(Fault fault) {
     return g_plans[static_cast<int>(fault)];
+}
+
+void setPlan(Plan& plan, int first, int last) {
+    plan.first = first;
+    plan.last = last;
+    plan.occurred = 0;
 }
 
 }  // namespace
 
 bool faultStrikes(Fault fault) {
     Plan& plan = planOf(fault);
-    return ++plan.occurred == plan.failing;
+    const int occurrence = ++plan.occurred;
+    return occurrence >= plan.first && occurrence <= plan.last;
 }
 
 void failNthFault(Fault fault, int n) {
-    planOf(fault).failing = n;
-    planOf(fault).occurred = 0;
+    setPlan(planOf(fault), n, n);
+}
+
+void failFaultsFrom(Fault fault, int n) {
+    setPlan(planOf(fault), n, n > 0 ? kForEver : 0);
 }
 
 int faultOccurrences(Fault fault) {
@@ -41,15 +56,15 @@ bool setFaultFromText(const std::string& text) {
         return false;
     }
     int n = 0;
-    const char* end = text.data() + text.size();
+    const bool isForEver = text.back() == '+';
+    const char* end = text.data() + text.size() - (isForEver ? 1 : 0);
     const auto [rest, problem] = std::from_chars(text.data() + colon + 1, end, n);
     if (problem != std::errc() || rest != end || n < 1) {
         return false;
     }
     for (Plan& plan : g_plans) {
         if (text.compare(0, colon, plan.name) == 0) {
-            plan.failing = n;
-            plan.occurred = 0;
+            setPlan(plan, n, isForEver ? kForEver : n);
             return true;
         }
     }

@@ -14,13 +14,17 @@ enum class Fault {
     Read          // HDataReader, the unique-id file
 };
 
-// Counts one occurrence; true when it is the one that is to fail.
+// Counts one occurrence; true when it is to fail.
 bool faultStrikes(Fault fault);
 
+// Both count anew, from 1. Nothing fails where n is 0.
 void failNthFault(Fault fault, int n);
+void failFaultsFrom(Fault fault, int n);
+
 int faultOccurrences(Fault fault);
 
-// "allocation:3", "dispatch:1", "host:2" or "read:1"; false for anything else.
+// "allocation:3", "dispatch:1", "host:2" or "read:1", with a + behind it for all from that one on;
+// false for anything else.
 bool setFaultFromText(const std::string& text);
 
 }  // namespace helper

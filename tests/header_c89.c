@@ -1,6 +1,7 @@
-/* The header in the hands of a strict C89 compiler: records, enumeration, and functions of C that
+/* The headers in the hands of a strict C89 compiler: records, enumerations, and functions of C that
  * the library calls. */
 #include "tav.h"
+#include "tavsim.h"
 
 int useFromC(int *percent);
 

@@ -35,18 +35,12 @@ bool usesLibrary() {
     return library != nullptr && dlclose(library) == 0;
 }
 
-// Behind the functions of SDL and libc, nothing would keep the program off this machine's files,
-// and nothing would ever be delivered.
 bool saysWhetherInFront() {
-    const char* overtaken = front::firstOvertaken();
-    if (overtaken != nullptr) {
-        std::fprintf(stderr,
-                     "tavsim: this program finds %s and others before the simulated device, which "
-                     "therefore refuses to work. Run it with `tavsim run`, or link it with the "
-                     "output of `pkg-config --libs tav` before SDL.\n",
-                     overtaken);
+    const std::string problem = whyNotInFront();
+    if (!problem.empty()) {
+        std::fprintf(stderr, "tavsim: %s\n", problem.c_str());
     }
-    return overtaken == nullptr;
+    return problem.empty();
 }
 
 void startFromEnvironment() {
@@ -60,7 +54,8 @@ void startFromEnvironment() {
     const std::string fault = environment("TAVSIM_FAIL");
     if (!fault.empty() && !helper::setFaultFromText(fault)) {
         helper::endProgram("TAVSIM_FAIL: \"" + fault +
-                           "\" is not allocation, dispatch, host or read, a colon and a number");
+                           "\" is not allocation, dispatch, host or read, a colon and a number, "
+                           "with or without a + behind it");
     }
 }
 
@@ -82,6 +77,16 @@ bool environmentSetup(Profile* newProfile, Options* options, std::string* error)
         newProfile->plugin = true;
     }
     return true;
+}
+
+std::string whyNotInFront() {
+    const char* overtaken = front::firstOvertaken();
+    if (overtaken == nullptr) {
+        return {};
+    }
+    return "this program finds " + std::string(overtaken) +
+           " and others before the simulated device, which therefore refuses to work. Run it with "
+           "`tavsim run`, or link it with the output of `pkg-config --libs tav` before SDL.";
 }
 
 bool isStarted() {

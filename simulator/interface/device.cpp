@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <filesystem>
 #include <utility>
 
 #include "helper/faults.h"
@@ -47,6 +48,11 @@ bool startRooms(const Options& options, std::string* error) {
         return false;
     }
     if (options.control && !startControl(error)) {
+        return false;
+    }
+    if (std::error_code problem;
+        !options.pageFile.empty() && !std::filesystem::is_regular_file(options.pageFile, problem)) {
+        *error = options.pageFile + ": no such page script";
         return false;
     }
     startPage(options.pageFile);
@@ -130,6 +136,10 @@ bool Device::deliverCompass(const CompassReading& reading) {
 
 void Device::failNth(Fault fault, int n) {
     helper::failNthFault(fault, n);
+}
+
+void Device::failFrom(Fault fault, int n) {
+    helper::failFaultsFrom(fault, n);
 }
 
 int Device::occurrences(Fault fault) const {

@@ -64,7 +64,10 @@ public:
     // Lets the n-th occurrence from now fail, counting from 1, and no other; 0 lets none fail.
     void failNth(Fault fault, int n);
 
-    // How often it has occurred since failNth or the start.
+    // The same for the n-th and all after it.
+    void failFrom(Fault fault, int n);
+
+    // How often it has occurred since one of them was called, or the start.
     int occurrences(Fault fault) const;
 };
 

@@ -1,0 +1,267 @@
+#include "tavsim.h"
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+#include "simulator/control/commands.h"
+#include "simulator/control/pattern.h"
+#include "simulator/device/edge.h"
+#include "simulator/device/journal.h"
+#include "simulator/device/state.h"
+#include "simulator/interface/device.h"
+
+namespace tavsim {
+namespace {
+
+constexpr int kFailed = -1;
+constexpr int kNoEntry = -1;
+constexpr int kCannotSearch = -2;
+constexpr char kWhiteSpace[] = " \t\r\n";
+
+const char* g_error = "";
+
+template <typename Result>
+Result fail(Result result, std::string reason) {
+    static std::string& kept = *new std::string;
+    kept = std::move(reason);
+    g_error = kept.c_str();
+    return result;
+}
+
+// In a handler.
+template <typename Result>
+Result failForMemory(Result result) {
+    refuseOrEnd();
+    g_error = "there is not enough memory";
+    return result;
+}
+
+bool isThreadRight() {
+    return !isStarted() || isOnApplicationThread() ||
+           fail(false, "the device belongs to the thread that started it");
+}
+
+bool isDeviceThere() {
+    if (!isStarted()) {
+        return fail(false, "no device runs; TAVSim_Start() starts one");
+    }
+    return isThreadRight();
+}
+
+std::string textOr(const char* text) {
+    return text != nullptr ? text : "";
+}
+
+std::optional<Profile> profileFrom(const std::string& textOrName, std::string* error) {
+    const size_t first = textOrName.find_first_not_of(kWhiteSpace);
+    return first != std::string::npos && textOrName[first] == '{'
+               ? parseProfile(textOrName, "profile", error)
+               : readProfile(profilePath(textOrName), error);
+}
+
+Options optionsFrom(const TAVSim_Options& given) {
+    Options options;
+    options.virtualTime = given.realTime == 0;
+    options.control = given.control != 0;
+    options.root = textOr(given.root);
+    options.pageFile = textOr(given.page);
+    options.journalFile = textOr(given.journal);
+    return options;
+}
+
+std::int64_t firstKeptLine() {
+    return journalLength() - static_cast<std::int64_t>(journalLines().size());
+}
+
+bool isFault(int fault) {
+    return (fault >= TAVSIM_ALLOCATION && fault <= TAVSIM_READ) ||
+           fail(false, "there is no such fault");
+}
+
+bool canFail(int fault, int n) {
+    return isDeviceThere() && isFault(fault) &&
+           (n >= 0 || fail(false, "things are counted from 1"));
+}
+
+Fault faultFrom(int fault) {
+    static_assert(TAVSIM_ALLOCATION == static_cast<int>(Fault::Allocation) &&
+                  TAVSIM_DISPATCH == static_cast<int>(Fault::Dispatch) &&
+                  TAVSIM_HOST == static_cast<int>(Fault::HostRequest) &&
+                  TAVSIM_READ == static_cast<int>(Fault::Read));
+    return static_cast<Fault>(fault);
+}
+
+}  // namespace
+}  // namespace tavsim
+
+extern "C" {
+
+const char* TAVSim_GetError(void) {
+    return tavsim::g_error;
+}
+
+int TAVSim_Start(const char* profile, const TAVSim_Options* options) try {
+    using namespace tavsim;
+    if (!isThreadRight()) {
+        return kFailed;
+    }
+    device().stop();
+    if (profile == nullptr) {
+        return fail(kFailed, "the profile is null");
+    }
+    if (const std::string problem = whyNotInFront(); !problem.empty()) {
+        return fail(kFailed, problem);
+    }
+    std::string error;
+    std::optional<Profile> read = profileFrom(profile, &error);
+    const Options chosen = optionsFrom(options != nullptr ? *options : TAVSim_Options{});
+    if (read) {
+        read->plugin = read->plugin || !chosen.pageFile.empty();
+    }
+    return read && device().start(std::move(*read), chosen, &error) ? 0 : fail(kFailed, error);
+} catch (...) {
+    return tavsim::failForMemory(tavsim::kFailed);
+}
+
+int TAVSim_Stop(void) try {
+    if (!tavsim::isThreadRight()) {
+        return tavsim::kFailed;
+    }
+    tavsim::device().stop();
+    return 0;
+} catch (...) {
+    return tavsim::failForMemory(tavsim::kFailed);
+}
+
+int TAVSim_Advance(int milliseconds) try {
+    using namespace tavsim;
+    if (!isDeviceThere()) {
+        return kFailed;
+    }
+    if (milliseconds < 0) {
+        return fail(kFailed, "time cannot go back");
+    }
+    if (!isTimeVirtual()) {
+        return fail(kFailed, "the device is not in virtual time");
+    }
+    device().advance(milliseconds);
+    return 0;
+} catch (...) {
+    return tavsim::failForMemory(tavsim::kFailed);
+}
+
+const char* TAVSim_Command(const char* line) try {
+    using namespace tavsim;
+    constexpr const char* kNoText = nullptr;
+    if (!isDeviceThere()) {
+        return nullptr;
+    }
+    if (line == nullptr) {
+        return fail(kNoText, "the command is null");
+    }
+    CommandResult result = carryOut(line);
+    if (!result.error.empty()) {
+        return fail(kNoText, std::move(result.error));
+    }
+    static std::string& output = *new std::string;
+    output = std::move(result.output);
+    return output.c_str();
+} catch (...) {
+    return tavsim::failForMemory<const char*>(nullptr);
+}
+
+const char* TAVSim_State(const char* name) try {
+    using namespace tavsim;
+    constexpr const char* kNoText = nullptr;
+    if (!isDeviceThere()) {
+        return nullptr;
+    }
+    if (name == nullptr) {
+        return fail(kNoText, "the name is null");
+    }
+    const auto found = deviceState().find(name);
+    return found != deviceState().end()
+               ? found->second.c_str()
+               : fail(kNoText, "the application has done nothing to " + std::string(name));
+} catch (...) {
+    return tavsim::failForMemory<const char*>(nullptr);
+}
+
+int TAVSim_JournalLength(void) try {
+    return tavsim::isDeviceThere() ? static_cast<int>(tavsim::journalLength()) : tavsim::kFailed;
+} catch (...) {
+    return tavsim::failForMemory(tavsim::kFailed);
+}
+
+const char* TAVSim_JournalLine(int index) try {
+    using namespace tavsim;
+    constexpr const char* kNoText = nullptr;
+    if (!isDeviceThere()) {
+        return nullptr;
+    }
+    if (index < firstKeptLine() || index >= journalLength()) {
+        return fail(kNoText, "the journal has no line " + std::to_string(index));
+    }
+    return journalLines()[static_cast<size_t>(index - firstKeptLine())].c_str();
+} catch (...) {
+    return tavsim::failForMemory<const char*>(nullptr);
+}
+
+int TAVSim_FindEntry(const char* pattern, int from) try {
+    using namespace tavsim;
+    if (!isDeviceThere()) {
+        return kCannotSearch;
+    }
+    if (pattern == nullptr) {
+        return fail(kCannotSearch, "the pattern is null");
+    }
+    std::string error;
+    const std::optional<Awaited> wanted = readAwaited(pattern, &error);
+    if (!wanted) {
+        return fail(kCannotSearch, error);
+    }
+    if (wanted->within) {
+        return fail(kCannotSearch, "the journal is searched as it is; let time pass before");
+    }
+    const auto& lines = journalLines();
+    const std::int64_t skipped = std::clamp<std::int64_t>(from - firstKeptLine(), 0,
+                                                          static_cast<std::int64_t>(lines.size()));
+    const auto found =
+        std::find_if(lines.begin() + skipped, lines.end(),
+                     [&](const std::string& line) { return matches(line, wanted->pattern); });
+    return found != lines.end()
+               ? static_cast<int>(firstKeptLine() + std::distance(lines.begin(), found))
+               : kNoEntry;
+} catch (...) {
+    return tavsim::failForMemory(tavsim::kCannotSearch);
+}
+
+int TAVSim_FailNth(int fault, int n) try {
+    if (!tavsim::canFail(fault, n)) {
+        return tavsim::kFailed;
+    }
+    tavsim::device().failNth(tavsim::faultFrom(fault), n);
+    return 0;
+} catch (...) {
+    return tavsim::failForMemory(tavsim::kFailed);
+}
+
+int TAVSim_FailFrom(int fault, int n) try {
+    if (!tavsim::canFail(fault, n)) {
+        return tavsim::kFailed;
+    }
+    tavsim::device().failFrom(tavsim::faultFrom(fault), n);
+    return 0;
+} catch (...) {
+    return tavsim::failForMemory(tavsim::kFailed);
+}
+
+int TAVSim_Occurrences(int fault) try {
+    return tavsim::isDeviceThere() && tavsim::isFault(fault)
+               ? tavsim::device().occurrences(tavsim::faultFrom(fault))
+               : tavsim::kFailed;
+} catch (...) {
+    return tavsim::failForMemory(tavsim::kFailed);
+}
+}
