@@ -61,6 +61,8 @@ TEST_F(TavsimTest, RefusesWhatMakesNoSense) {
         {[] { return TAVSim_Advance(-1) == -1; }, "time cannot go back"},
         {[] { return TAVSim_Command(nullptr) == nullptr; }, "the command is null"},
         {[] { return TAVSim_Command("location error") == nullptr; }, "usage: location error CODE"},
+        {[] { return TAVSim_Command("fail host:0") == nullptr; }, "usage: fail KIND:N[+]"},
+        {[] { return TAVSim_Command("fail host:++") == nullptr; }, "usage: fail KIND:N[+]"},
         {[] { return TAVSim_State(nullptr) == nullptr; }, "the name is null"},
         {[] { return TAVSim_State("door") == nullptr; },
          "the application has done nothing to door"},
@@ -83,12 +85,12 @@ TEST_F(TavsimTest, StartsNoDeviceFromWhatIsWrong) {
         {[] { return TAVSim_Start(nullptr, nullptr) == -1; }, "the profile is null"},
         {[] { return TAVSim_Start(" \n{\"machine\": 5}", nullptr) == -1; },
          "profile: machine: must be a string"},
+        {[] { return TAVSim_Start("gramophone", nullptr) == -1; },
+         "no device \"gramophone\"; `tavsim devices` lists those that there are"},
         {[=] { return TAVSim_Start("{}", &page) == -1; }, "nowhere/page.js: no such page script"},
         {[=] { return TAVSim_Start("{}", &journal) == -1; },
          "/nowhere/journal: the journal cannot be written: No such file or directory"},
     });
-    EXPECT_EQ(TAVSim_Start("gramophone", nullptr), -1);
-    EXPECT_THAT(TAVSim_GetError(), testing::HasSubstr("gramophone.json"));
     expectRefusals(refusalsOfAll(kNoDevice));
 }
 
@@ -131,6 +133,10 @@ TEST_F(TavsimTest, OneThingOrAllFromItOnFail) {
     EXPECT_EQ(accepted(), "1100");
     EXPECT_EQ(accepted(), "0000");
     EXPECT_EQ(TAVSim_Occurrences(TAVSIM_HOST), 8);
+    EXPECT_STREQ(TAVSim_Command("fail host:4"), "");
+    EXPECT_EQ(accepted(), "1110");
+    EXPECT_STREQ(TAVSim_Command("fail host:1+"), "");
+    EXPECT_EQ(accepted(), "0000");
     TAVSim_FailFrom(TAVSIM_HOST, 0);
     EXPECT_EQ(accepted(), "1111");
 }

@@ -29,6 +29,7 @@ CommandOutcome answer(Words words);
 CommandOutcome silence(Words words);
 CommandOutcome refuse(Words words);
 CommandOutcome allow(Words words);
+CommandOutcome fail(Words words);
 
 // What it is.
 CommandOutcome setProperty(Words words);

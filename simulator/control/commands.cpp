@@ -38,6 +38,10 @@ constexpr Command kCommands[] = {
      "      requests to a service.",
      refuse},
     {"allow", "NAME|URI", "Take refuse, answer and silence back.", allow},
+    {"fail", "KIND:N[+]",
+     "Let the N-th allocation, dispatch, host request or read from now fail; with + all behind it\n"
+     "      too. The kinds are allocation, dispatch, host and read.",
+     fail},
     {"set property", "KEY VALUE", "Set a system property.", setProperty},
     {"set appinfo", "KEY VALUE", "Set a value of the application's information.", setAppinfo},
     {"set preference", "KEY JSON", "Store one of the user's preferences.", setPreference},

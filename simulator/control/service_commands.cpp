@@ -1,6 +1,7 @@
 // Commands for what the device perceives, and for what its services and its host answer.
 #include <vector>
 
+#include "helper/faults.h"
 #include "helper/json_writer.h"
 #include "simulator/bus/bus.h"
 #include "simulator/bus/profile_services.h"
@@ -154,6 +155,11 @@ CommandOutcome allow(Words words) {
         service->second.refuse = false;
     }
     return CommandResult();
+}
+
+CommandOutcome fail(Words words) {
+    const bool isSet = helper::setFaultFromText(std::string(words.rest()));
+    return isSet ? CommandOutcome(CommandResult()) : std::nullopt;
 }
 
 }  // namespace tavsim

@@ -2,7 +2,6 @@
 
 #include <unistd.h>
 
-#include <filesystem>
 #include <utility>
 
 #include "helper/faults.h"
@@ -48,11 +47,6 @@ bool startRooms(const Options& options, std::string* error) {
         return false;
     }
     if (options.control && !startControl(error)) {
-        return false;
-    }
-    if (std::error_code problem;
-        !options.pageFile.empty() && !std::filesystem::is_regular_file(options.pageFile, problem)) {
-        *error = options.pageFile + ": no such page script";
         return false;
     }
     startPage(options.pageFile);

@@ -1,6 +1,8 @@
 #include "tavsim.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <filesystem>
 #include <iterator>
 #include <utility>
 
@@ -113,13 +115,19 @@ int TAVSim_Start(const char* profile, const TAVSim_Options* options) try {
     if (const std::string problem = whyNotInFront(); !problem.empty()) {
         return fail(kFailed, problem);
     }
+    const Options chosen = optionsFrom(options != nullptr ? *options : TAVSim_Options{});
     std::string error;
     std::optional<Profile> read = profileFrom(profile, &error);
-    const Options chosen = optionsFrom(options != nullptr ? *options : TAVSim_Options{});
-    if (read) {
-        read->plugin = read->plugin || !chosen.pageFile.empty();
+    if (!read) {
+        return fail(kFailed, error);
     }
-    return read && device().start(std::move(*read), chosen, &error) ? 0 : fail(kFailed, error);
+    if (!chosen.pageFile.empty()) {
+        read->plugin = true;
+        if (std::error_code problem; !std::filesystem::is_regular_file(chosen.pageFile, problem)) {
+            return fail(kFailed, chosen.pageFile + ": no such page script");
+        }
+    }
+    return device().start(std::move(*read), chosen, &error) ? 0 : fail(kFailed, error);
 } catch (...) {
     return tavsim::failForMemory(tavsim::kFailed);
 }
@@ -225,8 +233,9 @@ int TAVSim_FindEntry(const char* pattern, int from) try {
         return fail(kCannotSearch, "the journal is searched as it is; let time pass before");
     }
     const auto& lines = journalLines();
-    const std::int64_t skipped = std::clamp<std::int64_t>(from - firstKeptLine(), 0,
-                                                          static_cast<std::int64_t>(lines.size()));
+    const auto kept = static_cast<std::int64_t>(lines.size());
+    const auto skipped =
+        static_cast<std::ptrdiff_t>(std::clamp<std::int64_t>(from - firstKeptLine(), 0, kept));
     const auto found =
         std::find_if(lines.begin() + skipped, lines.end(),
                      [&](const std::string& line) { return matches(line, wanted->pattern); });

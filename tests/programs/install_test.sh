@@ -11,8 +11,8 @@ libraries=$prefix/$TAV_LIBDIR
 unset CFLAGS LDFLAGS CPPFLAGS
 read -ra flags <<<"${TAV_FLAGS:-}"
 
-for file in bin/tavsim include/tav.h share/man/man1/tavsim.1 share/tavsim/devices/quern.json \
-    share/bash-completion/completions/tavsim; do
+for file in bin/tavsim include/tav.h include/tavsim.h share/man/man1/tavsim.1 \
+    share/tavsim/devices/quern.json share/bash-completion/completions/tavsim; do
     [ -f "$prefix/$file" ] || fail "$file is not installed"
 done
 [ -n "$(find "$prefix/share/doc" -name LICENSE)" ] || fail 'the licence is not installed'
@@ -78,6 +78,15 @@ grep -q 'NEEDED.*libtavsim' <<<"$(readelf -d silent)" ||
 read -ra linking < <(pkg-config --libs sdl tav)
 "$CC" "${flags[@]}" "${compiling[@]}" -o both service_reply.c "${linking[@]}"
 replies ./both
+
+# An application with its tests, which find the device in their own process.
+cp -R "$TAV_SOURCE/examples/station-alarm" "$work/alarm"
+cmake -S "$work/alarm" -B "$work/alarm/build" -G Ninja -DCMAKE_PREFIX_PATH="$prefix" \
+    -DCMAKE_C_COMPILER="$CC" -DCMAKE_C_FLAGS="${TAV_FLAGS:-}" >"$work/log" &&
+    cmake --build "$work/alarm/build" >>"$work/log" &&
+    ctest --test-dir "$work/alarm/build" --output-on-failure >>"$work/log" ||
+    fail "the station alarm: $(<"$work/log")"
+expect_nothing_left 'the station alarm'
 
 cp "$TAV_SOURCE/tests/programs/consumer.cmake" CMakeLists.txt
 for linker_flags in '' -Wl,--as-needed; do
