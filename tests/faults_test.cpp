@@ -1,15 +1,13 @@
-// Every fault once: the calls of the tour, again and again, and each time another allocation,
-// dispatch, host request or read fails.
+// The calls of the tour, again and again, and each time another allocation, dispatch, host request
+// or read fails: it alone, or all from there on.
 #include <filesystem>
 #include <functional>
 #include <new>
-#include <regex>
 
 #include "bridge.h"
-#include "device_test.h"
 #include "platform/hstring.h"
 #include "resources.h"
-#include "services.h"
+#include "transcript.h"
 
 extern "C" const char __executable_start, etext;
 
@@ -39,11 +37,6 @@ void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
 namespace {
 
 using tavsim::Fault;
-
-constexpr char kUndisturbed[] = "what it comes to without a fault";
-constexpr char kNoOrder[] = R"({"returnValue":false,"errorCode":-1,"errorText":"no such order"})";
-constexpr char kDeclined[] =
-    R"({"returnValue":false,"errorCode":-1,"errorText":"the purchase was declined"})";
 
 std::string outcomeOf(int code) {
     return code == TAV_NOERROR ? "ok" : std::to_string(code) + ": " + TAV_GetError();
@@ -160,129 +153,84 @@ int sendEmail() {
     return TAV_LaunchEmailTo("Scores", "1. Ann", 2, recipients);
 }
 
-// What a step may come to when a fault strikes it.
-using Struck = std::map<Fault, std::set<std::string>>;
-
 struct Step {
     std::string name;
     std::function<std::string()> run;
-    Struck struck;
 };
 
-Struck onHost(const std::string& outcome) {
-    return {{Fault::HostRequest, {outcome}}};
-}
+#define STEP(call)                            \
+    {                                         \
+#call, [] { return outcomeOf(call); } \
+    }
 
-#define STEP(call) #call, [] { return outcomeOf(call); }
-
-const std::vector<Step>& steps() {
-    static const Struck lookUp = onHost("4: ");  // the host's failures have no message
-    static const Struck control = onHost("2: Unable to communicate with app card");
-    static const Struck service = {{Fault::Dispatch, {"2: Unable to communicate with app card"}}};
-    static const Struck launch = {{Fault::Dispatch, {"2: Unable to communicate with app card"}},
-                                  {Fault::Allocation, {"2: Unable to communicate with app card"}}};
-    // An answer is not lost for want of memory to read whether it is a refusal.
-    static const Struck refused = {
-        {Fault::Dispatch, {"null: failed to dispatch call"}},
-        {Fault::Allocation, {"null: Could not allocate HString", kDeclined, kNoOrder}}};
-    static const Struck purchase = {
-        {Fault::Dispatch, {"null: failed to dispatch call"}},
-        {Fault::Allocation, {"null: Could not allocate HString", kUndisturbed}}};
-    static const auto& all = *new std::vector<Step>{
-        // Without the executable's path there are no roles, without an id the path names them.
-        {STEP(rolesAfterStart()), {{Fault::HostRequest, {"ok", "ok, roles of tour"}}}},
-        {STEP(filled(TAV_GetRegionCountryCode)), lookUp},
-        {STEP(filled(TAV_GetRegionCountryName)), lookUp},
-        {STEP(filled(TAV_GetLanguage)), lookUp},
-        {STEP(filled(TAV_GetUniqueID)), {{Fault::Read, {"9: could not read ID file"}}}},
-        {STEP(osVersion()), onHost("4: Unable to extract OS version information")},
-        {STEP(filled(appId)), lookUp},
-        {STEP(filled(dataFile).substr(0, 4)), lookUp},
-        {STEP(compass()), onHost("2: ")},
-        {STEP(TAV_SetKeyboardState(SDL_TRUE)), onHost("2: Could not communicate with card")},
-        {STEP(TAV_SetTouchAggression(1)),
-         onHost("2: Could not communicate with Touch Aggression service")},
-        {STEP(TAV_SetOrientation(TAV_ORIENTATION_RIGHT)), control},
-        {STEP(TAV_GesturesEnable(SDL_FALSE)), control},
-        {STEP(TAV_BannerMessagesEnable(SDL_FALSE)), control},
-        {STEP(TAV_CustomPauseUiEnable(SDL_TRUE)), control},
-        {STEP(TAV_ScreenTimeoutEnable(SDL_FALSE)), control},
-        {STEP(TAV_Minimize()), onHost("4: Failed IPC communication for minimize")},
-        {STEP(oneReply()),
-         {{Fault::Dispatch, {"2: Unable to dispatch service call"}},
-          {Fault::Allocation, {"", "2: Unable to dispatch service call"}}}},
-        {STEP(subscription()),
-         {{Fault::Dispatch, {"2: Unable to dispatch service call"}},
-          {Fault::Allocation, {"2: Unable to dispatch service call"}}}},
-        {STEP(location()), service},
-        {STEP(TAV_Vibrate(100, 500)), service},
-        {STEP(TAV_SetFirewallPortStatus(1025, SDL_TRUE)), service},
-        {STEP(TAV_NotifyMusicPlaying(SDL_TRUE)), service},
-        {STEP(TAV_LaunchBrowser("http://example.com/")), launch},
-        {STEP(TAV_LaunchEmail("Scores", "1. Ann")), launch},
-        {STEP(sendEmail()), launch},
-        {STEP(TAV_GetAvailableItems()), purchase},
-        {STEP(TAV_GetItemInfo("gold-skin")), purchase},
-        {STEP(TAV_GetPendingPurchaseInfo("17")), refused},
-        {STEP(TAV_PurchaseItem("extra-levels", 1, nullptr)), purchase},
-        {STEP(TAV_PurchaseItem("gold-skin", 1, "from the tour")), refused},
-        {STEP(bridge()),
-         {{Fault::HostRequest,
-           {"2: Could not register JS Handlers. Either this was not launched as a plugin, or the "
-            "IPC is not yet set up.",
-            "2: Unable to dispatch message"}}}},
-        // The last reads are the page's, of its answer.
-        {STEP(callFromPage()),
-         {{Fault::Read, {"unanswered", "", "(null)"}},
-          {Fault::Allocation,
-           {"Unknown Function: Could not allocate memory", "unanswered",
-            "unanswered: Could not allocate memory"}}}},
-    };
-    return all;
-}
+const Step kSteps[] = {
+    STEP(rolesAfterStart()),
+    STEP(filled(TAV_GetRegionCountryCode)),
+    STEP(filled(TAV_GetRegionCountryName)),
+    STEP(filled(TAV_GetLanguage)),
+    STEP(filled(TAV_GetUniqueID)),
+    STEP(osVersion()),
+    STEP(filled(appId)),
+    STEP(filled(dataFile).substr(0, 4)),
+    STEP(compass()),
+    STEP(TAV_SetKeyboardState(SDL_TRUE)),
+    STEP(TAV_SetTouchAggression(1)),
+    STEP(TAV_SetOrientation(TAV_ORIENTATION_RIGHT)),
+    STEP(TAV_GesturesEnable(SDL_FALSE)),
+    STEP(TAV_BannerMessagesEnable(SDL_FALSE)),
+    STEP(TAV_CustomPauseUiEnable(SDL_TRUE)),
+    STEP(TAV_ScreenTimeoutEnable(SDL_FALSE)),
+    STEP(TAV_Minimize()),
+    STEP(oneReply()),
+    STEP(subscription()),
+    STEP(location()),
+    STEP(TAV_Vibrate(100, 500)),
+    STEP(TAV_SetFirewallPortStatus(1025, SDL_TRUE)),
+    STEP(TAV_NotifyMusicPlaying(SDL_TRUE)),
+    STEP(TAV_LaunchBrowser("http://example.com/")),
+    STEP(TAV_LaunchEmail("Scores", "1. Ann")),
+    STEP(sendEmail()),
+    STEP(TAV_GetAvailableItems()),
+    STEP(TAV_GetItemInfo("gold-skin")),
+    STEP(TAV_GetPendingPurchaseInfo("17")),
+    STEP(TAV_PurchaseItem("extra-levels", 1, nullptr)),
+    STEP(TAV_PurchaseItem("gold-skin", 1, "from the tour")),
+    STEP(bridge()),
+    STEP(callFromPage()),
+};
+constexpr size_t kStepCount = std::size(kSteps);
 
 #undef STEP
 
-// With an event queue, since without one some builds of SDL leave a message of their own behind.
-class FaultsTest : public tavtest::EventTest {
+// What each step came to, with its failures as they were traced.
+using Outcomes = std::vector<std::string>;
+
+class FaultsTest : public tavtest::TranscriptTest {
 protected:
-    // Where the step is one call that failed with a message, the trace names the function with it,
-    // or for a purchase request the one below in which it failed.
-    void expectTraced(const std::string& step, const std::string& outcome) {
-        static const std::regex failure("(null|[0-9]): (.+)");
-        std::smatch parts;
-        if (step.starts_with("TAV_") && std::regex_match(outcome, parts, failure)) {
-            const std::string function = "tav_e " + step.substr(0, step.find('(')) + " ";
-            const std::string text = parts.str(2);
-            EXPECT_THAT(trace(), testing::Contains(testing::AnyOf(function + text,
-                                                                  "tav_e blockingKSCall " + text,
-                                                                  "tav_e dispatch " + text)));
-        }
+    void SetUp() override {
+        TranscriptTest::SetUp();
+        std::string error;
+        profile = tavsim::readProfile(tavsim::profilePath("cinnabar"), &error).value();
+        profile.root = true;  // so that start-up makes roles
+        profile.executable = "/apps/bin/tour";
     }
 
-    // The tour on a device, as root so that start-up makes roles, from a fresh start. Returns what
-    // each step came to, and which steps the n-th occurrence struck (the steps' number: none).
-    std::vector<std::string> run(bool plugin, Fault fault, int n, std::size_t* struck) {
-        std::string error;
-        tavsim::Profile profile = tavsim::readProfile(tavsim::profilePath("cinnabar"), &error)
-                                      .value_or(tavsim::Profile());
-        EXPECT_EQ(error, "");
-        profile.root = true;
-        profile.plugin = plugin;
-        profile.executable = "/apps/bin/tour";
-        startDevice(std::move(profile));
+    // All steps on a fresh device. Whatever fails, nothing is left behind.
+    Outcomes run(const std::function<void()>& arrange, std::vector<int>* occurrences = nullptr) {
+        startDevice(profile);
         const long descriptors = tavtest::openDescriptors();
-        device.failNth(fault, n);
-        *struck = steps().size();
-        std::vector<std::string> outcomes;
-        for (const Step& step : steps()) {
+        arrange();
+        Outcomes outcomes;
+        for (const Step& step : kSteps) {
             SDL_ClearError();
             trace();
-            const int before = device.occurrences(fault);
-            outcomes.push_back(step.run());
-            if (n > before && n <= device.occurrences(fault)) {
-                *struck = outcomes.size() - 1;
-                expectTraced(step.name, outcomes.back());
+            std::string outcome = step.run();
+            for (const std::string& line : trace()) {
+                outcome += line.starts_with("tav_e") ? "; " + line.substr(6) : "";
+            }
+            outcomes.push_back(outcome);
+            if (occurrences != nullptr) {
+                occurrences->push_back(device.occurrences(fault));
             }
         }
         EXPECT_EQ(device.openCalls(), std::vector<int>());
@@ -291,35 +239,71 @@ protected:
         return outcomes;
     }
 
-    void strikeEach(bool plugin, Fault fault) {
-        std::size_t struck = 0;
-        const std::vector<std::string> undisturbed = run(plugin, fault, 0, &struck);
-        const int occurrences = device.occurrences(fault);
-        EXPECT_GT(occurrences, 0);
-        for (int n = 1; n <= occurrences && !HasFailure(); ++n) {
-            std::vector<std::string> outcomes = run(plugin, fault, n, &struck);
-            ASSERT_LT(struck, steps().size());
-            const Step& step = steps()[struck];
-            SCOPED_TRACE(step.name + ", occurrence " + std::to_string(n));
-            const std::string outcome = std::exchange(outcomes[struck], undisturbed[struck]);
+    // The step that the n-th occurrence strikes is shown; the others are as without it.
+    void strikeOnce(const Outcomes& undisturbed, int count) {
+        for (int n = 1; n <= count; ++n) {
+            std::vector<int> occurrences;
+            Outcomes outcomes = run([&] { device.failNth(fault, n); }, &occurrences);
+            const auto reached = std::lower_bound(occurrences.begin(), occurrences.end(), n);
+            ASSERT_NE(reached, occurrences.end());
+            const auto struck = static_cast<size_t>(reached - occurrences.begin());
+            const bool isChanged = outcomes[struck] != undisturbed[struck];
+            note(std::to_string(n) + ": " + kSteps[struck].name + " = " +
+                 (isChanged ? outcomes[struck] : "undisturbed"));
+            outcomes[struck] = undisturbed[struck];
             EXPECT_EQ(outcomes, undisturbed) << "another step than the struck one changed";
-            ASSERT_TRUE(step.struck.count(fault) != 0) << outcome;
-            const std::set<std::string>& allowed = step.struck.at(fault);
-            EXPECT_TRUE(allowed.count(outcome) != 0 ||
-                        (allowed.count(kUndisturbed) != 0 && outcome == undisturbed[struck]))
-                << outcome;
         }
     }
+
+    // From the n-th on, all fail; for each step what it then comes to, whichever n it was.
+    void strikeFrom(const Outcomes& undisturbed, int count) {
+        std::vector<std::set<std::string>> changed(kStepCount);
+        for (int n = 1; n <= count; ++n) {
+            const Outcomes outcomes = run([&] { device.failFrom(fault, n); });
+            for (size_t step = 0; step < kStepCount; ++step) {
+                if (outcomes[step] != undisturbed[step]) {
+                    changed[step].insert(outcomes[step]);
+                }
+            }
+        }
+        for (size_t step = 0; step < kStepCount; ++step) {
+            for (const std::string& outcome : changed[step]) {
+                note("lasting: " + kSteps[step].name + " = " + outcome);
+            }
+        }
+    }
+
+    void strike(Fault kind) {
+        fault = kind;
+        for (const bool plugin : {false, true}) {
+            note(plugin ? "as a plug-in" : "as an application");
+            profile.plugin = plugin;
+            const Outcomes undisturbed = run([] {});
+            const int count = device.occurrences(fault);
+            EXPECT_GT(count, 0);
+            strikeOnce(undisturbed, count);
+            strikeFrom(undisturbed, count);
+        }
+    }
+
+    tavsim::Profile profile;
+    Fault fault = Fault::Allocation;
 };
 
-TEST_F(FaultsTest, EachIsReportedAndLeavesNothingBehind) {
-    for (const bool plugin : {false, true}) {
-        for (const Fault fault :
-             {Fault::Allocation, Fault::Dispatch, Fault::HostRequest, Fault::Read}) {
-            SCOPED_TRACE("fault " + std::to_string(static_cast<int>(fault)));
-            strikeEach(plugin, fault);
-        }
-    }
+TEST_F(FaultsTest, Allocation) {
+    strike(Fault::Allocation);
+}
+
+TEST_F(FaultsTest, Dispatch) {
+    strike(Fault::Dispatch);
+}
+
+TEST_F(FaultsTest, Host) {
+    strike(Fault::HostRequest);
+}
+
+TEST_F(FaultsTest, Read) {
+    strike(Fault::Read);
 }
 
 }  // namespace
