@@ -9,8 +9,8 @@
 #include <filesystem>
 #include <fstream>
 
-#include "device_test.h"
 #include "js/handlers.h"
+#include "transcript.h"
 
 namespace tavtest {
 
@@ -74,7 +74,7 @@ inline std::vector<pid_t> childProcesses() {
     return children;
 }
 
-class PageTest : public EventTest {
+class PageTest : public TranscriptTest {
 protected:
     struct Output {
         std::string out;
@@ -82,12 +82,12 @@ protected:
     };
 
     void SetUp() override {
-        EventTest::SetUp();
+        TranscriptTest::SetUp();
         ASSERT_NE(mkdtemp(m_folder.data()), nullptr);
     }
 
     void TearDown() override {
-        EventTest::TearDown();
+        TranscriptTest::TearDown();
         EXPECT_THAT(childProcesses(), testing::IsEmpty());
         std::filesystem::remove_all(m_folder);
     }

@@ -25,80 +25,48 @@ int socketNumber() {
 }
 
 TEST_F(PageTest, Scripts) {
-    const struct {
-        const char* script;
-        const char* out;
-        const char* err;
-    } cases[] = {
+    const char* scripts[] = {
         // Calls
-        {"var c = component;"
-         "console.log(c.methods().slice(0, 3), typeof c.add(1, 1), c.add === c.add);"
-         "console.log(c.add(2, '40'), c.call('add', 1, 2), '<' + c.callBack('x') + '>');"
-         "c.on('note', function (text, other) { console.log(text, other === null) });"
-         "console.log('late' in c, typeof c.late, typeof Duktape); c.registerMore();"
-         "console.log('late' in c, c.late('now'))",
-         "[page] add,echo,garbage string true\n[page] 42 3 <>\n[page] false undefined undefined\n"
-         "[page] true now\n[page] x true\n",
-         ""},
-
+        "var c = component;"
+        "console.log(c.methods().slice(0, 3), typeof c.add(1, 1), c.add === c.add);"
+        "console.log(c.add(2, '40'), c.call('add', 1, 2), '<' + c.callBack('x') + '>');"
+        "c.on('note', function (text, other) { console.log(text, other === null) });"
+        "console.log('late' in c, typeof c.late, typeof Duktape); c.registerMore();"
+        "console.log('late' in c, c.late('now'))",
         // Exceptions
-        {"try { component.add(1) } catch (e) { console.log(e instanceof Error, e.lineNumber) }"
-         "component.forgetAll(); console.log(component.methods().length);"
-         "try { component.call('add', 1, 2) } catch (e) { console.log(e.message) }\n"
-         "component.add(1, 2)",
-         "[page] true 1\n[page] 0\n[page] Unknown Function\n",
-         "page.js:2: TypeError: undefined not callable (property 'add' of [object Object])\n"},
-        {"\n\ncomponent.add()", "", "page.js:3: Error: add needs two numbers \xe2\x9c\x97\n"},
-        {"component.add({ toString: function () { throw new Error('no text') } }, 1)", "",
-         "page.js:1: Error: no text\n"},
-
+        "try { component.add(1) } catch (e) { console.log(e instanceof Error, e.lineNumber) }"
+        "component.forgetAll(); console.log(component.methods().length);"
+        "try { component.call('add', 1, 2) } catch (e) { console.log(e.message) }\n"
+        "component.add(1, 2)",
+        "\n\ncomponent.add()",
+        "component.add({ toString: function () { throw new Error('no text') } }, 1)",
         // Text
-        {"var smile = '\xf0\x9f\x98\x80'; console.log(smile.length, smile);"
-         "var echo = component.echo; console.log(echo(smile) === smile);"
-         "console.log('\\u00e9 \\u20ac \\ud83d \\ude00x \\ud83d\\ud83d\\ude00');"
-         "console.log([echo(null), echo(undefined), echo(1.5), echo([1, 2]), echo('')].join('|'));"
-         "console.log(escape(component.garbage()))",
-         "[page] 2 \xf0\x9f\x98\x80\n[page] true\n"
-         "[page] \xc3\xa9 \xe2\x82\xac \xef\xbf\xbd \xef\xbf\xbdx \xef\xbf\xbd\xf0\x9f\x98\x80\n"
-         "[page] ||1.5|1,2|\n"
-         "[page] a%uFFFD%uFFFD%28%uFFFD%uFFFD%uFFFD%uFFFD%uFFFD%uFFFD%uFFFDz%uFFFD%uFFFD\n",
-         ""},
-        {"console.log(); console.log('a', 1, null, undefined, true); console.warn('w', 2);"
-         "console.error('e')",
-         "[page] \n[page] a 1 null undefined true\n", "[page] w 2\n[page] e\n"},
-
+        "var smile = '\xf0\x9f\x98\x80'; console.log(smile.length, smile);"
+        "var echo = component.echo; console.log(echo(smile) === smile);"
+        "console.log('\\u00e9 \\u20ac \\ud83d \\ude00x \\ud83d\\ud83d\\ude00');"
+        "console.log([echo(null), echo(undefined), echo(1.5), echo([1, 2]), echo('')].join('|'));"
+        "console.log(escape(component.garbage()))",
+        "console.log(); console.log('a', 1, null, undefined, true); console.warn('w', 2);"
+        "console.error('e')",
         // Scripts that fail
-        {"var fine = 1;\nvar broken = ;", "",
-         "page.js:2: SyntaxError: empty expression not allowed (line 2, end of input)\n"},
-        {"console.log('before');\n\nthrow new RangeError('too far');", "[page] before\n",
-         "page.js:3: RangeError: too far\n"},
-        {"function fail() {\n  throw 'just text';\n}\nfail();", "",
-         "page.js:2: uncaught just text\n"},
-        {"throw { toString: function () { throw new Error('again') } }", "",
-         "page.js: Error: again\n"},
-        {"(function deeper() { deeper() })()", "", "page.js:1: RangeError: callstack limit\n"},
-        {"var text = 'x';\nwhile (true) text += text", "", "page.js:2: Error: alloc failed\n"},
-
-        {"while (true) setTimeout(function () {}, 1e6)", "",
-         "page.js:1: RangeError: too many timers\n"},
-
+        "var fine = 1;\nvar broken = ;",
+        "console.log('before');\n\nthrow new RangeError('too far');",
+        "function fail() {\n  throw 'just text';\n}\nfail();",
+        "throw { toString: function () { throw new Error('again') } }",
+        "(function deeper() { deeper() })()", "var text = 'x';\nwhile (true) text += text",
+        "while (true) setTimeout(function () {}, 1e6)",
         // Timers
-        {"setTimeout(function (a) { console.log('later', a) }, 300, 'x');"
-         "setTimeout(function () { console.log('sooner') }, 200);"
-         "setTimeout(function () { console.log('at once') });"
-         "setTimeout(function () { console.log('too late') }, 1001); console.log('first')",
-         "[page] first\n[page] at once\n[page] sooner\n[page] later x\n", ""},
-        {"var n = 0, timer = setInterval(function () { if (++n === 3) clearInterval(timer) }, 10);"
-         "clearTimeout(setTimeout(function () { console.log('cleared') }, 5));"
-         "setTimeout(function () { console.log(n) }, 500);"
-         "setInterval(function () { throw new Error('tick') }, 400);",
-         "[page] 3\n", "page.js:1: Error: tick\npage.js:1: Error: tick\n"},
-    };
-    for (const auto& [script, out, err] : cases) {
-        SCOPED_TRACE(script);
+        "setTimeout(function (a) { console.log('later', a) }, 300, 'x');"
+        "setTimeout(function () { console.log('sooner') }, 200);"
+        "setTimeout(function () { console.log('at once') });"
+        "setTimeout(function () { console.log('too late') }, 1001); console.log('first')",
+        "var n = 0, timer = setInterval(function () { if (++n === 3) clearInterval(timer) }, 10);"
+        "clearTimeout(setTimeout(function () { console.log('cleared') }, 5));"
+        "setTimeout(function () { console.log(n) }, 500);"
+        "setInterval(function () { throw new Error('tick') }, 400);"};
+    for (const char* script : scripts) {
         const Output output = play(script);
-        EXPECT_EQ(output.out, out);
-        EXPECT_EQ(output.err, err);
+        note(std::string(script) + "\n-- prints\n" + output.out + "-- reports\n" + output.err);
     }
 }
 
@@ -112,50 +80,31 @@ TEST_F(PageTest, StartsOnceAndOnlyWhenTheApplicationPumps) {
 }
 
 TEST_F(PageTest, ApplicationCallsThePage) {
+    const char* arguments[] = {"\xf0\x9f\x98\x80", nullptr, "", "\xff"};
     openPage(
         "component.on('draw', function () {"
         "  console.log(arguments.length, Array.prototype.join.call(arguments, '|')) });"
         "component.on('fail', function () {\n throw new Error('in the page') });");
-    const Output output = watch([this] {
-        const char* arguments[] = {"\xf0\x9f\x98\x80", nullptr, "", "\xff"};
-        EXPECT_EQ(TAV_CallJS("draw", arguments, 4), TAV_NOERROR);
-        EXPECT_EQ(TAV_CallJS("draw", nullptr, 0), TAV_NOERROR);
-        EXPECT_EQ(TAV_CallJS("fail", nullptr, 0), TAV_NOERROR);
-        EXPECT_EQ(TAV_CallJS("dance", arguments, 1), TAV_NOERROR);
+    const Output output = watch([&] {
+        CALL(TAV_CallJS("draw", arguments, 4));
+        CALL(TAV_CallJS("draw", nullptr, 0));
+        CALL(TAV_CallJS("fail", nullptr, 0));
+        CALL(TAV_CallJS("dance", arguments, 1));
         TAV_JSQuit();
-        EXPECT_EQ(TAV_CallJS("draw", arguments + 2, 1), TAV_NOERROR);
-        EXPECT_THAT(device.journal().back(),
-                    HasSubstr(R"("what":"NApp_JSCall","function":"draw")"));
+        CALL(TAV_CallJS("draw", arguments + 2, 1));
+        CALL(TAV_CallJS(nullptr, arguments, 1));
+        CALL(TAV_CallJS("draw", nullptr, 1));
+        device.profile.refused.insert("bridge");
+        CALL(TAV_CallJS("draw", arguments, 1));
     });
-    EXPECT_EQ(output.out,
-              "[page] 4 \xf0\x9f\x98\x80|||\xef\xbf\xbd\n"
-              "[page] 0 \n"
-              "[page] 1 \n");
-    EXPECT_EQ(output.err,
-              "page.js:2: Error: in the page\n"
-              "[page] nobody listens to dance\n");
-}
-
-TEST_F(PageTest, HostRefusesWhatItCannotPassOn) {
-    const char* arguments[] = {"text"};
-    const auto call = [&](const char* function = "draw") {
-        return TAV_CallJS(function, arguments, 1);
-    };
-    openPage("");
-    EXPECT_EQ(call(nullptr), TAV_ECONNECTION);
-    EXPECT_EQ(TAV_CallJS("draw", nullptr, 1), TAV_ECONNECTION);
-    EXPECT_EQ(call(), TAV_NOERROR);
-    device.profile.refused.insert("bridge");
-    EXPECT_EQ(call(), TAV_ECONNECTION);
-    EXPECT_THAT(device.journal().back(), HasSubstr(R"("outcome":"refused")"));
+    note(output.out + output.err);
 
     startPlugin({});
-    EXPECT_EQ(call(), TAV_NOERROR);
-    EXPECT_THAT(device.journal().back(), HasSubstr(R"("outcome":"accepted")"));
+    CALL(TAV_CallJS("draw", arguments, 1));
     EXPECT_THAT(childProcesses(), testing::IsEmpty());
     for (const std::string& unreadable : {m_folder, m_folder + "/none.js"}) {
         EXPECT_THAT(watch([&] { startPlugin(unreadable); }).err, HasSubstr("cannot be read: "));
-        EXPECT_EQ(call(), TAV_ECONNECTION);
+        CALL(TAV_CallJS("draw", arguments, 1));
     }
 }
 
