@@ -5,6 +5,7 @@
 #include <functional>
 #include <map>
 
+#include "simulator/bus/location.h"
 #include "simulator/bus/payment.h"
 #include "simulator/device/journal.h"
 #include "simulator/device/running.h"
@@ -62,18 +63,6 @@ Answer launch(const dom::object& request) {
     return success();
 }
 
-Answer startTracking(const dom::object&) {
-    const LocationTrack& track = profile().location;
-    Answer answer{{}, track.interval, track.interval};
-    for (const Fix& fix : track.fixes) {
-        answer.replies.emplace_back(fixReply(fix));
-    }
-    for (const int code : track.errors) {
-        answer.replies.emplace_back(locationErrorReply(code));
-    }
-    return answer;
-}
-
 using Handler = std::function<Answer(const dom::object&)>;
 
 const std::map<std::string, Handler>& handlers() {
@@ -92,25 +81,6 @@ const std::map<std::string, Handler>& handlers() {
 }
 
 }  // namespace
-
-std::string fixReply(const Fix& fix) {
-    return helper::JsonWriter()
-        .beginObject()
-        .member("errorCode", 0)
-        .member("latitude", fix.latitude)
-        .member("longitude", fix.longitude)
-        .member("altitude", fix.altitude)
-        .member("horizAccuracy", fix.horizAccuracy)
-        .member("vertAccuracy", fix.vertAccuracy)
-        .member("heading", fix.heading)
-        .member("velocity", fix.velocity)
-        .endObject()
-        .take();
-}
-
-std::string locationErrorReply(int code) {
-    return helper::JsonWriter().beginObject().member("errorCode", code).endObject().take();
-}
 
 Answer deviceServiceAnswer(const std::string& uri, const std::string& payload) {
     const auto handler = handlers().find(uri);

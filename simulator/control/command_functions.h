@@ -18,10 +18,21 @@ inline CommandResult failed(const std::string& error) {
     return {error, {}, false};
 }
 
+// The path of a file that the command names, for use while it is carried out.
+std::string pathOf(std::string_view file);
+
+// Queues a reply to every open call of the URI, as if the service had sent it now.
+CommandResult replyToAll(const std::string& uri, const std::string& text);
+
 // What the device perceives.
 CommandOutcome compass(Words words);
+CommandOutcome compassFollow(Words words);
 CommandOutcome location(Words words);
 CommandOutcome locationError(Words words);
+CommandOutcome locationLost(Words words);
+CommandOutcome locationFound(Words words);
+CommandOutcome walk(Words words);
+CommandOutcome track(Words words);
 
 // What its services and its host answer.
 CommandOutcome reply(Words words);

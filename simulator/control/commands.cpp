@@ -1,6 +1,7 @@
 #include "simulator/control/commands.h"
 
 #include <algorithm>
+#include <filesystem>
 
 #include "helper/json_writer.h"
 #include "helper/suggestion.h"
@@ -23,10 +24,20 @@ constexpr Command kCommands[] = {
      "      with these members. 0 when that is so, 1 when it is not in its time.",
      nullptr},
     {"compass", "INT DOUBLE DOUBLE", "Deliver a compass reading.", compass},
+    {"compass follow", "on|off", "Let the compass point where the device is heading, or not.",
+     compassFollow},
     {"location",
      "LATITUDE LONGITUDE ALTITUDE HORIZONTAL_ACCURACY VERTICAL_ACCURACY HEADING VELOCITY",
-     "Send a fix to whoever tracks the location.", location},
+     "Put the device there.", location},
     {"location error", "CODE", "Send an error of the location service.", locationError},
+    {"location lost", "[CODE]", "Let the device not know its position from now on.", locationLost},
+    {"location found", "", "Let it know its position again.", locationFound},
+    {"walk", "SPEED [every TIME|every METRESm] LAT,LON...",
+     "Walk from one place to the next at so many metres a second, with a fix every second, every\n"
+     "      so often or every so many metres. With one place, from where the device is.",
+     walk},
+    {"track", "FILE [FACTOR]",
+     "Move as a GPX file or an NMEA 0183 log has recorded, or at so many times that speed.", track},
     {"reply", "URI TEXT", "Send a reply to every open call and subscription of the service.",
      reply},
     {"answer", "URI TEXT",
@@ -92,9 +103,18 @@ const Command* findCommand(std::string_view name) {
     return found != std::end(kCommands) ? found : nullptr;
 }
 
+std::filesystem::path& folderOfFiles() {
+    static auto& instance = *new std::filesystem::path;
+    return instance;
+}
+
 }  // namespace
 
-CommandResult carryOut(const std::string& line) {
+std::string pathOf(std::string_view file) {
+    return folderOfFiles() / file;
+}
+
+CommandResult carryOut(const std::string& line, const std::string& folder) {
     Words behindFirst(line);
     const std::string first(behindFirst.next());
     Words behindSecond = behindFirst;
@@ -109,6 +129,7 @@ CommandResult carryOut(const std::string& line) {
     if (command->carryOut == nullptr) {
         return failed(first + " is a command of `tavsim ctl` alone");
     }
+    folderOfFiles() = folder;
     const CommandOutcome outcome = command->carryOut(words);
     return outcome ? *outcome : failed("usage: " + usageOf(*command));
 }

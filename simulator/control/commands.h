@@ -16,8 +16,9 @@ struct CommandResult {
     Milliseconds lasts = 0;  // how long what it has begun goes on by itself
 };
 
-// Carries one command line out. One that is unknown or malformed changes nothing.
-TAV_PLATFORM_API CommandResult carryOut(const std::string& line);
+// Carries one command line out. One that is unknown or malformed changes nothing. The folder is
+// where relative files that it names are looked for from; empty: the current one.
+TAV_PLATFORM_API CommandResult carryOut(const std::string& line, const std::string& folder = {});
 
 // All commands for a user to choose from: a line with each one's usage, and one that says what it
 // does.

@@ -1,33 +1,19 @@
-// Commands for what the device perceives, and for what its services and its host answer.
+// Commands for what the device's services and its host answer.
 #include <vector>
 
 #include "helper/faults.h"
 #include "helper/json_writer.h"
 #include "simulator/bus/bus.h"
 #include "simulator/bus/profile_services.h"
-#include "simulator/bus/services.h"
 #include "simulator/control/command_functions.h"
 #include "simulator/control/pattern.h"
 #include "simulator/device/refusals.h"
 #include "simulator/device/running.h"
-#include "simulator/host/compass.h"
 #include "simulator/time/clock.h"
 #include "simulator/time/queue.h"
 
 namespace tavsim {
 namespace {
-
-// Queues a reply to every open call of the URI, as if the service had sent it now.
-CommandResult replyToAll(const std::string& uri, const std::string& text) {
-    const std::vector<int> tokens = openBusCalls(uri);
-    if (tokens.empty()) {
-        return failed("no open call or subscription of " + uri);
-    }
-    for (const int token : tokens) {
-        schedule(now(), [token, text] { deliverReply(token, text); });
-    }
-    return {{}, "replied to " + std::to_string(tokens.size()) + "\n", false};
-}
 
 // The only word that is left.
 std::optional<std::string> onlyWord(Words words) {
@@ -62,38 +48,15 @@ CommandResult cannotBeRefused(const std::string& request) {
 
 }  // namespace
 
-CommandOutcome compass(Words words) {
-    CompassReading reading;
-    if (!words.areNumbers(&reading.intValue, &reading.doubleValue1, &reading.doubleValue2)) {
-        return std::nullopt;
+CommandResult replyToAll(const std::string& uri, const std::string& text) {
+    const std::vector<int> tokens = openBusCalls(uri);
+    if (tokens.empty()) {
+        return failed("no open call or subscription of " + uri);
     }
-    if (!deliverCompassReading(reading)) {
-        return failed("compass: the application has not called TAV_Init");
+    for (const int token : tokens) {
+        schedule(now(), [token, text] { deliverReply(token, text); });
     }
-    return CommandResult();
-}
-
-CommandOutcome location(Words words) {
-    Fix fix;
-    if (!words.areNumbers(&fix.latitude, &fix.longitude, &fix.altitude, &fix.horizAccuracy,
-                          &fix.vertAccuracy, &fix.heading, &fix.velocity)) {
-        return std::nullopt;
-    }
-    if (std::abs(fix.latitude) > kHighestLatitude) {
-        return failed("location: the latitude is from -90 to 90");
-    }
-    if (std::abs(fix.longitude) > kHighestLongitude) {
-        return failed("location: the longitude is from -180 to 180");
-    }
-    return replyToAll(kLocationUri, fixReply(fix));
-}
-
-CommandOutcome locationError(Words words) {
-    int code = 0;
-    if (!words.areNumbers(&code)) {
-        return std::nullopt;
-    }
-    return replyToAll(kLocationUri, locationErrorReply(code));
+    return {{}, "replied to " + std::to_string(tokens.size()) + "\n", false};
 }
 
 CommandOutcome reply(Words words) {

@@ -7,6 +7,7 @@
 #include "simulator/device/state.h"
 #include "simulator/time/clock.h"
 #include "simulator/time/queue.h"
+#include "simulator/world/position.h"
 
 namespace tavsim {
 namespace {
@@ -17,9 +18,13 @@ NApp_CompassCallback g_callback = nullptr;
 bool g_enabled = false;
 Milliseconds g_enabledAt = 0;
 size_t g_played = 0;
+bool g_follows = false;
 int g_run = 0;  // counts the times it was enabled; readings queued in an earlier run are void
 
 CompassReading nextReading() {
+    if (g_follows) {
+        return {1, presentFix().value_or(Fix()).heading, 1.0};
+    }
     const Compass& compass = profile().compass;
     if (!compass.readings.empty()) {
         const size_t last = compass.readings.size() - 1;
@@ -31,7 +36,7 @@ CompassReading nextReading() {
 
 bool hasReadings() {
     const Compass& compass = profile().compass;
-    return !compass.readings.empty() || compass.turn != 0.0;
+    return g_follows || !compass.readings.empty() || compass.turn != 0.0;
 }
 
 void scheduleReading(Milliseconds due, int run) {
@@ -42,6 +47,14 @@ void scheduleReading(Milliseconds due, int run) {
         scheduleReading(after(due, profile().compass.interval), run);
         deliverCompassReading(nextReading());
     });
+}
+
+// In place of those that are queued.
+void startReadings() {
+    ++g_run;
+    if (g_enabled && hasReadings()) {
+        scheduleReading(after(now(), profile().compass.interval), g_run);
+    }
 }
 
 }  // namespace
@@ -56,11 +69,13 @@ void enableCompass(bool enable) {
         return;
     }
     g_enabled = enable;
-    ++g_run;
-    if (enable && hasReadings()) {
-        g_enabledAt = now();
-        scheduleReading(after(g_enabledAt, profile().compass.interval), g_run);
-    }
+    g_enabledAt = now();
+    startReadings();
+}
+
+void letCompassFollow(bool follow) {
+    g_follows = follow;
+    startReadings();
 }
 
 bool deliverCompassReading(const CompassReading& reading) {
@@ -78,6 +93,7 @@ bool deliverCompassReading(const CompassReading& reading) {
 void stopCompass() {
     g_callback = nullptr;
     g_enabled = false;
+    g_follows = false;
     g_played = 0;
 }
 

@@ -12,6 +12,9 @@ void setCompassCallback(NApp_CompassCallback callback);
 // Readings come from the profile, one each interval, while it is enabled.
 void enableCompass(bool enable);
 
+// Whether the readings tell where the device is heading, in place of what the profile says.
+void letCompassFollow(bool follow);
+
 // Delivers a reading now; false when nobody has registered a callback.
 bool deliverCompassReading(const CompassReading& reading);
 

@@ -20,6 +20,7 @@
 #include "simulator/time/clock.h"
 #include "simulator/time/queue.h"
 #include "simulator/time/timers.h"
+#include "simulator/world/position.h"
 
 namespace tavsim {
 namespace {
@@ -61,6 +62,7 @@ void stopRooms() {
     clearState();
     clearRefusals();
     stopCompass();
+    stopWorld();
     stopInput();
     stopJournal();
     releaseRoot();

@@ -17,6 +17,7 @@ rooms=(
     simulator/page
     simulator/bus
     simulator/host
+    simulator/world
     simulator/device
     simulator/time
     linux/host

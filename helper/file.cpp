@@ -1,0 +1,38 @@
+#include "helper/file.h"
+
+#include <filesystem>
+#include <fstream>
+
+namespace fs = std::filesystem;
+
+namespace helper {
+
+std::optional<std::string> readFile(const std::string& path, size_t mostBytes, std::string* error) {
+    std::error_code problem;
+    const fs::file_status status = fs::status(path, problem);
+    if (!fs::exists(status)) {
+        *error = path + ": no such file";
+        return std::nullopt;
+    }
+    std::ifstream file;
+    if (fs::is_regular_file(status)) {  // the others may never end, or never even open
+        file.open(path, std::ios::binary);
+    }
+    std::string content;
+    char block[1 << 14];
+    while (file.is_open() && content.size() <= mostBytes &&
+           (file.read(block, sizeof block) || file.gcount() > 0)) {
+        content.append(block, static_cast<size_t>(file.gcount()));
+    }
+    if (!file.is_open() || file.bad()) {
+        *error = path + ": cannot be read";
+        return std::nullopt;
+    }
+    if (content.size() > mostBytes) {
+        *error = path + ": is larger than " + std::to_string(mostBytes >> 20) + " MiB";
+        return std::nullopt;
+    }
+    return content;
+}
+
+}  // namespace helper

@@ -1,0 +1,16 @@
+// Whole files.
+#ifndef TAV_HELPER_FILE_H
+#define TAV_HELPER_FILE_H
+
+#include <optional>
+#include <string>
+
+namespace helper {
+
+// The content of a regular file of at most so many bytes. Nothing, with a line in `error` that
+// begins with the path, for any other.
+std::optional<std::string> readFile(const std::string& path, size_t mostBytes, std::string* error);
+
+}  // namespace helper
+
+#endif

@@ -1,0 +1,19 @@
+// The location service, which tells where the device is.
+#ifndef TAV_SIMULATOR_BUS_LOCATION_H
+#define TAV_SIMULATOR_BUS_LOCATION_H
+
+#include <string>
+
+#include "simulator/bus/answer.h"
+
+namespace tavsim {
+
+inline constexpr char kLocationUri[] = "vire://com.vire.location/startTracking";
+
+Answer startTracking(const simdjson::dom::object& request);
+
+std::string locationErrorReply(int code);
+
+}  // namespace tavsim
+
+#endif

@@ -1,0 +1,138 @@
+// GPX: XML with a track of segments of points, or a route of points.
+#include <glib.h>
+
+#include <algorithm>
+#include <memory>
+#include <pugixml.hpp>
+
+#include "simulator/world/recordings.h"
+
+namespace tavsim {
+namespace {
+
+class Reader {
+public:
+    explicit Reader(const std::string& content) : m_content(content) {}
+
+    Track read() {
+        pugi::xml_document document;
+        const pugi::xml_parse_result result = document.load_buffer(
+            m_content.data(), m_content.size(), pugi::parse_default | pugi::parse_trim_pcdata,
+            pugi::encoding_utf8);
+        if (!result) {
+            throw TrackError{lineAt(result.offset), std::string("no XML: ") + result.description()};
+        }
+        const pugi::xml_node root = document.document_element();
+        if (nameOf(root) != "gpx") {
+            throw TrackError{lineAt(root.offset_debug()), "the element is none of GPX"};
+        }
+        for (const pugi::xml_node& track : root.children()) {
+            if (nameOf(track) == "trk") {
+                for (const pugi::xml_node& segment : track.children()) {
+                    addPoints(segment, "trkpt");
+                }
+            }
+        }
+        if (m_track.empty()) {
+            for (const pugi::xml_node& route : root.children()) {
+                addPoints(route, "rtept");
+            }
+        }
+        return std::move(m_track);
+    }
+
+private:
+    // Without the prefix of its namespace.
+    static std::string_view nameOf(const pugi::xml_node& node) {
+        const std::string_view name = node.name();
+        return name.substr(name.find(':') + 1);
+    }
+
+    static const char* textOf(const pugi::xml_node& node, std::string_view name) {
+        for (const pugi::xml_node& child : node.children()) {
+            if (nameOf(child) == name) {
+                return child.child_value();
+            }
+        }
+        return nullptr;
+    }
+
+    // The nodes come in the order of the file, so no line is counted twice.
+    int lineAt(ptrdiff_t offset) {
+        const auto end =
+            std::min(static_cast<size_t>(std::max<ptrdiff_t>(offset, 0)), m_content.size());
+        if (end < m_counted) {
+            m_counted = 0;
+            m_line = 1;
+        }
+        const auto from = m_content.begin() + static_cast<ptrdiff_t>(m_counted);
+        m_line += static_cast<int>(
+            std::count(from, m_content.begin() + static_cast<ptrdiff_t>(end), '\n'));
+        m_counted = end;
+        return m_line;
+    }
+
+    void addPoints(const pugi::xml_node& parent, std::string_view name) {
+        for (const pugi::xml_node& node : parent.children()) {
+            if (nameOf(node) == name) {
+                addPoint(node);
+            }
+        }
+    }
+
+    void addPoint(const pugi::xml_node& node) {
+        TrackPoint point;
+        point.line = lineAt(node.offset_debug());
+        Fix fix = fixOfReceiver();
+        fix.latitude = degreesIn(node, "lat", kHighestLatitude);
+        fix.longitude = degreesIn(node, "lon", kHighestLongitude);
+        if (const char* elevation = textOf(node, "ele")) {
+            const std::optional<double> altitude = numberIn(elevation);
+            if (!altitude) {
+                throw TrackError{m_line, "ele must be a number"};
+            }
+            fix.altitude = *altitude;
+        }
+        if (const char* time = textOf(node, "time")) {
+            point.time = timeIn(time);
+        }
+        point.fix = fix;
+        m_track.push_back(point);
+    }
+
+    double degreesIn(const pugi::xml_node& node, const char* name, double highest) const {
+        const std::optional<double> degrees = numberIn(node.attribute(name).value());
+        if (!degrees || std::abs(*degrees) > highest) {
+            const std::string limit = std::to_string(static_cast<int>(highest));
+            throw TrackError{
+                m_line, std::string(name) + " must be a number from -" + limit + " to " + limit};
+        }
+        return *degrees;
+    }
+
+    Milliseconds timeIn(const char* text) const {
+        const std::unique_ptr<GTimeZone, decltype(&g_time_zone_unref)> utc(g_time_zone_new_utc(),
+                                                                           g_time_zone_unref);
+        GDateTime* time = g_date_time_new_from_iso8601(text, utc.get());
+        if (time == nullptr) {
+            throw TrackError{m_line, "time must be a date and time, such as 2026-05-01T10:00:00Z"};
+        }
+        const Milliseconds read =
+            g_date_time_to_unix(time) * 1000 + g_date_time_get_microsecond(time) / 1000;
+        g_date_time_unref(time);
+        return read;
+    }
+
+    const std::string& m_content;
+    Track m_track;
+    size_t m_counted = 0;
+    int m_line = 1;
+};
+
+}  // namespace
+
+Track pointsOfGpx(const std::string& content) {
+    return Reader(content).read();
+}
+
+}  // namespace tavsim

@@ -1,0 +1,148 @@
+#include "simulator/world/position.h"
+
+#include <utility>
+
+#include "simulator/device/running.h"
+#include "simulator/device/state.h"
+#include "simulator/time/queue.h"
+
+namespace tavsim {
+namespace {
+
+constexpr char kMovement[] = "movement";
+constexpr char kLocation[] = "location";
+
+struct World {
+    std::optional<Fix> position;
+    std::optional<int> lost;  // the error that is told in place of the position
+    Way way;                  // none: the device stands
+    bool isNamed = false;     // the way has a name in the device's state
+    Milliseconds begin = 0;
+    int run = 0;  // counts the ways; moments of earlier ones are void
+    bool isPlaced = false;
+};
+
+World& world() {
+    // Never destroyed: the device ends after static objects do.
+    static World& instance = *new World;
+    return instance;
+}
+
+void announceSoon(const Report& report) {
+    schedule(now(), [report] { announce(report); });
+}
+
+void endWay(const char* outcome) {
+    ++world().run;
+    world().way = nullptr;
+    if (std::exchange(world().isNamed, false)) {
+        setState(kMovement, outcome);
+    }
+}
+
+void reach(const Moment& moment) {
+    if (const Fix* fix = std::get_if<Fix>(&moment.report)) {
+        world().position = *fix;
+    }
+    if (!world().lost) {
+        announce(moment.report);
+    }
+}
+
+void scheduleMoment() {
+    const std::optional<Moment> moment = world().way();
+    if (!moment) {
+        endWay("arrived");
+        return;
+    }
+    schedule(after(world().begin, moment->at), [moment = *moment, run = world().run] {
+        if (run != world().run) {
+            return;
+        }
+        reach(moment);
+        if (run == world().run) {  // the application's function may have changed it
+            scheduleMoment();
+        }
+    });
+}
+
+void begin(Way way) {
+    world().isPlaced = true;
+    world().way = std::move(way);
+    world().begin = now();
+    scheduleMoment();
+}
+
+// The fixes, then the errors, one each interval.
+Way wayOfProfile() {
+    return [played = size_t{0}]() mutable -> std::optional<Moment> {
+        const LocationTrack& track = profile().location;
+        const size_t next = played++;
+        const Milliseconds at = static_cast<Milliseconds>(played) * track.interval;
+        if (next < track.fixes.size()) {
+            return Moment{at, track.fixes[next]};
+        }
+        const size_t error = next - track.fixes.size();
+        return error < track.errors.size() ? std::optional(Moment{at, track.errors[error]})
+                                           : std::nullopt;
+    };
+}
+
+}  // namespace
+
+void placeDevice(const Fix& fix) {
+    endWay("stopped");
+    world().isPlaced = true;
+    world().position = fix;
+    if (!world().lost) {
+        announceSoon(fix);
+    }
+}
+
+void setOut(const std::string& movement, Way way) {
+    endWay("stopped");
+    setState(kMovement, movement);
+    world().isNamed = true;
+    begin(std::move(way));
+}
+
+void loseLocation(int code) {
+    world().lost = code;
+    setState(kLocation, "lost");
+    announceSoon(code);
+}
+
+bool findLocation() {
+    if (!world().lost) {
+        return false;
+    }
+    world().lost.reset();
+    setState(kLocation, "found");
+    if (world().position) {
+        announceSoon(*world().position);
+    }
+    return true;
+}
+
+std::optional<Report> beginTracking() {
+    if (!world().isPlaced) {
+        begin(wayOfProfile());
+    }
+    if (world().lost) {
+        return *world().lost;
+    }
+    return world().position ? std::optional<Report>(*world().position) : std::nullopt;
+}
+
+std::optional<Fix> presentFix() {
+    const std::vector<Fix>& fixes = profile().location.fixes;
+    return world().position || fixes.empty() ? world().position : std::optional(fixes.front());
+}
+
+void stopWorld() {
+    const int run = world().run;
+    world() = World();
+    world().run = run + 1;
+}
+
+}  // namespace tavsim

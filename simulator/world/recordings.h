@@ -1,0 +1,43 @@
+// The two forms in which receivers record tracks.
+#ifndef TAV_SIMULATOR_WORLD_RECORDINGS_H
+#define TAV_SIMULATOR_WORLD_RECORDINGS_H
+
+#include <charconv>
+#include <cmath>
+#include <string>
+#include <string_view>
+
+#include "simulator/world/track.h"
+
+namespace tavsim {
+
+// What is wrong with a file, and the line that it is wrong in.
+struct TrackError {
+    int line;
+    std::string what;
+};
+
+// The points as they are in the file. Throws a TrackError.
+Track pointsOfGpx(const std::string& content);
+Track pointsOfNmea(const std::string& content);
+
+// How well a receiver knows where it is, in metres.
+inline Fix fixOfReceiver() {
+    Fix fix;
+    fix.horizAccuracy = 5.0;
+    fix.vertAccuracy = 10.0;
+    return fix;
+}
+
+// A number that is all of the text.
+inline std::optional<double> numberIn(std::string_view text) {
+    double number = 0.0;
+    const char* end = text.data() + text.size();
+    const auto [at, problem] = std::from_chars(text.data(), end, number);
+    return problem == std::errc() && at == end && std::isfinite(number) ? std::optional(number)
+                                                                        : std::nullopt;
+}
+
+}  // namespace tavsim
+
+#endif

@@ -1,0 +1,36 @@
+// Tracks of both forms. Input: the file.
+#include <cmath>
+
+#include "fuzz.h"
+#include "simulator/world/track.h"
+
+using tavfuzz::expect;
+
+int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
+    return 0;
+}
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
+    const std::string content = tavfuzz::Input(bytes, size).rest();
+    std::string error;
+    const std::optional<tavsim::Track> track = tavsim::parseTrack(content, "fuzz.gpx", &error);
+    if (!track) {
+        expect(error.starts_with("fuzz.gpx:"), "an error names the file");
+        expect(error.find_first_of("\n\r") == std::string::npos, "an error is one line");
+        return 0;
+    }
+    expect(error.empty() && !track->empty(), "a track that was read has points and no error");
+    tavsim::Milliseconds last = 0;
+    for (const tavsim::TrackPoint& point : *track) {
+        expect(point.time && *point.time >= last, "time does not go back");
+        last = *point.time;
+        const tavsim::Fix fix = point.fix.value_or(tavsim::Fix());
+        expect(std::abs(fix.latitude) <= tavsim::kHighestLatitude &&
+                   std::abs(fix.longitude) <= tavsim::kHighestLongitude,
+               "a point is on the earth");
+        expect(std::isfinite(fix.altitude) && std::isfinite(fix.heading) &&
+                   std::isfinite(fix.velocity),
+               "a fix has numbers");
+    }
+    return 0;
+}
