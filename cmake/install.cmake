@@ -18,6 +18,8 @@ else()
     install(FILES tools/completion.bash RENAME tavsim
             DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
     install(FILES include/tavsim.h TYPE INCLUDE)
+    install(DIRECTORY python/tavsim DESTINATION ${TAV_PYTHON_DIR}
+            FILES_MATCHING PATTERN *.py PATTERN py.typed PATTERN __pycache__ EXCLUDE)
     install(DIRECTORY simulator/devices DESTINATION ${TAV_DATA_DIR})
     install(FILES docs/tavsim.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 endif()
@@ -28,7 +30,8 @@ install(FILES LICENSE TYPE DOC)
 
 install(EXPORT tavTargets NAMESPACE tav:: DESTINATION ${TAV_CMAKE_DIR})
 configure_package_config_file(cmake/tavConfig.cmake.in ${PROJECT_BINARY_DIR}/tavConfig.cmake
-                              INSTALL_DESTINATION ${TAV_CMAKE_DIR})
+                              INSTALL_DESTINATION ${TAV_CMAKE_DIR}
+                              PATH_VARS TAV_PYTHON_DIR)
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/tavConfigVersion.cmake
                                  COMPATIBILITY SameMajorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/tavConfig.cmake ${PROJECT_BINARY_DIR}/tavConfigVersion.cmake

@@ -121,11 +121,12 @@ std::string whyNoDevice(const std::string& path, bool isInterpreter, int depth) 
 }  // namespace
 
 std::string findProgram(const std::string& name, int* problem) {
-    *problem = 0;
-    if (name.find('/') != std::string::npos) {
-        return name;
-    }
     *problem = ENOENT;
+    if (name.find('/') != std::string::npos) {
+        std::error_code unknown;
+        *problem = fs::exists(name, unknown) ? EACCES : ENOENT;
+        return isExecutableFile(name, problem) ? name : std::string();
+    }
     const char* path = std::getenv("PATH");
     std::istringstream folders(path != nullptr ? path : kDefaultPath);
     for (std::string folder; std::getline(folders, folder, ':');) {

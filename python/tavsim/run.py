@@ -1,0 +1,291 @@
+"""A program on a simulated device."""
+
+from __future__ import annotations
+
+import json
+import os
+import shutil
+import subprocess
+import tempfile
+import time
+import weakref
+from collections.abc import Iterator, Mapping, Sequence
+from pathlib import Path
+from types import TracebackType
+from typing import Any, Union
+
+from tavsim.journal import Entry, Journal, matches
+from tavsim.process import Error, NotHappened, end, end_and_remove, find_tool, reason
+
+_LOOK_S = 0.01  # between two looks at a file or a process
+_WRITTEN = ("output", "errors")
+_NOT_SET_UP = (2, 127)  # how `tavsim run` ends when it cannot start the program
+_LINES_SHOWN = 10
+_ASKED_S = 5.0  # how long the program has when it is asked to quit
+
+StrPath = Union[str, "os.PathLike[str]"]
+
+
+class Run:
+    """A program that runs on a simulated device, from the start on.
+
+    As a context manager it ends the program at the block's end, as end() does, and as close() does
+    where the block ends by an exception. However it is used, nothing of it runs when Python has ended.
+    """
+
+    def __init__(
+        self,
+        program: StrPath | Sequence[StrPath],
+        *,
+        device: StrPath | Mapping[str, Any] = "cinnabar",
+        root: StrPath | None = None,
+        page: StrPath | None = None,
+        plugin: bool = False,
+        virtual_time: bool = False,
+        environment: Mapping[str, str] | None = None,
+        limit: float = 60.0,
+        options: Sequence[str] = (),
+    ) -> None:
+        """Starts the program. Raises Error when that, or the device, is not possible.
+
+        program: its name or path, or a list of it and its arguments.
+        device: the name of a device, the path of a profile, or a profile as a dictionary.
+        root: the folder of the device's files, kept; without one a fresh one, removed at the end.
+        page: the script of the page whose plug-in the program is; plugin: one that never calls.
+        virtual_time: let waiting cost nothing. The program then goes through as fast as it can,
+            without a regard to the commands that it is sent meanwhile.
+        environment: variables in addition to the test's own. Without an SDL_VIDEODRIVER or
+            SDL_AUDIODRIVER in either, the program gets "dummy" and needs no display.
+        limit: the seconds after which the program is ended in any case.
+        options: further options of `tavsim run`.
+        """
+        self._folder = Path(tempfile.mkdtemp(prefix="tavsim-python-"))
+        try:
+            self._root = Path(root).absolute() if root is not None else self._folder / "root"
+            self._journal = Journal(self._folder / "journal")
+            self._awaited = 0  # the first entry that wait_for() looks at
+            self._tool = find_tool()
+            command = [
+                *(self._tool, "run", "--root", str(self._root), "--timeout", str(limit)),
+                *("--device", self._device_name(device)),
+                *("--journal", str(self._folder / "journal")),
+                *(["--page", os.fspath(page)] if page is not None else []),
+                *(["--plugin"] if plugin else []),
+                *(["--virtual-time"] if virtual_time else []),
+                *options,
+                "--",
+                *([program] if isinstance(program, (str, os.PathLike)) else program),
+            ]
+            self._process = self._start(command, environment or {})
+        except BaseException:
+            shutil.rmtree(self._folder, ignore_errors=True)
+            raise
+        self._finish = weakref.finalize(self, end_and_remove, self._process, self._folder)
+        try:
+            self._wait_until_set_up()
+        except BaseException:
+            self.close()
+            raise
+
+    def __enter__(self) -> Run:
+        return self
+
+    def __exit__(
+        self,
+        kind: type[BaseException] | None,
+        error: BaseException | None,
+        trace: TracebackType | None,
+    ) -> None:
+        try:
+            if kind is None:
+                self.end()
+        finally:
+            self.close()
+
+    @property
+    def root(self) -> Path:
+        """The root folder of the device."""
+        return self._root
+
+    @property
+    def status(self) -> int | None:
+        """The exit status, as of `tavsim run`; None while the program runs."""
+        return self._process.poll()
+
+    @property
+    def output(self) -> str:
+        """What the program has written on its standard output so far."""
+        return self._written("output")
+
+    @property
+    def errors(self) -> str:
+        """What the program, and tavsim, have written on standard error so far."""
+        return self._written("errors")
+
+    def command(self, line: str, *, within: float = 10.0) -> str:
+        """Carries out a command of `tavsim ctl` and returns what it prints.
+
+        The application does so the next time that it handles SDL's events; it has that many seconds.
+        Raises Error when the command is refused, or the application does not answer in time.
+        """
+        deadline = time.monotonic() + within
+        while not (self._root / "control").exists() and time.monotonic() < deadline:
+            self._raise_if_ended()
+            time.sleep(_LOOK_S)
+        left = max(deadline - time.monotonic(), _LOOK_S)
+        done = subprocess.run(
+            [self._tool, "ctl", "--root", str(self._root), "--timeout", f"{left:.3f}", line],
+            stdin=subprocess.DEVNULL,
+            capture_output=True,
+            encoding="utf-8",
+            errors="replace",
+            check=False,
+        )
+        if done.returncode != 0:
+            raise Error(reason(done.stderr))
+        return done.stdout
+
+    def state(self) -> dict[str, Any]:
+        """What the application has made of the device, as `tavsim ctl state --json` tells it.
+
+        A dictionary with machine, plugin, openCalls, refused and, in a dictionary, state.
+        """
+        told: dict[str, Any] = json.loads(self.command("state --json"))
+        return told
+
+    def entries(self) -> Iterator[Entry]:
+        """The entries of the journal from the first to the last, as they are written.
+
+        Waits for more as long as the program runs.
+        """
+        index = 0
+        while True:
+            has_ended = self.status is not None
+            self._journal.read()
+            while index < len(self._journal.entries):
+                yield self._journal.entries[index]
+                index += 1
+            if has_ended:
+                return
+            time.sleep(_LOOK_S)
+
+    def journal(self) -> list[Entry]:
+        """The entries of the journal so far."""
+        self._journal.read()
+        return list(self._journal.entries)
+
+    def wait_for(self, *, within: float = 10.0, **members: str) -> Entry:
+        """Waits until the journal has an entry with these members, and returns it.
+
+            run.wait_for(kind="bus", what="call*", uri="*vibrate*", within=5)
+
+        In a value, * stands for any characters and ? for one. Each call goes on behind the entry that
+        the one before has found. Raises NotHappened after so many seconds, or when the program ends.
+        """
+        deadline = time.monotonic() + within
+        while True:
+            has_ended = self.status is not None
+            is_over = time.monotonic() >= deadline
+            self._journal.read()
+            for index in range(self._awaited, len(self._journal.entries)):
+                if matches(self._journal.entries[index], members):
+                    self._awaited = index + 1
+                    return self._journal.entries[index]
+            if has_ended:
+                self._raise_if_not_set_up()
+                raise NotHappened(self._missing(members, f"until it ended with {self.status}"))
+            if is_over:
+                raise NotHappened(self._missing(members, f"within {within:g} s"))
+            time.sleep(_LOOK_S)
+
+    def wait_ready(self, *, within: float = 10.0) -> None:
+        """Waits until the application handles SDL's events."""
+        self.command("state", within=within)
+
+    def quit(self) -> None:
+        """Sends the application an SDL_QUIT, and does not wait for its end."""
+        self.command("quit")
+
+    def wait(self, *, within: float | None = None) -> int:
+        """Waits until the program has ended, by default as long as it may run; returns its status.
+
+        Raises NotHappened after so many seconds, and Error when the device could not be started.
+        """
+        try:
+            status = self._process.wait(within)
+        except subprocess.TimeoutExpired:
+            raise NotHappened(f"the program has not ended within {within:g} s") from None
+        self._raise_if_not_set_up()
+        return status
+
+    def end(self) -> int:
+        """Asks the program to quit, kills it when it still runs 5 seconds later.
+
+        Returns its status, as wait() does.
+        """
+        end(self._process, patience=_ASKED_S)
+        return self.wait()
+
+    def close(self) -> None:
+        """Ends the program if it still runs, patient for a moment only, and removes the run's files.
+
+        A root folder that was given stays.
+
+        Journal, status and what the program has written can still be read.
+        """
+        if not self._finish.alive:
+            return
+        end(self._process)
+        self._journal.read()
+        self._kept = {name: self._written(name) for name in _WRITTEN}
+        self._finish()
+
+    def _device_name(self, device: StrPath | Mapping[str, Any]) -> str:
+        if not isinstance(device, Mapping):
+            return os.fspath(device)
+        path = self._folder / "device.json"
+        path.write_text(json.dumps(device), encoding="utf-8")
+        return str(path)
+
+    def _start(self, command: Sequence[StrPath], extra: Mapping[str, str]) -> subprocess.Popen[bytes]:
+        environment = {"SDL_VIDEODRIVER": "dummy", "SDL_AUDIODRIVER": "dummy", **os.environ, **extra}
+        written = [(self._folder / name).open("wb") for name in _WRITTEN]
+        with written[0] as output, written[1] as errors:
+            return subprocess.Popen(
+                command, stdin=subprocess.DEVNULL, stdout=output, stderr=errors, env=environment
+            )
+
+    # `tavsim run` claims the folder when it has looked at all else that it is given.
+    def _wait_until_set_up(self) -> None:
+        while not (self._root / ".run").is_symlink():
+            if self.status is not None:
+                self._raise_if_not_set_up()
+                return
+            time.sleep(_LOOK_S)
+
+    def _written(self, name: str) -> str:
+        if not self._finish.alive:
+            return self._kept[name]
+        return (self._folder / name).read_text(encoding="utf-8", errors="replace")
+
+    def _raise_if_not_set_up(self) -> None:
+        errors = self.errors
+        is_tavsims = errors.startswith("tavsim: ") or not self._root.exists()
+        if self.status in _NOT_SET_UP and is_tavsims:
+            raise Error(reason(errors))
+
+    def _raise_if_ended(self) -> None:
+        if self.status is not None:
+            self._raise_if_not_set_up()
+            raise Error(f"the program has ended with {self.status}\n{self.errors}".rstrip())
+
+    def _missing(self, members: Mapping[str, str], until: str) -> str:
+        wanted = " ".join(f"{name}={glob}" for name, glob in members.items())
+        shown = [json.dumps(entry) for entry in self._journal.entries[-_LINES_SHOWN:]]
+        text = f"the program did nothing like {wanted} {until}"
+        for title, lines in (
+            ("the journal's end", shown),
+            ("its standard error's", self.errors.splitlines()[-_LINES_SHOWN:]),
+        ):
+            text += "".join(f"\n  {line}" for line in [f"{title}:", *lines]) if lines else ""
+        return text
