@@ -11,8 +11,9 @@ libraries=$prefix/$TAV_LIBDIR
 unset CFLAGS LDFLAGS CPPFLAGS
 read -ra flags <<<"${TAV_FLAGS:-}"
 
-for file in lib/python3/dist-packages/tavsim/py.typed bin/tavsim include/tav.h include/tavsim.h share/man/man1/tavsim.1 \
-    share/tavsim/devices/quern.json share/bash-completion/completions/tavsim; do
+for file in bin/tavsim include/tav.h include/tavsim.h share/man/man1/tavsim.1 \
+    share/tavsim/devices/quern.json share/bash-completion/completions/tavsim \
+    lib/python3/dist-packages/tavsim/py.typed; do
     [ -f "$prefix/$file" ] || fail "$file is not installed"
 done
 [ -n "$(find "$prefix/share/doc" -name LICENSE)" ] || fail 'the licence is not installed'
