@@ -107,19 +107,25 @@ TEST_F(PurchaseTest, AReturnValueThatReadsFalseIsAFailure) {
     }
 }
 
-using EndlessPurchaseTest = tavtest::EventTest;
+using QuitWhileItWaitsTest = tavtest::EventTest;
 
-TEST_F(EndlessPurchaseTest, IsRefusedWhenTheApplicationIsAskedToQuitAndItIsAskedAgain) {
+TEST_F(QuitWhileItWaitsTest, EndsAnEndlessPurchaseAndReachesTheApplicationAfterwards) {
     device.profile.items = {{"ship", "", "", tavsim::Purchase::Silent}};
-    SDL_Event event{};
-    event.type = SDL_QUIT;
-    ASSERT_EQ(SDL_PushEvent(&event), 0);
-    EXPECT_THAT(take(TAV_PurchaseItem("ship", 1, nullptr)), testing::HasSubstr("the user left"));
-    EXPECT_EQ(SDL_PollEvent(&event), 0);
-    device.advance(100);
-    ASSERT_EQ(SDL_PollEvent(&event), 1);
-    EXPECT_EQ(event.type, SDL_QUIT);
-    EXPECT_EQ(SDL_PollEvent(&event), 0) << "no purchase waits any more";
+    // The second one is asked to quit in the very moment of its answer, too.
+    const std::pair<std::function<std::string()>, std::string> calls[] = {
+        {[] { return take(TAV_PurchaseItem("ship", 1, nullptr)); }, "the user left"},
+        {[] { return take(TAV_GetItemInfo("ship")); }, "ship"}};
+    for (const auto& [call, answer] : calls) {
+        SDL_Event event{};
+        event.type = SDL_QUIT;
+        ASSERT_EQ(SDL_PushEvent(&event), 0);
+        EXPECT_THAT(call(), testing::HasSubstr(answer));
+        EXPECT_EQ(SDL_PollEvent(&event), 0);
+        device.advance(100);
+        ASSERT_EQ(SDL_PollEvent(&event), 1) << answer;
+        EXPECT_EQ(event.type, SDL_QUIT);
+        EXPECT_EQ(SDL_PollEvent(&event), 0) << "nothing waits any more";
+    }
 }
 
 }  // namespace

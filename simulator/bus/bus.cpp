@@ -7,6 +7,7 @@
 #include "helper/faults.h"
 #include "platform/hkscaller.h"
 #include "platform/napp.h"
+#include "simulator/bus/payment.h"
 #include "simulator/bus/profile_services.h"
 #include "simulator/bus/services.h"
 #include "simulator/device/edge.h"
@@ -23,6 +24,9 @@ enum class Kind { OneWay, OneReply, Subscription };
 
 constexpr const char* kKindNames[] = {"call", "callWithResponse", "subscribe"};
 
+// The library takes all events of a moment before it sees that its request has been answered.
+constexpr Milliseconds kSameMoment = 10;
+
 struct Call {
     std::string uri;
     std::string payload;
@@ -35,6 +39,7 @@ struct Call {
 struct Bus {
     std::map<int, Call> open;  // by token, so in the order of dispatch
     int lastToken = 0;
+    std::optional<Milliseconds> paymentAnswered;  // when it last was
 };
 
 Bus& bus() {
@@ -120,6 +125,7 @@ int dispatch(Kind kind, const char* uri, const char* payload, bool option,
 
 void clearBus() {
     bus().open.clear();
+    bus().paymentAnswered.reset();
     clearProfileServices();
 }
 
@@ -131,6 +137,14 @@ std::vector<int> openBusCalls(const std::string& uri) {
         }
     }
     return tokens;
+}
+
+bool isPaymentAwaited() {
+    if (bus().paymentAnswered && now() - *bus().paymentAnswered < kSameMoment) {
+        return true;
+    }
+    return std::any_of(bus().open.begin(), bus().open.end(),
+                       [](const auto& open) { return open.second.uri.starts_with(kPayment); });
 }
 
 void answerFromNowOn(const std::string& uri, const std::optional<std::string>& text) {
@@ -167,6 +181,9 @@ bool deliverReply(int token, const Reply& reply) {
         .member("token", token)
         .member("uri", found->second.uri)
         .member("reply", text);
+    if (found->second.uri.starts_with(kPayment)) {
+        bus().paymentAnswered = now();
+    }
     if (found->second.kind == Kind::OneReply) {
         bus().open.erase(found);
     }

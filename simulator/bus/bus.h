@@ -15,6 +15,9 @@ void clearBus();
 
 std::vector<int> openBusCalls(const std::string& uri);
 
+// Whether a request waits for the payment service, or did so until this moment.
+bool isPaymentAwaited();
+
 // From now on the service answers with this text, which its open subscriptions receive at once, in
 // the place of what was on its way to them. Without a text it answers nothing, and what is on its
 // way to anybody does not arrive.

@@ -6,6 +6,7 @@
 
 namespace tavsim {
 
+inline constexpr char kPayment[] = "vire://com.vire.service.payment/";
 inline constexpr char kPurchaseUri[] = "vire://com.vire.service.payment/purchaseItem";
 
 Answer availableItems(const simdjson::dom::object& request);
@@ -13,8 +14,8 @@ Answer itemInfo(const simdjson::dom::object& request);
 Answer purchaseItem(const simdjson::dom::object& request);
 Answer pendingPurchase(const simdjson::dom::object& request);
 
-// The user leaves: every purchase that still waits for an answer is refused. False without one.
-bool refuseOpenPurchases();
+// The user leaves: every purchase that still waits for an answer is refused.
+void refuseOpenPurchases();
 
 }  // namespace tavsim
 

@@ -7,6 +7,7 @@
 #include "SDL.h"
 #include "front/events.h"
 #include "front/next.h"
+#include "simulator/bus/bus.h"
 #include "simulator/bus/payment.h"
 #include "simulator/control/control.h"
 #include "simulator/device/edge.h"
@@ -21,7 +22,7 @@ namespace {
 using SteadyClock = std::chrono::steady_clock;
 
 constexpr Milliseconds kWaitStep = 10;  // between two looks at SDL's queue
-// By then, the library no longer waits for the purchase and so leaves events to the application.
+// By then, the library no longer waits for a purchase and so leaves events to the application.
 constexpr Milliseconds kUntilAskedAgain = 100;
 // Serving the control socket takes system calls, so it is not done with every poll.
 constexpr std::chrono::milliseconds kControlPause(5);
@@ -84,12 +85,13 @@ void deliver() try {
     tavsim::endProgramByException();
 }
 
-// While the library waits for a purchase it drops the events that it takes. Who asks the
+// While the library waits for the payment service it drops the events that it takes. Who asks the
 // application to quit then would wait for ever.
 void taken(const SDL_Event& event) try {
-    if (event.type != SDL_QUIT || !tavsim::isStarted() || !tavsim::refuseOpenPurchases()) {
+    if (event.type != SDL_QUIT || !tavsim::isStarted() || !tavsim::isPaymentAwaited()) {
         return;
     }
+    tavsim::refuseOpenPurchases();
     tavsim::schedule(tavsim::after(tavsim::now(), tavsim::kUntilAskedAgain), [] {
         SDL_Event again{};
         again.type = SDL_QUIT;
