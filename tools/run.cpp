@@ -3,15 +3,21 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <optional>
 
 #include "environment.h"
+#include "judge.h"
+#include "output_watch.h"
 #include "program.h"
 #include "run_folder.h"
 #include "simulator/device/profile.h"
 #include "simulator/device/trusted_folder.h"
+#include "simulator/scenario/reader.h"
+#include "simulator/scenario/verdict.h"
 #include "supervisor.h"
 #include "tools/process/signals.h"
 
@@ -22,6 +28,7 @@ namespace {
 
 constexpr int kBadSetup = 2;
 constexpr int kCannotStart = 127;
+constexpr char kUsualDevice[] = "cinnabar";
 
 constexpr char kNoPreload[] =
     "the simulated device is installed in a folder whose name holds a blank, a colon or a dollar, "
@@ -52,10 +59,36 @@ std::string whyNoSetup(const RunRequest& request) {
                                 : tavsim::makeTrustedRoot(absolutePath(request.root));
 }
 
+// Nothing, having said why, when there is a scenario and it is malformed.
+std::optional<tavsim::Scenario> scenarioOf(const RunRequest& request) {
+    if (request.scenario.empty()) {
+        return tavsim::Scenario();
+    }
+    std::string error;
+    std::optional<tavsim::Scenario> scenario = tavsim::readScenario(request.scenario, &error);
+    if (!scenario) {
+        std::fprintf(stderr, "%s\n", error.c_str());
+    }
+    return scenario;
+}
+
 }  // namespace
 
-int run(const RunRequest& request) {
+int run(RunRequest request) {
     const Signals signals;
+    const std::optional<tavsim::Scenario> scenario = scenarioOf(request);
+    if (!scenario) {
+        return kBadSetup;
+    }
+    if (!request.scenario.empty()) {
+        adoptHeader(*scenario, &request);
+    }
+    if (request.device.empty()) {
+        request.device = kUsualDevice;
+    }
+    if (request.command.empty()) {
+        return complain("run: no program given");
+    }
     if (const std::string reason = whyNoSetup(request); !reason.empty()) {
         return complain(reason);
     }
@@ -78,8 +111,15 @@ int run(const RunRequest& request) {
     if (!request.journal.empty() && !emptyJournal(request.journal)) {
         return complain(request.journal + ": the journal cannot be written there");
     }
+    OutputWatch output(globsOf(*scenario));
+    if (!scenario->output.empty() && !output.open()) {
+        return complain(std::string("no pipe for the program's output: ") + std::strerror(errno));
+    }
+    tavsim::removeVerdict(folder.root());
     setEnvironment(request, folder.root(), simulator);
-    return Supervisor(request, folder, signals).run(file);
+    Supervisor supervisor(request, folder, signals, scenario->output.empty() ? nullptr : &output);
+    const RunEnd end = supervisor.run(file);
+    return request.scenario.empty() ? end.status : judge(*scenario, request, folder, end, output);
 }
 
 }  // namespace tools

@@ -44,10 +44,12 @@ std::string describe(int signal) {
 
 }  // namespace
 
-int Supervisor::run(const std::string& file) {
-    if (const int problem = m_process.start(file, m_request.command, m_signals); problem != 0) {
+RunEnd Supervisor::run(const std::string& file) {
+    const ProcessOutput ends = m_output != nullptr ? m_output->programEnds() : ProcessOutput();
+    if (const int problem = m_process.start(file, m_request.command, m_signals, ends);
+        problem != 0) {
         say(std::strerror(problem));
-        return kCannotStart;
+        return {kCannotStart, false, false};
     }
     const Guard guard([this] {
         m_process.killAsStranger();
@@ -55,6 +57,9 @@ int Supervisor::run(const std::string& file) {
         endOthers();
         m_folder.release();
     });
+    if (m_output != nullptr) {
+        m_output->start();
+    }
     if (m_request.timeout > 0) {
         const std::chrono::duration<double> limit(m_request.timeout);
         m_limit = Clock::now() + std::chrono::duration_cast<Clock::duration>(limit);
@@ -69,7 +74,10 @@ int Supervisor::run(const std::string& file) {
     if (m_askedToEnd || m_isTimedOut) {
         endOthers();
     }
-    return tellEnd();
+    if (m_output != nullptr) {
+        m_output->stop();
+    }
+    return {tellEnd(), true, m_isTimedOut};
 }
 
 void Supervisor::waitForEnd() {

@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "output_watch.h"
 #include "run.h"
 #include "run_folder.h"
 #include "tools/process/process.h"
@@ -11,14 +12,21 @@
 
 namespace tools {
 
+struct RunEnd {
+    int status = 0;  // as of run()
+    bool isStarted = true;
+    bool isTimedOut = false;
+};
+
 class Supervisor {
 public:
-    Supervisor(const RunRequest& request, RunFolder& folder, const Signals& signals)
-        : m_request(request), m_folder(folder), m_signals(signals) {}
+    // The output may be null: then nobody looks at it.
+    Supervisor(const RunRequest& request, RunFolder& folder, const Signals& signals,
+               OutputWatch* output)
+        : m_request(request), m_folder(folder), m_signals(signals), m_output(output) {}
 
     // Starts the program, stays until it has ended, and tells what there is to tell about that.
-    // The exit status of the run.
-    int run(const std::string& file);
+    RunEnd run(const std::string& file);
 
 private:
     using Clock = std::chrono::steady_clock;
@@ -35,6 +43,7 @@ private:
     const RunRequest& m_request;
     RunFolder& m_folder;
     const Signals& m_signals;
+    OutputWatch* m_output;
     Process m_process;
     Signals::Moment m_limit;       // when the program is ended next, at first politely
     Signals::Moment m_askedToEnd;  // when the last request to end came that may be repeated

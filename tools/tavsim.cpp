@@ -64,9 +64,9 @@ void addRun(CLI::App& app, tools::RunRequest* request) {
     CLI::App* run = app.add_subcommand(
         "run",
         "Run a program on a simulated device: tavsim run [OPTIONS] [--] PROGRAM [ARGUMENTS]");
-    run->add_option("--device", request->device,
-                    "A device of `tavsim devices`, or the file of a profile")
-        ->capture_default_str();
+    run->add_option(
+        "--device", request->device,
+        "A device of `tavsim devices`, or the file of a profile; cinnabar when not given");
     run->add_option("--root", request->root,
                     "Folder of the device's files; a fresh one each time when not given");
     run->add_option("--page", request->page,
@@ -77,6 +77,8 @@ void addRun(CLI::App& app, tools::RunRequest* request) {
                   "Let SDL_Delay cost nothing and SDL_GetTicks follow it");
     run->add_option("--journal", request->journal,
                     "Write what the program does to the device into this file");
+    run->add_option("--scenario", request->scenario,
+                    "Play this scenario, and find out whether all is as it expects");
     run->add_option("--timeout", request->timeout,
                     "End the program when it still runs after so many seconds")
         ->check(isDuration);
@@ -168,11 +170,8 @@ int main(int argc, char** argv) try {
         command.command = words;
         return tools::control(command);
     }
-    if (words.empty()) {
-        return complain("run: no program given");
-    }
     request.command = words;
-    return tools::run(request);
+    return tools::run(std::move(request));
 } catch (const std::exception& error) {
     std::fprintf(stderr, "tavsim: %s\n", error.what());
     return kBadUsage;

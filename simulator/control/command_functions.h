@@ -4,6 +4,9 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 #include "simulator/control/commands.h"
 #include "simulator/control/words.h"
@@ -60,6 +63,9 @@ CommandOutcome tap(Words words);
 CommandOutcome drag(Words words);
 CommandOutcome window(Words words);
 CommandOutcome quit(Words words);
+
+// What the device is and what the application has made of it, by name and value.
+std::vector<std::pair<std::string, std::string>> stateValues();
 
 }  // namespace tavsim
 

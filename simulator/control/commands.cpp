@@ -6,6 +6,7 @@
 #include "helper/json_writer.h"
 #include "helper/suggestion.h"
 #include "simulator/control/command_functions.h"
+#include "simulator/control/usage.h"
 
 namespace tavsim {
 namespace {
@@ -15,6 +16,7 @@ struct Command {
     std::string_view arguments;  // as the usage shows them
     std::string_view help;
     CommandOutcome (*carryOut)(Words words);  // null where no device is needed
+    bool shows = false;                       // all it does is to put something out
 };
 
 constexpr Command kCommands[] = {
@@ -57,9 +59,9 @@ constexpr Command kCommands[] = {
     {"set appinfo", "KEY VALUE", "Set a value of the application's information.", setAppinfo},
     {"set preference", "KEY JSON", "Store one of the user's preferences.", setPreference},
     {"plugin", "on|off", "Let the application be a plug-in, or not.", plugin},
-    {"state", "[--json]", "Show what the application has made of the device.", state},
+    {"state", "[--json]", "Show what the application has made of the device.", state, true},
     {"journal", "[--follow]",
-     "Show what it has done, and with --follow also what it does from now on.", journal},
+     "Show what it has done, and with --follow also what it does from now on.", journal, true},
     {"key", "down|up|tap NAME", "Press a key, release it, or both; named as SDL_GetKeyName() does.",
      key},
     {"text", "TEXT", "Type the text, key by key.", text},
@@ -77,11 +79,10 @@ std::string usageOf(const Command& command) {
 }
 
 // Without a command of that name: those with the same first word, the one that was meant, or all.
-std::string unknownCommand(std::string_view word) {
+std::string unknownCommand(std::string_view word, std::vector<std::string> names) {
     const std::string family = std::string(word) + " ";
     std::string relatives;
     std::string all;
-    std::vector<std::string> names;
     for (const Command& command : kCommands) {
         if (command.name.starts_with(family)) {
             relatives += (relatives.empty() ? "usage: " : ", or ") + usageOf(command);
@@ -103,6 +104,22 @@ const Command* findCommand(std::string_view name) {
     return found != std::end(kCommands) ? found : nullptr;
 }
 
+// A command line, taken apart; without a command where there is none of that name.
+struct Line {
+    std::string first;
+    const Command* command;
+    Words words;
+};
+
+Line readLine(const std::string& line) {
+    Words behindFirst(line);
+    const std::string first(behindFirst.next());
+    Words behindSecond = behindFirst;
+    const Command* two = findCommand(first + " " + std::string(behindSecond.next()));
+    return two != nullptr ? Line{first, two, behindSecond}
+                          : Line{first, findCommand(first), behindFirst};
+}
+
 std::filesystem::path& folderOfFiles() {
     static auto& instance = *new std::filesystem::path;
     return instance;
@@ -115,16 +132,9 @@ std::string pathOf(std::string_view file) {
 }
 
 CommandResult carryOut(const std::string& line, const std::string& folder) {
-    Words behindFirst(line);
-    const std::string first(behindFirst.next());
-    Words behindSecond = behindFirst;
-    const Command* command = findCommand(first + " " + std::string(behindSecond.next()));
-    const Words words = command != nullptr ? behindSecond : behindFirst;
+    const auto [first, command, words] = readLine(line);
     if (command == nullptr) {
-        command = findCommand(first);
-    }
-    if (command == nullptr) {
-        return failed(unknownCommand(first));
+        return failed(unknownCommand(first, {}));
     }
     if (command->carryOut == nullptr) {
         return failed(first + " is a command of `tavsim ctl` alone");
@@ -132,6 +142,17 @@ CommandResult carryOut(const std::string& line, const std::string& folder) {
     folderOfFiles() = folder;
     const CommandOutcome outcome = command->carryOut(words);
     return outcome ? *outcome : failed("usage: " + usageOf(*command));
+}
+
+std::string whyMalformed(const std::string& line, const std::vector<std::string>& otherNames) {
+    const auto [first, command, words] = readLine(line);
+    if (command == nullptr) {
+        return unknownCommand(first, otherNames);
+    }
+    if (command->carryOut == nullptr || command->shows) {
+        return first + " only shows something; use `tavsim ctl " + first + "`";
+    }
+    return fitsUsage(command->arguments, words) ? "" : "usage: " + usageOf(*command);
 }
 
 std::string commandsHelp() {

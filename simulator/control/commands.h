@@ -3,6 +3,7 @@
 #define TAV_SIMULATOR_CONTROL_COMMANDS_H
 
 #include <string>
+#include <vector>
 
 #include "platform/visibility.h"
 #include "simulator/time/clock.h"
@@ -19,6 +20,11 @@ struct CommandResult {
 // Carries one command line out. One that is unknown or malformed changes nothing. The folder is
 // where relative files that it names are looked for from; empty: the current one.
 TAV_PLATFORM_API CommandResult carryOut(const std::string& line, const std::string& folder = {});
+
+// Why the line would be refused on any device, as far as that can be told without one: there is no
+// such command, its words are not as its usage says, or all it does is to show something. Empty
+// when it may be carried out. The other names are suggested too where one of them was meant.
+std::string whyMalformed(const std::string& line, const std::vector<std::string>& otherNames = {});
 
 // All commands for a user to choose from: a line with each one's usage, and one that says what it
 // does.

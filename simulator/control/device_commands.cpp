@@ -27,11 +27,6 @@ bool isJson(std::string_view text) {
     return parser.parse(text.data(), text.size()).error() == simdjson::SUCCESS;
 }
 
-// Texts of the application can hold anything, and stay on their line.
-std::string stateLine(const std::string& name, const std::string& value) {
-    return helper::escapedJson(name) + ": " + helper::escapedJson(value) + "\n";
-}
-
 std::string stateAsJson() {
     const std::optional<std::string>& machine = profile().machine;
     helper::JsonWriter json;
@@ -82,6 +77,18 @@ CommandOutcome plugin(Words words) {
     return CommandResult();
 }
 
+std::vector<std::pair<std::string, std::string>> stateValues() {
+    std::vector<std::pair<std::string, std::string>> values = {
+        {"machine", profile().machine.value_or("none")},
+        {"plugin", profile().plugin ? "on" : "off"},
+        {"open calls", std::to_string(openBusCalls({}).size())}};
+    for (const std::string& request : refusedRequests()) {
+        values.emplace_back("refused", request);
+    }
+    values.insert(values.end(), deviceState().begin(), deviceState().end());
+    return values;
+}
+
 CommandOutcome state(Words words) {
     const std::string_view form = words.next();
     if ((!form.empty() && form != "--json") || !words.isEmpty()) {
@@ -90,14 +97,10 @@ CommandOutcome state(Words words) {
     if (!form.empty()) {
         return CommandResult{{}, stateAsJson(), false};
     }
-    std::string lines = stateLine("machine", profile().machine.value_or("none")) +
-                        stateLine("plugin", profile().plugin ? "on" : "off") +
-                        stateLine("open calls", std::to_string(openBusCalls({}).size()));
-    for (const std::string& request : refusedRequests()) {
-        lines += stateLine("refused", request);
-    }
-    for (const auto& [name, value] : deviceState()) {
-        lines += stateLine(name, value);
+    std::string lines;
+    for (const auto& [name, value] : stateValues()) {
+        // Texts of the application can hold anything, and stay on their line.
+        lines += helper::escapedJson(name) + ": " + helper::escapedJson(value) + "\n";
     }
     return CommandResult{{}, lines, false};
 }

@@ -9,7 +9,7 @@
 #include <limits>
 
 #include "helper/json_text.h"
-#include "helper/json_writer.h"
+#include "simulator/control/text_word.h"
 
 namespace dom = simdjson::dom;
 
@@ -25,47 +25,18 @@ constexpr Unit kUnits[] = {{"ms", 1}, {"s", 1000}, {"min", 60000}};
 constexpr double kLongest = std::numeric_limits<std::uint32_t>::max();
 constexpr char kWithin[] = "within";
 
-std::string quoted(std::string_view text) {
-    return "\"" + helper::escapedJson(text) + "\"";
-}
-
-std::string_view takeWord(std::string_view* text) {
-    const std::string_view word = text->substr(0, wordLength(*text));
-    text->remove_prefix(word.size());
-    text->remove_prefix(std::min(text->find_first_not_of(' '), text->size()));
-    return word;
-}
-
-// Behind the quote that ends the string which begins at `start`; npos when nothing ends it.
-size_t endOfString(std::string_view text, size_t start) {
-    for (size_t at = start + 1; at < text.size(); ++at) {
-        if (text[at] == '\\') {
-            ++at;
-        } else if (text[at] == '"') {
-            return at + 1;
-        }
-    }
-    return std::string_view::npos;
-}
-
 std::optional<MemberPattern> readMember(std::string_view word, std::string* error) {
     const size_t equals = word.find('=');
     if (equals == std::string_view::npos || equals == 0) {
         *error = quoted(word) + " is not MEMBER=GLOB";
         return std::nullopt;
     }
-    MemberPattern member = {std::string(word.substr(0, equals)),
-                            std::string(word.substr(equals + 1))};
-    if (member.glob.starts_with('"')) {
-        dom::parser parser;
-        std::string_view content;
-        if (parser.parse(member.glob).get(content) != simdjson::SUCCESS) {
-            *error = quoted(word) + ": what begins with a quote must be a JSON string";
-            return std::nullopt;
-        }
-        member.glob = std::string(content);
+    const std::optional<std::string> glob = contentOf(word.substr(equals + 1));
+    if (!glob) {
+        *error = quoted(word) + ": what begins with a quote must be a JSON string";
+        return std::nullopt;
     }
-    return member;
+    return MemberPattern{std::string(word.substr(0, equals)), *glob};
 }
 
 bool hasMember(const dom::object& entry, const MemberPattern& pattern) {
@@ -75,15 +46,6 @@ bool hasMember(const dom::object& entry, const MemberPattern& pattern) {
 }
 
 }  // namespace
-
-size_t wordLength(std::string_view text) {
-    const size_t blank = std::min(text.find(' '), text.size());
-    const size_t quote = text.find("=\"");
-    const bool isQuoted = quote < blank && text.find('=') == quote;
-    const size_t quoteEnd = isQuoted ? endOfString(text, quote + 1) : 0;
-    return quoteEnd == std::string_view::npos ? text.size()
-                                              : std::min(text.find(' ', quoteEnd), text.size());
-}
 
 std::optional<Milliseconds> readTime(std::string_view word) {
     double number = 0;

@@ -40,9 +40,6 @@ struct Awaited {
 // escapes. Nothing, with a line in `error`, when the text is anything else.
 TAV_PLATFORM_API std::optional<Awaited> readAwaited(std::string_view text, std::string* error);
 
-// The length of the word that the text begins with, up to a blank outside of a quoted glob.
-size_t wordLength(std::string_view text);
-
 }  // namespace tavsim
 
 #endif

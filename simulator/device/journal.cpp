@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <utility>
 
 #include "helper/end_program.h"
 #include "helper/line_file.h"
@@ -22,6 +23,7 @@ struct Journal {
     std::int64_t length = 0;
     helper::LineFile file;
     pid_t owner = 0;  // of the file; a fork of the application keeps no journal in it
+    std::function<void(const std::string&)> observer;
 };
 
 Journal& journal() {
@@ -29,10 +31,10 @@ Journal& journal() {
     return instance;
 }
 
-void keep(std::string line) {
+void keep(const std::string& line) {
     Journal& all = journal();
     all.bytes += line.size();
-    all.lines.push_back(std::move(line));
+    all.lines.push_back(line);
     ++all.length;
     while (all.lines.size() > kLinesKept || (all.bytes > kBytesKept && all.lines.size() > 1)) {
         all.bytes -= all.lines.front().size();
@@ -58,9 +60,12 @@ JournalEntry::JournalEntry(const char* kind, const char* what) {
 }
 
 JournalEntry::~JournalEntry() try {
-    std::string line = m_line.endObject().take();
+    const std::string line = m_line.endObject().take();
     write(line);
-    keep(std::move(line));
+    keep(line);
+    if (journal().observer) {
+        journal().observer(line);
+    }
 } catch (...) {
     endProgramByException();
 }
@@ -86,6 +91,10 @@ bool startJournal(const std::string& file, std::string* error) {
 
 void stopJournal() {
     journal().file.close();
+}
+
+void observeJournal(std::function<void(const std::string& line)> observer) {
+    journal().observer = std::move(observer);
 }
 
 const std::deque<std::string>& journalLines() {

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <string>
 
 #include "helper/json_writer.h"
@@ -36,6 +37,9 @@ private:
 // `error`, when the file cannot be written. When that happens later, the program ends.
 bool startJournal(const std::string& file, std::string* error);
 void stopJournal();
+
+// Called with each new line, when the journal has it. Replaces the one before; empty: nobody.
+void observeJournal(std::function<void(const std::string& line)> observer);
 
 // The last 10000 lines, or fewer where they are long, and how many there have been in all.
 const std::deque<std::string>& journalLines();

@@ -14,6 +14,7 @@ struct Options {
     bool virtualTime = false;  // SDL_Delay costs nothing and SDL_GetTicks follows it
     std::string pageFile;      // script of the page; needs a profile that is a plug-in
     std::string journalFile;
+    std::string scenarioFile;  // what happens to the device, and what is expected
     bool control = false;  // listen on the control socket in the root folder
 };
 

@@ -17,6 +17,7 @@
 #include "simulator/host/compass.h"
 #include "simulator/input/events.h"
 #include "simulator/page/bridge.h"
+#include "simulator/scenario/player.h"
 #include "simulator/time/clock.h"
 #include "simulator/time/queue.h"
 #include "simulator/time/timers.h"
@@ -27,10 +28,14 @@ namespace {
 
 pid_t g_startedBy = 0;
 
-// A second program of a run is on a device of its own, and its journal beside the first one's.
+// A second program of a run is on a device of its own.
+bool isSecond(const Options& options) {
+    return !options.root.empty() && isRootFresh();
+}
+
+// A second program's stands beside the first one's.
 std::string journalFile(const Options& options) {
-    const bool isSecond = !options.root.empty() && isRootFresh();
-    return isSecond && !options.journalFile.empty()
+    return isSecond(options) && !options.journalFile.empty()
                ? options.journalFile + "." + std::to_string(getpid())
                : options.journalFile;
 }
@@ -51,10 +56,12 @@ bool startRooms(const Options& options, std::string* error) {
         return false;
     }
     startPage(options.pageFile);
-    return true;
+    const bool plays = !options.scenarioFile.empty() && !isSecond(options);
+    return !plays || startScenario(options.scenarioFile, error);
 }
 
 void stopRooms() {
+    stopScenario();
     stopPage();
     stopControl();
     clearBus();

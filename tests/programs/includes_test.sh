@@ -12,6 +12,7 @@ rooms=(
     tools/process
     simulator/interface
     simulator/front
+    simulator/scenario
     simulator/control
     simulator/input
     simulator/page

@@ -28,9 +28,17 @@ std::vector<char*> pointersTo(const std::vector<std::string>& words) {
     return pointers;
 }
 
+void redirect(int to, int descriptor) {
+    if (to >= 0) {
+        dup2(to, descriptor);
+    }
+}
+
 [[noreturn]] void become(const std::string& file, const std::vector<std::string>& words,
-                         pid_t parent, int report, const Signals& signals) {
+                         pid_t parent, int report, const Signals& signals, ProcessOutput output) {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
+    redirect(output.standard, STDOUT_FILENO);
+    redirect(output.error, STDERR_FILENO);
     if (getppid() == parent) {
         signals.restore();
         execv(file.c_str(), pointersTo(words).data());
@@ -43,7 +51,7 @@ std::vector<char*> pointersTo(const std::vector<std::string>& words) {
 }  // namespace
 
 int Process::start(const std::string& file, const std::vector<std::string>& words,
-                   const Signals& signals) {
+                   const Signals& signals, ProcessOutput output) {
     // Closed when the program is executed, and written to when it cannot be.
     int report[2];
     if (pipe2(report, O_CLOEXEC) != 0) {
@@ -52,7 +60,7 @@ int Process::start(const std::string& file, const std::vector<std::string>& word
     const pid_t parent = getpid();
     m_id = fork();
     if (m_id == 0) {
-        become(file, words, parent, report[1], signals);
+        become(file, words, parent, report[1], signals, output);
     }
     int problem = m_id < 0 ? errno : 0;
     close(report[1]);

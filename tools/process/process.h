@@ -11,12 +11,18 @@
 
 namespace tools {
 
+// Where a child's output goes; negative: where this process's does.
+struct ProcessOutput {
+    int standard = -1;
+    int error = -1;
+};
+
 // A child that is killed when this process is.
 class Process {
 public:
     // The words are the program's name and its arguments. Returns an error number.
     int start(const std::string& file, const std::vector<std::string>& words,
-              const Signals& signals);
+              const Signals& signals, ProcessOutput output = {});
 
     pid_t id() const { return m_id; }
 

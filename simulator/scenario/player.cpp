@@ -1,0 +1,297 @@
+#include "simulator/scenario/player.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <memory>
+
+#include "simulator/control/command_functions.h"
+#include "simulator/device/claim.h"
+#include "simulator/device/journal.h"
+#include "simulator/device/root.h"
+#include "simulator/scenario/reader.h"
+#include "simulator/time/queue.h"
+
+namespace fs = std::filesystem;
+
+namespace tavsim {
+namespace {
+
+constexpr int kFailed = 3;
+constexpr size_t kLinesShown = 10;
+constexpr Milliseconds kUntilAskedAgain = 10;
+constexpr char kQuit[] = "quit";
+
+// Never destroyed: the device ends after static objects do.
+std::unique_ptr<Player>& player() {
+    static auto& instance = *new std::unique_ptr<Player>;
+    return instance;
+}
+
+std::string nameOf(const Step& step) {
+    return step.place + ": " + step.text;
+}
+
+std::string whatIsThere(const std::string& name) {
+    for (const auto& [each, value] : stateValues()) {
+        if (each == name) {
+            return "it is " + value;
+        }
+    }
+    return "there is no such state";
+}
+
+void showJournal() {
+    const auto& lines = journalLines();
+    std::fputs(lines.empty() ? "  the journal is empty\n" : "  the journal ends with\n", stderr);
+    const size_t shown = std::min(lines.size(), kLinesShown);
+    std::for_each(lines.end() - static_cast<std::ptrdiff_t>(shown), lines.end(),
+                  [](const std::string& line) { std::fprintf(stderr, "  %s\n", line.c_str()); });
+}
+
+// As the user may see it from here.
+std::string shownPath(const std::string& file) {
+    std::error_code problem;
+    const std::string folder = fs::current_path(problem).string() + "/";
+    return file.starts_with(folder) ? file.substr(folder.size()) : file;
+}
+
+bool wasPlayed() {
+    return readVerdict(rootFolder()).outcome != Outcome::Unplayed &&
+           isClaimed(rootFolder(), kRunClaim);
+}
+
+}  // namespace
+
+bool Player::start(std::string* error) {
+    if (!m_verdict.open(rootFolder())) {
+        *error = rootFolder() + ": the scenario's verdict cannot be written there";
+        return false;
+    }
+    m_verdict.note(Outcome::Waiting, m_scenario.steps.empty() ? "" : nameOf(step()));
+    m_isNoted = true;
+    observeJournal([this](const std::string& line) { newEntry(line); });
+    m_isStarting = true;
+    proceed();
+    m_isStarting = false;
+    return true;
+}
+
+void Player::applicationEnded() {
+    observeJournal({});
+    if (!isOver()) {
+        m_hasEnded = true;
+        proceed();
+    }
+}
+
+void Player::wake(int phase) {
+    if (!isOver() && phase == m_phase) {
+        m_isWakeUpQueued = false;
+        proceed();
+    }
+}
+
+void Player::newEntry(const std::string& line) {
+    if (!isOver() && m_entries.look(line)) {
+        wakeAt(now());
+    }
+}
+
+void Player::proceed() {
+    while (isAllowed() && m_current < m_scenario.steps.size()) {
+        if (!isDone(step())) {
+            wait();
+            return;
+        }
+    }
+    const bool isThrough = !m_hasFailed && (m_hasEnded || hasPassed(m_busyUntil));
+    if (isThrough && !std::exchange(m_isFinished, true)) {
+        finish();
+    }
+}
+
+// Whether nothing has come that never should.
+bool Player::isAllowed() {
+    if (const auto& violation = m_entries.violation(); violation && !m_hasFailed) {
+        fail(*violation->first, "the journal has " + violation->second);
+    }
+    return !m_hasFailed;
+}
+
+void Player::wait() {
+    if (m_hasFailed) {
+        return;
+    }
+    if (m_hasEnded) {
+        fail(step(), "the application ended at " + std::to_string(now()) + " ms before this");
+    } else if (!std::exchange(m_isNoted, true)) {
+        m_verdict.note(Outcome::Waiting, nameOf(step()));
+    }
+}
+
+// An application for which the device was only set up ends by itself, and one that was asked to
+// quit is not asked again.
+void Player::finish() {
+    m_verdict.note(Outcome::Passed);
+    if (m_isStarting || m_hasEnded) {
+        return;
+    }
+    const auto* last = std::get_if<CommandLine>(&m_scenario.steps.back().action);
+    if (last == nullptr || last->line != kQuit) {
+        askToQuit();
+    }
+}
+
+void Player::askToQuit() {
+    if (!isOver() && !carryOut(kQuit).error.empty()) {
+        schedule(after(now(), kUntilAskedAgain), [] {
+            if (player() != nullptr) {
+                player()->askToQuit();
+            }
+        });
+    }
+}
+
+void Player::fail(const Step& failing, const std::string& reason) {
+    m_hasFailed = true;
+    m_verdict.note(Outcome::Failed);
+    std::fprintf(stderr, "%s: %s\n", nameOf(failing).c_str(), reason.c_str());
+    showJournal();
+    if (!m_hasEnded) {
+        std::exit(kFailed);
+    }
+}
+
+bool Player::isDone(const Step& step) {
+    if (!m_isActing) {
+        if (!hasPassed(m_busyUntil)) {
+            return false;
+        }
+        m_since = std::max(m_since, m_busyUntil);
+        if (!std::visit([this](const auto& turn) { return isItsTurn(turn); }, step.turn)) {
+            return false;
+        }
+        startPhase();
+        m_isActing = true;
+    }
+    return std::visit([this](const auto& action) { return isDone(action); }, step.action);
+}
+
+bool Player::isDone(const CommandLine& command) {
+    if (m_hasEnded) {
+        return false;
+    }
+    const Step& carriedOut = step();
+    startNextStep();
+    const CommandResult result = carryOut(command.line, command.folder);
+    if (!result.error.empty()) {
+        fail(carriedOut, result.error);
+    }
+    m_busyUntil = after(now(), result.lasts);
+    return true;
+}
+
+bool Player::isDone(const ExpectEntry& expected) {
+    if (!hasCome(expected.pattern, expected.within)) {
+        return false;
+    }
+    startNextStep();
+    return true;
+}
+
+bool Player::isDone(const ExpectNoEntry& expected) {
+    if (!expected.time) {
+        m_entries.ban(step(), expected.pattern);
+        startNextStep();
+        return true;
+    }
+    m_entries.seekInFuture(expected.pattern);
+    if (const std::string* line = m_entries.found()) {
+        fail(step(), "the journal has " + *line);
+        return false;
+    }
+    if (!hasPassed(after(m_since, *expected.time))) {
+        return false;
+    }
+    startNextStep();
+    return true;
+}
+
+bool Player::isDone(const ExpectState& expected) {
+    const auto values = stateValues();
+    const bool holds = std::any_of(values.begin(), values.end(), [&](const auto& value) {
+        return value.first == expected.name && matchesGlob(value.second, expected.glob);
+    });
+    if (!holds) {
+        fail(step(), whatIsThere(expected.name));
+        return false;
+    }
+    startNextStep();
+    return true;
+}
+
+bool Player::hasPassed(Milliseconds moment) {
+    const bool isPast = now() >= moment;
+    if (!isPast && !std::exchange(m_isWakeUpQueued, true)) {
+        wakeAt(moment);
+    }
+    return isPast;
+}
+
+bool Player::hasCome(const Pattern& pattern, Milliseconds within) {
+    m_entries.seek(pattern);
+    if (m_entries.found() != nullptr) {
+        m_entries.takeFound();
+        return true;
+    }
+    if (hasPassed(after(m_since, within))) {
+        fail(step(), "the journal has no such entry");
+    }
+    return false;
+}
+
+void Player::startPhase() {
+    ++m_phase;
+    m_since = now();
+    m_isWakeUpQueued = false;
+    m_entries.stopSeeking();
+}
+
+void Player::startNextStep() {
+    startPhase();
+    ++m_current;
+    m_isActing = false;
+    m_isNoted = false;
+}
+
+void Player::wakeAt(Milliseconds moment) const {
+    schedule(moment, [phase = m_phase] {
+        if (player() != nullptr) {
+            player()->wake(phase);
+        }
+    });
+}
+
+bool startScenario(const std::string& file, std::string* error) {
+    if (wasPlayed()) {
+        return true;
+    }
+    std::optional<Scenario> scenario = readScenario(shownPath(file), error);
+    if (!scenario) {
+        return false;
+    }
+    removeVerdict(rootFolder());
+    player() = std::make_unique<Player>(std::move(*scenario));
+    return player()->start(error);
+}
+
+void stopScenario() {
+    const std::unique_ptr<Player> ended = std::move(player());
+    if (ended != nullptr) {
+        ended->applicationEnded();
+    }
+}
+
+}  // namespace tavsim

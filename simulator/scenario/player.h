@@ -1,0 +1,89 @@
+// Plays a scenario to the device of this process.
+#ifndef TAV_SIMULATOR_SCENARIO_PLAYER_H
+#define TAV_SIMULATOR_SCENARIO_PLAYER_H
+
+#include <sys/types.h>
+#include <unistd.h>
+
+#include <string>
+#include <utility>
+
+#include "simulator/scenario/entries.h"
+#include "simulator/scenario/scenario.h"
+#include "simulator/scenario/verdict.h"
+
+namespace tavsim {
+
+// Reads the scenario and lets it play, on the device's queue; its verdict goes into the root
+// folder. False, with a line in `error`, when that cannot be done. A step that fails ends the
+// program with status 3, and standard error says why. Of the devices of one run only the first one
+// plays.
+bool startScenario(const std::string& file, std::string* error);
+
+// The application has ended: fails what was to come, on standard error and in the verdict.
+void stopScenario();
+
+// Goes from step to step. A step's turn and its action are a phase each; a phase that has to wait
+// queues a wake-up. A command can let the application handle events and so come back here: the
+// player is through with a step before it gives the step's command.
+class Player {
+public:
+    explicit Player(Scenario scenario) : m_scenario(std::move(scenario)) {}
+
+    bool start(std::string* error);
+    void applicationEnded();
+
+    void wake(int phase);
+    void newEntry(const std::string& line);
+    void askToQuit();
+
+private:
+    void proceed();
+    bool isAllowed();
+    void wait();
+    void finish();
+    void fail(const Step& failing, const std::string& reason);
+
+    // Each does what can be done now, and is false while there is something to wait for.
+    bool isDone(const Step& step);
+    bool isItsTurn(const AtTime& turn) { return hasPassed(turn.time); }
+    bool isItsTurn(const AfterTime& turn) { return hasPassed(after(m_since, turn.time)); }
+    bool isItsTurn(const WhenEntry& turn) { return hasCome(turn.pattern, turn.within); }
+    bool isDone(const CommandLine& command);
+    bool isDone(const ExpectEntry& expected);
+    bool isDone(const ExpectNoEntry& expected);
+    bool isDone(const ExpectState& expected);
+
+    bool hasPassed(Milliseconds moment);
+    bool hasCome(const Pattern& pattern, Milliseconds within);
+    void startPhase();
+    void startNextStep();
+    void wakeAt(Milliseconds moment) const;
+
+    const Step& step() const { return m_scenario.steps[m_current]; }
+
+    // A fork of the application has no part in this.
+    bool isOver() const { return m_hasFailed || m_owner != getpid(); }
+
+    Scenario m_scenario;
+    Entries m_entries;
+    VerdictFile m_verdict;
+    pid_t m_owner = getpid();
+    bool m_isStarting = false;
+    bool m_isFinished = false;
+    bool m_hasFailed = false;
+    bool m_hasEnded = false;  // the application
+
+    size_t m_current = 0;     // step
+    bool m_isActing = false;  // its turn has come
+    bool m_isNoted = false;   // the verdict says that it waits
+
+    int m_phase = 0;
+    Milliseconds m_since = 0;       // when the phase began
+    Milliseconds m_busyUntil = 0;   // what the last command began goes on until then
+    bool m_isWakeUpQueued = false;  // for the phase
+};
+
+}  // namespace tavsim
+
+#endif

@@ -1,0 +1,79 @@
+// A scenario: what happens to a device and what is expected of its application, step by step.
+#ifndef TAV_SIMULATOR_SCENARIO_SCENARIO_H
+#define TAV_SIMULATOR_SCENARIO_SCENARIO_H
+
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "simulator/control/pattern.h"
+#include "simulator/time/clock.h"
+
+namespace tavsim {
+
+// When a step's turn comes, once the step before is done.
+struct AtTime {
+    Milliseconds time;  // since the program's start
+};
+struct AfterTime {
+    Milliseconds time;  // since the step before was done
+};
+struct WhenEntry {
+    Pattern pattern;
+    Milliseconds within;
+};
+using Turn = std::variant<AtTime, AfterTime, WhenEntry>;
+
+// What a step does. Each but the first is an expectation.
+struct CommandLine {
+    std::string line;
+    std::string folder;  // of the files that it names
+};
+struct ExpectEntry {
+    Pattern pattern;
+    Milliseconds within;
+};
+struct ExpectNoEntry {
+    Pattern pattern;
+    std::optional<Milliseconds> time;  // nothing: from here to the end
+};
+struct ExpectState {
+    std::string name;
+    std::string glob;
+};
+using Action = std::variant<CommandLine, ExpectEntry, ExpectNoEntry, ExpectState>;
+
+struct Step {
+    std::string place;  // FILE:LINE
+    std::string text;   // the line as it is written
+    Turn turn;
+    Action action;
+};
+
+struct ExpectedOutput {
+    std::string place;
+    std::string text;
+    std::string glob;
+};
+
+struct ExpectedStatus {
+    std::string place;
+    int status;
+};
+
+struct Scenario {
+    std::optional<std::string> device;  // a profile's name or file
+    std::vector<std::string> program;   // with its arguments; empty: not named
+    std::optional<std::string> page;
+    std::optional<double> limit;  // seconds of real time for the whole run
+    std::vector<Step> steps;
+    std::vector<ExpectedOutput> output;
+    std::optional<ExpectedStatus> status;
+};
+
+inline constexpr double kDefaultLimit = 60;
+
+}  // namespace tavsim
+
+#endif

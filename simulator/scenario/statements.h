@@ -1,0 +1,29 @@
+// The statements of a scenario, a line each.
+#ifndef TAV_SIMULATOR_SCENARIO_STATEMENTS_H
+#define TAV_SIMULATOR_SCENARIO_STATEMENTS_H
+
+#include <string>
+#include <string_view>
+
+#include "simulator/scenario/scenario.h"
+
+namespace tavsim {
+
+struct Line {
+    std::string_view text;  // without blanks around it
+    std::string place;      // FILE:LINE
+    std::string folder;     // of the file
+};
+
+// Where relative files are looked for from.
+std::string inFolder(const std::string& folder, std::string_view file);
+
+// Whether the line is one of the header's. Reads it then; `error` says what is wrong with it.
+bool readHeader(const Line& line, Scenario* scenario, std::string* error);
+
+// Reads any other line, except for `include`.
+void readStep(const Line& line, Scenario* scenario, std::string* error);
+
+}  // namespace tavsim
+
+#endif

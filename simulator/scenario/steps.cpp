@@ -1,0 +1,219 @@
+// The steps of a scenario: when, and what.
+#include <filesystem>
+
+#include "helper/suggestion.h"
+#include "simulator/control/commands.h"
+#include "simulator/control/text_word.h"
+#include "simulator/control/words.h"
+#include "simulator/scenario/statements.h"
+
+namespace tavsim {
+namespace {
+
+constexpr Milliseconds kDefaultWait = 10000;
+constexpr int kHighestStatus = 255;
+
+constexpr char kWhenUsage[] =
+    "a step is [at TIME:|after TIME:|when MEMBER=GLOB… [within TIME]:] ACTION, with a colon "
+    "behind its time";
+constexpr char kExpectUsage[] =
+    "usage: expect [within TIME|never [for TIME]] MEMBER=GLOB…, or expect state NAME GLOB, or "
+    "expect picture FILE [TOLERANCE], or expect output GLOB, or expect status N";
+constexpr char kJudgedAtEnd[] = "holds for the whole run, so no time stands in front of it";
+
+const std::vector<std::string> kStatementNames = {"include", "device", "program", "page",  "limit",
+                                                  "at",      "after",  "when",    "expect"};
+const std::vector<std::string> kExpectNames = {"within",  "never",  "state",
+                                               "picture", "output", "status"};
+
+// Takes what stands in front of the colon, if the text begins with a time or a condition. False
+// when there is no colon.
+bool takeWhen(std::string_view* text, std::string* when) {
+    std::string_view rest = *text;
+    const std::string_view first = takeWord(&rest);
+    const std::string_view name = first.substr(0, first.find(':'));
+    if (name != "at" && name != "after" && name != "when") {
+        return true;
+    }
+    if (name != first) {
+        return false;
+    }
+    while (!rest.empty()) {
+        const std::string_view word = takeWord(&rest);
+        if (word.ends_with(':')) {
+            const char* const end = word.data() + word.size() - 1;
+            *when = std::string(text->data(), static_cast<size_t>(end - text->data()));
+            *text = rest;
+            return !rest.empty();
+        }
+    }
+    return false;
+}
+
+std::optional<Milliseconds> takeTime(std::string_view* text, std::string* error) {
+    const std::string_view word = takeWord(text);
+    const std::optional<Milliseconds> time = readTime(word);
+    if (!time) {
+        *error = quoted(word) + ": " + kTimeUsage;
+    }
+    return time;
+}
+
+std::optional<Turn> readTurn(std::string_view when, std::string* error) {
+    if (when.empty()) {
+        return AfterTime{0};
+    }
+    const std::string_view word = takeWord(&when);
+    if (word == "when") {
+        std::optional<Awaited> awaited = readAwaited(when, error);
+        return awaited ? std::optional<Turn>(WhenEntry{std::move(awaited->pattern),
+                                                       awaited->within.value_or(kDefaultWait)})
+                       : std::nullopt;
+    }
+    const std::optional<Milliseconds> time = takeTime(&when, error);
+    if (!time || !when.empty()) {
+        *error = error->empty() ? kWhenUsage : *error;
+        return std::nullopt;
+    }
+    return word == "at" ? Turn(AtTime{*time}) : Turn(AfterTime{*time});
+}
+
+std::optional<Pattern> readPattern(std::string_view text, std::string* error) {
+    std::optional<Awaited> awaited = readAwaited(text, error);
+    if (!awaited) {
+        return std::nullopt;
+    }
+    if (awaited->within) {
+        *error = "the limit comes first: expect within TIME MEMBER=GLOB…";
+        return std::nullopt;
+    }
+    return std::move(awaited->pattern);
+}
+
+std::optional<Action> readEntry(std::string_view text, Milliseconds within, std::string* error) {
+    std::optional<Pattern> pattern = readPattern(text, error);
+    return pattern ? std::optional<Action>(ExpectEntry{std::move(*pattern), within}) : std::nullopt;
+}
+
+std::optional<Action> readWithin(std::string_view text, std::string* error) {
+    const std::optional<Milliseconds> within = takeTime(&text, error);
+    return within ? readEntry(text, *within, error) : std::nullopt;
+}
+
+std::optional<Action> readNever(std::string_view text, std::string* error) {
+    ExpectNoEntry expected;
+    std::string_view rest = text;
+    if (takeWord(&rest) == "for") {
+        expected.time = takeTime(&rest, error);
+        if (!expected.time) {
+            return std::nullopt;
+        }
+        text = rest;
+    }
+    std::optional<Pattern> pattern = readPattern(text, error);
+    if (!pattern) {
+        return std::nullopt;
+    }
+    expected.pattern = std::move(*pattern);
+    return expected;
+}
+
+std::optional<Action> readState(std::string_view text, std::string* error) {
+    const std::optional<std::string> name = contentOf(takeWord(&text));
+    const bool hasBoth = !text.empty();
+    const std::optional<std::string> glob = contentOf(takeWord(&text));
+    if (!name || !hasBoth || !glob || !text.empty()) {
+        *error = "usage: expect state NAME GLOB; what has blanks stands in double quotes";
+        return std::nullopt;
+    }
+    return ExpectState{*name, *glob};
+}
+
+std::optional<Action> readCommand(std::string_view text, const Line& line, std::string* error) {
+    // The application may change its folder before the command is given.
+    std::error_code problem;
+    CommandLine command = {std::string(text), std::filesystem::current_path(problem) / line.folder};
+    *error = whyMalformed(command.line, kStatementNames);
+    return error->empty() ? std::optional<Action>(std::move(command)) : std::nullopt;
+}
+
+// What stands behind `expect`.
+std::optional<Action> readExpectation(std::string_view text, const Line& line, std::string* error) {
+    std::string_view rest = text;
+    const std::string_view word = takeWord(&rest);
+    if (word == "within") {
+        return readWithin(rest, error);
+    }
+    if (word == "never") {
+        return readNever(rest, error);
+    }
+    if (word == "state") {
+        return readState(rest, error);
+    }
+    if (word == "picture") {
+        return readCommand(text, line, error);
+    }
+    if (word.find('=') != std::string_view::npos) {
+        return readEntry(text, 0, error);
+    }
+    const std::string meant = helper::suggestion(word, kExpectNames);
+    *error = meant.empty() ? kExpectUsage : "expect: no " + quoted(word) + meant;
+    return std::nullopt;
+}
+
+void readOutput(std::string_view text, const Line& line, Scenario* scenario, std::string* error) {
+    const std::optional<std::string> glob = contentOf(takeWord(&text));
+    if (!glob || glob->empty() || !text.empty()) {
+        *error = "usage: expect output GLOB; one with blanks stands in double quotes";
+        return;
+    }
+    scenario->output.push_back({line.place, std::string(line.text), *glob});
+}
+
+void readStatus(std::string_view text, const Line& line, Scenario* scenario, std::string* error) {
+    int status = 0;
+    if (!Words(text).areNumbers(&status) || status < 0 || status > kHighestStatus) {
+        *error = "usage: expect status N, from 0 to 255";
+    } else if (scenario->status) {
+        *error = "expect status: was given already";
+    } else {
+        scenario->status = {line.place, status};
+    }
+}
+
+}  // namespace
+
+void readStep(const Line& line, Scenario* scenario, std::string* error) {
+    std::string_view text = line.text;
+    std::string when;
+    if (!takeWhen(&text, &when)) {
+        *error = kWhenUsage;
+        return;
+    }
+    std::optional<Turn> turn = readTurn(when, error);
+    if (!turn) {
+        return;
+    }
+    std::string_view rest = text;
+    const bool isExpectation = takeWord(&rest) == "expect";
+    std::string_view expected = rest;
+    const std::string_view kind = takeWord(&expected);
+    if (isExpectation && (kind == "output" || kind == "status")) {
+        if (!when.empty()) {
+            *error = "expect " + std::string(kind) + " " + kJudgedAtEnd;
+        } else if (kind == "output") {
+            readOutput(expected, line, scenario, error);
+        } else {
+            readStatus(expected, line, scenario, error);
+        }
+        return;
+    }
+    std::optional<Action> action =
+        isExpectation ? readExpectation(rest, line, error) : readCommand(text, line, error);
+    if (action) {
+        scenario->steps.push_back(
+            {line.place, std::string(line.text), std::move(*turn), std::move(*action)});
+    }
+}
+
+}  // namespace tavsim

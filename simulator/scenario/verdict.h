@@ -1,0 +1,43 @@
+// How far a scenario has come: in a file of the root folder, which tells it also when the program
+// is killed.
+#ifndef TAV_SIMULATOR_SCENARIO_VERDICT_H
+#define TAV_SIMULATOR_SCENARIO_VERDICT_H
+
+#include <string>
+
+#include "helper/line_file.h"
+#include "platform/visibility.h"
+#include "simulator/time/clock.h"
+
+namespace tavsim {
+
+enum class Outcome {
+    Unplayed,  // no device has begun with it
+    Waiting,
+    Passed,  // all steps are done, and nothing has come that never should
+    Failed   // standard error has said why
+};
+
+struct Verdict {
+    Outcome outcome = Outcome::Unplayed;
+    std::string step;  // waiting: FILE:LINE and the step's text
+    double since = 0;  // milliseconds
+};
+
+class VerdictFile {
+public:
+    // False when it cannot be written.
+    bool open(const std::string& root);
+
+    void note(Outcome outcome, const std::string& step = {});
+
+private:
+    helper::LineFile m_file;
+};
+
+TAV_PLATFORM_API Verdict readVerdict(const std::string& root);
+TAV_PLATFORM_API void removeVerdict(const std::string& root);
+
+}  // namespace tavsim
+
+#endif

@@ -1,0 +1,127 @@
+#!/usr/bin/env bash
+# Scenarios, played to whole programs: what their steps do, and how a run with one ends.
+source "$(dirname "$0")/check.sh"
+waits=$programs/wait_for_quit
+cd "$work"
+
+# play STEPS [ARGUMENTS…]: to that program, in virtual time.
+play() {
+    printf 'program %s\n%s\n' "$waits" "$1" >scenario
+    run "$tavsim" run --virtual-time --scenario scenario "${@:2}"
+}
+
+# All kinds of steps. The journal is the same each time, and in real time but for its times.
+mkdir sub
+printf 'device quern\nprogram %s\nlimit 50\n' "$waits" >sub/app
+cat >scenario <<'EOF'
+include sub/app
+refuse vire://com.vire.battery/status
+expect never what=reply
+expect within 1s kind=device what=key*
+expect what=call uri=*battery* outcome=refused
+expect state keyboard shown
+expect state "open calls" 0
+after 1s: compass 1 90 0.5
+when what="compass reading" intValue=1: compass 2 90 0.5
+at 1.5s: compass 3 180 0.5
+expect intValue=2 doubleValue1=90*
+expect intValue=3
+expect never for 250ms what=*
+expect output q?it
+EOF
+for name in first second real; do
+    time=--virtual-time
+    [ $name != real ] || time=
+    # shellcheck disable=SC2086
+    run "$tavsim" run $time --journal $name --scenario scenario
+    expect 0 quit ''
+done
+cmp first second || fail 'two runs differ'
+grep -q '"at":1500,.*"intValue":3,' first || fail "the journal: $(<first)"
+diff <(sed 's/"at":[0-9]*//' first) <(sed 's/"at":[0-9]*//' real) || fail 'real time differs'
+
+# A step that fails ends the run: where it stands, what it is, why, and the journal.
+while IFS='|' read -r steps reason; do
+    steps=${steps//; /$'\n'}
+    play "$steps"
+    line=$(($(wc -l <<<"$steps") + 1))
+    [[ $status -eq 3 && $err == "scenario:$line: ${steps##*$'\n'}: $reason"*$'\n  the journal '* ]] ||
+        fail "$steps: status $status, said: $err"
+done <<'EOF'
+refuse nonsense|"nonsense" is no URI
+after 5ms: expect what=nothing|the journal has no such entry
+expect within 2s what=call uri=*nowhere|the journal has no such entry
+when what=nothing within 1s: quit|the journal has no such entry
+expect within 1s what=call; expect what=NApp_registerTAV|the journal has no such entry
+after 5ms: compass 1 2 3; expect never for 3s what=*; expect what=call; expect what=call|the journal has no
+after 5ms: expect state keyboard hidden|it is shown
+after 5ms: expect state keybord shown|there is no such state
+after 1s: quit; after 1s: plugin on|the application ended at 1000 ms before this
+EOF
+
+# What never should come ends it at once, and counts until the program is through.
+for steps in 'expect never for 1s what=reply' $'expect never what=reply\nafter 1ms: plugin on'; do
+    play "$steps" "$programs/service_reply"
+    [[ $status -eq 3 && $err == "scenario:2: ${steps%%$'\n'*}: the journal has {"* ]] ||
+        fail "$steps: status $status, said: $err"
+done
+
+# What is judged at the end: all of it, where the steps were done.
+printf 'expect output *\nexpect output percent\nexpect output 'no*'\nexpect status 7\n' >scenario
+run "$tavsim" run --virtual-time --scenario scenario "$programs/service_reply"
+expect 3 $'*\npercent 72' 'scenario:2: expect output percent: no such line was printed
+scenario:3: expect output no[*]: no such line was printed
+scenario:4: expect status 7: it is 0'
+play 'expect output percent*' "$programs/service_reply" 0
+expect 3 '*' 'scenario:2: expect output percent[*]: *
+scenario: expect status 0: it is 1'
+play 'expect status 1' "$programs/service_reply" 0
+expect 0 '*' ''
+
+# The command line comes before the header; without steps that wait the program ends by itself.
+play $'device nonsense\nrefuse keyboard' --device fern "$programs/service_reply"
+expect 0 $'*\npercent 52' ''
+grep -v '^program' scenario >headless
+run "$tavsim" run --scenario headless --device fern
+expect 2 '' 'tavsim: run: no program given'
+
+# A malformed scenario, or one for what there is not: nothing is started.
+play 'locaton 1 2'
+expect 2 '' 'scenario:2: no command "locaton"; did you mean "location"[?]'
+play 'device nonsense'
+expect 2 '' 'tavsim: no device "nonsense"; *'
+run "$tavsim" run --scenario none "$waits"
+expect 2 '' 'none: No such file or directory'
+run "$tavsim" run --scenario <(echo quit) "$waits"
+expect 2 '' '*: no file of text'
+
+# Ends that no step had part in: the step that was waiting is named.
+printf 'limit 0.3\nprogram %s\nat 99s: quit' "$waits" >scenario
+run "$tavsim" run --scenario scenario
+[[ $status -eq 124 && $err == *$'0.3 seconds, its time-out\nscenario:3: at 99s: quit: '*' ended '* ]] ||
+    fail "a limit: status $status, said: $err"
+cat >killed <<'EOF'
+"$1" &
+"$2" ctl --root "$TAVSIM_ROOT" wait ready within 60s
+kill -KILL $!
+EOF
+run "$tavsim" run --scenario scenario --timeout 60 sh killed "$waits" "$tavsim"
+expect 3 '' 'scenario:3: at 99s: quit: the application ended before this, which was waited for since * ms'
+play 'quit' "$programs/ends" status 0
+expect 3 '' $'tavsim: *did not use *\nscenario: was not played*'
+
+# Only the first device plays: neither a fork, nor another program at the same time or later.
+play 'after 1s: quit' "$waits" fork
+expect 0 quit ''
+printf '"$1"\n"$1" 5\n' >twice
+play $'expect within 1s what=call*\nexpect within 1s what=reply\nexpect status 1' \
+    sh twice "$programs/service_reply"
+expect 0 $'*\npercent 72\n*' ''
+
+# The manual's example.
+sed -n '/^```scenario/,/^```/p' "$TAV_SOURCE/docs/scenarios.md" | sed '/^```/d' >battery.scenario
+ln -s "$TAV_BUILD/bin/services" services
+run "$tavsim" run --scenario battery.scenario --virtual-time
+[ "$status" -eq 0 ] || fail "the example of scenarios.md: $err"
+grep -q 'Tick 2' <<<"$out" || fail "what a scenario looks at does not reach the user: $out"
+expect_nothing_left 'the runs'

@@ -1,0 +1,102 @@
+#include "judge.h"
+
+#include <cstdio>
+
+#include "simulator/scenario/verdict.h"
+
+namespace tools {
+namespace {
+
+using tavsim::Outcome;
+using tavsim::Scenario;
+using tavsim::Verdict;
+
+constexpr int kBadSetup = 2;
+constexpr int kFailed = 3;
+
+int fail(const std::string& text) {
+    std::fprintf(stderr, "%s\n", text.c_str());
+    return kFailed;
+}
+
+int judgeSteps(const RunRequest& request, const Verdict& verdict, const RunEnd& end) {
+    switch (verdict.outcome) {
+    case Outcome::Passed:
+        return 0;
+    case Outcome::Failed:
+        return kFailed;
+    case Outcome::Unplayed:
+        // What a device cannot have it has said.
+        return end.status == kBadSetup ? kBadSetup
+                                       : fail(request.scenario +
+                                              ": was not played, as the "
+                                              "program has used no device");
+    case Outcome::Waiting:
+        break;
+    }
+    char since[32];
+    std::snprintf(since, sizeof since, "%.0f", verdict.since);
+    return fail((verdict.step.empty() ? request.scenario : verdict.step) +
+                ": the application ended before this, which was waited for since " + since + " ms");
+}
+
+int judgeOutput(const Scenario& scenario, const OutputWatch& output) {
+    int status = 0;
+    for (size_t n = 0; n < scenario.output.size(); ++n) {
+        if (!output.hasSeen(n)) {
+            const tavsim::ExpectedOutput& expected = scenario.output[n];
+            status = fail(expected.place + ": " + expected.text + ": no such line was printed");
+        }
+    }
+    return status;
+}
+
+int judgeStatus(const Scenario& scenario, const RunRequest& request, const RunEnd& end) {
+    const int expected = scenario.status ? scenario.status->status : 0;
+    if (end.status == expected) {
+        return 0;
+    }
+    return fail((scenario.status ? scenario.status->place : request.scenario) + ": expect status " +
+                std::to_string(expected) + ": it is " + std::to_string(end.status));
+}
+
+}  // namespace
+
+void adoptHeader(const Scenario& scenario, RunRequest* request) {
+    if (request->device.empty()) {
+        request->device = scenario.device.value_or("");
+    }
+    if (request->command.empty()) {
+        request->command = scenario.program;
+    }
+    if (request->page.empty()) {
+        request->page = scenario.page.value_or("");
+    }
+    if (request->timeout == 0) {
+        request->timeout = scenario.limit.value_or(tavsim::kDefaultLimit);
+    }
+}
+
+std::vector<std::string> globsOf(const Scenario& scenario) {
+    std::vector<std::string> globs;
+    for (const tavsim::ExpectedOutput& expected : scenario.output) {
+        globs.push_back(expected.glob);
+    }
+    return globs;
+}
+
+int judge(const Scenario& scenario, const RunRequest& request, const RunFolder& folder,
+          const RunEnd& end, const OutputWatch& output) {
+    if (!end.isStarted) {
+        return end.status;
+    }
+    const Verdict verdict = tavsim::readVerdict(folder.root());
+    if (const int status = judgeSteps(request, verdict, end); status != 0 || end.isTimedOut) {
+        return end.isTimedOut ? end.status : status;
+    }
+    const int status = judgeOutput(scenario, output);
+    const int other = judgeStatus(scenario, request, end);
+    return status != 0 ? status : other;
+}
+
+}  // namespace tools
