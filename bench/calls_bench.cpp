@@ -1,6 +1,8 @@
 // Calls over the bus, from dispatch to reply function, beside the bare bus caller.
 #include <algorithm>
 #include <cstdint>
+#include <initializer_list>
+#include <random>
 
 #include "bench/bench_device.h"
 #include "platform/napp.h"
@@ -13,7 +15,7 @@ using tavbench::expect;
 constexpr char kAnswering[] = "vire://com.example.bench/answer";
 constexpr char kSilent[] = "vire://com.example.bench/silent";
 constexpr char kPayload[] = "{}";
-constexpr int kSubscriptions = 10000;
+constexpr int kOpen = 100000;
 
 tavsim::Profile services() {
     tavsim::Profile profile;
@@ -40,67 +42,92 @@ void callBare(const char* uri) {
     NApp_GetKSCaller()->ksCallWithResponse(uri, kPayload, false, onBareReply, nullptr);
 }
 
-void dispatchAll(benchmark::State& state, void (*call)(const char*), const char* uri) {
-    for (std::int64_t i = 0; i < state.range(0); ++i) {
-        call(uri);
+// Has the given number of calls outstanding, and then hands over the replies.
+using Round = void (*)(std::int64_t count, void (*call)(const char*));
+
+void inOrder(std::int64_t count, void (*call)(const char*)) {
+    for (std::int64_t i = 0; i < count; ++i) {
+        call(kAnswering);
     }
+    tavsim::device().pump();
 }
 
-// Every iteration has the given number of calls outstanding before the first reply. The time is
-// that of one call.
-void countCalls(benchmark::State& state) {
-    const double calls = static_cast<double>(state.iterations() * state.range(0));
-    expect(state, g_replies == static_cast<std::int64_t>(calls), "replies are missing");
-    state.counters["per_call"] =
-        benchmark::Counter(calls, benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
-}
-
-void inOrder(benchmark::State& state, void (*call)(const char*)) {
-    const BenchDevice device(state, services());
-    g_replies = 0;
-    for (auto _ : state) {
-        dispatchAll(state, call, kAnswering);
-        tavsim::device().pump();
-    }
-    countCalls(state);
-}
-
-void inReverse(benchmark::State& state, void (*call)(const char*)) {
-    const BenchDevice device(state, services());
+// The service is silent, so the replies come by token.
+void inAnotherOrder(std::int64_t count, void (*call)(const char*),
+                    void (*arrange)(std::vector<int>& tokens)) {
     const tavsim::Reply reply = R"({"returnValue":true})";
-    g_replies = 0;
-    for (auto _ : state) {
-        dispatchAll(state, call, kSilent);
-        state.PauseTiming();
-        std::vector<int> tokens = tavsim::device().openCalls();
-        std::reverse(tokens.begin(), tokens.end());
-        state.ResumeTiming();
-        for (const int token : tokens) {
-            tavsim::device().deliver(token, reply);
-        }
+    for (std::int64_t i = 0; i < count; ++i) {
+        call(kSilent);
     }
-    countCalls(state);
+    std::vector<int> tokens = tavsim::device().openCalls();
+    arrange(tokens);
+    for (const int token : tokens) {
+        tavsim::device().deliver(token, reply);
+    }
 }
 
-BENCHMARK_CAPTURE(inOrder, libtav, callWithLibtav)->Arg(1)->Arg(100)->Arg(10000);
-BENCHMARK_CAPTURE(inOrder, bare, callBare)->Arg(1)->Arg(100)->Arg(10000);
-BENCHMARK_CAPTURE(inReverse, libtav, callWithLibtav)->Arg(100)->Arg(10000);
-BENCHMARK_CAPTURE(inReverse, bare, callBare)->Arg(100)->Arg(10000);
+void inReverse(std::int64_t count, void (*call)(const char*)) {
+    inAnotherOrder(count, call,
+                   [](std::vector<int>& tokens) { std::reverse(tokens.begin(), tokens.end()); });
+}
 
-void unregister(benchmark::State& state) {
+void atRandom(std::int64_t count, void (*call)(const char*)) {
+    inAnotherOrder(count, call, [](std::vector<int>& tokens) {
+        std::minstd_rand random;
+        std::shuffle(tokens.begin(), tokens.end(), random);
+    });
+}
+
+// The time is that of one round. The first one is not counted: it is the one that gets memory.
+void callAndReply(benchmark::State& state, Round round, void (*call)(const char*)) {
+    const BenchDevice device(state, services());
+    const std::int64_t count = state.range(0);
+    round(count, call);
+    g_replies = 0;
+    for (auto _ : state) {
+        round(count, call);
+    }
+    expect(state, g_replies == static_cast<std::int64_t>(state.iterations()) * count,
+           "replies are missing");
+}
+
+void outstanding(benchmark::internal::Benchmark* benchmark) {
+    benchmark->Arg(1)->Arg(100)->Arg(10000)->Arg(100000);
+}
+
+BENCHMARK_CAPTURE(callAndReply, inOrder_libtav, inOrder, callWithLibtav)->Apply(outstanding);
+BENCHMARK_CAPTURE(callAndReply, inOrder_bare, inOrder, callBare)->Apply(outstanding);
+BENCHMARK_CAPTURE(callAndReply, inReverse_libtav, inReverse, callWithLibtav)->Apply(outstanding);
+BENCHMARK_CAPTURE(callAndReply, inReverse_bare, inReverse, callBare)->Apply(outstanding);
+BENCHMARK_CAPTURE(callAndReply, atRandom_libtav, atRandom, callWithLibtav)->Apply(outstanding);
+BENCHMARK_CAPTURE(callAndReply, atRandom_bare, atRandom, callBare)->Apply(outstanding);
+
+void onOtherReply(TAV_ServiceParameters*, void*) {
+}
+
+// The given functions have the same number of calls each, in turn; the first one is unregistered.
+void unregister(benchmark::State& state, std::initializer_list<TAV_ServiceCallback> functions,
+                size_t left) {
     const BenchDevice device(state, services());
     for (auto _ : state) {
         state.PauseTiming();
-        for (int i = 0; i < kSubscriptions; ++i) {
-            TAV_ServiceCallWithCallback(kSilent, kPayload, onReply, nullptr, SDL_FALSE);
+        TAV_UnregisterServiceCallback(onOtherReply);
+        for (int i = 0; i < kOpen; ++i) {
+            const auto function = functions.begin()[static_cast<size_t>(i) % functions.size()];
+            TAV_ServiceCallWithCallback(kSilent, kPayload, function, nullptr, SDL_FALSE);
         }
         const size_t open = tavsim::device().openCalls().size();
         state.ResumeTiming();
         TAV_UnregisterServiceCallback(onReply);
-        expect(state, open == kSubscriptions && tavsim::device().openCalls().empty(),
+        state.PauseTiming();
+        expect(state, open == kOpen && tavsim::device().openCalls().size() == left,
                "subscriptions are missing or left");
+        state.ResumeTiming();
     }
 }
-BENCHMARK(unregister);
+
+BENCHMARK_CAPTURE(unregister, noneOf, {onOtherReply}, kOpen);
+BENCHMARK_CAPTURE(unregister, everySecondOf, {onReply, onOtherReply}, kOpen / 2);
+BENCHMARK_CAPTURE(unregister, allOf, {onReply}, 0);
 
 }  // namespace

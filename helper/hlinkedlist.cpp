@@ -1,56 +1,99 @@
 #include "platform/hlinkedlist.h"
 
 #include <algorithm>
+#include <deque>
 #include <new>
-#include <vector>
+#include <optional>
 
 #include "helper/faults.h"
+#include "helper/place_index.h"
 
 namespace {
 
-constexpr size_t kNotThere = static_cast<size_t>(-1);
+using Place = helper::PlaceIndex::Place;
+
+char g_noElement;
+void* const kGap = &g_noElement;
 
 }  // namespace
 
-// A vector whose live part begins at `first`: lists are mostly emptied from the front, and so that
-// costs no moving.
+// The elements have places that count up, in the order in which they were appended, with gaps where
+// elements were removed from between others: a few for each element at most. An index, which is
+// told of every change of a place, says where an element stands, and a look by number begins at the
+// last one. So neither the length of the list nor the order of removals makes it slow.
 struct HLinkedList::Elements {
-    std::vector<void*> items;
-    size_t first = 0;
+    std::deque<void*> places;  // neither begins nor ends with a gap
+    Place first = 0;           // of them; counts in 32 bits, and over
+    helper::PlaceIndex index;
+    size_t count = 0;
+    size_t lastOffset = 0;  // so many elements stand before it:
+    size_t lastNumber = 0;
 
-    size_t count() const { return items.size() - first; }
+    bool isGap(size_t offset) const { return places[offset] == kGap; }
+    Place placeAt(size_t offset) const { return first + static_cast<Place>(offset); }
 
-    void** begin() { return items.data() + first; }
-
-    size_t find(const void* element) {
-        void** end = begin() + count();
-        void** found = std::find(begin(), end, element);
-        return found == end ? kNotThere : static_cast<size_t>(found - begin());
+    size_t offsetOf(size_t number) {
+        for (; lastNumber > number; --lastNumber) {
+            while (isGap(--lastOffset)) {}
+        }
+        for (; lastNumber < number || isGap(lastOffset); ++lastOffset) {
+            lastNumber += isGap(lastOffset) ? 0 : 1;
+        }
+        return lastOffset;
     }
 
-    void erase(size_t index) {
-        if (index < count() / 2) {
-            std::move_backward(begin(), begin() + index, begin() + index + 1);
-            ++first;
-        } else {
-            items.erase(items.begin() + static_cast<std::ptrdiff_t>(first + index));
-        }
-        if (count() == 0) {
-            clear();
-        }
+    // Where the element stands first.
+    std::optional<size_t> find(const void* element) const {
+        std::optional<size_t> found;
+        index.forPlacesOf(element, [&](Place place) {
+            const size_t offset = static_cast<Place>(place - first);
+            if (places[offset] == element && (!found || offset < *found)) {
+                found = offset;
+            }
+        });
+        return found;
     }
 
     void append(void* element) {
-        if (first > items.size() / 2) {
-            items.erase(items.begin(), items.begin() + static_cast<std::ptrdiff_t>(first));
-            first = 0;
-        }
-        items.push_back(element);
+        index.makeRoom();
+        places.push_back(element);
+        index.add(element, placeAt(places.size() - 1));
+        ++count;
     }
 
-    void clear() {
-        items.clear();
-        first = 0;
+    void erase(size_t offset) {
+        constexpr size_t kMostGaps = 3;  // for an element
+        index.remove(places[offset], placeAt(offset));
+        places[offset] = kGap;
+        --count;
+        lastNumber -= offset < lastOffset ? 1 : 0;
+        trim();
+        if (places.size() > (kMostGaps + 1) * count) {
+            closeGaps();
+        }
+    }
+
+    void trim() {
+        while (!places.empty() && places.back() == kGap) {
+            places.pop_back();
+        }
+        for (; !places.empty() && places.front() == kGap; ++first) {
+            places.pop_front();
+            lastOffset -= lastOffset > 0 ? 1 : 0;
+        }
+        lastOffset = std::min(lastOffset, places.size());
+    }
+
+    void closeGaps() {
+        size_t end = 0;
+        for (size_t offset = 0; offset < places.size(); ++offset) {
+            if (!isGap(offset)) {
+                index.move(places[offset], placeAt(offset), placeAt(end));
+                places[end++] = places[offset];
+            }
+        }
+        places.resize(end);
+        lastOffset = lastNumber;
     }
 };
 
@@ -72,31 +115,33 @@ int HLinkedList::append(void* element) try {
 }
 
 void* HLinkedList::get(int index) const {
-    return index >= 0 && index < size() ? m_elements->begin()[index] : nullptr;
+    return index >= 0 && index < size()
+               ? m_elements->places[m_elements->offsetOf(static_cast<size_t>(index))]
+               : nullptr;
 }
 
 int HLinkedList::size() const {
-    return static_cast<int>(m_elements->count());
+    return static_cast<int>(m_elements->count);
 }
 
 void HLinkedList::remove(int index) {
     if (index >= 0 && index < size()) {
-        m_elements->erase(static_cast<size_t>(index));
+        m_elements->erase(m_elements->offsetOf(static_cast<size_t>(index)));
     }
 }
 
 void HLinkedList::remove(void* element) {
-    const size_t index = m_elements->find(element);
-    if (index != kNotThere) {
-        m_elements->erase(index);
+    const std::optional<size_t> offset = m_elements->find(element);
+    if (offset) {
+        m_elements->erase(*offset);
     }
 }
 
 void* HLinkedList::getLLElem(const void* element) const {
-    const size_t index = m_elements->find(element);
-    return index == kNotThere ? nullptr : m_elements->begin()[index];
+    const std::optional<size_t> offset = m_elements->find(element);
+    return offset ? m_elements->places[*offset] : nullptr;
 }
 
 void HLinkedList::clear() {
-    m_elements->clear();
+    *m_elements = {};
 }

@@ -5,7 +5,10 @@
 #include "visibility.h"
 
 /* The list owns none of the things that its pointers point to: removing, clearing and destroying
- * leave them alone. Indices run from 0; one outside the list answers null or does nothing. */
+ * leave them alone. Indices run from 0; one outside the list answers null or does nothing.
+ *
+ * The library asks for a pointer, and removes it, with every reply, and for indices one after the
+ * other. None of that may take longer because the list is long, or service calls do. */
 class TAV_PLATFORM_API HLinkedList {
 public:
     HLinkedList() noexcept;

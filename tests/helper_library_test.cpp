@@ -1,6 +1,9 @@
 // The helper library's strings, JSON and lists, as the contract promises them.
+#include <algorithm>
 #include <climits>
 #include <memory>
+#include <random>
+#include <vector>
 
 #include "device_test.h"
 #include "helper/suggestion.h"
@@ -79,32 +82,51 @@ TEST(SuggestionTest, NamesTheNearestAndNothingThatIsFar) {
     EXPECT_EQ(helper::suggestion(std::string(1 << 20, 'q'), names), "");
 }
 
+// Beside a model, in phases that fill and empty it from every side, with elements that are in it
+// more than once.
 TEST(HLinkedListTest, KeepsItsOrderThroughAppendsAndRemovals) {
+    std::mt19937 random(20260802);
+    const auto below = [&](std::size_t limit) { return random() % limit; };
     HLinkedList list;
-    int things[6];
-    const auto expectThings = [&](const std::vector<int>& numbers) {
-        ASSERT_EQ(list.size(), static_cast<int>(numbers.size()));
-        for (int i = 0; i < list.size(); ++i) {
-            EXPECT_EQ(list.get(i), &things[numbers[static_cast<std::size_t>(i)]]);
+    std::vector<void*> model;
+    char things[300];
+    for (int step = 0; step < 60000; ++step) {
+        const std::size_t grows = step % 2000 < 1000 ? 5 : 1;
+        const std::size_t index = (step / 2000) % 3 == 0   ? 0
+                                  : (step / 2000) % 3 == 1 ? model.size() - 1
+                                                           : below(model.size() + 1);
+        void* thing = &things[below(std::size(things))];
+        if (below(6) < grows) {
+            ASSERT_NE(list.append(thing), 0);
+            model.push_back(thing);
+        } else if (below(2) == 0) {
+            list.remove(static_cast<int>(index));
+            if (index < model.size()) {
+                model.erase(model.begin() + static_cast<std::ptrdiff_t>(index));
+            }
+        } else {
+            thing = index < model.size() ? model[index] : thing;
+            list.remove(thing);
+            const auto found = std::find(model.begin(), model.end(), thing);
+            model.erase(found, found == model.end() ? found : found + 1);
         }
-        EXPECT_EQ(list.get(-1), nullptr);
-        EXPECT_EQ(list.get(list.size()), nullptr);
-    };
-    for (int i = 0; i < 5; ++i) {
-        list.append(&things[i]);
+        const bool isThere = std::find(model.begin(), model.end(), thing) != model.end();
+        ASSERT_EQ(list.getLLElem(thing), isThere ? thing : nullptr);
+        ASSERT_EQ(list.size(), static_cast<int>(model.size()));
+        ASSERT_EQ(list.get(static_cast<int>(index)), index < model.size() ? model[index] : nullptr);
+        for (int at = step % 100 == 0 ? list.size() : -1; at >= 0; --at) {
+            const auto place = static_cast<std::size_t>(at);
+            ASSERT_EQ(list.get(at), place < model.size() ? model[place] : nullptr);
+        }
+        if (step % 20000 == 19999) {
+            list.clear();
+            model.clear();
+        }
     }
-    list.remove(2);
-    list.remove(&things[4]);
-    list.append(&things[5]);
-    expectThings({0, 1, 3, 5});
-    list.remove(0);
-    list.remove(-1);
-    list.remove(&things[0]);
-    expectThings({1, 3, 5});
-    EXPECT_EQ(list.getLLElem(&things[3]), &things[3]);
-    EXPECT_EQ(list.getLLElem(&things[0]), nullptr);
-    list.clear();
-    expectThings({});
+    EXPECT_EQ(list.get(-1), nullptr);
+    tavsim::device().failNth(tavsim::Fault::Allocation, 1);
+    EXPECT_EQ(list.append(things), 0);
+    EXPECT_EQ(list.size(), 0);
 }
 
 }  // namespace

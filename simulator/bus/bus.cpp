@@ -1,7 +1,7 @@
 #include "simulator/bus/bus.h"
 
 #include <algorithm>
-#include <map>
+#include <unordered_map>
 #include <utility>
 
 #include "helper/faults.h"
@@ -37,7 +37,7 @@ struct Call {
 };
 
 struct Bus {
-    std::map<int, Call> open;  // by token, so in the order of dispatch
+    std::unordered_map<int, Call> open;  // by token
     int lastToken = 0;
     std::optional<Milliseconds> paymentAnswered;  // when it last was
 };
@@ -136,6 +136,7 @@ std::vector<int> openBusCalls(const std::string& uri) {
             tokens.push_back(token);
         }
     }
+    std::sort(tokens.begin(), tokens.end());
     return tokens;
 }
 

@@ -13,6 +13,7 @@ namespace tavsim {
 // Withdraws every call.
 void clearBus();
 
+// In the order of dispatch.
 std::vector<int> openBusCalls(const std::string& uri);
 
 // Whether a request waits for the payment service, or did so until this moment.

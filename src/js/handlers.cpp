@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <functional>
+#include <iterator>
 #include <memory>
 #include <new>
-#include <tuple>
+#include <string_view>
 #include <utility>
 
 #include "core/report.h"
@@ -26,10 +28,17 @@ constexpr char kUnknownFunction[] = "Unknown Function";
 
 struct JSHandlerEntry {
     TAV_JSHandler handler;
+    JSHandlerEntry* next;  // with the same last bits of the hash, in the order of registration
+    std::size_t hash;      // of the stored name
     char name[kStoredNameSize];
 };
 
-// Owns its entries. Names are unique, as far as the cut of long ones allows.
+std::size_t hashOf(const char* name) {
+    return std::hash<std::string_view>()(name);
+}
+
+// Owns its entries. Names are unique, as far as the cut of long ones allows. The list has the order
+// of registration; chains through the same entries find a name, and need no memory of their own.
 class HandlerRegistry {
 public:
     ~HandlerRegistry() { clear(); }
@@ -41,9 +50,11 @@ public:
     }
 
     JSHandlerEntry* find(const char* name) const {
-        for (int index = 0; index < size(); ++index) {
-            if (std::strcmp(at(index)->name, name) == 0) {
-                return at(index);
+        const std::size_t hash = hashOf(name);
+        for (JSHandlerEntry* entry = m_chains[hash % kChains]; entry != nullptr;
+             entry = entry->next) {
+            if (entry->hash == hash && std::strcmp(entry->name, name) == 0) {
+                return entry;
             }
         }
         return nullptr;
@@ -57,7 +68,12 @@ public:
         }
         std::snprintf(entry->name, sizeof entry->name, "%s", name);
         entry->handler = handler;
-        std::ignore = entry.release();  // the list has it now
+        entry->hash = hashOf(entry->name);
+        JSHandlerEntry** end = &m_chains[entry->hash % kChains];
+        while (*end != nullptr) {
+            end = &(*end)->next;
+        }
+        *end = entry.release();  // the list and its chain have it now
         return true;
     }
 
@@ -66,16 +82,21 @@ public:
             delete at(index);
         }
         m_entries.clear();
+        std::fill(std::begin(m_chains), std::end(m_chains), nullptr);
     }
 
 private:
+    static constexpr std::size_t kChains = 1024;
+
     HLinkedList m_entries;
+    JSHandlerEntry* m_chains[kChains] = {};
 };
 
 HandlerRegistry g_jsHandlers;
 
-// The parameters of one call. The array grows with those that are really there: the count that the
-// page sends, which is anything it likes, must not decide how much memory is taken.
+// The parameters of one call. There is room for a few, and it grows with those that are really
+// there: the count that the page sends, which is anything it likes, must not decide how much memory
+// is taken.
 class ParameterList {
 public:
     ParameterList() = default;
@@ -83,12 +104,15 @@ public:
         for (int index = 0; index < m_size; ++index) {
             delete[] m_texts[static_cast<std::size_t>(index)];
         }
+        if (m_texts != m_few) {
+            delete[] m_texts;
+        }
     }
     ParameterList(const ParameterList&) = delete;
     ParameterList& operator=(const ParameterList&) = delete;
 
     int size() const { return m_size; }
-    char** texts() const { return m_texts.get(); }
+    char** texts() const { return m_size > 0 ? m_texts : nullptr; }
 
     // Takes the text over in either case. False when memory is exhausted.
     bool append(std::unique_ptr<char[]> text) {
@@ -101,19 +125,22 @@ public:
 
 private:
     bool grow() {
-        const std::size_t capacity = m_capacity == 0 ? 8 : 2 * m_capacity;
-        std::unique_ptr<char*[]> grown(new (std::nothrow) char*[capacity]);
+        char** grown = new (std::nothrow) char*[2 * m_capacity];
         if (grown == nullptr) {
             return false;
         }
-        std::copy_n(m_texts.get(), m_size, grown.get());
-        m_texts = std::move(grown);
-        m_capacity = capacity;
+        std::copy_n(m_texts, m_size, grown);
+        if (m_texts != m_few) {
+            delete[] m_texts;
+        }
+        m_texts = grown;
+        m_capacity *= 2;
         return true;
     }
 
-    std::unique_ptr<char*[]> m_texts;
-    std::size_t m_capacity = 0;
+    char* m_few[8];
+    char** m_texts = m_few;
+    std::size_t m_capacity = std::size(m_few);
     int m_size = 0;
 };
 
@@ -122,7 +149,7 @@ private:
 bool readParameters(HDataReader& reader, int announced, ParameterList* parameters) {
     while (parameters->size() < announced) {
         std::unique_ptr<char[]> text(reader.allocReadStr());
-        if (!reader.isSuccessful()) {
+        if (text == nullptr && !reader.isSuccessful()) {
             return true;
         }
         if (!parameters->append(std::move(text))) {
@@ -140,9 +167,10 @@ TAV_JSHandler findHandler(const char* name) {
 // False when memory does not suffice to perform the call.
 bool callHandler(TAV_JSHandler handler, HDataReader& reader, TAV_JSParameters* call) {
     call->count = reader.readInt();
+    call->reply = tav::g_emptyAnswer;
     TAV_JSReply(call, "");
     ParameterList parameters;
-    if (call->reply == nullptr || !readParameters(reader, call->count, &parameters)) {
+    if (!readParameters(reader, call->count, &parameters)) {
         return false;
     }
     if (call->count > 0) {
@@ -170,7 +198,7 @@ bool jsMethodCallback(HDataReader* reader, HDataWriter* writer) {
     HTracker_funcTrack("tav_f", __func__, "%p, %p", static_cast<void*>(reader),
                        static_cast<void*>(writer));
     TAV_JSParameters call = {};
-    char name[kCalledNameSize] = {};
+    char name[kCalledNameSize];
     reader->readStr(name, sizeof name);
     if (!reader->isSuccessful()) {
         return false;
@@ -183,13 +211,13 @@ bool jsMethodCallback(HDataReader* reader, HDataWriter* writer) {
     } else {
         isPerformed = callHandler(handler, *reader, &call);
     }
-    const std::unique_ptr<char[]> reply(call.reply);
-    if (!isPerformed || reply == nullptr) {
+    const std::unique_ptr<char[]> owned(call.reply != g_emptyAnswer ? call.reply : nullptr);
+    if (!isPerformed || call.reply == nullptr) {
         HTracker_funcTrack("tav_e", __func__, kOutOfMemory);
         return false;
     }
     writer->writeBool(call.isException != 0);
-    writer->writeStr(reply.get());
+    writer->writeStr(call.reply);
     return true;
 }
 

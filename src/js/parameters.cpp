@@ -5,7 +5,14 @@
 #include <new>
 
 #include "core/report.h"
+#include "js/handlers.h"
 #include "tav.h"
+
+namespace tav {
+
+char g_emptyAnswer[] = "";
+
+}  // namespace tav
 
 namespace {
 
@@ -59,9 +66,13 @@ int TAV_JSReply(TAV_JSParameters* parameters, const char* reply) {
     if (parameters == nullptr) {
         return TAV_NOERROR;
     }
+    const char* text = reply != nullptr ? reply : "";
+    const bool isOwned = parameters->reply != tav::g_emptyAnswer;
     // Copied before the old reply goes: the new one may be part of it.
-    char* copy = copyText(reply != nullptr ? reply : "");
-    delete[] parameters->reply;
+    char* copy = !isOwned && *text == '\0' ? parameters->reply : copyText(text);
+    if (isOwned) {
+        delete[] parameters->reply;
+    }
     parameters->reply = copy;
     parameters->isException = 0;
     if (copy == nullptr) {

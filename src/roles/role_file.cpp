@@ -16,6 +16,7 @@ namespace {
 constexpr mode_t kDirectoryMode = 0700;
 constexpr char kIdPlaceholder[] = "XXXIDXXX";
 constexpr char kExePathPlaceholder[] = "XXXEXEPATHXXX";
+constexpr char kBothBeginWith[] = "XXX";
 constexpr char kRescanCommand[] = "/usr/bin/ks-control scan-services";
 
 struct FileCloser {
@@ -109,20 +110,20 @@ bool copyTemplate(std::FILE* source, std::FILE* target, std::string_view appId,
     Line line;
     for (bool atEnd = false; !atEnd;) {
         const ssize_t length = getline(&line.text, &line.capacity, source);
-        if (std::ferror(source) != 0 || (length < 0 && std::feof(source) == 0)) {
-            return false;
-        }
         line.length = length < 0 ? 0 : static_cast<std::size_t>(length);
         atEnd = line.length == 0 || line.text[line.length - 1] != '\n';
-        if (!atEnd) {
-            --line.length;
+        if (atEnd && (std::ferror(source) != 0 || (length < 0 && std::feof(source) == 0))) {
+            return false;
         }
-        if (!replaceAll(&line, kIdPlaceholder, appId) ||
-            !replaceAll(&line, kExePathPlaceholder, exePath)) {
+        if (atEnd && !line.replace(line.length, 0, "\n")) {
+            return false;
+        }
+        if (line.find(kBothBeginWith) != std::string_view::npos &&
+            (!replaceAll(&line, kIdPlaceholder, appId) ||
+             !replaceAll(&line, kExePathPlaceholder, exePath))) {
             return false;
         }
         std::fwrite(line.text, 1, line.length, target);
-        std::fputc('\n', target);
         std::fflush(target);
     }
     return true;
