@@ -54,10 +54,10 @@ Answer answerTo(const Call& call) {
                : deviceServiceAnswer(call.uri, call.payload);
 }
 
-// The open call, unless what its service was about to answer does not count any more.
-std::map<int, Call>::iterator findCall(int token, int version) {
+// Whether the call is open, and what its service was about to answer still counts.
+bool expectsReply(int token, int version) {
     const auto found = bus().open.find(token);
-    return found != bus().open.end() && found->second.version == version ? found : bus().open.end();
+    return found != bus().open.end() && found->second.version == version;
 }
 
 void scheduleReplies(int token, const Call& call, const Answer& answer, Milliseconds first);
@@ -78,7 +78,7 @@ void scheduleReplies(int token, const Call& call, const Answer& answer, Millisec
         const bool startsNext = isEndless && i + 1 == count;
         const Milliseconds next = after(due, answer.every);
         schedule(due, [token, version = call.version, reply = answer.replies[i], startsNext, next] {
-            if (findCall(token, version) == bus().open.end()) {
+            if (!expectsReply(token, version)) {
                 return;
             }
             if (startsNext) {
@@ -158,9 +158,9 @@ void answerFromNowOn(const std::string& uri, const std::optional<std::string>& t
         service.replies = {*text};
     }
     replaceService(uri, service);
-    for (auto& [token, call] : bus().open) {
-        const bool isSubscription = call.kind == Kind::Subscription;
-        if (call.uri != uri || (text && !isSubscription)) {
+    for (const int token : openBusCalls(uri)) {
+        Call& call = bus().open.at(token);
+        if (text && call.kind != Kind::Subscription) {
             continue;
         }
         ++call.version;
