@@ -13,10 +13,12 @@
 #include "simulator/control/commands.h"
 #include "simulator/device/profile.h"
 #include "tools/control/ctl.h"
+#include "tools/test/test.h"
 
 namespace {
 
 constexpr int kBadUsage = 2;
+constexpr int kMostJobs = 256;
 constexpr double kLongestTimeout = 7 * 24 * 3600;  // seconds
 
 int complain(const std::string& text) {
@@ -124,6 +126,20 @@ std::string whyNoCommand(const CLI::App& app, const std::string& word) {
     return isKnown ? "" : "no command \"" + word + "\"" + helper::suggestion(word, names);
 }
 
+CLI::App* addTest(CLI::App& app, tools::TestRequest* request) {
+    CLI::App* test =
+        app.add_subcommand("test", "Run scenarios as tests: tavsim test [OPTIONS] FOLDER|FILE...");
+    test->add_option("--jobs", request->jobs,
+                     "How many run at once; as many as there are processors when not given")
+        ->check(CLI::Range(1, kMostJobs));
+    test->add_option("--device", request->device, "The device of all, in place of their own");
+    test->add_option("--program", request->program, "The program of all, in place of their own");
+    test->add_option("--junit", request->junit, "Write a report as JUnit's XML into this file");
+    test->add_option("paths", request->paths, "Scenarios, and folders with *.scenario");
+    test->allow_extras();
+    return test;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) try {
@@ -135,6 +151,8 @@ int main(int argc, char** argv) try {
     addRun(app, &request);
     tools::ControlRequest command;
     CLI::App* ctl = addControl(app, &command);
+    tools::TestRequest tests;
+    const CLI::App* test = addTest(app, &tests);
     CLI::App* devices = app.add_subcommand("devices", "List the devices that come with it");
     bool asJson = false;
     devices->add_flag("--json", asJson, "List them as JSON");
@@ -165,6 +183,10 @@ int main(int argc, char** argv) try {
             return complain("devices: takes no \"" + words[0] + "\"");
         }
         return asJson ? listDevicesAsJson() : listDevices();
+    }
+    if (&used == test) {
+        tests.paths.insert(tests.paths.end(), words.begin(), words.end());
+        return tools::test(tests);
     }
     if (&used == ctl) {
         command.command = words;

@@ -13,7 +13,7 @@ offers() {
     has_form "$offered" "$expected" || fail "tavsim $*: offers $offered in place of $expected"
 }
 offers 'ctl' c
-offers '* ctl devices run*' ''
+offers '* ctl devices run test' ''
 offers '--version' --v
 offers '--device' run --dev
 offers 'harrow harrow+' run --device har
@@ -27,3 +27,4 @@ offers 'appinfo preference property' ctl set ''
 offers '--json' ctl state -
 offers '' ctl reply ''
 offers '--json' devices --j
+offers '--jobs --junit' test --j

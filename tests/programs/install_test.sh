@@ -90,6 +90,7 @@ cmake -S "$work/alarm" -B "$work/alarm/build" -G Ninja -DCMAKE_PREFIX_PATH="$pre
 expect_nothing_left 'the station alarm'
 
 cp "$TAV_SOURCE/tests/programs/consumer.cmake" CMakeLists.txt
+printf 'expect output lute\nexpect output "percent *"\n' >replies.scenario
 for linker_flags in '' -Wl,--as-needed; do
     rm -rf build
     cmake -S . -B build -G Ninja -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_C_COMPILER="$CC" \
@@ -97,4 +98,8 @@ for linker_flags in '' -Wl,--as-needed; do
         fail "find_package: $(<"$work/log")"
     cmake --build build >"$work/log" || fail "find_package: $(<"$work/log")"
     replies build/consumer
+    ctest --test-dir build >"$work/log" || fail "ctest: $(<"$work/log")"
 done
+echo 'expect output harp' >>replies.scenario
+run ctest --test-dir build --output-on-failure
+[[ $status -ne 0 && $out == *'replies.scenario:3: expect output harp'* ]] || fail "ctest: $out $err"

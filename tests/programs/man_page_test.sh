@@ -8,7 +8,7 @@ run groff -man -ww -Tutf8 -z "$page"
 expect 0 '' ''
 text=$(groff -man -rHY=0 -rLL=200n -Tutf8 -P -c "$page" | sed 's/.\x08//g; s/‐/-/g; s/−/-/g')
 words=$(
-    for command in '' run ctl devices; do
+    for command in '' run ctl test devices; do
         # shellcheck disable=SC2086
         "$tavsim" $command --help
     done | grep -oE -- '--[a-z][a-z-]+' | sort -u

@@ -34,11 +34,19 @@ void redirect(int to, int descriptor) {
     }
 }
 
+void leaveTerminal() {
+    setpgid(0, 0);
+    redirect(open("/dev/null", O_RDONLY | O_CLOEXEC), STDIN_FILENO);
+}
+
 [[noreturn]] void become(const std::string& file, const std::vector<std::string>& words,
                          pid_t parent, int report, const Signals& signals, ProcessOutput output) {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     redirect(output.standard, STDOUT_FILENO);
     redirect(output.error, STDERR_FILENO);
+    if (output.isApart) {
+        leaveTerminal();
+    }
     if (getppid() == parent) {
         signals.restore();
         execv(file.c_str(), pointersTo(words).data());
@@ -49,6 +57,12 @@ void redirect(int to, int descriptor) {
 }
 
 }  // namespace
+
+Process::~Process() {
+    if (m_handle >= 0) {
+        close(m_handle);
+    }
+}
 
 int Process::start(const std::string& file, const std::vector<std::string>& words,
                    const Signals& signals, ProcessOutput output) {

@@ -15,11 +15,17 @@ namespace tools {
 struct ProcessOutput {
     int standard = -1;
     int error = -1;
+    bool isApart = false;  // with no standard input, and out of the keyboard's reach
 };
 
 // A child that is killed when this process is.
 class Process {
 public:
+    Process() = default;
+    ~Process();
+    Process(const Process&) = delete;
+    Process& operator=(const Process&) = delete;
+
     // The words are the program's name and its arguments. Returns an error number.
     int start(const std::string& file, const std::vector<std::string>& words,
               const Signals& signals, ProcessOutput output = {});

@@ -2,6 +2,8 @@
 #ifndef TAV_TOOLS_PROCESS_SIGNALS_H
 #define TAV_TOOLS_PROCESS_SIGNALS_H
 
+#include <sys/signalfd.h>
+
 #include <chrono>
 #include <csignal>
 #include <optional>
@@ -24,6 +26,9 @@ public:
 
     // Whether one has come and was not taken.
     static bool isWaiting(int signal);
+
+    // A new descriptor that can be read from while one is waiting; negative on failure.
+    int openDescriptor() const { return signalfd(-1, &m_taken, SFD_NONBLOCK | SFD_CLOEXEC); }
 
     // The next one; its number is 0 when the moment comes first.
     siginfo_t take(const Moment& until) const;

@@ -1,0 +1,17 @@
+// The report that continuous integration reads.
+#ifndef TAV_TOOLS_TEST_JUNIT_H
+#define TAV_TOOLS_TEST_JUNIT_H
+
+#include <string>
+#include <vector>
+
+#include "tools/test/result.h"
+
+namespace tools {
+
+// JUnit's XML: a suite with a case for each scenario.
+std::string junitReport(const std::vector<TestResult>& results, double seconds);
+
+}  // namespace tools
+
+#endif

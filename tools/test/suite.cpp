@@ -1,0 +1,91 @@
+#include "tools/test/suite.h"
+
+#include <poll.h>
+
+#include <algorithm>
+#include <csignal>
+#include <thread>
+
+namespace tools {
+namespace {
+
+constexpr std::chrono::seconds kGrace(5);
+constexpr std::chrono::milliseconds kLongestWait(1000);
+
+}  // namespace
+
+Suite::Suite(const TestRequest& request, const std::vector<std::string>& scenarios,
+             const Signals& signals)
+    : m_request(request),
+      m_scenarios(scenarios),
+      m_signals(signals),
+      m_jobs(request.jobs > 0 ? request.jobs : std::max(1U, std::thread::hardware_concurrency())),
+      m_signalled(signals.openDescriptor()) {
+}
+
+int Suite::run() {
+    while (startSome(), !m_running.empty()) {
+        waitForSomething();
+        takeSignals();
+        takeEnded();
+    }
+    std::sort(m_results.begin(), m_results.end(),
+              [](const auto& left, const auto& right) { return left.scenario < right.scenario; });
+    return m_askedToEnd;
+}
+
+void Suite::startSome() {
+    while (m_askedToEnd == 0 && m_running.size() < m_jobs && m_next < m_scenarios.size()) {
+        m_running.emplace_back(m_request, m_scenarios[m_next++], m_signals);
+    }
+}
+
+void Suite::waitForSomething() {
+    std::vector<pollfd> awaited = {{m_signalled.number(), POLLIN, 0}};
+    for (const TestRun& one : m_running) {
+        awaited.push_back({one.output(), POLLIN, 0});
+    }
+    poll(awaited.data(), awaited.size(), static_cast<int>(kLongestWait.count()));
+    for (TestRun& one : m_running) {
+        one.takeOutput();
+    }
+}
+
+void Suite::takeSignals() {
+    int signal = 0;
+    while ((signal = m_signals.take(Clock::now()).si_signo) != 0) {
+        if (signal == SIGCHLD) {
+            continue;
+        }
+        const bool isFirst = m_askedToEnd == 0;
+        m_askedToEnd = signal;
+        m_patience = isFirst ? Clock::now() + kGrace : Clock::now();
+        sendAll(SIGTERM);
+    }
+    if (m_askedToEnd != 0 && Clock::now() >= m_patience) {
+        sendAll(SIGKILL);  // each has a guard that cleans up
+    }
+}
+
+void Suite::takeEnded() {
+    for (auto one = m_running.begin(); one != m_running.end();) {
+        if (!one->hasEnded()) {
+            ++one;
+            continue;
+        }
+        if (m_askedToEnd == 0) {
+            m_reporter.tell(one->result());
+            m_results.push_back(one->result());
+            m_reporter.tellProgress(m_results.size(), m_scenarios.size());
+        }
+        one = m_running.erase(one);
+    }
+}
+
+void Suite::sendAll(int signal) const {
+    for (const TestRun& one : m_running) {
+        one.send(signal);
+    }
+}
+
+}  // namespace tools

@@ -1,0 +1,61 @@
+#include "tools/test/test.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+
+#include "tools/process/signals.h"
+#include "tools/test/junit.h"
+#include "tools/test/scenario_files.h"
+#include "tools/test/suite.h"
+
+namespace tools {
+namespace {
+
+constexpr int kSomeFailed = 1;
+constexpr int kNotRun = 2;
+constexpr int kDeathBySignal = 128;
+
+int complain(const std::string& text) {
+    std::fprintf(stderr, "tavsim: test: %s\n", text.c_str());
+    return kNotRun;
+}
+
+int statusOf(const std::vector<TestResult>& results) {
+    if (count(results, TestResult::Kind::NotRun) > 0) {
+        return kNotRun;
+    }
+    return count(results, TestResult::Kind::Failed) > 0 ? kSomeFailed : 0;
+}
+
+}  // namespace
+
+int test(const TestRequest& request) {
+    if (request.paths.empty()) {
+        return complain("no scenario and no folder given");
+    }
+    std::string error;
+    const auto scenarios = findScenarios(request.paths, &error);
+    if (!scenarios) {
+        return complain(error);
+    }
+    // Opened first, as it would be a pity to find out at the end.
+    std::ofstream report;
+    if (!request.junit.empty()) {
+        report.open(request.junit);
+    }
+    // Nobody looks at so many windows.
+    setenv("SDL_VIDEODRIVER", "dummy", 0);
+    setenv("SDL_AUDIODRIVER", "dummy", 0);
+    const Signals signals;
+    Suite suite(request, *scenarios, signals);
+    const int signal = report ? suite.run() : 0;
+    if (!request.junit.empty() &&
+        !(report << junitReport(suite.results(), suite.seconds())).flush()) {
+        return complain(request.junit + ": the report cannot be written");
+    }
+    suite.tellEnd();
+    return signal != 0 ? kDeathBySignal + signal : statusOf(suite.results());
+}
+
+}  // namespace tools

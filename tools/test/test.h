@@ -1,0 +1,24 @@
+// `tavsim test`: scenarios as tests.
+#ifndef TAV_TOOLS_TEST_TEST_H
+#define TAV_TOOLS_TEST_TEST_H
+
+#include <string>
+#include <vector>
+
+namespace tools {
+
+struct TestRequest {
+    std::vector<std::string> paths;  // of scenarios, and of folders with such
+    unsigned jobs = 0;               // how many run at once; 0: as many as there are processors
+    std::string device;              // empty: each scenario's own
+    std::string program;             // likewise
+    std::string junit;               // the report's file; empty: none
+};
+
+// Runs the scenarios and tells how that went. The exit status: 0 when all have passed, 1 when some
+// have failed, 2 when some could not be run or there are none, 128 + n after signal n.
+int test(const TestRequest& request);
+
+}  // namespace tools
+
+#endif

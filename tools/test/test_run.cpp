@@ -1,0 +1,93 @@
+#include "tools/test/test_run.h"
+
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <vector>
+
+namespace tools {
+namespace {
+
+constexpr char kOwnFile[] = "/proc/self/exe";
+constexpr int kCannotStart = 127;
+constexpr int kDeathBySignal = 128;
+
+// Of an output without end, the last of it is kept.
+constexpr size_t kMostOutput = 1 << 20;
+constexpr int kMostReads = 64;  // at once, so that one that never ends does not hold up the others
+constexpr char kLeftOut[] = "[what came before is left out]\n";
+
+std::vector<std::string> commandLine(const TestRequest& request, const std::string& scenario) {
+    std::vector<std::string> words = {"tavsim", "run", "--virtual-time", "--scenario", scenario};
+    if (!request.device.empty()) {
+        words.insert(words.end(), {"--device", request.device});
+    }
+    if (!request.program.empty()) {
+        words.insert(words.end(), {"--", request.program});
+    }
+    return words;
+}
+
+}  // namespace
+
+TestRun::TestRun(const TestRequest& request, const std::string& scenario, const Signals& signals) {
+    m_result.scenario = scenario;
+    int ends[2];
+    int problem = pipe2(ends, O_CLOEXEC | O_NONBLOCK) == 0 ? 0 : errno;
+    if (problem == 0) {
+        m_output = ends[0];
+        fcntl(ends[1], F_SETFL, 0);  // which the programs share
+        problem = m_process.start(kOwnFile, commandLine(request, scenario), signals,
+                                  {ends[1], ends[1], true});
+        close(ends[1]);
+    }
+    m_isStarted = problem == 0;
+    if (problem != 0) {
+        m_result.status = kCannotStart;
+        m_result.output = scenario + ": " + std::strerror(problem) + "\n";
+    }
+}
+
+TestRun::~TestRun() {
+    if (m_output >= 0) {
+        close(m_output);
+    }
+}
+
+void TestRun::takeOutput() {
+    std::string& text = m_result.output;
+    char bytes[1 << 14];
+    for (int reads = 0; m_output >= 0 && reads < kMostReads; ++reads) {
+        const ssize_t taken = read(m_output, bytes, sizeof bytes);
+        if (taken < 0) {
+            return;
+        }
+        text.append(bytes, static_cast<size_t>(taken));
+        if (text.size() > 2 * kMostOutput) {
+            text.replace(0, text.size() - kMostOutput, kLeftOut);
+        }
+        if (taken == 0) {
+            close(m_output);
+            m_output = -1;
+        }
+    }
+}
+
+bool TestRun::hasEnded() {
+    if (m_isStarted && !m_process.hasEnded()) {
+        return false;
+    }
+    takeOutput();
+    if (m_isStarted) {
+        const int status = m_process.status();
+        m_result.status =
+            WIFSIGNALED(status) ? kDeathBySignal + WTERMSIG(status) : WEXITSTATUS(status);
+    }
+    m_result.seconds = std::chrono::duration<double>(Clock::now() - m_start).count();
+    return true;
+}
+
+}  // namespace tools

@@ -1,0 +1,44 @@
+// The run of one scenario, in a process of its own.
+#ifndef TAV_TOOLS_TEST_TEST_RUN_H
+#define TAV_TOOLS_TEST_TEST_RUN_H
+
+#include <chrono>
+#include <string>
+
+#include "tools/process/process.h"
+#include "tools/process/signals.h"
+#include "tools/test/result.h"
+#include "tools/test/test.h"
+
+namespace tools {
+
+class TestRun {
+public:
+    TestRun(const TestRequest& request, const std::string& scenario, const Signals& signals);
+    ~TestRun();
+    TestRun(const TestRun&) = delete;
+    TestRun& operator=(const TestRun&) = delete;
+
+    // A descriptor that can be read from when there is output to take; negative when all has come.
+    int output() const { return m_output; }
+    void takeOutput();
+
+    // Whether it has ended; then the result is complete.
+    bool hasEnded();
+    const TestResult& result() const { return m_result; }
+
+    void send(int signal) const { m_process.send(signal); }
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    TestResult m_result;
+    Process m_process;
+    int m_output = -1;
+    bool m_isStarted = false;
+    Clock::time_point m_start = Clock::now();
+};
+
+}  // namespace tools
+
+#endif
