@@ -1,5 +1,7 @@
 #include "helper/file.h"
 
+#include <unistd.h>
+
 #include <filesystem>
 #include <fstream>
 
@@ -33,6 +35,23 @@ std::optional<std::string> readFile(const std::string& path, size_t mostBytes, s
         return std::nullopt;
     }
     return content;
+}
+
+bool writeFile(const std::string& path, const std::string& content, std::string* error) {
+    const std::string part = path + "." + std::to_string(getpid()) + ".part";
+    std::ofstream file(part, std::ios::binary | std::ios::trunc);
+    file << content;
+    file.close();
+    std::error_code problem;
+    if (file) {
+        fs::rename(part, path, problem);
+    }
+    if (!file || problem) {
+        fs::remove(part, problem);
+        *error = path + ": cannot be written";
+        return false;
+    }
+    return true;
 }
 
 }  // namespace helper

@@ -11,6 +11,10 @@ namespace helper {
 // begins with the path, for any other.
 std::optional<std::string> readFile(const std::string& path, size_t mostBytes, std::string* error);
 
+// Writes the file anew: whole, or not at all. False, with a line in `error` that begins with the
+// path, when that cannot be done.
+bool writeFile(const std::string& path, const std::string& content, std::string* error);
+
 }  // namespace helper
 
 #endif

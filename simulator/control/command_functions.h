@@ -55,9 +55,13 @@ CommandOutcome plugin(Words words);
 CommandOutcome state(Words words);
 CommandOutcome journal(Words words);
 
+// What the application shows.
+CommandOutcome screenshot(Words words);
+CommandOutcome picture(Words words);
+
 // What its user does.
-CommandOutcome key(Words words);
-CommandOutcome text(Words words);
+CommandOutcome pressKey(Words words);
+CommandOutcome typeText(Words words);
 CommandOutcome touch(Words words);
 CommandOutcome tap(Words words);
 CommandOutcome drag(Words words);

@@ -37,7 +37,7 @@ CommandOutcome touchAt(const char* command, TouchFunction function, Words words)
 
 }  // namespace
 
-CommandOutcome key(Words words) {
+CommandOutcome pressKey(Words words) {
     const std::string_view action = words.next();
     const bool isPressed = action == "down" || action == "tap";
     const bool isReleased = action == "up" || action == "tap";
@@ -60,7 +60,7 @@ CommandOutcome key(Words words) {
     return resultOf("key", isDone, error);
 }
 
-CommandOutcome text(Words words) {
+CommandOutcome typeText(Words words) {
     if (words.isEmpty()) {
         return std::nullopt;
     }

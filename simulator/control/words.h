@@ -36,6 +36,16 @@ public:
         return takeNumbers(numbers...) && isEmpty();
     }
 
+    // What is left but for a number at the end of it, which is optional and is taken into `number`.
+    template <typename Number>
+    std::string_view restBeforeNumber(Number* number) const {
+        const size_t blank = m_rest.find_last_of(' ');
+        if (blank == std::string_view::npos || !Words(m_rest.substr(blank)).areNumbers(number)) {
+            return m_rest;
+        }
+        return m_rest.substr(0, m_rest.find_last_not_of(' ', blank) + 1);
+    }
+
 private:
     template <typename Number>
     bool nextNumber(Number* number);

@@ -86,7 +86,7 @@ std::string whyNoWalk(const WalkOrder& order) {
         return "there is at least a millisecond from one fix to the next";
     }
     for (const Place& place : order.places) {
-        const std::string reason = whyNoPlace(place);
+        std::string reason = whyNoPlace(place);
         if (!reason.empty()) {
             return reason;
         }
@@ -175,12 +175,8 @@ CommandOutcome walk(Words words) {
 }
 
 CommandOutcome track(Words words) {
-    std::string_view file = words.rest();
     double factor = 1.0;
-    const size_t blank = file.find_last_of(' ');
-    if (blank != std::string_view::npos && Words(file.substr(blank + 1)).areNumbers(&factor)) {
-        file = file.substr(0, file.find_last_not_of(' ', blank) + 1);
-    }
+    const std::string_view file = words.restBeforeNumber(&factor);
     if (file.empty()) {
         return std::nullopt;
     }

@@ -68,7 +68,8 @@ void carryOut(const std::string& line) {
 
 }  // namespace
 
-// The preferences live in memory as long as a connection to them is open.
+// The preferences live in memory as long as a connection to them is open. There is no surface, so
+// that no picture of it is ever written.
 int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
     setenv("SDL_VIDEODRIVER", "dummy", 1);
     expect(SDL_Init(SDL_INIT_VIDEO) == 0, "SDL starts");

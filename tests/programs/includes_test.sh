@@ -15,6 +15,7 @@ rooms=(
     simulator/scenario
     simulator/control
     simulator/input
+    simulator/screen
     simulator/page
     simulator/bus
     simulator/host

@@ -1,0 +1,49 @@
+// Pictures, and PNG as their files.
+#ifndef TAV_SIMULATOR_SCREEN_PICTURE_H
+#define TAV_SIMULATOR_SCREEN_PICTURE_H
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tavsim {
+
+// Rows of pixels from the top, each pixel red, green and blue.
+struct Picture {
+    Picture(int itsWidth, int itsHeight);
+
+    uint8_t* pixel(int x, int y) { return &rgb[index(x, y)]; }
+    const uint8_t* pixel(int x, int y) const { return &rgb[index(x, y)]; }
+
+    int width;
+    int height;
+    std::vector<uint8_t> rgb;
+
+private:
+    size_t index(int x, int y) const {
+        return 3 * (static_cast<size_t>(y) * static_cast<size_t>(width) + static_cast<size_t>(x));
+    }
+};
+
+// Whole, or not at all. False, with a line in `error`, when the file cannot be written.
+bool writePng(const Picture& picture, const std::string& path, std::string* error);
+
+// A picture of just that size. Without one, `error` is a line that names the file.
+std::optional<Picture> readPng(const std::string& path, int width, int height, std::string* error);
+
+// How two pictures of one size differ.
+struct Difference {
+    size_t pixels = 0;  // those with a channel that differs by more than the tolerance
+    int greatest = 0;   // of all channels
+};
+Difference difference(const Picture& left, const Picture& right, int tolerance);
+
+// Both beside each other, and a third one that shows where they differ by more than the tolerance:
+// in red, on the right one in faint grey.
+Picture comparison(const Picture& left, const Picture& right, int tolerance);
+
+}  // namespace tavsim
+
+#endif

@@ -1,0 +1,65 @@
+#include "simulator/screen/screen.h"
+
+#include <cstring>
+
+#include "SDL.h"
+#include "front/next.h"
+
+namespace tavsim {
+namespace {
+
+// The pixel's bytes as the number that SDL takes them for.
+Uint32 pixelValue(const Uint8* bytes, int count) {
+    Uint32 value = 0;
+    for (int i = 0; i < count; ++i) {
+        const int byte = SDL_BYTEORDER == SDL_LIL_ENDIAN ? count - 1 - i : i;
+        value = value << 8 | bytes[byte];
+    }
+    return value;
+}
+
+Picture pictureOf(const SDL_Surface& surface) {
+    static const auto getRgb = TAV_FRONT_NEXT(SDL_GetRGB);
+    Picture picture(surface.w, surface.h);
+    const int bytes = surface.format->BytesPerPixel;
+    for (int y = 0; y < surface.h; ++y) {
+        const Uint8* at = static_cast<const Uint8*>(surface.pixels) + y * surface.pitch;
+        for (int x = 0; x < surface.w; ++x, at += bytes) {
+            Uint8* pixel = picture.pixel(x, y);
+            getRgb(pixelValue(at, bytes), surface.format, &pixel[0], &pixel[1], &pixel[2]);
+        }
+    }
+    return picture;
+}
+
+}  // namespace
+
+std::optional<Picture> screenPicture(std::string* error) {
+    static const auto videoSurface = TAV_FRONT_NEXT(SDL_GetVideoSurface);
+    static const auto lockSurface = TAV_FRONT_NEXT(SDL_LockSurface);
+    static const auto unlockSurface = TAV_FRONT_NEXT(SDL_UnlockSurface);
+    SDL_Surface* surface = videoSurface();
+    if (surface == nullptr) {
+        *error = "the application has no surface";
+        return std::nullopt;
+    }
+    if ((surface->flags & SDL_OPENGL) == SDL_OPENGL) {
+        *error = "the application draws with OpenGL, which leaves no pixels to see";
+        return std::nullopt;
+    }
+    // An application may itself hold the lock; it counts.
+    if (lockSurface(surface) != 0) {
+        *error = "the application's surface cannot be locked";
+        return std::nullopt;
+    }
+    std::optional<Picture> picture;
+    if (surface->pixels != nullptr) {
+        picture = pictureOf(*surface);
+    } else {
+        *error = "the application's surface has no pixels";
+    }
+    unlockSurface(surface);
+    return picture;
+}
+
+}  // namespace tavsim
