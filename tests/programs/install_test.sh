@@ -80,14 +80,16 @@ read -ra linking < <(pkg-config --libs sdl tav)
 "$CC" "${flags[@]}" "${compiling[@]}" -o both service_reply.c "${linking[@]}"
 replies ./both
 
-# An application with its tests, which find the device in their own process.
-cp -R "$TAV_SOURCE/examples/station-alarm" "$work/alarm"
-cmake -S "$work/alarm" -B "$work/alarm/build" -G Ninja -DCMAKE_PREFIX_PATH="$prefix" \
-    -DCMAKE_C_COMPILER="$CC" -DCMAKE_C_FLAGS="${TAV_FLAGS:-}" >"$work/log" &&
-    cmake --build "$work/alarm/build" >>"$work/log" &&
-    ctest --test-dir "$work/alarm/build" --output-on-failure >>"$work/log" ||
-    fail "the station alarm: $(<"$work/log")"
-expect_nothing_left 'the station alarm'
+# Applications with their tests: with the device in the process of the tests, and with scenarios.
+for example in station-alarm cache-hunt; do
+    cp -R "$TAV_SOURCE/examples/$example" "$work/$example"
+    cmake -S "$work/$example" -B "$work/$example/build" -G Ninja -DCMAKE_PREFIX_PATH="$prefix" \
+        -DCMAKE_C_COMPILER="$CC" -DCMAKE_C_FLAGS="${TAV_FLAGS:-}" >"$work/log" &&
+        cmake --build "$work/$example/build" >>"$work/log" &&
+        ctest --test-dir "$work/$example/build" --output-on-failure >>"$work/log" ||
+        fail "$example: $(<"$work/log")"
+    expect_nothing_left "$example"
+done
 
 cp "$TAV_SOURCE/tests/programs/consumer.cmake" CMakeLists.txt
 printf 'expect output lute\nexpect output "percent *"\n' >replies.scenario
