@@ -24,7 +24,8 @@
  *
  *     cc -o alarm_test alarm_test.c alarm.c $(pkg-config --cflags --libs tav)
  *
- * A test that is linked otherwise works under `tavsim run`.
+ * A test that is linked otherwise works under `tavsim run`, which then says that the device of that run
+ * was not used: the test has its own.
  *
  * **One device.** There is one device for the process. A test starts a fresh one with
  * TAVSim_Start(); what the test before it left on the device is gone. The library libtav has no such

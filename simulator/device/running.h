@@ -18,8 +18,8 @@ struct Options {
     bool control = false;  // listen on the control socket in the root folder
 };
 
-// Behind the functions of SDL and libc, nothing would keep the program off this machine's files, and
-// nothing would ever be delivered. Empty where the device is in front, else what to do.
+// Behind the functions of SDL and libc, nothing would keep the program off this machine's files,
+// and nothing would ever be delivered. Empty where the device is in front, else what to do.
 std::string whyNotInFront();
 
 // Whether the device runs. Can be asked on any thread.

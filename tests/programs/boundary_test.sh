@@ -56,6 +56,13 @@ done
 works 'Kitchen percent 72' "${python[@]}"
 unset TAVSIM_DEVICE
 
+# A test that has the device in its own process gets none where that is not in front.
+run "$programs/alarm_test_sdl_first"
+[[ $status -eq 1 && $err == 'this program finds '*' before the simulated device'* ]] ||
+    fail "alarm_test_sdl_first: status $status: $err"
+run "$tavsim" run "$programs/alarm_test_sdl_first"
+expect 0 '0 failures' 'tavsim: *: did not use the device: *'
+
 # Nor does a difference show otherwise.
 for tour in "$TAV_BUILD/bin/tour" "$programs/tour_sdl_first"; do
     run "$tavsim" run --virtual-time "$tour"
