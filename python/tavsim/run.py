@@ -20,6 +20,7 @@ from tavsim.process import Error, NotHappened, end, end_and_remove, find_tool, r
 _LOOK_S = 0.01  # between two looks at a file or a process
 _WRITTEN = ("output", "errors")
 _NOT_SET_UP = (2, 127)  # how `tavsim run` ends when it cannot start the program
+_SCENARIO_FAILED = 3
 _LINES_SHOWN = 10
 _ASKED_S = 5.0  # how long the program has when it is asked to quit
 
@@ -37,7 +38,8 @@ class Run:
         self,
         program: StrPath | Sequence[StrPath],
         *,
-        device: StrPath | Mapping[str, Any] = "cinnabar",
+        device: StrPath | Mapping[str, Any] | None = None,
+        scenario: StrPath | None = None,
         root: StrPath | None = None,
         page: StrPath | None = None,
         plugin: bool = False,
@@ -49,7 +51,9 @@ class Run:
         """Starts the program. Raises Error when that, or the device, is not possible.
 
         program: its name or path, or a list of it and its arguments.
-        device: the name of a device, the path of a profile, or a profile as a dictionary.
+        device: the name of a device, the path of a profile, or a profile as a dictionary; without
+            one that which the scenario names, or else "cinnabar".
+        scenario: the scenario that is played to the device; one that fails fails wait().
         root: the folder of the device's files, kept; without one a fresh one, removed at the end.
         page: the script of the page whose plug-in the program is; plugin: one that never calls.
         virtual_time: let waiting cost nothing. The program then goes through as fast as it can,
@@ -67,7 +71,8 @@ class Run:
             self._tool = find_tool()
             command = [
                 *(self._tool, "run", "--root", str(self._root), "--timeout", str(limit)),
-                *("--device", self._device_name(device)),
+                *(["--device", self._device_name(device)] if device is not None else []),
+                *(["--scenario", os.fspath(scenario)] if scenario is not None else []),
                 *("--journal", str(self._folder / "journal")),
                 *(["--page", os.fspath(page)] if page is not None else []),
                 *(["--plugin"] if plugin else []),
@@ -76,6 +81,7 @@ class Run:
                 "--",
                 *([program] if isinstance(program, (str, os.PathLike)) else program),
             ]
+            self._has_scenario = scenario is not None
             self._process = self._start(command, environment or {})
         except BaseException:
             shutil.rmtree(self._folder, ignore_errors=True)
@@ -209,13 +215,16 @@ class Run:
     def wait(self, *, within: float | None = None) -> int:
         """Waits until the program has ended, by default as long as it may run; returns its status.
 
-        Raises NotHappened after so many seconds, and Error when the device could not be started.
+        Raises NotHappened after so many seconds or when the scenario fails, and Error when the device
+        could not be started.
         """
         try:
             status = self._process.wait(within)
         except subprocess.TimeoutExpired:
             raise NotHappened(f"the program has not ended within {within:g} s") from None
         self._raise_if_not_set_up()
+        if self._has_scenario and status == _SCENARIO_FAILED:
+            raise NotHappened(self.errors.strip())
         return status
 
     def end(self) -> int:

@@ -78,6 +78,17 @@ class RunTest(unittest.TestCase):
             with self.assertRaisesRegex(tavsim.NotHappened, "until it ended with 1"):
                 run.wait_for(kind="*", within=60)
 
+    def test_a_scenario_that_fails_fails_the_wait(self):
+        with tempfile.TemporaryDirectory() as folder:
+            scenario = Path(folder, "keyboard.scenario")
+            scenario.write_text("at 1s: expect state keyboard shown\n")
+            with tavsim.Run(WAITS, scenario=scenario, virtual_time=True) as run:
+                self.assertEqual(run.wait(), 0)
+            scenario.write_text("at 1s: expect state keyboard hidden\n")
+            with self.assertRaisesRegex(tavsim.NotHappened, ":1: at 1s: expect .* it is shown"):
+                with tavsim.Run(WAITS, scenario=scenario, virtual_time=True) as run:
+                    run.wait()
+
     def test_entries_come_to_an_end_and_are_found_in_their_order(self):
         with tavsim.Run(SERVICES, virtual_time=True) as run:
             entries = list(run.entries())
