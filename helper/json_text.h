@@ -6,6 +6,8 @@
 
 #include <string>
 
+#include "helper/json_writer.h"
+
 namespace helper {
 
 // The content of a string, the JSON text of any other value.
@@ -15,6 +17,13 @@ inline std::string textOf(simdjson::dom::element value) {
         return std::string(content);
     }
     return simdjson::minify(value);
+}
+
+// The same, with one form for equal numbers.
+inline std::string comparableText(simdjson::dom::element value) {
+    double number = 0;
+    const bool isNumber = value.get(number) == simdjson::SUCCESS;
+    return isNumber ? JsonWriter().value(number).take() : textOf(value);
 }
 
 }  // namespace helper

@@ -52,6 +52,15 @@ TEST(ProfileTest, NamesTheFieldThatIsWrong) {
          "p.json: services.a://b.delay: must be a whole number from 0 to 2147483647"},
         {R"({"services":{"a://b":{"repeat":true}}})",
          "p.json: services.a://b: \"repeat\" needs \"every\""},
+        {R"({"services":{"a://b":{"delay":[20,10]}}})",
+         "p.json: services.a://b.delay: must be the shortest delay and the longest"},
+        {R"({"services":{"a://b":{"match":[{"reply":1,"error":{"code":1}}]}}})",
+         R"(p.json: services.a://b.match[0]: must have only one of "reply", "replies" and)"},
+        {R"({"services":{"a://b":{"match":[{"when":{},"refuse":true}]}}})",
+         "p.json: services.a://b.match[0].refuse: unknown field"},
+        {R"({"extends":5})", "p.json: extends: must be a string"},
+        {R"({"extends":""})", "p.json: extends: must name a profile"},
+        {R"({"extends":"cinabar"})", "p.json: extends: no device \"cinabar\"; did you mean"},
         {R"({"templates":{"../x":""}})", "p.json: templates.../x: must be named like a file"},
     };
     for (const auto& row : rows) {

@@ -1,5 +1,7 @@
 #include "simulator/bus/answer.h"
 
+#include "simulator/device/service_reader.h"
+
 namespace tavsim {
 
 helper::JsonWriter successReply() {
@@ -17,13 +19,7 @@ Answer success() {
 }
 
 Answer failure(const std::string& reason, int delay) {
-    helper::JsonWriter reply;
-    reply.beginObject()
-        .member("returnValue", false)
-        .member("errorCode", -1)
-        .member("errorText", reason)
-        .endObject();
-    return oneReply(reply, delay);
+    return {{errorReply(-1, reason)}, delay};
 }
 
 std::string textMember(const simdjson::dom::object& request, const char* name) {

@@ -20,6 +20,7 @@ struct Answer {
     int delay = 0;
     int every = 0;
     bool isEndless = false;  // behind the last reply, a subscription is answered anew
+    bool isFilled = false;   // the replies are templates
 };
 
 // An object that says that the request was carried out, for more members and its end.

@@ -54,10 +54,11 @@ Answer answerTo(const Call& call) {
                : deviceServiceAnswer(call.uri, call.payload);
 }
 
-// Whether the call is open, and what its service was about to answer still counts.
-bool expectsReply(int token, int version) {
+// The open call; null when what its service was about to answer does not count any more.
+const Call* findCall(int token, int version) {
     const auto found = bus().open.find(token);
-    return found != bus().open.end() && found->second.version == version;
+    const bool counts = found != bus().open.end() && found->second.version == version;
+    return counts ? &found->second : nullptr;
 }
 
 void scheduleReplies(int token, const Call& call, const Answer& answer, Milliseconds first);
@@ -77,14 +78,17 @@ void scheduleReplies(int token, const Call& call, const Answer& answer, Millisec
         const Milliseconds due = after(first, static_cast<Milliseconds>(i) * answer.every);
         const bool startsNext = isEndless && i + 1 == count;
         const Milliseconds next = after(due, answer.every);
-        schedule(due, [token, version = call.version, reply = answer.replies[i], startsNext, next] {
-            if (!expectsReply(token, version)) {
+        schedule(due, [token, version = call.version, reply = answer.replies[i],
+                       isFilled = answer.isFilled, startsNext, next] {
+            const Call* request = findCall(token, version);
+            if (request == nullptr) {
                 return;
             }
             if (startsNext) {
                 startNextRound(token, next);
             }
-            deliverReply(token, reply);
+            deliverReply(token,
+                         isFilled ? filledReply(reply, request->uri, request->payload) : reply);
         });
     }
 }
@@ -164,7 +168,7 @@ void answerFromNowOn(const std::string& uri, const std::optional<std::string>& t
             continue;
         }
         ++call.version;
-        scheduleReplies(token, call, {service.replies}, now());
+        scheduleReplies(token, call, {service.replies, 0, 0, false, true}, now());
     }
 }
 

@@ -19,7 +19,10 @@ void restoreService(const std::string& uri);
 Answer serviceAnswer(const Service& service, const std::string& uri, const std::string& payload,
                      bool isSubscription);
 
-// Forgets what was replaced, and whose turn it is.
+// A reply of the service as it goes out now.
+Reply filledReply(const Reply& reply, const std::string& uri, const std::string& payload);
+
+// Forgets what was replaced, and how far each service has come.
 void clearProfileServices();
 
 }  // namespace tavsim

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "helper/glob.h"
 #include "platform/visibility.h"
 #include "simulator/time/clock.h"
 
@@ -17,8 +18,7 @@ namespace tavsim {
 TAV_PLATFORM_API std::optional<Milliseconds> readTime(std::string_view word);
 inline constexpr char kTimeUsage[] = "a time is a number with ms, s or min, such as 1.5s";
 
-// Whether all of the text is as the glob says: * stands for any characters, ? for any one byte.
-TAV_PLATFORM_API bool matchesGlob(std::string_view text, std::string_view glob);
+using helper::matchesGlob;
 
 // What one entry of the journal must have: each of these members, with a value that its glob
 // matches. Of values that are no strings it is the JSON text that counts.

@@ -8,9 +8,9 @@
 #include <string_view>
 
 #include "helper/json_reader.h"
-#include "helper/json_text.h"
 #include "helper/json_writer.h"
 #include "helper/suggestion.h"
+#include "simulator/device/service_reader.h"
 
 namespace fs = std::filesystem;
 namespace json = helper::json;
@@ -25,6 +25,9 @@ constexpr std::string_view kRefusable[] = {"keyboard", "minimize",     "touch", 
 // Faster than this the heading would be noise.
 constexpr double kFastestTurn = 36000.0;
 
+constexpr std::uintmax_t kLargestFile = 16 << 20;
+constexpr size_t kMostFiles = 16;
+
 bool isFileName(std::string_view name) {
     return !name.empty() && name[0] != '.' && name.find('/') == std::string_view::npos;
 }
@@ -34,8 +37,12 @@ json::Reader texts(std::map<std::string, std::string>* target) {
 }
 
 json::Reader preferences(std::optional<std::map<std::string, std::string>>* target) {
-    return
-        [target](const json::Value& value) { json::members(&target->emplace(), json::raw)(value); };
+    return [target](const json::Value& value) {
+        if (!*target) {
+            target->emplace();
+        }
+        json::members(&**target, json::raw)(value);
+    };
 }
 
 json::Reader templates(std::map<std::string, std::string>* target) {
@@ -51,6 +58,7 @@ json::Reader templates(std::map<std::string, std::string>* target) {
 
 json::Reader refusals(std::set<std::string>* target) {
     return [target](const json::Value& value) {
+        target->clear();
         json::eachElement(value, [target](const json::Value& each) {
             std::string request;
             const json::Reader name = json::text(&request);
@@ -112,40 +120,9 @@ json::Reader item(Item* item) {
     };
 }
 
-// A string is sent as it stands, null as a null text, anything else as JSON.
-json::Reader reply(Reply* reply) {
-    return [reply](const json::Value& value) {
-        if (!value.element().is_null()) {
-            *reply = helper::textOf(value.element());
-        }
-    };
-}
-
-json::Reader onlyReply(std::vector<Reply>* replies) {
-    return [replies](const json::Value& value) {
-        replies->assign(1, {});
-        const json::Reader only = reply(&replies->front());
-        only(value);
-    };
-}
-
-json::Reader service(Service* service) {
-    json::Reader known = json::fields({{"reply", onlyReply(&service->replies)},
-                                       {"replies", json::list(&service->replies, reply)},
-                                       {"repeat", json::flag(&service->repeat)},
-                                       {"delay", json::integer(&service->delay, 0)},
-                                       {"every", json::integer(&service->every, 0)},
-                                       {"refuse", json::flag(&service->refuse)}});
-    return [service, known = std::move(known)](const json::Value& value) {
-        known(value);
-        if (service->repeat && service->every == 0) {
-            value.fail(R"("repeat" needs "every", the milliseconds between the replies)");
-        }
-    };
-}
-
 json::Reader fieldsOf(Profile* profile) {
-    return json::fields({{"title", json::text(&profile->title)},
+    return json::fields({{"extends", [](const json::Value&) {}},  // has been read before
+                         {"title", json::text(&profile->title)},
                          {"machine", json::text(&profile->machine)},
                          {"root", json::flag(&profile->root)},
                          {"plugin", json::flag(&profile->plugin)},
@@ -160,7 +137,7 @@ json::Reader fieldsOf(Profile* profile) {
                          {"compass", compass(&profile->compass)},
                          {"location", location(&profile->location)},
                          {"items", json::list(&profile->items, item)},
-                         {"services", json::members(&profile->services, service)}});
+                         {"services", json::members(&profile->services, serviceReader)}});
 }
 
 std::string noSuchProfile(const fs::path& path) {
@@ -171,6 +148,69 @@ std::string noSuchProfile(const fs::path& path) {
     const std::string meant = helper::suggestion(name, profileNames());
     return "no device \"" + helper::escapedJson(name) + "\"" +
            (meant.empty() ? "; `tavsim devices` lists those that there are" : meant);
+}
+
+// Reads a file whole.
+bool readFile(const std::string& path, std::string* content, std::string* error) {
+    std::error_code problem;
+    if (!fs::is_regular_file(path, problem)) {
+        *error = noSuchProfile(path);
+        return false;
+    }
+    simdjson::padded_string document;
+    if (fs::file_size(path, problem) > kLargestFile) {
+        *error = path + ": is larger than 16 MiB";
+    } else if (simdjson::padded_string::load(path).get(document) != simdjson::SUCCESS) {
+        *error = path + ": cannot be read";
+    }
+    content->assign(document.data(), document.size());
+    return error->empty();
+}
+
+// The file that is read, and behind it those that extend it.
+using Files = std::vector<fs::path>;
+
+Files withFile(const std::string& path, Files files) {
+    std::error_code problem;
+    files.insert(files.begin(), fs::weakly_canonical(path, problem));
+    return files;
+}
+
+bool readOver(Profile* profile, const std::string& document, const std::string& source,
+              const Files& files, std::string* error);
+
+// Reads the profile that another one extends.
+void readBase(Profile* profile, const json::Value& name, const fs::path& folder,
+              const Files& extending) {
+    std::string base;
+    json::text (&base)(name);
+    const fs::path path = folder / profilePath(base);
+    const Files files = withFile(path, extending);
+    std::string document;
+    std::string error;
+    if (base.empty()) {
+        name.fail("must name a profile");
+    } else if (std::count(files.begin(), files.end(), files.front()) > 1) {
+        name.fail("the profile extends itself");
+    } else if (files.size() > kMostFiles) {
+        name.fail("more than 16 profiles extend one another");
+    } else if (!readFile(path, &document, &error) ||
+               !readOver(profile, document, path, files, &error)) {
+        name.fail(error);
+    }
+}
+
+// Reads a document's fields over those that the profile has.
+bool readOver(Profile* profile, const std::string& document, const std::string& source,
+              const Files& files, std::string* error) {
+    const json::Reader reader = [&](const json::Value& value) {
+        json::Value::Element base;
+        if (value.element()["extends"].get(base) == simdjson::SUCCESS) {
+            readBase(profile, value.member("extends", base), fs::path(source).parent_path(), files);
+        }
+        fieldsOf(profile)(value);
+    };
+    return json::read(document, source, reader, error);
 }
 
 }  // namespace
@@ -194,25 +234,20 @@ bool canBeRefused(const std::string& request) {
 std::optional<Profile> parseProfile(const std::string& document, const std::string& source,
                                     std::string* error) {
     Profile profile;
-    if (!json::read(document, source, fieldsOf(&profile), error)) {
+    if (!readOver(&profile, document, source, withFile(source, {}), error)) {
         return std::nullopt;
     }
     return profile;
 }
 
 std::optional<Profile> readProfile(const std::string& path, std::string* error) {
-    simdjson::padded_string document;
-    std::error_code problem;
-    if (!fs::is_regular_file(path, problem)) {
-        *error = noSuchProfile(path);
+    std::string document;
+    std::string problem;
+    if (!readFile(path, &document, &problem)) {
+        *error = problem;
         return std::nullopt;
     }
-    if (simdjson::padded_string::load(path).get(document) != simdjson::SUCCESS) {
-        *error = path + ": cannot be read";
-        return std::nullopt;
-    }
-    std::optional<Profile> profile =
-        parseProfile(std::string(document.data(), document.size()), path, error);
+    std::optional<Profile> profile = parseProfile(document, path, error);
     if (profile) {
         profile->name = fs::path(path).stem();
     }

@@ -16,9 +16,16 @@ namespace tavsim {
 // One reply's text; without a value the bus delivers a null text.
 using Reply = std::optional<std::string>;
 
+// What a member of a request's payload must be.
+struct PayloadPattern {
+    std::string text;  // a value's JSON, or a glob for a string's content
+    bool isGlob = false;
+};
+
 // A bus service. A subscription receives the replies in order, one every `every` milliseconds, and
 // where `repeat` is set begins again after the last. Calls with one reply receive them in turn,
-// a call each, and stay at the last. Without replies and without `compute` nothing ever comes.
+// a call each, and stay at the last. Without replies and without `compute` nothing ever comes. In
+// replies, ${NAME} stands for a member of the request's payload.
 struct Service {
     std::vector<Reply> replies;
     bool repeat = false;
@@ -29,6 +36,16 @@ struct Service {
     // Computes each reply in place of the list. A subscription asks once, or every `every`
     // milliseconds where that is set.
     std::function<Reply(const std::string& uri, const std::string& payload)> compute;
+
+    // The delay is drawn anew for each request, up to so many milliseconds longer. The same seed
+    // gives the same delays.
+    int spread = 0;
+    int seed = 0;
+
+    // The first case of which the payload has what `when` says answers in the service's place.
+    std::map<std::string, PayloadPattern> when =
+        {};  // by the member's name or path, such as "item.id"
+    std::vector<Service> cases = {};
 };
 
 struct CompassReading {

@@ -1,0 +1,115 @@
+#include "simulator/device/service_reader.h"
+
+#include <utility>
+
+#include "helper/json_text.h"
+#include "helper/json_writer.h"
+
+namespace dom = simdjson::dom;
+namespace json = helper::json;
+
+namespace tavsim {
+namespace {
+
+using Fields = std::map<std::string_view, json::Reader>;
+
+json::Reader only(std::vector<Reply>* replies, json::Reader (*read)(Reply*)) {
+    return [replies, read](const json::Value& value) {
+        replies->assign(1, {});
+        read (&replies->front())(value);
+    };
+}
+
+// Milliseconds, or the fewest and the most.
+json::Reader delay(Service* service) {
+    return [service](const json::Value& value) {
+        if (!value.element().is_array()) {
+            json::integer(&service->delay, 0)(value);
+            return;
+        }
+        int most = 0;
+        json::sequence({json::integer(&service->delay, 0), json::integer(&most, 0)})(value);
+        if (most < service->delay) {
+            value.fail("must be the shortest delay and the longest");
+        }
+        service->spread = most - service->delay;
+    };
+}
+
+json::Reader payloadPattern(PayloadPattern* pattern) {
+    return [pattern](const json::Value& value) {
+        *pattern = {helper::comparableText(value.element()), value.element().is_string()};
+    };
+}
+
+Fields answerFields(Service* service) {
+    return {{"reply", only(&service->replies, replyReader)},
+            {"replies", json::list(&service->replies, replyReader)},
+            {"error", only(&service->replies, errorReader)},
+            {"repeat", json::flag(&service->repeat)},
+            {"delay", delay(service)},
+            {"every", json::integer(&service->every, 0)}};
+}
+
+void checkAnswer(const Service& service, const json::Value& value) {
+    int answers = 0;
+    json::eachMember(value, [&](std::string_view name, const json::Value&) {
+        answers += name == "reply" || name == "replies" || name == "error" ? 1 : 0;
+    });
+    if (answers > 1) {
+        value.fail(R"(must have only one of "reply", "replies" and "error")");
+    }
+    if (service.repeat && service.every == 0) {
+        value.fail(R"("repeat" needs "every", the milliseconds between the replies)");
+    }
+}
+
+json::Reader answerReader(Service* service, Fields fields) {
+    fields.merge(answerFields(service));
+    return [service, known = json::fields(std::move(fields))](const json::Value& value) {
+        *service = {};
+        known(value);
+        checkAnswer(*service, value);
+    };
+}
+
+json::Reader caseReader(Service* service) {
+    return answerReader(service, {{"when", json::members(&service->when, payloadPattern)}});
+}
+
+}  // namespace
+
+json::Reader serviceReader(Service* service) {
+    return answerReader(service, {{"refuse", json::flag(&service->refuse)},
+                                  {"seed", json::integer(&service->seed)},
+                                  {"match", json::list(&service->cases, caseReader)}});
+}
+
+json::Reader replyReader(Reply* reply) {
+    return [reply](const json::Value& value) {
+        if (!value.element().is_null()) {
+            *reply = helper::textOf(value.element());
+        }
+    };
+}
+
+json::Reader errorReader(Reply* reply) {
+    return [reply](const json::Value& value) {
+        int code = -1;
+        std::string text;
+        json::fields({{"code", json::integer(&code)}, {"text", json::text(&text)}})(value);
+        *reply = errorReply(code, text);
+    };
+}
+
+std::string errorReply(int code, const std::string& text) {
+    return helper::JsonWriter()
+        .beginObject()
+        .member("returnValue", false)
+        .member("errorCode", code)
+        .member("errorText", text)
+        .endObject()
+        .take();
+}
+
+}  // namespace tavsim

@@ -1,0 +1,25 @@
+// How a profile describes a service.
+#ifndef TAV_SIMULATOR_DEVICE_SERVICE_READER_H
+#define TAV_SIMULATOR_DEVICE_SERVICE_READER_H
+
+#include <string>
+
+#include "helper/json_reader.h"
+#include "simulator/device/profile.h"
+
+namespace tavsim {
+
+helper::json::Reader serviceReader(Service* service);
+
+// A string is sent as it stands, null as a null text, anything else as JSON.
+helper::json::Reader replyReader(Reply* reply);
+
+// Reads the code and the text of an error.
+helper::json::Reader errorReader(Reply* reply);
+
+// The reply of a service that could not do what it was asked to.
+std::string errorReply(int code, const std::string& text);
+
+}  // namespace tavsim
+
+#endif
