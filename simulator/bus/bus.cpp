@@ -9,6 +9,7 @@
 #include "platform/napp.h"
 #include "simulator/bus/payment.h"
 #include "simulator/bus/profile_services.h"
+#include "simulator/bus/service_program.h"
 #include "simulator/bus/services.h"
 #include "simulator/device/edge.h"
 #include "simulator/device/journal.h"
@@ -93,6 +94,11 @@ void scheduleReplies(int token, const Call& call, const Answer& answer, Millisec
     }
 }
 
+std::optional<ServiceCommand> programOf(const std::string& uri) {
+    const Service* service = profileService(uri);
+    return service != nullptr ? service->program : std::nullopt;
+}
+
 bool refusesDispatch(const std::string& uri) {
     const Service* service = profileService(uri);
     const bool refused = isRefused(uri) || (service != nullptr && service->refuse);
@@ -114,6 +120,16 @@ int dispatch(Kind kind, const char* uri, const char* payload, bool option,
     if (isRefused) {
         return token;
     }
+    if (const auto program = programOf(call.uri)) {
+        const bool wantsReply = kind != Kind::OneWay;
+        const ServiceRequest request{call.uri, call.payload, kind == Kind::Subscription,
+                                     wantsReply};
+        if (wantsReply) {
+            bus().open.emplace(token, std::move(call));
+        }
+        askServiceProgram(*program, token, request);
+        return token;
+    }
     const Answer answer = answerTo(call);
     if (kind == Kind::OneWay) {
         return token;
@@ -128,6 +144,7 @@ int dispatch(Kind kind, const char* uri, const char* payload, bool option,
 }  // namespace
 
 void clearBus() {
+    endServicePrograms();
     bus().open.clear();
     bus().paymentAnswered.reset();
     clearProfileServices();
@@ -168,6 +185,7 @@ void answerFromNowOn(const std::string& uri, const std::optional<std::string>& t
             continue;
         }
         ++call.version;
+        forgetServiceRequest(token);
         scheduleReplies(token, call, {service.replies, 0, 0, false, true}, now());
     }
 }
@@ -191,6 +209,7 @@ bool deliverReply(int token, const Reply& reply) {
     }
     if (found->second.kind == Kind::OneReply) {
         bus().open.erase(found);
+        forgetServiceRequest(token);
     }
     replyFunction(token, text, context);
     return true;
@@ -216,6 +235,7 @@ int HKSCaller::ksCallWithSubscription(const char* uri, const char* payload, bool
 void HKSCaller::ksCancelCall(int token) try {
     tavsim::running();
     const bool wasOpen = tavsim::bus().open.erase(token) != 0;
+    tavsim::forgetServiceRequest(token);
     tavsim::JournalEntry("bus", "cancel")
         .member("token", token)
         .outcome(wasOpen ? "cancelled" : "no such call");

@@ -120,7 +120,8 @@ json::Reader item(Item* item) {
     };
 }
 
-json::Reader fieldsOf(Profile* profile) {
+json::Reader fieldsOf(Profile* profile, const std::string& folder) {
+    const auto service = [folder](Service* each) { return serviceReader(each, folder); };
     return json::fields({{"extends", [](const json::Value&) {}},  // has been read before
                          {"title", json::text(&profile->title)},
                          {"machine", json::text(&profile->machine)},
@@ -137,7 +138,7 @@ json::Reader fieldsOf(Profile* profile) {
                          {"compass", compass(&profile->compass)},
                          {"location", location(&profile->location)},
                          {"items", json::list(&profile->items, item)},
-                         {"services", json::members(&profile->services, serviceReader)}});
+                         {"services", json::members(&profile->services, service)}});
 }
 
 std::string noSuchProfile(const fs::path& path) {
@@ -204,11 +205,13 @@ void readBase(Profile* profile, const json::Value& name, const fs::path& folder,
 bool readOver(Profile* profile, const std::string& document, const std::string& source,
               const Files& files, std::string* error) {
     const json::Reader reader = [&](const json::Value& value) {
+        std::error_code problem;
+        const fs::path folder = fs::absolute(source, problem).parent_path();
         json::Value::Element base;
         if (value.element()["extends"].get(base) == simdjson::SUCCESS) {
-            readBase(profile, value.member("extends", base), fs::path(source).parent_path(), files);
+            readBase(profile, value.member("extends", base), folder, files);
         }
-        fieldsOf(profile)(value);
+        fieldsOf(profile, folder)(value);
     };
     return json::read(document, source, reader, error);
 }

@@ -22,6 +22,14 @@ struct PayloadPattern {
     bool isGlob = false;
 };
 
+// A program of the user's that answers requests.
+struct ServiceCommand {
+    std::vector<std::string> words;
+    std::string folder;  // that it runs in
+
+    auto operator<=>(const ServiceCommand&) const = default;
+};
+
 // A bus service. A subscription receives the replies in order, one every `every` milliseconds, and
 // where `repeat` is set begins again after the last. Calls with one reply receive them in turn,
 // a call each, and stay at the last. Without replies and without `compute` nothing ever comes. In
@@ -46,6 +54,9 @@ struct Service {
     std::map<std::string, PayloadPattern> when =
         {};  // by the member's name or path, such as "item.id"
     std::vector<Service> cases = {};
+
+    // Answers in the service's place.
+    std::optional<ServiceCommand> program = {};
 };
 
 struct CompassReading {

@@ -42,6 +42,18 @@ json::Reader payloadPattern(PayloadPattern* pattern) {
     };
 }
 
+json::Reader program(std::optional<ServiceCommand>* target, const std::string& folder) {
+    return [target, folder](const json::Value& value) {
+        ServiceCommand& command = target->emplace();
+        command.folder = folder;
+        const auto word = [](std::string* each) { return json::text(each); };
+        json::list(&command.words, word)(value);
+        if (command.words.empty() || command.words.front().empty()) {
+            value.fail("must be a program and its arguments");
+        }
+    };
+}
+
 Fields answerFields(Service* service) {
     return {{"reply", only(&service->replies, replyReader)},
             {"replies", json::list(&service->replies, replyReader)},
@@ -53,8 +65,11 @@ Fields answerFields(Service* service) {
 
 void checkAnswer(const Service& service, const json::Value& value) {
     int answers = 0;
-    json::eachMember(value, [&](std::string_view name, const json::Value&) {
+    json::eachMember(value, [&](std::string_view name, const json::Value& each) {
         answers += name == "reply" || name == "replies" || name == "error" ? 1 : 0;
+        if (service.program && name != "program" && name != "refuse") {
+            each.fail("is for the program to say");
+        }
     });
     if (answers > 1) {
         value.fail(R"(must have only one of "reply", "replies" and "error")");
@@ -79,10 +94,11 @@ json::Reader caseReader(Service* service) {
 
 }  // namespace
 
-json::Reader serviceReader(Service* service) {
+json::Reader serviceReader(Service* service, const std::string& folder) {
     return answerReader(service, {{"refuse", json::flag(&service->refuse)},
                                   {"seed", json::integer(&service->seed)},
-                                  {"match", json::list(&service->cases, caseReader)}});
+                                  {"match", json::list(&service->cases, caseReader)},
+                                  {"program", program(&service->program, folder)}});
 }
 
 json::Reader replyReader(Reply* reply) {

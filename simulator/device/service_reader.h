@@ -9,7 +9,8 @@
 
 namespace tavsim {
 
-helper::json::Reader serviceReader(Service* service);
+// Programs run in the folder.
+helper::json::Reader serviceReader(Service* service, const std::string& folder);
 
 // A string is sent as it stands, null as a null text, anything else as JSON.
 helper::json::Reader replyReader(Reply* reply);

@@ -9,6 +9,7 @@
 #include "front/next.h"
 #include "simulator/bus/bus.h"
 #include "simulator/bus/payment.h"
+#include "simulator/bus/service_program.h"
 #include "simulator/control/control.h"
 #include "simulator/device/edge.h"
 #include "simulator/device/running.h"
@@ -24,15 +25,20 @@ using SteadyClock = std::chrono::steady_clock;
 constexpr Milliseconds kWaitStep = 10;  // between two looks at SDL's queue
 // By then, the library no longer waits for a purchase and so leaves events to the application.
 constexpr Milliseconds kUntilAskedAgain = 100;
-// Serving the control socket takes system calls, so it is not done with every poll.
+// Serving sockets takes system calls, so it is not done with every poll.
 constexpr std::chrono::milliseconds kControlPause(5);
 
-void serveControlNowAndThen() {
+void serveOutside() {
+    serveControl();
+    serveServicePrograms();
+}
+
+void serveOutsideNowAndThen() {
     static SteadyClock::time_point served;
     const SteadyClock::time_point time = SteadyClock::now();
     if (time - served >= kControlPause) {
         served = time;
-        serveControl();
+        serveOutside();
     }
 }
 
@@ -52,7 +58,7 @@ void sleepAStep() {
 }  // namespace
 
 void pumpNow() {
-    serveControl();
+    serveOutside();
     deliverDue();
 }
 
@@ -78,7 +84,7 @@ void deliver() try {
         tavsim::lookWithoutWaiting();
     }
     if (tavsim::isStarted()) {
-        tavsim::serveControlNowAndThen();
+        tavsim::serveOutsideNowAndThen();
         tavsim::deliverDue();
     }
 } catch (...) {

@@ -14,6 +14,7 @@
 #include "simulator/device/running.h"
 #include "simulator/host/host.h"
 #include "simulator/page/page.h"
+#include "simulator/process/print_line.h"
 #include "simulator/time/clock.h"
 
 namespace tavsim {
@@ -51,12 +52,12 @@ bool openPage(const std::string& pageFile) {
     const std::string name = std::filesystem::path(pageFile).filename();
     std::string source;
     if (!readFile(pageFile, &source)) {
-        printProblem(name + ": cannot be read: " + std::strerror(errno));
+        printLine(stderr, name + ": cannot be read: " + std::strerror(errno));
         return true;
     }
     const auto page = std::make_shared<Page>(name);
     if (!page->start()) {
-        printProblem(name + ": cannot be run: " + std::strerror(errno));
+        printLine(stderr, name + ": cannot be run: " + std::strerror(errno));
         return false;
     }
     bridge().page = page;

@@ -1,16 +1,12 @@
 #include "simulator/page/page.h"
 
-#include <signal.h>
-#include <sys/socket.h>
-#include <sys/wait.h>
 #include <time.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdio>
 
 #include "simulator/page/page_process.h"
+#include "simulator/process/print_line.h"
 #include "simulator/time/queue.h"
 
 namespace tavsim {
@@ -25,21 +21,13 @@ using std::chrono::seconds;
 // Processor time that a script may take before it lets go.
 constexpr seconds kLimit(2);
 
+constexpr seconds kLongestEnd(1);
+
 constexpr char kTooLong[] = "the script ran for more than 2 seconds without a pause";
 constexpr char kClosed[] = "the application closed its connection to the page";
 
 // Between two looks at the processor time of a script that sends nothing.
 constexpr milliseconds kShortestWait(10);
-
-void printLine(FILE* stream, const std::string& line) {
-    std::fflush(stdout);
-    std::fprintf(stream, "%s\n", line.c_str());
-}
-
-bool isChild(pid_t process) {
-    siginfo_t unused;
-    return waitid(P_PID, static_cast<id_t>(process), &unused, WEXITED | WNOHANG | WNOWAIT) == 0;
-}
 
 PageMessageKind kindOf(const helper::Message& message) {
     return static_cast<PageMessageKind>(message.kind);
@@ -47,38 +35,22 @@ PageMessageKind kindOf(const helper::Message& message) {
 
 }  // namespace
 
-void printProblem(const std::string& line) {
-    printLine(stderr, line);
-}
-
 bool Page::start() {
-    int ends[2];
-    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) {
-        return false;
+    const int socket = m_process.start(runPageProcess);
+    if (socket >= 0) {
+        m_socket.emplace(socket);
     }
-    m_owner = getpid();
-    m_process = fork();
-    if (m_process == 0) {
-        runPageProcess(ends[1], m_owner);
-    }
-    close(ends[1]);
-    m_socket.emplace(ends[0]);
-    return m_process > 0;
+    return socket >= 0;
 }
 
 void Page::end() {
     m_waiting.clear();
     m_socket.reset();
-    // The application may have waited for all its children, and the number may be another's by now.
-    if (m_process > 0 && getpid() == m_owner && isChild(m_process)) {
-        kill(m_process, SIGKILL);
-        reap();
-    }
-    m_process = 0;
+    m_process.end();
 }
 
 bool Page::isAlive() const {
-    return m_socket && getpid() == m_owner;
+    return m_socket && m_process.isOurs();
 }
 
 void Page::post(Milliseconds due, PageMessageKind kind, const helper::ItemWriter& items) {
@@ -145,7 +117,7 @@ void Page::handle(const helper::Message& message) {
         break;
     }
     case PageMessageKind::Problem:
-        printProblem(items.readString());
+        printLine(stderr, items.readString());
         break;
     case PageMessageKind::Broken:
         endWith(items.readString());
@@ -195,7 +167,8 @@ std::optional<helper::Message> Page::nextMessage(nanoseconds limit) {
             return message;
         }
         if (m_socket->isGone()) {
-            endWith(m_socket->isOurs() ? "the page's process ended" + reap() : kClosed);
+            endWith(m_socket->isOurs() ? "the page's process ended" + m_process.end(kLongestEnd)
+                                       : kClosed);
             return std::nullopt;
         }
     }
@@ -204,29 +177,15 @@ std::optional<helper::Message> Page::nextMessage(nanoseconds limit) {
 nanoseconds Page::processorTime() const {
     clockid_t clock;
     timespec time = {};
-    if (clock_getcpuclockid(m_process, &clock) != 0 || clock_gettime(clock, &time) != 0) {
+    if (clock_getcpuclockid(m_process.number(), &clock) != 0 || clock_gettime(clock, &time) != 0) {
         return nanoseconds(0);  // it has ended, which reading from it will show
     }
     return seconds(time.tv_sec) + nanoseconds(time.tv_nsec);
 }
 
 void Page::endWith(const std::string& reason) {
-    printProblem(m_name + ": stopped: " + reason);
+    printLine(stderr, m_name + ": stopped: " + reason);
     end();
-}
-
-std::string Page::reap() {
-    int status = 0;
-    pid_t reaped = 0;
-    do {
-        reaped = waitpid(m_process, &status, 0);
-    } while (reaped < 0 && errno == EINTR);
-    m_process = 0;
-    if (reaped < 0) {
-        return "";  // the application has waited for it
-    }
-    return WIFSIGNALED(status) ? " with signal " + std::to_string(WTERMSIG(status))
-                               : " with status " + std::to_string(WEXITSTATUS(status));
 }
 
 }  // namespace tavsim

@@ -2,8 +2,6 @@
 #ifndef TAV_SIMULATOR_PAGE_PAGE_H
 #define TAV_SIMULATOR_PAGE_PAGE_H
 
-#include <sys/types.h>
-
 #include <chrono>
 #include <memory>
 #include <optional>
@@ -15,6 +13,7 @@
 #include "helper/message_socket.h"
 #include "platform/napp.h"
 #include "simulator/page/page_message.h"
+#include "simulator/process/child_process.h"
 #include "simulator/time/clock.h"
 
 namespace tavsim {
@@ -24,9 +23,6 @@ struct NativeMethods {
     NApp_MethodListCallback list = nullptr;
     NApp_MethodCallback call = nullptr;
 };
-
-// Prints on standard error, behind what was printed before.
-void printProblem(const std::string& line);
 
 // A script that does not let go, or whose process dies, ends its page with one line on standard
 // error. Owned by a shared pointer.
@@ -70,13 +66,11 @@ private:
 
     std::chrono::nanoseconds processorTime() const;
     void endWith(const std::string& reason);
-    std::string reap();  // how the process ended
 
     const std::string m_name;
     NativeMethods m_methods;
     std::optional<helper::MessageSocket> m_socket;
-    pid_t m_process = 0;
-    pid_t m_owner = 0;
+    ChildProcess m_process;
     bool m_isBusy = false;
     std::vector<Event> m_waiting;
 };

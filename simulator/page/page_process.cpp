@@ -1,7 +1,5 @@
 #include "simulator/page/page_process.h"
 
-#include <signal.h>
-#include <sys/prctl.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -75,18 +73,6 @@ duk_ret_t handleEvent(duk_context* engine, void* kind) {
     }
 }
 
-// Keeps the application's handlers from running here, and what its terminal sends to the
-// application from ending the page first.
-void leaveApplication() {
-    for (int number = 1; number < NSIG; ++number) {
-        signal(number, SIG_DFL);
-    }
-    sigset_t none;
-    sigemptyset(&none);
-    sigprocmask(SIG_SETMASK, &none, nullptr);
-    setpgid(0, 0);
-}
-
 void keepOnly(int socket) {
     dup2(socket, kPageSocket);
     close(STDIN_FILENO);
@@ -96,12 +82,7 @@ void keepOnly(int socket) {
 
 }  // namespace
 
-void runPageProcess(int socket, int parent) {
-    leaveApplication();
-    prctl(PR_SET_PDEATHSIG, SIGKILL);
-    if (getppid() != parent) {
-        _exit(EXIT_SUCCESS);
-    }
+void runPageProcess(int socket) {
     keepOnly(socket);
     duk_context* engine = createEngine(endBroken);
     if (engine == nullptr ||

@@ -6,7 +6,7 @@ namespace tavsim {
 
 // What the new process does after the fork: keeps nothing of the application but its end of the
 // connection and standard error, serves the device until that is gone, and ends.
-[[noreturn]] void runPageProcess(int socket, int parent);
+[[noreturn]] void runPageProcess(int socket);
 
 }  // namespace tavsim
 

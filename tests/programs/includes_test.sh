@@ -21,6 +21,7 @@ rooms=(
     simulator/host
     simulator/world
     simulator/device
+    simulator/process
     simulator/time
     linux/host
     linux/services

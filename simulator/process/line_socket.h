@@ -1,0 +1,57 @@
+// Lines of text over a socket.
+#ifndef TAV_SIMULATOR_PROCESS_LINE_SOCKET_H
+#define TAV_SIMULATOR_PROCESS_LINE_SOCKET_H
+
+#include <chrono>
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "helper/descriptor.h"
+
+namespace tavsim {
+
+// One end of a connection. Nothing is believed of what comes: a step at a time is taken, and
+// whoever takes the lines looks at what is left over.
+class LineSocket {
+public:
+    // Takes the connected socket over.
+    explicit LineSocket(int socket) : m_socket(socket) {}
+
+    // True for good when the other end has closed the connection, or the process has lost the
+    // socket.
+    bool isGone() const { return m_isGone; }
+
+    // False when the process has lost the socket.
+    bool isOurs() const { return m_socket.isOurs(); }
+
+    // Sends without waiting what the other end takes.
+    void queue(std::string_view line);
+    void sendNow();
+    size_t queued() const { return m_outgoing.size(); }
+
+    // Receives a part of what has come.
+    void receiveNow();
+
+    // The next line of what was received.
+    std::optional<std::string> takeLine();
+    size_t receivedWithoutEnd() const { return m_incoming.size() - m_taken; }
+
+    // Waits until something can be received or sent.
+    void wait(std::chrono::milliseconds longest) const;
+
+    // Tells the other end that nothing more will come.
+    void endSending();
+
+private:
+    helper::Descriptor m_socket;
+    bool m_isGone = false;
+    std::string m_incoming;
+    size_t m_taken = 0;  // bytes of it
+    std::string m_outgoing;
+};
+
+}  // namespace tavsim
+
+#endif
