@@ -33,7 +33,7 @@ std::string stateAsJson() {
     json.beginObject().member("machine", machine ? machine->c_str() : nullptr);
     json.member("plugin", profile().plugin).member("openCalls", openBusCalls({}).size());
     json.key("refused").beginArray();
-    for (const std::string& request : profile().refused) {
+    for (const std::string& request : refusedRequests()) {
         json.value(request);
     }
     json.endArray().key("state").beginObject();
