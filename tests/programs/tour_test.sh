@@ -21,3 +21,14 @@ for profile in "$TAV_SOURCE"/simulator/devices/*.json; do
     fi
     diff -u "$expected/tour-$device.txt" "$work/$device" || fail "the tour of $device differs"
 done
+
+# As the root user, it finds roles for the path that it really has, made at its first start.
+echo '{"extends": "cinnabar", "root": true}' >"$work/root.json"
+for rescans in 2 0; do
+    run "$tavsim" run --device "$work/root.json" --root "$work/root" --virtual-time \
+        --journal "$work/journal" "$TAV_BUILD/bin/tour"
+    compared <"$work/out" | diff -u "$expected/tour-cinnabar.txt" - || fail "the tour as root differs"
+    [ "$(grep -c '"what":"rescan"' "$work/journal")" -eq $rescans ] || fail "not $rescans rescans"
+done
+grep -q "\"exeName\": \"$(readlink -f "$TAV_BUILD/bin/tour")\"" \
+    "$work"/root/var/vire/ks2/roles/p*/com.example.tour.json || fail "the roles are for another path"
