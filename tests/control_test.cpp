@@ -9,12 +9,12 @@
 #include <fstream>
 #include <thread>
 
-#include "device_test.h"
 #include "helper/message_socket.h"
 #include "platform/hkscaller.h"
 #include "platform/napp.h"
 #include "simulator/control/protocol.h"
 #include "simulator/control/socket_address.h"
+#include "transcript.h"
 
 namespace {
 
@@ -30,10 +30,10 @@ constexpr uint8_t kind(ControlMessage message) {
     return static_cast<uint8_t>(message);
 }
 
-class ControlTest : public tavtest::EventTest {
+class ControlTest : public tavtest::TranscriptTest {
 protected:
     void SetUp() override {
-        EventTest::SetUp();
+        TranscriptTest::SetUp();
         tavsim::Options options;
         options.virtualTime = true;
         options.control = true;
@@ -70,62 +70,58 @@ protected:
         return received(client);
     }
 
-    // For commands that succeed and say no more.
-    void carryOut(const std::string& line) { EXPECT_EQ(command(line), "d") << line; }
+    void give(const std::vector<std::string>& lines) {
+        for (const std::string& line : lines) {
+            show(line, [&] { return command(line); });
+        }
+    }
 };
 
 TEST_F(ControlTest, CommandsChangeTheDevice) {
-    carryOut("compass 1 -90.5 0.5");
-    EXPECT_THAT(userEvents(), ElementsAre(TAV_EVENT_COMPASS));
-    ASSERT_EQ(TAV_EnableLocationTracking(SDL_TRUE), TAV_NOERROR);
-    carryOut("location 52.52 13.40 34 8 12 90 1.4");
     TAV_Location location;
-    EXPECT_EQ(TAV_GetLocation(&location), TAV_NOERROR);
-    EXPECT_EQ(location.longitude, 13.40);
-    carryOut("location -90 -180 0 0 0 0 0");
-    EXPECT_EQ(command("location error 5"), "oreplied to 1\nd");
-    EXPECT_EQ(TAV_GetLocation(&location), TAV_ELOCATIONSERVICE);
-    carryOut("refuse keyboard");
-    EXPECT_EQ(TAV_SetKeyboardState(SDL_TRUE), TAV_ECONNECTION);
-    carryOut("allow keyboard");
-    EXPECT_EQ(TAV_SetKeyboardState(SDL_TRUE), TAV_NOERROR);
-    carryOut("refuse a://b");
-    EXPECT_EQ(TAV_ServiceCall("a://b", "{}"), TAV_ECONNECTION);
-    carryOut("set preference deviceName \"New name\"");
     char text[32];
-    EXPECT_EQ(TAV_GetDeviceName(text, sizeof text), TAV_NOERROR);
-    EXPECT_STREQ(text, "New name");
-    carryOut("set appinfo title My  game");
-    EXPECT_EQ(TAV_GetAppinfoValue("title", text, sizeof text), TAV_NOERROR);
-    EXPECT_STREQ(text, "My  game");
-    carryOut("plugin on");
-    EXPECT_NE(TAV_IsPlugin(), SDL_FALSE);
-    NApp_GetKSCaller()->ksCall("vire://com.vire.applicationManager/launch", R"({"id":"a\nb"})",
-                               true);
-    EXPECT_THAT(command("state"), HasSubstr("launched: a\\u000ab\n"));
+    give({"compass 1 -90.5 0.5"});
+    CALL(userEvents().size());
+    ASSERT_EQ(TAV_EnableLocationTracking(SDL_TRUE), TAV_NOERROR);
+    give({"location 52.52 13.40 34 8 12 90 1.4"});
+    CALL(TAV_GetLocation(&location));
+    CALL(location.longitude);
+    give({"location -90 -180 0 0 0 0 0", "location error 5"});
+    CALL(TAV_GetLocation(&location));
+    give({"refuse keyboard"});
+    CALL(TAV_SetKeyboardState(SDL_TRUE));
+    give({"allow keyboard", "refuse a://b", "state"});
+    CALL(TAV_SetKeyboardState(SDL_TRUE));
+    CALL(TAV_ServiceCall("a://b", "{}"));
+    give({"set preference deviceName \"New name\"", "set appinfo title My  game", "plugin on"});
+    CALL(TAV_GetDeviceName(text, sizeof text));
+    CALL(std::string(text));
+    CALL(TAV_GetAppinfoValue("title", text, sizeof text));
+    CALL(std::string(text));
+    CALL(TAV_IsPlugin());
+    CALL(NApp_GetKSCaller()->ksCall("vire://com.vire.applicationManager/launch", R"({"id":"a\nb"})",
+                                    true));
+    give({"state"});
 }
 
 TEST_F(ControlTest, RefusalsLastAsLongAsTheyAreAskedTo) {
-    const auto accepts = [] { return TAV_SetKeyboardState(SDL_TRUE) == TAV_NOERROR; };
-    carryOut("refuse keyboard for 1.5s");
-    EXPECT_FALSE(accepts());
+    const auto ask = [this] { CALL(TAV_SetKeyboardState(SDL_TRUE)); };
+    give({"refuse keyboard for 1.5s"});
+    ask();
     device.advance(1499);
-    EXPECT_FALSE(accepts());
-    EXPECT_THAT(command("state"), HasSubstr("refused: keyboard\n"));
+    ask();
+    give({"state"});
     device.advance(1);
-    EXPECT_TRUE(accepts());
-    EXPECT_THAT(command("state"), Not(HasSubstr("refused: ")));
-    carryOut("refuse keyboard request 2");
-    carryOut("refuse keyboard for 1s request 3");
-    carryOut("refuse keyboard for 1s request 4");
-    for (const bool expected : {true, false, false}) {
-        EXPECT_EQ(accepts(), expected);
+    ask();
+    give({"state", "refuse keyboard request 2", "refuse keyboard for 1s request 3",
+          "refuse keyboard for 1s request 4"});
+    for (int request = 0; request < 3; ++request) {
+        ask();
     }
     device.advance(1000);
-    EXPECT_TRUE(accepts());
-    carryOut("refuse keyboard request 1");
-    carryOut("allow keyboard");
-    EXPECT_TRUE(accepts());
+    ask();
+    give({"refuse keyboard request 1", "allow keyboard"});
+    ask();
 }
 
 TEST_F(ControlTest, AServiceAnswersOtherwiseUntilThatIsTakenBack) {
@@ -135,89 +131,75 @@ TEST_F(ControlTest, AServiceAnswersOtherwiseUntilThatIsTakenBack) {
     ticks.repeat = true;
     device.profile.services["a://ticks"] = ticks;
     HKSCaller& bus = *NApp_GetKSCaller();
-    std::string received;
-    const auto receive = [](int token, const char* text, void* all) {
-        *static_cast<std::string*>(all) += std::to_string(token) + ":" + text + " ";
+    const auto ignore = [](int, const char*, void*) {};
+    const auto subscribe = [&] {
+        bus.ksCallWithSubscription("a://ticks", "{}", false, ignore, nullptr);
     };
-    const auto receivedIn = [&](int milliseconds) {
-        device.advance(milliseconds);
-        return std::exchange(received, {});
-    };
-    const int first = bus.ksCallWithSubscription("a://ticks", "{}", false, receive, &received);
-    const auto replied = [](int token, const std::string& text) {
-        return std::to_string(token) + ":" + text + " ";
-    };
-    EXPECT_EQ(receivedIn(15), replied(first, "1"));
-    carryOut("answer a://ticks {\"percent\": 5}");
-    EXPECT_EQ(receivedIn(0), replied(first, "{\"percent\": 5}"));
-    const int call = bus.ksCallWithResponse("a://ticks", "{}", false, receive, &received);
-    EXPECT_EQ(receivedIn(9), "");
-    EXPECT_EQ(receivedIn(100), replied(call, "{\"percent\": 5}"));
+    const auto call = [&] { bus.ksCallWithResponse("a://ticks", "{}", false, ignore, nullptr); };
+    subscribe();
+    CALL(device.advance(15));
+    give({"answer a://ticks {\"percent\": 5}"});
+    CALL(device.advance(0));
+    call();
+    CALL(device.advance(9));
+    CALL(device.advance(100));
     // What is on its way does not arrive any more, and the call stays open.
-    const int silenced = bus.ksCallWithResponse("a://ticks", "{}", false, receive, &received);
-    carryOut("silence a://ticks");
-    EXPECT_EQ(receivedIn(100), "");
-    EXPECT_THAT(device.openCalls(), ElementsAre(first, silenced));
-    EXPECT_EQ(command("reply a://ticks late"), "oreplied to 2\nd");
-    EXPECT_EQ(receivedIn(100), replied(first, "late") + replied(silenced, "late"));
-    carryOut("allow a://ticks");
-    const int last = bus.ksCallWithSubscription("a://ticks", "{}", false, receive, &received);
-    EXPECT_EQ(receivedIn(20), replied(last, "1") + replied(last, "2"));
+    call();
+    give({"silence a://ticks"});
+    CALL(device.advance(100));
+    CALL(device.openCalls().size());
+    give({"reply a://ticks late"});
+    CALL(device.advance(100));
+    give({"allow a://ticks"});
+    subscribe();
+    CALL(device.advance(20));
 }
 
 TEST_F(ControlTest, MalformedCommandsAnswerWithAnErrorAndChangeNothing) {
     ASSERT_EQ(TAV_EnableLocationTracking(SDL_TRUE), TAV_NOERROR);
     const std::string before = command("state");
-    const struct {
-        const char* line;
-        const char* reason;
-    } rows[] = {
-        {"", "no command \"\"; there are "},
-        {"dance", "no command \"dance\"; there are list, wait, compass, "},
-        {"locaton error 5", "no command \"locaton\"; did you mean \"location\"?"},
-        {"\x01\xff", "no command \"\\u0001\xef\xbf\xbd\"; there are "},
-        {"state\nquit", "a command is one line"},
-        {"list", "list is a command of `tavsim ctl` alone"},
-        {"compass", "usage: compass INT DOUBLE DOUBLE"},
-        {"compass 1.5 2 3", "usage: "},
-        {"compass 1 2 3 4", "usage: "},
-        {"compass x y z", "usage: "},
-        {"compass 2147483648 2 3", "usage: "},
-        {"compass 1 inf 3", "usage: "},
-        {"location", "usage: location LATITUDE "},
-        {"location 1 2 3", "usage: location LATITUDE "},
-        {"location 1 2 3 4 5 6 nan", "usage: location LATITUDE "},
-        {"location 1 2 3 4 5 6 1e999", "usage: location LATITUDE "},
-        {"location 90.1 2 3 4 5 6 7", "location: the latitude is from -90 to 90"},
-        {"location 1 -180.1 3 4 5 6 7", "location: the longitude is from -180 to 180"},
-        {"location error", "usage: location error CODE"},
-        {"location error 9223372036854775808", "usage: location error CODE"},
-        {"reply a://b", "usage: reply URI TEXT"},
-        {"reply a://b {}", "no open call or subscription of a://b"},
-        {"refuse", "usage: refuse NAME|URI"},
-        {"refuse keyboard compass", "usage: refuse NAME|URI"},
-        {"refuse doorbell", "\"doorbell\" is no URI and no request that can be refused"},
-        {"refuse keyboard for", "usage: refuse NAME|URI"},
-        {"refuse keyboard for 1 request 2", "usage: refuse NAME|URI"},
-        {"refuse keyboard request 0", "usage: refuse NAME|URI"},
-        {"refuse keyboard request 1 for 1s", "usage: refuse NAME|URI"},
-        {"answer a://b", "usage: answer URI TEXT"},
-        {"silence", "usage: silence URI"},
-        {"answer battery 5", "\"battery\" is no URI"},
-        {"silence a://b now", "usage: silence URI"},
-        {"allow", "usage: allow NAME|URI"},
-        {"set", "usage: set property KEY VALUE, or set appinfo KEY VALUE, or set preference KEY"},
-        {"set colour red", "usage: set property "},
-        {"set property", "usage: set property KEY VALUE"},
-        {"set preference k not json", "set preference: the value must be JSON"},
-        {"plugin maybe", "usage: plugin on|off"},
-        {"state now", "usage: state [--json]"},
-        {"journal --backwards", "usage: journal [--follow]"},
-        {"quit now", "usage: quit"},
-    };
-    for (const auto& row : rows) {
-        EXPECT_THAT(command(row.line), StartsWith(std::string("r") + row.reason)) << row.line;
-    }
+    give({"",
+          "dance",
+          "locaton error 5",
+          "\x01\xff",
+          "state\nquit",
+          "list",
+          "compass",
+          "compass 1.5 2 3",
+          "compass 1 2 3 4",
+          "compass x y z",
+          "compass 2147483648 2 3",
+          "compass 1 inf 3",
+          "location",
+          "location 1 2 3",
+          "location 1 2 3 4 5 6 nan",
+          "location 1 2 3 4 5 6 1e999",
+          "location 90.1 2 3 4 5 6 7",
+          "location 1 -180.1 3 4 5 6 7",
+          "location error",
+          "location error 9223372036854775808",
+          "reply a://b",
+          "reply a://b {}",
+          "refuse",
+          "refuse keyboard compass",
+          "refuse doorbell",
+          "refuse keyboard for",
+          "refuse keyboard for 1 request 2",
+          "refuse keyboard request 0",
+          "refuse keyboard request 1 for 1s",
+          "answer a://b",
+          "silence",
+          "answer battery 5",
+          "silence a://b now",
+          "allow",
+          "set",
+          "set colour red",
+          "set property",
+          "set preference k not json",
+          "plugin maybe",
+          "state now",
+          "journal --backwards",
+          "quit now"});
     EXPECT_EQ(command("state"), before);
 }
 
