@@ -9,12 +9,12 @@
  * A test that is written in C or C++ starts a device from a profile, calls its application's
  * functions, lets virtual time pass, and looks at what they did to the device:
  *
- *     TAVSim_Start("{\"extends\": \"cinnabar\"}", NULL);
- *     alarm_start(52.5251, 13.3694);
- *     TAVSim_Command("location 52.5251 13.3694 34 8 12 90 1.4");
- *     TAVSim_Advance(1000);
- *     alarm_handle_events();
+ *     TAVSim_Start("{\"machine\": \"cinnabar\"}", NULL);
+ *     TAV_Vibrate(100, 1000);
+ *     TAVSim_Advance(999);
  *     assert(strcmp(TAVSim_State("vibrator"), "on, period 100 ms") == 0);
+ *     TAVSim_Advance(1);
+ *     assert(strcmp(TAVSim_State("vibrator"), "off") == 0);
  *     TAV_Quit();
  *     TAVSim_Stop();
  *
@@ -24,22 +24,22 @@
  *
  *     cc -o alarm_test alarm_test.c alarm.c $(pkg-config --cflags --libs tav)
  *
- * A test that is linked otherwise works under `tavsim run`, which then says that the device of that run
- * was not used: the test has its own.
+ * A test that is linked otherwise works under `tavsim run`, which then says that the device of that
+ * run was not used: the test has its own.
  *
  * **One device.** There is one device for the process. A test starts a fresh one with
- * TAVSim_Start(); what the test before it left on the device is gone. The library libtav has no such
- * start: end what the application has with it before, by TAV_Quit(). As long as no device is
+ * TAVSim_Start(); what the test before it left on the device is gone. The library libtav has no
+ * such start: end what the application has with it before, by TAV_Quit(). As long as no device is
  * started, the first request of the library starts one from the environment, as without this
  * interface.
  *
- * **Failures.** A function that fails returns -1 unless it says otherwise, or a null pointer where it
- * returns a text, and TAVSim_GetError() tells why. The messages in quotes below are exact; words in
- * capitals stand for what is inserted. All functions but
- * TAVSim_Start(), TAVSim_Stop() and TAVSim_GetError() fail with "no device runs; TAVSim_Start()
- * starts one" where that is so. All but TAVSim_GetError() fail with "there is not enough memory" when
- * memory is exhausted, and then have done nothing. Nothing is thrown. SDL's error string stays as it
- * is.
+ * **Failures.** A function that fails returns -1 unless it says otherwise, or a null pointer where
+ * it returns a text, and TAVSim_GetError() tells why. The messages in quotes below are exact; words
+ * in capitals stand for what is inserted. All functions but TAVSim_Start(), TAVSim_Stop() and
+ * TAVSim_GetError() fail with "no device runs; TAVSim_Start() starts one" where that is so. All but
+ * TAVSim_GetError() fail with "there is not enough memory" when memory is exhausted; part of the
+ * time of a TAVSim_Advance() may have passed then. Nothing is thrown. SDL's error string is not
+ * used for it.
  *
  * **Threads.** The device lives on the thread that calls TAVSim_Start(), which is the one on which
  * the application handles SDL's events. Call everything in this header there. While a device runs,
@@ -83,9 +83,9 @@ typedef struct TAVSim_Options {
     /** 0: nobody else can reach the device. Else it listens for `tavsim ctl`, which is served while
      *  the application handles events and in TAVSim_Advance(). */
     int control;
-    /** The folder of the device's files, which is made and stays; null or empty for a fresh one, which
-     *  is removed when the device stops. What is in it already is used as it is. It must be the
-     *  user's own. */
+    /** The folder of the device's files, which is made and stays; null or empty for a fresh one,
+     *  which is removed when the device stops. What is in it already is used as it is. It must be
+     *  the user's own. */
     const char *root;
     /** The script of the page whose plug-in the application is; null or empty: no page. */
     const char *page;
@@ -118,12 +118,12 @@ TAVSIM_API const char *TAVSim_GetError(void);
 /**
  * Starts a device, in place of the one that runs.
  *
- * Its clock begins at 0, nothing is queued on it and its journal is empty. What TAVSim_FailNth() and
- * TAVSim_FailFrom() have set is forgotten.
+ * Its clock begins at 0, nothing is queued on it and its journal is empty. What TAVSim_FailNth()
+ * and TAVSim_FailFrom() have set is forgotten.
  *
- * \param profile what the device is made of: the text of a profile, which begins with a `{`; or else
- *        the name of a device that `tavsim devices` lists, or the path of a profile's file, which
- *        has a `/` in it or ends in `.json`. Not null.
+ * \param profile what the device is made of: the text of a profile, which begins with a `{`; or
+ *        else the name of a device that `tavsim devices` lists, or the path of a profile's file,
+ *        which has a `/` in it or ends in `.json`. Not null.
  * \param options how it is to run; null stands for zeros.
  *
  * \return 0, or -1 on failure, after which no device runs:
@@ -171,9 +171,10 @@ TAVSIM_API int TAVSim_Advance(int milliseconds);
 /**
  * Carries out a command, as `tavsim ctl` does for a device that runs elsewhere.
  *
- * The commands are those that `tavsim ctl --help` lists, without those that it says need no device.
- * What a command queues, such as a reply, is delivered by the next TAVSim_Advance() or when the
- * application handles its events.
+ * The commands are those that `tavsim ctl --help` lists, but `list` and `wait`. What a command
+ * queues, such as a reply, is delivered by the next TAVSim_Advance() or when the application handles
+ * its events, and one that takes a while, such as a drag, goes on as time passes. Relative files are
+ * below the test's folder.
  *
  * \param line the command with its arguments, such as "location error 5". Not null.
  *
@@ -209,11 +210,11 @@ TAVSIM_API int TAVSim_JournalLength(void);
 /**
  * Gets a line of the journal.
  *
- * \param index which, from 0 to TAVSim_JournalLength() - 1. The device keeps the last 10000 lines, or
- *        fewer where these come to more than 64 MiB.
+ * \param index which, from 0 to TAVSim_JournalLength() - 1. The device keeps the last 10000 lines,
+ *        or fewer where these come to more than 64 MiB.
  *
- * \return the line, one JSON object without a line feed; valid until something happens on the device
- *         that is written into the journal, or it is started or stopped. Null on failure:
+ * \return the line, one JSON object without a line feed; valid until something happens on the
+ *         device that is written into the journal, or it is started or stopped. Null on failure:
  *         - "the journal has no line INDEX", or no longer has it.
  *
  * \sa TAVSim_FindEntry
@@ -229,8 +230,8 @@ TAVSIM_API const char *TAVSim_JournalLine(int index);
  *        JSON's escapes. Not null.
  * \param from the first line to look at, 0 or more.
  *
- * \return the index of the first such entry, as of TAVSim_JournalLine(); -1 when there is none, which
- *         is no failure; -2 on failure:
+ * \return the index of the first such entry, as of TAVSim_JournalLine(); -1 when there is none,
+ *         which is no failure; -2 on failure:
  *         - "the pattern is null".
  *         - what is wrong with a pattern that is malformed.
  */

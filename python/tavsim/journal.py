@@ -19,7 +19,8 @@ def matches(entry: Mapping[str, Any], members: Mapping[str, str]) -> bool:
     JSON text that counts.
     """
     return all(
-        name in entry and _glob(glob).fullmatch(_text(entry[name])) for name, glob in members.items()
+        name in entry and _glob(glob).fullmatch(_text(entry[name]))
+        for name, glob in members.items()
     )
 
 

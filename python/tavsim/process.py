@@ -1,15 +1,24 @@
-"""The process of `tavsim run`: which tool that is, and its end."""
+"""The process of `tavsim run`: which tool that is, its start and its end."""
 
 from __future__ import annotations
 
+import os
 import shutil
 import signal
 import subprocess
+from collections.abc import Mapping, Sequence
 from pathlib import Path
+from typing import Union
 
 # tavsim takes requests to end that come at once for one.
 _BETWEEN_REQUESTS_S = 0.25
 _MOST_REQUESTS = 40
+
+_WITHOUT_DISPLAY = {"SDL_VIDEODRIVER": "dummy", "SDL_AUDIODRIVER": "dummy"}
+WRITTEN = ("output", "errors")
+"""The files of what is written on standard output and standard error."""
+
+StrPath = Union[str, "os.PathLike[str]"]
 
 
 class Error(Exception):
@@ -35,6 +44,21 @@ def find_tool() -> str:
 def reason(errors: str) -> str:
     """What tavsim has written on standard error, without its name."""
     return errors.strip().removeprefix("tavsim: ")
+
+
+def start(
+    command: Sequence[StrPath], environment: Mapping[str, str], folder: Path
+) -> subprocess.Popen[bytes]:
+    """Starts the process, which writes into the folder, with the environment in front of our own."""
+    written = [(folder / name).open("wb") for name in WRITTEN]
+    with written[0] as output, written[1] as errors:
+        return subprocess.Popen(
+            command,
+            stdin=subprocess.DEVNULL,
+            stdout=output,
+            stderr=errors,
+            env={**_WITHOUT_DISPLAY, **os.environ, **environment},
+        )
 
 
 def end(process: subprocess.Popen[bytes], patience: float = 0.0) -> None:

@@ -12,26 +12,34 @@ import weakref
 from collections.abc import Iterator, Mapping, Sequence
 from pathlib import Path
 from types import TracebackType
-from typing import Any, Union
+from typing import Any
 
 from tavsim.journal import Entry, Journal, matches
-from tavsim.process import Error, NotHappened, end, end_and_remove, find_tool, reason
+from tavsim.process import (
+    WRITTEN,
+    Error,
+    NotHappened,
+    StrPath,
+    end,
+    end_and_remove,
+    find_tool,
+    reason,
+    start,
+)
 
 _LOOK_S = 0.01  # between two looks at a file or a process
-_WRITTEN = ("output", "errors")
 _NOT_SET_UP = (2, 127)  # how `tavsim run` ends when it cannot start the program
 _SCENARIO_FAILED = 3
 _LINES_SHOWN = 10
 _ASKED_S = 5.0  # how long the program has when it is asked to quit
-
-StrPath = Union[str, "os.PathLike[str]"]
 
 
 class Run:
     """A program that runs on a simulated device, from the start on.
 
     As a context manager it ends the program at the block's end, as end() does, and as close() does
-    where the block ends by an exception. However it is used, nothing of it runs when Python has ended.
+    where the block ends by an exception. Whatever still runs when Python ends is ended with it; where
+    Python is killed, the limit does that.
     """
 
     def __init__(
@@ -82,7 +90,7 @@ class Run:
                 *([program] if isinstance(program, (str, os.PathLike)) else program),
             ]
             self._has_scenario = scenario is not None
-            self._process = self._start(command, environment or {})
+            self._process = start(command, environment or {}, self._folder)
         except BaseException:
             shutil.rmtree(self._folder, ignore_errors=True)
             raise
@@ -131,7 +139,8 @@ class Run:
     def command(self, line: str, *, within: float = 10.0) -> str:
         """Carries out a command of `tavsim ctl` and returns what it prints.
 
-        The application does so the next time that it handles SDL's events; it has that many seconds.
+        The application does so the next time that it handles SDL's events, for which it has that
+        many seconds.
         Raises Error when the command is refused, or the application does not answer in time.
         """
         deadline = time.monotonic() + within
@@ -185,8 +194,8 @@ class Run:
 
             run.wait_for(kind="bus", what="call*", uri="*vibrate*", within=5)
 
-        In a value, * stands for any characters and ? for one. Each call goes on behind the entry that
-        the one before has found. Raises NotHappened after so many seconds, or when the program ends.
+        In a value, * stands for any characters and ? for one. Each call goes on behind what the one
+        before has found. Raises NotHappened after so many seconds, or when the program ends.
         """
         deadline = time.monotonic() + within
         while True:
@@ -215,8 +224,8 @@ class Run:
     def wait(self, *, within: float | None = None) -> int:
         """Waits until the program has ended, by default as long as it may run; returns its status.
 
-        Raises NotHappened after so many seconds or when the scenario fails, and Error when the device
-        could not be started.
+        Raises NotHappened after so many seconds or when the scenario fails, and Error when the
+        device could not be started.
         """
         try:
             status = self._process.wait(within)
@@ -236,7 +245,7 @@ class Run:
         return self.wait()
 
     def close(self) -> None:
-        """Ends the program if it still runs, patient for a moment only, and removes the run's files.
+        """Ends the program if it still runs, patient for a moment only, and removes its files.
 
         A root folder that was given stays.
 
@@ -246,7 +255,7 @@ class Run:
             return
         end(self._process)
         self._journal.read()
-        self._kept = {name: self._written(name) for name in _WRITTEN}
+        self._kept = {name: self._written(name) for name in WRITTEN}
         self._finish()
 
     def _device_name(self, device: StrPath | Mapping[str, Any]) -> str:
@@ -255,14 +264,6 @@ class Run:
         path = self._folder / "device.json"
         path.write_text(json.dumps(device), encoding="utf-8")
         return str(path)
-
-    def _start(self, command: Sequence[StrPath], extra: Mapping[str, str]) -> subprocess.Popen[bytes]:
-        environment = {"SDL_VIDEODRIVER": "dummy", "SDL_AUDIODRIVER": "dummy", **os.environ, **extra}
-        written = [(self._folder / name).open("wb") for name in _WRITTEN]
-        with written[0] as output, written[1] as errors:
-            return subprocess.Popen(
-                command, stdin=subprocess.DEVNULL, stdout=output, stderr=errors, env=environment
-            )
 
     # `tavsim run` claims the folder when it has looked at all else that it is given.
     def _wait_until_set_up(self) -> None:
@@ -291,10 +292,8 @@ class Run:
     def _missing(self, members: Mapping[str, str], until: str) -> str:
         wanted = " ".join(f"{name}={glob}" for name, glob in members.items())
         shown = [json.dumps(entry) for entry in self._journal.entries[-_LINES_SHOWN:]]
+        said = self.errors.splitlines()[-_LINES_SHOWN:]
         text = f"the program did nothing like {wanted} {until}"
-        for title, lines in (
-            ("the journal's end", shown),
-            ("its standard error's", self.errors.splitlines()[-_LINES_SHOWN:]),
-        ):
+        for title, lines in (("the journal's end", shown), ("its standard error's", said)):
             text += "".join(f"\n  {line}" for line in [f"{title}:", *lines]) if lines else ""
         return text
