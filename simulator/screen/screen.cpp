@@ -1,6 +1,6 @@
 #include "simulator/screen/screen.h"
 
-#include <cstring>
+#include <cstddef>
 
 #include "SDL.h"
 #include "front/next.h"
@@ -23,7 +23,7 @@ Picture pictureOf(const SDL_Surface& surface) {
     Picture picture(surface.w, surface.h);
     const int bytes = surface.format->BytesPerPixel;
     for (int y = 0; y < surface.h; ++y) {
-        const Uint8* at = static_cast<const Uint8*>(surface.pixels) + y * surface.pitch;
+        const Uint8* at = static_cast<const Uint8*>(surface.pixels) + ptrdiff_t{y} * surface.pitch;
         for (int x = 0; x < surface.w; ++x, at += bytes) {
             Uint8* pixel = picture.pixel(x, y);
             getRgb(pixelValue(at, bytes), surface.format, &pixel[0], &pixel[1], &pixel[2]);
