@@ -2,7 +2,6 @@
 #include <sys/wait.h>
 
 #include <chrono>
-#include <thread>
 
 #include "device_test.h"
 #include "platform/hkscaller.h"
@@ -108,7 +107,7 @@ TEST_F(ServiceProgramTest, InRealTimeRepliesArriveWhenTheyAreThere) {
         for (const std::string& reply : after(0)) {
             received.push_back(reply.substr(reply.find(' ') + 1));
         }
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        SDL_Delay(1);
     }
     EXPECT_THAT(received, ElementsAre("at once", "later"));
     expectNothingLeft();

@@ -91,8 +91,8 @@ private:
 
     void compare() {
         const testing::TestInfo* test = testing::UnitTest::GetInstance()->current_test_info();
-        const std::string path =
-            std::string(TAV_EXPECTED) + "/" + test->test_suite_name() + "-" + test->name() + ".txt";
+        const std::string path = std::string(TAV_TESTS "/expected/") + test->test_suite_name() +
+                                 "-" + test->name() + ".txt";
         // Addresses differ from run to run, and tokens with what ran before.
         static const std::regex address("0x[0-9a-f]+");
         static const std::regex token("(token\"?[ :]|blockingCallCallback )[0-9]+");

@@ -15,7 +15,7 @@ struct Options {
     std::string pageFile;      // script of the page; needs a profile that is a plug-in
     std::string journalFile;
     std::string scenarioFile;  // what happens to the device, and what is expected
-    bool control = false;  // listen on the control socket in the root folder
+    bool control = false;      // listen on the control socket in the root folder
 };
 
 // Behind the functions of SDL and libc, nothing would keep the program off this machine's files,
