@@ -22,7 +22,19 @@ bool isOvertaken(const char* name) {
 
 }  // namespace
 
+// Also where a program loads the library by itself, and its names are known to nobody else.
+bool usesLibrary() {
+    if (dlsym(RTLD_DEFAULT, "TAV_Init") != nullptr) {
+        return true;
+    }
+    void* library = dlopen(TAV_LIBRARY, RTLD_LAZY | RTLD_NOLOAD);
+    return library != nullptr && dlclose(library) == 0;
+}
+
 const char* firstOvertaken() {
+    if (!isFirst()) {
+        return kNames[0];
+    }
     for (const char* name : kNames) {
         if (isOvertaken(name)) {
             return name;

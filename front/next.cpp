@@ -20,16 +20,20 @@ void* findInLoadedSdl(const char* name) {
     return nullptr;
 }
 
-const void* objectOf(const char* function) {
+const void* objectOf(void* function) {
     Dl_info found = {};
-    void* address = findNext(function);
-    return address != nullptr && dladdr(address, &found) != 0 ? found.dli_fbase : nullptr;
+    return function != nullptr && dladdr(function, &found) != 0 ? found.dli_fbase : nullptr;
 }
 
 }  // namespace
 
 void* findNext(const char* name) {
-    if (void* next = dlsym(RTLD_NEXT, name)) {
+    void* next = dlsym(RTLD_NEXT, name);
+    void* other = dlsym(RTLD_NEXT, "tav_front_next");
+    if (next != nullptr && objectOf(next) == objectOf(other)) {
+        return reinterpret_cast<decltype(tav_front_next)*>(other)(name);
+    }
+    if (next != nullptr) {
         return next;
     }
     if (void* sdls = findInLoadedSdl(name)) {
@@ -40,10 +44,20 @@ void* findNext(const char* name) {
     return dlsym(RTLD_DEFAULT, name);
 }
 
+bool isFirst() {
+    return objectOf(dlsym(RTLD_DEFAULT, "tav_front_next")) ==
+           objectOf(reinterpret_cast<void*>(&findNext));
+}
+
 bool isSdl12() {
     // The others lack the function by which a window was named.
-    static const bool is = objectOf("SDL_PollEvent") == objectOf("SDL_WM_SetCaption");
+    static const bool is =
+        objectOf(findNext("SDL_PollEvent")) == objectOf(findNext("SDL_WM_SetCaption"));
     return is;
 }
 
 }  // namespace front
+
+void* tav_front_next(const char* name) {
+    return front::findNext(name);
+}

@@ -18,11 +18,11 @@
  *     TAV_Quit();
  *     TAVSim_Stop();
  *
- * **Linking.** The device must be found before SDL and the C library, which is the order of
- * `pkg-config --libs tav` and of the CMake target `tav::tav`. Both also link the library of this
- * interface, so that nothing is to be added:
+ * **Linking.** The device must be found before what the library is linked with, SDL and the C
+ * library. That is the order of `pkg-config --libs tavsim`, and with CMake of the target
+ * `tav::simulator` in front of `tav::tav`:
  *
- *     cc -o alarm_test alarm_test.c alarm.c $(pkg-config --cflags --libs tav)
+ *     cc -o alarm_test alarm_test.c alarm.c $(pkg-config --cflags --libs tavsim)
  *
  * A test that is linked otherwise works under `tavsim run`, which then says that the device of that
  * run was not used: the test has its own.

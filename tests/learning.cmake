@@ -26,7 +26,7 @@ foreach(TEXT README.md docs/guide.md docs/simulator.md docs/testing.md)
                      ${CMAKE_CURRENT_BINARY_DIR}/${NAME} ${PROJECT_SOURCE_DIR}/${TEXT}
                      ${CMAKE_C_COMPILER} -std=c99 -Wall -Wextra -Wno-unused-parameter -Werror
                      -I${PROJECT_SOURCE_DIR}/include ${SDL_CFLAGS} ${SANITIZER_FLAGS}
-                     $<TARGET_FILE:tav> $<TARGET_FILE:tav_simulator> ${SDL_LDFLAGS}
+                     $<TARGET_FILE:tav_simulator> $<TARGET_FILE:tav> ${SDL_LDFLAGS}
                      -Wl,-rpath,$<TARGET_FILE_DIR:tav>)
     set_tests_properties(${NAME} PROPERTIES
         TIMEOUT 300)

@@ -14,6 +14,7 @@ namespace tools {
 namespace {
 
 constexpr char kLinkName[] = "libtavsim.so";
+constexpr char kLinuxLibrary[] = "libtavlinux.so";
 // AddressSanitizer minds that anything is preloaded in front of it, and works all the same.
 constexpr char kSanitizerOption[] = "verify_asan_link_order=0";
 
@@ -60,6 +61,21 @@ std::string preloadableSimulator(RunFolder& folder) {
     return isLinked ? link : std::string();
 }
 
+std::string preloadableLinux(std::string* why) {
+    const fs::path library = fs::path(simulatorLibrary()).replace_filename(kLinuxLibrary);
+    std::error_code problem;
+    if (!fs::exists(library, problem)) {
+        *why = library.string() + ": is not there; tavsim was built without it (TAV_LINUX)";
+        return {};
+    }
+    if (!canBePreloaded(library)) {
+        *why = library.string() +
+               ": cannot be preloaded, as its path holds a blank, a colon or a dollar";
+        return {};
+    }
+    return library;
+}
+
 void setEnvironment(const RunRequest& request, const std::string& root,
                     const std::string& simulator) {
     set("TAVSIM_DEVICE", absolutePath(tavsim::profilePath(request.device)));
@@ -70,7 +86,11 @@ void setEnvironment(const RunRequest& request, const std::string& root,
     set("TAVSIM_PLUGIN", request.plugin ? "1" : "");
     set("TAVSIM_VIRTUAL_TIME", request.virtualTime ? "1" : "");
     set("TAVSIM_CONTROL", "1");
-    set("LD_PRELOAD", join(simulator, userValue("LD_PRELOAD")));
+    preload(simulator);
+}
+
+void preload(const std::string& library) {
+    set("LD_PRELOAD", join(library, userValue("LD_PRELOAD")));
     set("ASAN_OPTIONS", join(userValue("ASAN_OPTIONS"), kSanitizerOption));
 }
 

@@ -13,6 +13,7 @@
 #include "judge.h"
 #include "output_watch.h"
 #include "program.h"
+#include "real.h"
 #include "run_folder.h"
 #include "simulator/device/profile.h"
 #include "simulator/device/trusted_folder.h"
@@ -75,6 +76,10 @@ std::optional<tavsim::Scenario> scenarioOf(const RunRequest& request) {
 }  // namespace
 
 int run(RunRequest request) {
+    if (request.real) {
+        return request.command.empty() ? complain("run: no program given")
+                                       : runOnThisMachine(request.command);
+    }
     const Signals signals;
     const std::optional<tavsim::Scenario> scenario = scenarioOf(request);
     if (!scenario) {

@@ -1,4 +1,4 @@
-// `tavsim run`: a program on a simulated device.
+// `tavsim run`: a program on a simulated device, or on this machine.
 #ifndef TAV_TOOLS_RUN_H
 #define TAV_TOOLS_RUN_H
 
@@ -18,6 +18,7 @@ struct RunRequest {
     bool plugin = false;
     bool virtualTime = false;
     double timeout = 0;                // seconds; 0: none, or as the scenario says
+    bool real = false;                 // not on a simulated device: none of the others applies
     std::vector<std::string> command;  // empty: as the scenario says
 };
 

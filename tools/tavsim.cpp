@@ -6,6 +6,7 @@
 #include <exception>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "helper/json_writer.h"
 #include "helper/suggestion.h"
@@ -19,6 +20,7 @@ namespace {
 
 constexpr int kBadUsage = 2;
 constexpr int kMostJobs = 256;
+constexpr char kReal[] = "--real";
 constexpr double kLongestTimeout = 7 * 24 * 3600;  // seconds
 
 int complain(const std::string& text) {
@@ -84,8 +86,18 @@ void addRun(CLI::App& app, tools::RunRequest* request) {
     run->add_option("--timeout", request->timeout,
                     "End the program when it still runs after so many seconds")
         ->check(isDuration);
+    run->add_flag(kReal, request->real,
+                  "Run the program on this machine's own services, however it was linked");
     // Everything from the program's name on is the program's own.
     run->prefix_command();
+}
+
+// What describes the device, or what happens on it, means nothing without one.
+bool isOnlyReal(const CLI::App& run) {
+    const std::vector<const CLI::Option*> options = run.get_options();
+    return std::all_of(options.begin(), options.end(), [](const CLI::Option* option) {
+        return option->check_name(kReal) || option->count() == 0;
+    });
 }
 
 CLI::App* addControl(CLI::App& app, tools::ControlRequest* request) {
@@ -191,6 +203,9 @@ int main(int argc, char** argv) try {
     if (&used == ctl) {
         command.command = words;
         return tools::control(command);
+    }
+    if (request.real && !isOnlyReal(used)) {
+        return complain("run: --real stands alone: there is no simulated device");
     }
     request.command = words;
     return tools::run(std::move(request));

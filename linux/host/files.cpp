@@ -9,6 +9,7 @@
 #include <string>
 
 #include "front/fixed_paths.h"
+#include "front/in_front.h"
 #include "linux/application/application.h"
 #include "linux/application/machine.h"
 #include "linux/host/settings.h"
@@ -53,6 +54,9 @@ fs::path deviceFolder() {
 namespace front {
 
 std::optional<std::string> placeOf(const char* devicePath) {
+    if (!usesLibrary()) {
+        return std::nullopt;
+    }
     static std::once_flag& isMade = *new std::once_flag;
     const fs::path folder = tavlinux::deviceFolder();
     std::call_once(isMade, tavlinux::makeFiles, folder);
@@ -65,7 +69,7 @@ uid_t deviceUser(uid_t realUser) {
 
 // There is no bus whose roles could be read again.
 std::optional<int> rescan(int (*)(const char*)) {
-    return 0;
+    return usesLibrary() ? std::optional(0) : std::nullopt;
 }
 
 }  // namespace front

@@ -6,6 +6,8 @@
 #include <optional>
 #include <string>
 
+#include "SDL.h"
+#include "front/next.h"
 #include "helper/json_text.h"
 #include "linux/application/application.h"
 #include "linux/application/machine.h"
@@ -99,11 +101,13 @@ int NApp_EnableCompass(bool enable) {
 }
 
 int NApp_SetKeyboardState(int visible) {
-    return tavlinux::accepted(tavlinux::showKeyboard(visible != 0));
+    return tavlinux::accepted(tavlinux::isInFront() && tavlinux::showKeyboard(visible != 0));
 }
 
 int NApp_Minimize() {
-    return tavlinux::accepted(SDL_GetVideoSurface() != nullptr && SDL_WM_IconifyWindow() != 0);
+    static const auto window = TAV_FRONT_NEXT(SDL_GetVideoSurface);
+    static const auto iconify = TAV_FRONT_NEXT(SDL_WM_IconifyWindow);
+    return tavlinux::accepted(tavlinux::isInFront() && window() != nullptr && iconify() != 0);
 }
 
 // Nothing on this system does what the following ask.
@@ -137,11 +141,11 @@ int SDL_NimboHookCustomPauseUiEnable(int) {
 }
 
 int SDL_NimboHookBannerMessagesEnable(int enable) {
-    return tavlinux::accepted(tavlinux::enableNotifications(enable != 0));
+    return tavlinux::accepted(tavlinux::isInFront() && tavlinux::enableNotifications(enable != 0));
 }
 
 int SDL_NimboHookScreenTimeoutEnable(int enable) {
-    return tavlinux::accepted(tavlinux::enableScreenTimeout(enable != 0));
+    return tavlinux::accepted(tavlinux::isInFront() && tavlinux::enableScreenTimeout(enable != 0));
 }
 
 const char* HHardware_getMachine() {

@@ -9,8 +9,8 @@ namespace {
 
 constexpr char kRemedy[] =
     "tav: this program finds %s before libtav's own, so it would receive no replies, readings or "
-    "events, and its requests are refused. Link it with the output of `pkg-config --libs tav` "
-    "before SDL, or start it with libtavlinux.so in LD_PRELOAD.\n";
+    "events, and its requests are refused. Start it with `tavsim run --real`, or link it with the "
+    "output of `pkg-config --libs tav` before SDL.\n";
 
 bool look() {
     const char* overtaken = front::firstOvertaken();

@@ -65,13 +65,17 @@ Message readMessage(const dom::object& parameters) {
     return message;
 }
 
-// The program gets the address as one argument, which its scheme keeps from being an option.
+// The program gets the address as one argument, which its scheme keeps from being an option. What
+// is preloaded into the application is not for it.
 bool openWithProgram(const std::string& address) {
     const char* arguments[] = {"xdg-open", address.c_str(), nullptr};
     const auto flags = static_cast<GSpawnFlags>(G_SPAWN_SEARCH_PATH | G_SPAWN_STDOUT_TO_DEV_NULL |
                                                 G_SPAWN_STDERR_TO_DEV_NULL);
-    return g_spawn_async(nullptr, const_cast<char**>(arguments), nullptr, flags, nullptr, nullptr,
-                         nullptr, nullptr) != FALSE;
+    char** environment = g_environ_unsetenv(g_get_environ(), "LD_PRELOAD");
+    const bool isStarted = g_spawn_async(nullptr, const_cast<char**>(arguments), environment, flags,
+                                         nullptr, nullptr, nullptr, nullptr) != FALSE;
+    g_strfreev(environment);
+    return isStarted;
 }
 
 Dispatched open(const char* interface, const char* method, GVariant* arguments,

@@ -1,7 +1,5 @@
 #include "simulator/device/running.h"
 
-#include <dlfcn.h>
-
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
@@ -24,15 +22,6 @@ bool g_changing = false;
 std::string environment(const char* name, const char* otherwise = "") {
     const char* value = std::getenv(name);
     return value != nullptr ? value : otherwise;
-}
-
-// Also where a program loads the library by itself, and its names are known to nobody else.
-bool usesLibrary() {
-    if (dlsym(RTLD_DEFAULT, "TAV_Init") != nullptr) {
-        return true;
-    }
-    void* library = dlopen(TAV_LIBRARY, RTLD_LAZY | RTLD_NOLOAD);
-    return library != nullptr && dlclose(library) == 0;
 }
 
 bool saysWhetherInFront() {
@@ -87,7 +76,7 @@ std::string whyNotInFront() {
     }
     return "this program finds " + std::string(overtaken) +
            " and others before the simulated device, which therefore refuses to work. Run it with "
-           "`tavsim run`, or link it with the output of `pkg-config --libs tav` before SDL.";
+           "`tavsim run`, or link it with the output of `pkg-config --libs tavsim` before SDL.";
 }
 
 bool isStarted() {
@@ -97,7 +86,7 @@ bool isStarted() {
 bool isWanted() {
     static std::atomic<bool> isUsed = false;
     if (!isStarted() && !isUsed) {
-        isUsed = usesLibrary();
+        isUsed = front::usesLibrary();
     }
     return isStarted() || isUsed;
 }

@@ -83,7 +83,7 @@ static void waitFor(int count)
                 printf("nothing came\n");
                 exit(1);
             }
-            SDL_Delay(1);
+            SDL_Delay(quiet ? 0 : 1);
         }
     }
     replies = 0;

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# The boundary between an application, the simulated device and the machine: the device is in front of
-# SDL and libc, or it refuses to work and says what to do; names do not clash; and the device follows
+# The boundary between an application, the simulated device and the machine: the device, or what is for
+# Linux, is in front of SDL and libc, or it refuses to work and says what to do; names do not clash; and the device follows
 # nothing that others put into its root folder.
 source "$(dirname "$0")/check.sh"
 libtav=$TAV_BUILD/$TAV_LIBDIR/libtav.so
@@ -22,7 +22,7 @@ is_needed_before() {
 }
 is_needed_before "$programs/service_reply" libtavsim libSDL || fail 'the simulator is not in front'
 is_needed_before "$programs/service_reply_sdl_first" libSDL libtavsim || fail 'SDL is not first'
-is_needed_before "$programs/service_reply_libc_first" libc.so libtavsim || fail 'libc is not first'
+is_needed_before "$programs/service_reply_c_first" libc.so libtavsim || fail 'libc is not first'
 
 export TAVSIM_DEVICE=$work/root.json
 works() {
@@ -31,37 +31,54 @@ works() {
     expect 0 "$1" ''
     [ "$(on_this_machine)" = "$there_before" ] || fail "$command: left $(on_this_machine)"
 }
-# The library's calls fail, with one line that says why.
+# refuses LINE COMMAND…: the library's calls fail, with one line that says why.
 refuses() {
+    local said=$1
+    shift
     run env ASAN_OPTIONS="${ASAN_OPTIONS:-}:detect_leaks=0" "$@"
     [ "$status" -ne 0 ] || fail "$command: works: $out"
-    local said='tavsim: *before the simulated device*refuses*`tavsim run`*`pkg-config --libs tav`*'
-    [[ $(grep -c '^tavsim:' <<<"$err") -eq 1 && $err == *$said* ]] || fail "$command said: $err"
+    # The pattern is one.
+    # shellcheck disable=SC2053
+    [[ $(grep '^tav' <<<"$err") == $said ]] || fail "$command said: $err"
     [[ $err == *'no call: '* ]] || fail "$command: $out $err"
     [ "$(on_this_machine)" = "$there_before" ] || fail "$command: left $(on_this_machine)"
     expect_nothing_left "$command"
 }
-python=(/usr/bin/python3 "$TAV_SOURCE/tests/programs/loads_library.py" "$libtav")
-refuses "$programs/service_reply_sdl_first"
-refuses "$programs/service_reply_libc_first"
+python=(/usr/bin/python3 "$TAV_SOURCE/tests/programs/loads_library.py")
+simulator=$TAV_BUILD/$TAV_LIBDIR/libtavsim.so
+no_device='tavsim: *before the simulated device*refuses*`tavsim run`*`pkg-config --libs tavsim`*'
+no_linux='tav: *before libtav*refused*`tavsim run --real`*`pkg-config --libs tav`*'
+[ "$TAV_LINUX" = ON ] || no_linux=$no_device
+refuses "$no_device" "$programs/service_reply_sdl_first"
+refuses "$no_device" "$programs/service_reply_c_first"
+refuses "$no_linux" "$programs/service_reply_linux_sdl_first"
 # A sanitizer's library in a program without it wants to be in front too, and to find C++'s there.
 sanitizer=
 [[ ${TAV_FLAGS:-} != *address* ]] ||
     sanitizer="$("$CC" -print-file-name=libasan.so):$("$CC" -print-file-name=libstdc++.so)"
-refuses env LD_PRELOAD="$sanitizer" "${python[@]}"
+refuses "$no_linux" env LD_PRELOAD="$sanitizer" "${python[@]}" "$libtav"
+refuses "$no_device" env LD_PRELOAD="$sanitizer" "${python[@]}" "$simulator" "$libtav"
 [[ $out == *'name: '*$'\n''id: '* ]] || fail "the database or the id was found: $out"
-for order in '' _sdl_first _libc_first; do
+if [ "$TAV_LINUX" = ON ]; then
+    # Put in front, it finds that there is no bus.
+    run env ASAN_OPTIONS="${ASAN_OPTIONS:-}:detect_leaks=0" "$tavsim" run --real \
+        "$programs/service_reply_linux_sdl_first"
+    expect 2 '*' 'no call: Unable to dispatch service call'
+fi
+for order in '' _sdl_first _c_first _linux _linux_sdl_first; do
     works $'unknown\npercent 72' "$programs/service_reply$order"
 done
-works 'Kitchen percent 72' "${python[@]}"
+works 'Kitchen percent 72' "${python[@]}" "$libtav"
 unset TAVSIM_DEVICE
 
 # A test that has the device in its own process gets none where that is not in front.
-run "$programs/alarm_test_sdl_first"
-[[ $status -eq 1 && $err == 'this program finds '*' before the simulated device'* ]] ||
-    fail "alarm_test_sdl_first: status $status: $err"
-run "$tavsim" run "$programs/alarm_test_sdl_first"
-expect 0 '0 failures' 'tavsim: *: did not use the device: *'
+for test in "$programs"/alarm_test_*_first; do
+    run "$test"
+    [[ $status -eq 1 && $err == 'this program finds '*' before the simulated device'* ]] ||
+        fail "$test: status $status: $err"
+    run "$tavsim" run "$test"
+    expect 0 '0 failures' 'tavsim: *: did not use the device: *'
+done
 
 # Nor does a difference show otherwise.
 for tour in "$TAV_BUILD/bin/tour" "$programs/tour_sdl_first"; do

@@ -12,6 +12,9 @@ work=$(mktemp -d)
 export TMPDIR=$work/tmp
 mkdir "$TMPDIR"
 export SDL_VIDEODRIVER=dummy
+# Without a simulated device, nothing of this machine's user is reached.
+export XDG_RUNTIME_DIR=$work/runtime
+export DBUS_SESSION_BUS_ADDRESS=unix:path=$work/none DBUS_SYSTEM_BUS_ADDRESS=unix:path=$work/none
 
 finish() {
     local running

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# An installed copy: programs are built against it in a fresh folder, with pkg-config and with CMake,
-# and receive a reply without tavsim and without anything preloaded.
+# An installed copy: programs are built against it in a fresh folder, with pkg-config and with CMake.
+# They receive a reply on a simulated device, and alone they are on this machine, where there is no
+# bus; with the simulated device linked first, they have that also without tavsim.
 source "$(dirname "$0")/check.sh"
 
 cmake --install "$TAV_BUILD" --prefix "$work/before" --strip >/dev/null
@@ -11,9 +12,11 @@ libraries=$prefix/$TAV_LIBDIR
 unset CFLAGS LDFLAGS CPPFLAGS
 read -ra flags <<<"${TAV_FLAGS:-}"
 
+platform=tavsim
+[ "$TAV_LINUX" = OFF ] || platform=tavlinux
 for file in bin/tavsim include/tav.h include/tavsim.h share/man/man1/tavsim.1 \
     share/tavsim/devices/quern.json share/bash-completion/completions/tavsim \
-    lib/python3/dist-packages/tavsim/py.typed; do
+    lib/python3/dist-packages/tavsim/py.typed "$TAV_LIBDIR/lib$platform.so"; do
     [ -f "$prefix/$file" ] || fail "$file is not installed"
 done
 [ -n "$(find "$prefix/share/doc" -name LICENSE)" ] || fail 'the licence is not installed'
@@ -43,6 +46,12 @@ replies() {
     expect 0 $'lute\npercent *' ''
     expect_nothing_left "$1"
 }
+works() {
+    replies "$prefix/bin/tavsim" run --device quern "$1"
+    [ "$platform" = tavlinux ] || return 0
+    run env LD_LIBRARY_PATH="$libraries${LD_LIBRARY_PATH:+:$LD_LIBRARY_PATH}" "$1"
+    expect 2 '*' 'no call: Unable to dispatch service call'
+}
 
 mkdir "$work/consumer"
 cd "$work/consumer"
@@ -52,7 +61,10 @@ export PKG_CONFIG_PATH=$libraries/pkgconfig
 read -ra compiling < <(pkg-config --cflags tav)
 read -ra linking < <(pkg-config --libs tav)
 "$CC" "${flags[@]}" "${compiling[@]}" -o plain service_reply.c "${linking[@]}"
-replies ./plain
+works ./plain
+read -ra simulating < <(pkg-config --libs tavsim)
+"$CC" "${flags[@]}" "${compiling[@]}" -o simulated service_reply.c "${simulating[@]}"
+replies ./simulated
 # The tool puts the device in front also where a sanitizer wants to be, and where its own path cannot
 # be preloaded.
 read -ra sanitizing <<<"${TAV_FLAGS:--fsanitize=address}"
@@ -66,19 +78,27 @@ for tool in "$prefix/bin/tavsim" "$odd/bin/tavsim"; do
 done
 run env -u LD_LIBRARY_PATH TMPDIR="$odd" "$odd/bin/tavsim" run ./plain
 expect 2 '' 'tavsim: *blank, a colon*set TMPDIR *'
+if [ "$platform" = tavlinux ]; then
+    run env -u LD_LIBRARY_PATH "$odd/bin/tavsim" run --real ./plain
+    expect 2 '' "tavsim: $odd/*/libtavlinux.so: cannot be preloaded, *"
+    rm "$libraries/libtavlinux.so"
+    run "$prefix/bin/tavsim" run --real ./plain
+    expect 2 '' 'tavsim: */libtavlinux.so: is not there; *'
+    cp "$odd/$TAV_LIBDIR/libtavlinux.so" "$libraries"
+fi
 rm -rf "$odd"
 # Some distributions drop libraries that a program calls nothing of. One that leaves SDL's events to
-# another library calls nothing of the simulator's, and needs it in front all the same.
+# another library calls nothing of the platform's, and needs it in front all the same.
 "$CC" "${flags[@]}" "${compiling[@]}" -Wl,--as-needed -o as_needed service_reply.c "${linking[@]}"
-replies ./as_needed
+works ./as_needed
 printf '#include "tav.h"\nint main(void) { return TAV_GetKOBVersion() != 300; }\n' >silent.c
 "$CC" "${flags[@]}" "${compiling[@]}" -Wl,--as-needed -o silent silent.c "${linking[@]}"
-grep -q 'NEEDED.*libtavsim' <<<"$(readelf -d silent)" ||
-    fail 'the simulator was dropped as not needed'
-# A program that names SDL too still finds it behind the simulator.
+grep -q "NEEDED.*lib$platform" <<<"$(readelf -d silent)" ||
+    fail 'the platform was dropped as not needed'
+# A program that names SDL too still finds it behind the platform.
 read -ra linking < <(pkg-config --libs sdl tav)
 "$CC" "${flags[@]}" "${compiling[@]}" -o both service_reply.c "${linking[@]}"
-replies ./both
+works ./both
 
 # Applications with their tests: with the device in the process of the tests, and with scenarios.
 for example in station-alarm cache-hunt; do
@@ -99,7 +119,7 @@ for linker_flags in '' -Wl,--as-needed; do
         -DCMAKE_C_FLAGS="${TAV_FLAGS:-}" -DCMAKE_EXE_LINKER_FLAGS="$linker_flags" >"$work/log" ||
         fail "find_package: $(<"$work/log")"
     cmake --build build >"$work/log" || fail "find_package: $(<"$work/log")"
-    replies build/consumer
+    works build/consumer
     ctest --test-dir build >"$work/log" || fail "ctest: $(<"$work/log")"
 done
 echo 'expect output harp' >>replies.scenario

@@ -1,10 +1,12 @@
 """Loads the library itself, in place of being linked with it, and asks for the device's name and for
-a reply: loads_library.py LIBRARY"""
+a reply: loads_library.py [PLATFORM] LIBRARY"""
 
 import ctypes
 import sys
 
-tav = ctypes.CDLL(sys.argv[1])
+for platform in sys.argv[1:-1]:
+    ctypes.CDLL(platform, ctypes.RTLD_GLOBAL)
+tav = ctypes.CDLL(sys.argv[-1])
 tav.TAV_GetError.restype = ctypes.c_char_p
 sdl = ctypes.CDLL(None) if hasattr(ctypes.CDLL(None), "SDL_PollEvent") else tav
 

@@ -125,6 +125,21 @@ for words in '' no-such-command 'devices too many' 'devices -- x' -x; do
     [[ $status -eq 2 && -n $err ]] || fail "tavsim $words: status $status, said: $err"
 done
 
+# On this machine there is no device to describe, and the program is what it would be alone.
+for option in '--device quern' '--timeout 5' --virtual-time; do
+    # shellcheck disable=SC2086
+    run "$tavsim" run --real $option "$ends" print started
+    expect 2 '' 'tavsim: run: --real stands alone: *'
+done
+if [ "$TAV_LINUX" = ON ]; then
+    run "$tavsim" run --real "$ends" print --device nothing
+    expect 0 $'--device\nnothing' ''
+    run "$tavsim" run --real no-such-program
+    expect 127 '' 'tavsim: no-such-program: No such file or directory'
+    run "$tavsim" run --real cat /proc/nduid
+    [ "$status" -ne 0 ] || fail 'a program without the library sees its files'
+fi
+
 # The devices that come with it are the ones that it lists.
 run "$tavsim" devices
 listed=$(cut -d ' ' -f 1 <<<"$out")

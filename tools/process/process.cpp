@@ -49,8 +49,7 @@ void leaveTerminal() {
     }
     if (getppid() == parent) {
         signals.restore();
-        execv(file.c_str(), pointersTo(words).data());
-        const int problem = errno;
+        const int problem = execute(file, words);
         [[maybe_unused]] const ssize_t written = write(report, &problem, sizeof problem);
     }
     _exit(kNotExecuted);
@@ -62,6 +61,11 @@ Process::~Process() {
     if (m_handle >= 0) {
         close(m_handle);
     }
+}
+
+int execute(const std::string& file, const std::vector<std::string>& words) {
+    execv(file.c_str(), pointersTo(words).data());
+    return errno;
 }
 
 int Process::start(const std::string& file, const std::vector<std::string>& words,

@@ -18,6 +18,10 @@ struct ProcessOutput {
     bool isApart = false;  // with no standard input, and out of the keyboard's reach
 };
 
+// Makes this process the program; the words are its name and its arguments. Returns only an error
+// number.
+int execute(const std::string& file, const std::vector<std::string>& words);
+
 // A child that is killed when this process is.
 class Process {
 public:

@@ -1,0 +1,16 @@
+// `tavsim run --real`: a program on the services of this machine.
+#ifndef TAV_TOOLS_REAL_H
+#define TAV_TOOLS_REAL_H
+
+#include <string>
+#include <vector>
+
+namespace tools {
+
+// The program takes the place of this process. Returns only an exit status: 127 when it cannot be
+// started, 2 when nothing can be preloaded into it.
+int runOnThisMachine(const std::vector<std::string>& command);
+
+}  // namespace tools
+
+#endif
