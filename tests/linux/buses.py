@@ -9,7 +9,9 @@ import tempfile
 import dbus
 import dbusmock
 
-DRIVER = os.environ["TAV_LINUX_DRIVER"]
+HERE = os.path.dirname(os.path.abspath(__file__))
+BUILD = os.environ["TAV_BUILD"]
+DRIVER = BUILD + "/bin/tav_linux_driver"
 LONGEST_RUN = 60
 
 
@@ -37,8 +39,11 @@ class OnPrivateBuses(dbusmock.DBusTestCase):
         return {name: value for name, value in environment.items() if value is not None}
 
     def start(self, *arguments, **changes):
-        process = subprocess.Popen([self.program, *arguments], env=self.environment(**changes),
-                                   stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+        return self.start_program(self.program, *arguments, **changes)
+
+    def start_program(self, *command, **changes):
+        process = subprocess.Popen(command, env=self.environment(**changes), stdout=subprocess.PIPE,
+                                   stderr=subprocess.PIPE, text=True)
         self.addCleanup(process.stderr.close)
         self.addCleanup(process.stdout.close)
         self.addCleanup(process.kill)

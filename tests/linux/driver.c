@@ -4,6 +4,7 @@
  *     send URI PAYLOAD         a call whose reply nobody wants
  *     subscribe URI PAYLOAD N  N replies, then an end to it
  *     abandon URI PAYLOAD      a subscription that is cancelled at once
+ *     cancel URI PAYLOAD FILE  a call that is cancelled once the file is there
  *     repeat N URI PAYLOAD     N calls in a row; growth of memory in kB after the first tenth
  *     location N | compass N   N fixes or failures, N readings
  *     wait FILE                until the file is there, with events handled
@@ -217,6 +218,12 @@ static int perform(char *a[])
         call(a[1], a[2], SDL_FALSE);
         TAV_UnregisterServiceCallback(onReply);
         return 3;
+    }
+    if (strcmp(a[0], "cancel") == 0) {
+        call(a[1], a[2], SDL_TRUE);
+        waitForFile(a[3]);
+        TAV_UnregisterServiceCallback(onReply);
+        return 4;
     }
     if (strcmp(a[0], "repeat") == 0) {
         repeat(atoi(a[1]), a[2], a[3]);

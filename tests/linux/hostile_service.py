@@ -1,4 +1,5 @@
-"""A service that answers whatever a service must not answer: hostile_service.py NAME"""
+"""A service that answers whatever a service must not answer, or too late: hostile_service.py NAME
+FILE, which it makes when it has been asked for what it holds back."""
 
 import os
 import sys
@@ -16,11 +17,15 @@ DESCRIPTIONS = {
     "/large": INTERFACE % '<arg direction="out" name="a" type="s"/>',
     "/other": INTERFACE % '<arg direction="out" name="a" type="s"/>',
     "/exit": INTERFACE % "",
+    "/late": INTERFACE.replace("</method>", '</method><method name="Release"/>') % "",
 }
 ANSWERS = {
     "/large": GLib.Variant("(s)", ["x" * 1000000]),
     "/other": GLib.Variant("(is)", [1, "not announced"]),
 }
+
+
+held_back = []
 
 
 def answer(connection, message, incoming):
@@ -32,11 +37,16 @@ def answer(connection, message, incoming):
         body = GLib.Variant("(s)" if isinstance(description, str) else "(i)", [description])
     elif path == "/exit":
         os._exit(0)
+    elif message.get_member() == "Ask" and path == "/late":
+        held_back.append(message)
+        open(sys.argv[2], "w").close()
+        return None
     else:
         body = ANSWERS.get(path, GLib.Variant("()", []))
-    reply = Gio.DBusMessage.new_method_reply(message)
-    reply.set_body(body)
-    connection.send_message(reply, Gio.DBusSendMessageFlags.NONE)
+    for asked in held_back + [message] if message.get_member() == "Release" else [message]:
+        reply = Gio.DBusMessage.new_method_reply(asked)
+        reply.set_body(body)
+        connection.send_message(reply, Gio.DBusSendMessageFlags.NONE)
     return None
 
 

@@ -3,9 +3,13 @@
 import json
 import os
 import subprocess
+import sys
 import time
 
-from buses import LONGEST_RUN, OnPrivateBuses
+import dbus
+import dbus.bus
+
+from buses import HERE, LONGEST_RUN, OnPrivateBuses
 
 
 
@@ -85,14 +89,25 @@ class Services(OnPrivateBuses):
         open(marker, "w").close()
         self.assertEqual(self.finish(process), ['reply {"returnValue":true,"arg0":true}'])
 
+    def test_any_service_can_be_called_by_its_name(self):
+        server, _ = self.spawn_server_template("upower", {"OnBattery": True},
+                                               stdout=subprocess.DEVNULL)
+        self.addCleanup(self.stop, server)
+        upower = "vire://org.freedesktop.UPower/"
+        self.assertEqual(self.reply("call", upower + "EnumerateDevices", "{}"),
+                         {"returnValue": True, "arg0": []})
+        self.assertEqual(self.reply("call", upower + "org.freedesktop.DBus.Properties.Get",
+                                    '["org.freedesktop.UPower","OnBattery"]'),
+                         {"returnValue": True, "value": True})
+
     def test_ten_thousand_calls_take_no_more_memory_than_a_thousand(self):
         self.weather()
         (line,) = self.run_driver("repeat", "10000", self.URI + "Ask", '["sun",5]')
         self.assertLess(int(line.removeprefix("grown ")), 1024, "kB")
 
     def test_hostile_services_harm_nobody(self):
-        hostile = os.path.join(os.path.dirname(os.path.abspath(__file__)), "hostile_service.py")
-        server = subprocess.Popen(["/usr/bin/python3", hostile, self.NAME])
+        asked = self.folder + "/asked"
+        server = subprocess.Popen([sys.executable, HERE + "/hostile_service.py", self.NAME, asked])
         self.addCleanup(self.stop, server)
         self.wait_for_bus_object(self.NAME, "/com/example/Weather")
         self.assertFalse(self.reply("call", self.URI + "garbage/Ask", "{}")["returnValue"])
@@ -102,5 +117,60 @@ class Services(OnPrivateBuses):
         self.assertEqual(len(large["a"]), 1000000)
         self.assertEqual(self.reply("call", self.URI + "other/Ask", "{}"),
                          {"returnValue": True, "a": 1, "arg1": "not announced"})
+        # A reply to a call that was cancelled comes before another.
+        self.assertEqual(self.run_driver("cancel", self.URI + "late/Ask", "{}", asked,
+                                         "call", self.URI + "late/Release", "{}"),
+                         ['reply {"returnValue":true}'])
         # It ends while a call waits for it.
         self.assertFalse(self.reply("call", self.URI + "exit/Ask", "{}")["returnValue"])
+
+
+class BusThatDisappears(OnPrivateBuses):
+    def bus(self):
+        server = subprocess.Popen(["dbus-daemon", "--session", "--nofork", "--nopidfile",
+                                   "--address=" + self.address], stderr=subprocess.DEVNULL)
+        self.addCleanup(self.stop, server)
+        self.wait_for(lambda: self.has_owner("org.freedesktop.DBus"))
+        return server
+
+    def service(self, asked):
+        hostile = subprocess.Popen(
+            [sys.executable, HERE + "/hostile_service.py", "com.example.Weather", asked],
+            env=self.environment(DBUS_SESSION_BUS_ADDRESS=self.address), stderr=subprocess.DEVNULL)
+        self.addCleanup(self.stop, hostile)
+        self.wait_for(lambda: self.has_owner("com.example.Weather"))
+
+    def has_owner(self, name):
+        try:
+            bus = dbus.bus.BusConnection(self.address)
+        except dbus.exceptions.DBusException:
+            return False
+        has_owner = bus.name_has_owner(name)
+        bus.close()
+        return has_owner
+
+    def wait_for(self, is_so):
+        time_limit = time.monotonic() + LONGEST_RUN
+        while not is_so():
+            self.assertLess(time.monotonic(), time_limit)
+
+    def test_calls_fail_until_there_is_one_again(self):
+        self.address = "unix:path=" + self.folder + "/bus"
+        asked, back = self.folder + "/asked", self.folder + "/back"
+        server = self.bus()
+        self.service(asked)
+        weather = "vire://com.example.Weather/"
+        process = self.start("call", weather + "other/Ask", "{}", "call", weather + "late/Ask",
+                             "{}", "call", weather + "other/Ask", "{}", "wait", back,
+                             "call", weather + "other/Ask", "{}",
+                             DBUS_SESSION_BUS_ADDRESS=self.address)
+        self.assertIn('"a":1', process.stdout.readline())
+        self.wait_for(lambda: os.path.exists(asked))
+        self.stop(server)
+        for _ in range(2):
+            self.assertIn('"returnValue":false', process.stdout.readline())
+        self.bus()
+        self.service(asked)
+        open(back, "w").close()
+        (line,) = self.finish(process)
+        self.assertIn('"a":1', line)

@@ -8,7 +8,8 @@ for platform in sys.argv[1:-1]:
     ctypes.CDLL(platform, ctypes.RTLD_GLOBAL)
 tav = ctypes.CDLL(sys.argv[-1])
 tav.TAV_GetError.restype = ctypes.c_char_p
-sdl = ctypes.CDLL(None) if hasattr(ctypes.CDLL(None), "SDL_PollEvent") else tav
+ctypes.CDLL("libSDL-1.2.so.0", ctypes.RTLD_GLOBAL)
+sdl = ctypes.CDLL(None)
 
 
 @ctypes.CFUNCTYPE(None, ctypes.c_void_p, ctypes.c_void_p)

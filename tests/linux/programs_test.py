@@ -1,0 +1,61 @@
+"""Whole programs, each the same file on a simulated device and on this machine."""
+
+import os
+import re
+import subprocess
+import sys
+
+from buses import BUILD, HERE, OnPrivateBuses
+
+
+TAVSIM = BUILD + "/bin/tavsim"
+SOURCE = os.path.dirname(os.path.dirname(HERE))
+
+
+class Programs(OnPrivateBuses):
+    def lines_of(self, *command, **changes):
+        return self.finish(self.start_program(*command, **changes))
+
+    def device_services(self):
+        server = subprocess.Popen([sys.executable, HERE + "/device_services.py"])
+        self.addCleanup(self.stop, server)
+        for name in ("battery", "clock"):
+            self.wait_for_bus_object("com.vire." + name, "/com/vire/" + name)
+
+    def test_the_tour_is_the_same_program(self):
+        tour = BUILD + "/bin/tour"
+        rows = {
+            (tour,): {"hardware id": "-1", "before it is enabled": "error 5: *",
+                      "orientation right": "error 2: Unable to communicate with app card",
+                      "one reply": "ok", "answered": "yes", "vibrate": "ok",
+                      "items": "none: *there is no shop on this system*"},
+            (TAVSIM, "run", "--virtual-time", tour): {
+                "hardware id": "501", "orientation right": "ok", "one reply": "ok",
+                "answered": "yes", "vibrate": "ok"},
+        }
+        for command, expected in rows.items():
+            with self.subTest(command=command):
+                lines = self.lines_of(*command)
+                for name, value in expected.items():
+                    row = re.escape("  " + name) + " +" + re.escape(value).replace(r"\*", ".*")
+                    self.assertTrue([line for line in lines if re.fullmatch(row, line)], name)
+
+    def test_the_example_of_services_is_the_same_program(self):
+        services = BUILD + "/bin/services"
+        with open(SOURCE + "/examples/services.txt") as file:
+            simulated = file.read().splitlines()
+        self.assertEqual(self.lines_of(TAVSIM, "run", "--virtual-time", services), simulated)
+        self.device_services()
+        lines = self.lines_of(services)
+        self.assertEqual(sorted(re.sub(r"\d+$", "n", line) for line in lines), sorted([
+            *simulated[2:4], *["Tick n"] * 3, "Nobody to greet: no such service: com.vire.nowhere",
+            "Nobody to greet: no such service: com.vire.vault"]))
+
+    def test_programs_that_were_linked_otherwise_are_started_by_tavsim(self):
+        self.device_services()
+        loads = [sys.executable, SOURCE + "/tests/programs/loads_library.py",
+                 BUILD + "/lib/libtav.so"]
+        for command in ([BUILD + "/tests/programs/service_reply_linux_sdl_first"], loads):
+            with self.subTest(command=command):
+                lines = self.lines_of(TAVSIM, "run", "--real", *command)
+                self.assertTrue(lines[-1].endswith("percent 72"), lines)
