@@ -129,6 +129,7 @@ TEST_F(ScenarioTest, MalformedStatementsAreNamed) {
         {"expect state port 80 tcp open", "1: usage: expect state"},
         {"expect output two words", "1: usage: expect output"},
         {"at 5s: expect output x", "1: expect output holds for the whole run"},
+        {"expect ended in 5s", "1: usage: expect ended"},
         {"expect status 256", "1: usage: expect status N, from 0 to 255"},
         {"expect status 0\nexpect status 0", "2: expect status: was given already"},
         {"include", "1: include: the file is missing"},

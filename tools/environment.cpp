@@ -82,6 +82,7 @@ void setEnvironment(const RunRequest& request, const std::string& root,
     set("TAVSIM_ROOT", root);
     set("TAVSIM_PAGE", absolutePath(request.page));
     set("TAVSIM_JOURNAL", absolutePath(request.journal));
+    set("TAVSIM_RECORD", absolutePath(request.record));
     set("TAVSIM_SCENARIO", absolutePath(request.scenario));
     set("TAVSIM_PLUGIN", request.plugin ? "1" : "");
     set("TAVSIM_VIRTUAL_TIME", request.virtualTime ? "1" : "");

@@ -14,6 +14,7 @@
 #include "output_watch.h"
 #include "program.h"
 #include "real.h"
+#include "recording.h"
 #include "run_folder.h"
 #include "simulator/device/profile.h"
 #include "simulator/device/trusted_folder.h"
@@ -55,6 +56,9 @@ std::string whyNoSetup(const RunRequest& request) {
     std::error_code problem;
     if (!request.page.empty() && !fs::is_regular_file(request.page, problem)) {
         return request.page + ": no such page script";
+    }
+    if (!request.record.empty() && fs::equivalent(request.record, request.scenario, problem)) {
+        return request.record + ": is the scenario that is played";
     }
     return request.root.empty() ? std::string()
                                 : tavsim::makeTrustedRoot(absolutePath(request.root));
@@ -116,6 +120,9 @@ int run(RunRequest request) {
     if (!request.journal.empty() && !emptyJournal(request.journal)) {
         return complain(request.journal + ": the journal cannot be written there");
     }
+    if (!request.record.empty() && !startRecording(request, folder.root())) {
+        return complain(request.record + ": the recording cannot be written there");
+    }
     OutputWatch output(globsOf(*scenario));
     if (!scenario->output.empty() && !output.open()) {
         return complain(std::string("no pipe for the program's output: ") + std::strerror(errno));
@@ -124,6 +131,9 @@ int run(RunRequest request) {
     setEnvironment(request, folder.root(), simulator);
     Supervisor supervisor(request, folder, signals, scenario->output.empty() ? nullptr : &output);
     const RunEnd end = supervisor.run(file);
+    if (!request.record.empty()) {
+        endRecording(request, folder.root(), end.status);
+    }
     return request.scenario.empty() ? end.status : judge(*scenario, request, folder, end, output);
 }
 

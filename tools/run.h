@@ -14,6 +14,7 @@ struct RunRequest {
     std::string root;  // empty: a fresh folder, removed afterwards
     std::string page;
     std::string journal;
+    std::string record;    // file for what happens to the device from outside, as a scenario
     std::string scenario;  // file of what happens to the device, and what is expected
     bool plugin = false;
     bool virtualTime = false;

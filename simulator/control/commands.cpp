@@ -7,6 +7,7 @@
 #include "helper/suggestion.h"
 #include "simulator/control/command_functions.h"
 #include "simulator/control/usage.h"
+#include "simulator/time/clock.h"
 
 namespace tavsim {
 namespace {
@@ -129,7 +130,23 @@ std::filesystem::path& folderOfFiles() {
     return instance;
 }
 
+// Others read the line elsewhere.
+std::string withAbsoluteFile(const Command& command, Words words) {
+    std::string line(command.name);
+    if (command.arguments.starts_with("FILE") && !words.isEmpty()) {
+        std::error_code problem;
+        line += " " + std::filesystem::absolute(pathOf(words.next()), problem).string();
+    }
+    return line + (words.isEmpty() ? "" : " ") + std::string(words.rest());
+}
+
+CommandObserver g_observer = nullptr;
+
 }  // namespace
+
+void observeCommands(CommandObserver observer) {
+    g_observer = observer;
+}
 
 std::string pathOf(std::string_view file) {
     return folderOfFiles() / file;
@@ -144,8 +161,16 @@ CommandResult carryOut(const std::string& line, const std::string& folder) {
         return failed(first + " is a command of `tavsim ctl` alone");
     }
     folderOfFiles() = folder;
+    const std::string shown = withAbsoluteFile(*command, words);
+    const Milliseconds time = now();
     const CommandOutcome outcome = command->carryOut(words);
-    return outcome ? *outcome : failed("usage: " + usageOf(*command));
+    if (!outcome) {
+        return failed("usage: " + usageOf(*command));
+    }
+    if (g_observer != nullptr && outcome->error.empty() && !command->shows) {
+        g_observer(shown, time);
+    }
+    return *outcome;
 }
 
 std::string whyMalformed(const std::string& line, const std::vector<std::string>& otherNames) {

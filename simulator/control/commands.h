@@ -21,6 +21,11 @@ struct CommandResult {
 // where relative files that it names are looked for from; empty: the current one.
 TAV_PLATFORM_API CommandResult carryOut(const std::string& line, const std::string& folder = {});
 
+// Called with each line that was carried out and does more than to show something, and with the
+// time when that began. The files that it names are absolute. Null: nobody is called.
+using CommandObserver = void (*)(const std::string& line, Milliseconds time);
+void observeCommands(CommandObserver observer);
+
 // Why the line would be refused on any device, as far as that can be told without one: there is no
 // such command, its words are not as its usage says, or all it does is to show something. Empty
 // when it may be carried out. The other names are suggested too where one of them was meant.

@@ -1,10 +1,14 @@
 // SDL's functions that tell the state of mouse and window, in front of SDL: they know of the input
-// that was sent to the application. What they tell of the keyboard can be changed in SDL itself.
+// that was sent to the application. And its way to send itself an event, which is no input. What
+// they tell of the keyboard can be changed in SDL itself.
+#include <dlfcn.h>
+
 #include "SDL.h"
 #include "front/next.h"
 #include "platform/visibility.h"
 #include "simulator/device/running.h"
 #include "simulator/input/mouse.h"
+#include "simulator/input/origin.h"
 #include "simulator/input/window.h"
 
 namespace tavsim {
@@ -26,6 +30,13 @@ Uint32 tell(const Mouse& mouse, int* x, int* y) {
     return mouse.buttons;
 }
 
+bool areInOneLibrary(const void* one, const void* other) {
+    Dl_info ofOne;
+    Dl_info ofOther;
+    return dladdr(one, &ofOne) != 0 && dladdr(other, &ofOther) != 0 &&
+           ofOne.dli_fbase == ofOther.dli_fbase;
+}
+
 }  // namespace
 }  // namespace tavsim
 
@@ -44,6 +55,19 @@ Uint32 tavsimMouseMovement(int* x, int* y) {
     static const auto real =
         front::nextFunction<tavsim::MouseFunction>("SDL_GetRelativeMouseState");
     return tavsim::isAsked() ? tavsim::tell(tavsim::mouseMovement(), x, y) : real(x, y);
+}
+
+// SDL comes here itself with what its window and its signals bring; and later versions, with events
+// of another form.
+TAV_PLATFORM_API int SDL_PushEvent(SDL_Event* event) {
+    static const auto real = TAV_FRONT_NEXT(SDL_PushEvent);
+    const bool isOwn =
+        event != nullptr && tavsim::isAsked() &&
+        !tavsim::areInOneLibrary(__builtin_return_address(0), reinterpret_cast<const void*>(real));
+    if (isOwn) {
+        tavsim::noteOwnEvent(*event);
+    }
+    return real(event);
 }
 
 TAV_PLATFORM_API Uint8 SDL_GetAppState(void) {

@@ -13,6 +13,8 @@
 #include "simulator/control/control.h"
 #include "simulator/device/edge.h"
 #include "simulator/device/running.h"
+#include "simulator/input/origin.h"
+#include "simulator/scenario/recorder.h"
 #include "simulator/time/queue.h"
 #include "simulator/time/timers.h"
 #include "simulator/time/virtual_time.h"
@@ -94,6 +96,7 @@ void deliver() try {
 // While the library waits for the payment service it drops the events that it takes. Who asks the
 // application to quit then would wait for ever.
 void taken(const SDL_Event& event) try {
+    tavsim::recordEvent(event);
     if (event.type != SDL_QUIT || !tavsim::isStarted() || !tavsim::isPaymentAwaited()) {
         return;
     }
@@ -101,6 +104,7 @@ void taken(const SDL_Event& event) try {
     tavsim::schedule(tavsim::after(tavsim::now(), tavsim::kUntilAskedAgain), [] {
         SDL_Event again{};
         again.type = SDL_QUIT;
+        tavsim::noteOwnEvent(again);
         static const auto pushEvent = TAV_FRONT_NEXT(SDL_PushEvent);
         pushEvent(&again);
     });
@@ -114,6 +118,11 @@ void waitForNext() try {
         return;
     }
     const std::optional<tavsim::Milliseconds> next = tavsim::nextMoment();
+    if (tavsim::isTimePaced()) {
+        const tavsim::Milliseconds step = tavsim::after(tavsim::now(), tavsim::kWaitStep);
+        tavsim::passTime(std::min(next.value_or(step), step));
+        return;
+    }
     if (!next) {
         tavsim::sleepAStep();
     }

@@ -3,6 +3,7 @@
 #include "front/next.h"
 #include "simulator/input/keyboard.h"
 #include "simulator/input/mouse.h"
+#include "simulator/input/origin.h"
 #include "simulator/input/touch.h"
 #include "simulator/input/window.h"
 
@@ -71,6 +72,7 @@ bool sendEvents(const std::vector<SDL_Event>& events, std::string* error) {
     for (SDL_Event event : events) {
         followEvent(event);
         if (isWanted(event)) {
+            noteOwnEvent(event);
             pushEvent(&event);
         }
     }
@@ -81,6 +83,7 @@ void stopInput() {
     stopTouch();
     forgetMouse();
     forgetWindow();
+    forgetOwnEvents();
 }
 
 }  // namespace tavsim

@@ -18,6 +18,7 @@
 #include "simulator/input/events.h"
 #include "simulator/page/bridge.h"
 #include "simulator/scenario/player.h"
+#include "simulator/scenario/recorder.h"
 #include "simulator/time/clock.h"
 #include "simulator/time/queue.h"
 #include "simulator/time/timers.h"
@@ -56,12 +57,17 @@ bool startRooms(const Options& options, std::string* error) {
         return false;
     }
     startPage(options.pageFile);
-    const bool plays = !options.scenarioFile.empty() && !isSecond(options);
-    return !plays || startScenario(options.scenarioFile, error);
+    if (isSecond(options)) {
+        return true;
+    }
+    const bool isRecorded = options.recordFile.empty() || startRecording(options.recordFile, error);
+    return isRecorded &&
+           (options.scenarioFile.empty() || startScenario(options.scenarioFile, error));
 }
 
 void stopRooms() {
     stopScenario();
+    stopRecording();
     stopPage();
     stopControl();
     clearBus();
@@ -84,7 +90,9 @@ Device& device() {
 }
 
 bool Device::start(Profile newProfile, const Options& options, std::string* error) {
-    startClock(options.virtualTime);
+    startClock(options.virtualTime           ? Pace::Virtual
+               : !options.recordFile.empty() ? Pace::Paced
+                                             : Pace::Real);
     removeAllTimers();
     std::string problem;
     return startDevice(std::move(newProfile), options, error != nullptr ? error : &problem);

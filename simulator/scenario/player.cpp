@@ -1,7 +1,6 @@
 #include "simulator/scenario/player.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
@@ -10,6 +9,7 @@
 #include "simulator/device/claim.h"
 #include "simulator/device/journal.h"
 #include "simulator/device/root.h"
+#include "simulator/scenario/failure.h"
 #include "simulator/scenario/reader.h"
 #include "simulator/time/queue.h"
 
@@ -19,7 +19,6 @@ namespace tavsim {
 namespace {
 
 constexpr int kFailed = 3;
-constexpr size_t kLinesShown = 10;
 constexpr Milliseconds kUntilAskedAgain = 10;
 constexpr char kQuit[] = "quit";
 
@@ -27,27 +26,6 @@ constexpr char kQuit[] = "quit";
 std::unique_ptr<Player>& player() {
     static auto& instance = *new std::unique_ptr<Player>;
     return instance;
-}
-
-std::string nameOf(const Step& step) {
-    return step.place + ": " + step.text;
-}
-
-std::string whatIsThere(const std::string& name) {
-    for (const auto& [each, value] : stateValues()) {
-        if (each == name) {
-            return "it is " + value;
-        }
-    }
-    return "there is no such state";
-}
-
-void showJournal() {
-    const auto& lines = journalLines();
-    std::fputs(lines.empty() ? "  the journal is empty\n" : "  the journal ends with\n", stderr);
-    const size_t shown = std::min(lines.size(), kLinesShown);
-    std::for_each(lines.end() - static_cast<std::ptrdiff_t>(shown), lines.end(),
-                  [](const std::string& line) { std::fprintf(stderr, "  %s\n", line.c_str()); });
 }
 
 // As the user may see it from here.
@@ -75,6 +53,9 @@ bool Player::start(std::string* error) {
     m_isStarting = true;
     proceed();
     m_isStarting = false;
+    if (!m_isFinished) {
+        wakeAt(now());  // for the application's first look at its events
+    }
     return true;
 }
 
@@ -157,8 +138,7 @@ void Player::askToQuit() {
 void Player::fail(const Step& failing, const std::string& reason) {
     m_hasFailed = true;
     m_verdict.note(Outcome::Failed);
-    std::fprintf(stderr, "%s: %s\n", nameOf(failing).c_str(), reason.c_str());
-    showJournal();
+    tellFailure(failing, reason);
     if (!m_hasEnded) {
         std::exit(kFailed);
     }
@@ -166,7 +146,7 @@ void Player::fail(const Step& failing, const std::string& reason) {
 
 bool Player::isDone(const Step& step) {
     if (!m_isActing) {
-        if (!hasPassed(m_busyUntil)) {
+        if (!std::holds_alternative<AtTime>(step.turn) && !hasPassed(m_busyUntil)) {
             return false;
         }
         m_since = std::max(m_since, m_busyUntil);
@@ -232,6 +212,19 @@ bool Player::isDone(const ExpectState& expected) {
     return true;
 }
 
+bool Player::isDone(const ExpectEnd& expected) {
+    if (m_hasEnded) {
+        startNextStep();
+        return true;
+    }
+    if (hasPassed(after(m_since, expected.within))) {
+        fail(step(), "the application still runs");
+    } else if (!std::exchange(m_isNoted, true)) {
+        m_verdict.note(Outcome::Passed);  // so that it may end without a word
+    }
+    return false;
+}
+
 bool Player::hasPassed(Milliseconds moment) {
     const bool isPast = now() >= moment;
     if (!isPast && !std::exchange(m_isWakeUpQueued, true)) {
@@ -267,11 +260,12 @@ void Player::startNextStep() {
 }
 
 void Player::wakeAt(Milliseconds moment) const {
-    schedule(moment, [phase = m_phase] {
+    const auto wakeUp = [phase = m_phase] {
         if (player() != nullptr) {
             player()->wake(phase);
         }
-    });
+    };
+    moment > now() ? scheduleFirst(moment, wakeUp) : schedule(moment, wakeUp);
 }
 
 bool startScenario(const std::string& file, std::string* error) {

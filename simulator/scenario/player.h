@@ -46,13 +46,14 @@ private:
 
     // Each does what can be done now, and is false while there is something to wait for.
     bool isDone(const Step& step);
-    bool isItsTurn(const AtTime& turn) { return hasPassed(turn.time); }
+    bool isItsTurn(const AtTime& turn) { return !m_isStarting && hasPassed(turn.time); }
     bool isItsTurn(const AfterTime& turn) { return hasPassed(after(m_since, turn.time)); }
     bool isItsTurn(const WhenEntry& turn) { return hasCome(turn.pattern, turn.within); }
     bool isDone(const CommandLine& command);
     bool isDone(const ExpectEntry& expected);
     bool isDone(const ExpectNoEntry& expected);
     bool isDone(const ExpectState& expected);
+    bool isDone(const ExpectEnd& expected);
 
     bool hasPassed(Milliseconds moment);
     bool hasCome(const Pattern& pattern, Milliseconds within);

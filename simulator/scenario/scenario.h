@@ -42,7 +42,10 @@ struct ExpectState {
     std::string name;
     std::string glob;
 };
-using Action = std::variant<CommandLine, ExpectEntry, ExpectNoEntry, ExpectState>;
+struct ExpectEnd {
+    Milliseconds within;
+};
+using Action = std::variant<CommandLine, ExpectEntry, ExpectNoEntry, ExpectState, ExpectEnd>;
 
 struct Step {
     std::string place;  // FILE:LINE

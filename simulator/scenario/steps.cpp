@@ -18,13 +18,14 @@ constexpr char kWhenUsage[] =
     "behind its time";
 constexpr char kExpectUsage[] =
     "usage: expect [within TIME|never [for TIME]] MEMBER=GLOB…, or expect state NAME GLOB, or "
-    "expect picture FILE [TOLERANCE], or expect output GLOB, or expect status N";
+    "expect picture FILE [TOLERANCE], or expect ended [within TIME], or expect output GLOB, or "
+    "expect status N";
 constexpr char kJudgedAtEnd[] = "holds for the whole run, so no time stands in front of it";
 
 const std::vector<std::string> kStatementNames = {"include", "device", "program", "page",  "limit",
                                                   "at",      "after",  "when",    "expect"};
-const std::vector<std::string> kExpectNames = {"within",  "never",  "state",
-                                               "picture", "output", "status"};
+const std::vector<std::string> kExpectNames = {"within", "never",  "state", "picture",
+                                               "ended",  "output", "status"};
 
 // Takes what stands in front of the colon, if the text begins with a time or a condition. False
 // when there is no colon.
@@ -129,6 +130,19 @@ std::optional<Action> readState(std::string_view text, std::string* error) {
     return ExpectState{*name, *glob};
 }
 
+std::optional<Action> readEnd(std::string_view text, std::string* error) {
+    if (text.empty()) {
+        return ExpectEnd{kDefaultWait};
+    }
+    const bool isLimited = takeWord(&text) == "within";
+    const std::optional<Milliseconds> within = takeTime(&text, error);
+    if (!isLimited || !within || !text.empty()) {
+        *error = "usage: expect ended [within TIME]";
+        return std::nullopt;
+    }
+    return ExpectEnd{*within};
+}
+
 std::optional<Action> readCommand(std::string_view text, const Line& line, std::string* error) {
     // The application may change its folder before the command is given.
     std::error_code problem;
@@ -149,6 +163,9 @@ std::optional<Action> readExpectation(std::string_view text, const Line& line, s
     }
     if (word == "state") {
         return readState(rest, error);
+    }
+    if (word == "ended") {
+        return readEnd(rest, error);
     }
     if (word == "picture") {
         return readCommand(text, line, error);

@@ -8,34 +8,63 @@
 #include <cstdlib>
 #include <limits>
 #include <string_view>
+#include <thread>
 
 namespace tavsim {
 namespace {
 
 using SteadyClock = std::chrono::steady_clock;
 
+constexpr std::chrono::milliseconds kBusy(250);
+
 // Set when the simulator is loaded, so nothing may initialize them later.
 constinit std::atomic<pthread_t> g_thread = {};
-constinit std::atomic<bool> g_virtual = false;
+constinit std::atomic<Pace> g_pace = Pace::Real;
 constinit std::atomic<Milliseconds> g_virtualNow = 0;
 constinit std::atomic<SteadyClock::time_point> g_startedAt = {};
 
+Milliseconds realNow() {
+    using std::chrono::milliseconds;
+    return std::chrono::duration_cast<milliseconds>(SteadyClock::now() - g_startedAt.load())
+        .count();
+}
+
+// Waits for the machine's time. Where that is far ahead, because the program was busy, there is no
+// hurry to follow it.
+void keepPace(Milliseconds moment) {
+    const std::chrono::milliseconds ahead(moment - realNow());
+    if (-ahead > kBusy) {
+        g_startedAt = SteadyClock::now() - std::chrono::milliseconds(moment);
+    }
+    std::this_thread::sleep_for(ahead);
+}
+
+bool isSet(const char* variable) {
+    const char* value = std::getenv(variable);
+    return value != nullptr && *value != '\0';
+}
+
 __attribute__((constructor)) void startWithProgram() {
     const char* virtualTime = std::getenv("TAVSIM_VIRTUAL_TIME");
-    startClock(virtualTime != nullptr && std::string_view(virtualTime) == "1");
+    const bool isVirtual = virtualTime != nullptr && std::string_view(virtualTime) == "1";
+    startClock(isVirtual ? Pace::Virtual : isSet("TAVSIM_RECORD") ? Pace::Paced : Pace::Real);
 }
 
 }  // namespace
 
-void startClock(bool virtualTime) {
+void startClock(Pace pace) {
     g_thread = pthread_self();
     g_virtualNow = 0;
     g_startedAt = SteadyClock::now();
-    g_virtual = virtualTime;
+    g_pace = pace;
 }
 
 bool isTimeVirtual() {
-    return g_virtual.load(std::memory_order_acquire);
+    return g_pace.load(std::memory_order_acquire) != Pace::Real;
+}
+
+bool isTimePaced() {
+    return g_pace.load(std::memory_order_acquire) == Pace::Paced;
 }
 
 bool isOnApplicationThread() {
@@ -46,9 +75,11 @@ Milliseconds now() {
     if (isTimeVirtual()) {
         return g_virtualNow.load(std::memory_order_acquire);
     }
-    using std::chrono::milliseconds;
-    return std::chrono::duration_cast<milliseconds>(SteadyClock::now() - g_startedAt.load())
-        .count();
+    return realNow();
+}
+
+Milliseconds lag() {
+    return realNow() - now();
 }
 
 Milliseconds after(Milliseconds moment, Milliseconds stretch) {
@@ -58,6 +89,9 @@ Milliseconds after(Milliseconds moment, Milliseconds stretch) {
 
 void setTime(Milliseconds moment) {
     if (isTimeVirtual() && moment > now()) {
+        if (isTimePaced()) {
+            keepPace(moment);
+        }
         g_virtualNow.store(moment, std::memory_order_release);
     }
 }

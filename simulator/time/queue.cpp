@@ -16,13 +16,19 @@ Queue& queue() {
     return instance;
 }
 
-std::uint64_t g_nextOrder = 0;
+// Those that go first are counted from 0.
+std::uint64_t g_nextOrder = std::uint64_t{1} << 63;
+std::uint64_t g_nextFirst = 0;
 
 }  // namespace
 
 void schedule(Milliseconds due, std::function<void()> deliver) {
     // Most fall due behind all others, and find their place at once.
     queue().emplace_hint(queue().end(), std::pair(due, g_nextOrder++), std::move(deliver));
+}
+
+void scheduleFirst(Milliseconds due, std::function<void()> deliver) {
+    queue().emplace(std::pair(due, g_nextFirst++), std::move(deliver));
 }
 
 void deliverDue() {

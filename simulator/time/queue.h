@@ -13,6 +13,9 @@ namespace tavsim {
 // time in the order in which they were queued.
 void schedule(Milliseconds due, std::function<void()> deliver);
 
+// The same for a moment that is still to come, and in front of all else that falls due then.
+void scheduleFirst(Milliseconds due, std::function<void()> deliver);
+
 // Runs what is due, on the caller's thread. A delivery may itself come here: it is off the queue
 // before it runs. What is queued for now meanwhile waits for the next time, so that replies that
 // cause calls that cause replies leave the application room in between.

@@ -16,12 +16,19 @@ constexpr char kNeverWaits[] =
     "with every 1000 calls of SDL_PollEvent, SDL_PumpEvents or SDL_GetTicks. SDL_Delay and "
     "SDL_WaitEvent let time pass at once.\n";
 
+// In paced time it would stand still, where its looks take long.
+constexpr int kLooksInVain = 50;
+constexpr Milliseconds kLongestLag = 1000;
+
+constexpr char kNeverWaitsForReal[] =
+    "tavsim: the program does not wait with SDL_Delay or SDL_WaitEvent, so the times of this "
+    "recording depend on this machine\n";
+
 int g_looks = 0;
 bool g_firing = false;
 
-void sayOnce(const char* text) {
-    static bool said = false;
-    if (!std::exchange(said, true)) {
+void sayOnce(const char* text, bool* said) {
+    if (!std::exchange(*said, true)) {
         std::fputs(text, stderr);
     }
 }
@@ -47,11 +54,17 @@ void passTime(Milliseconds until) {
 }
 
 void lookWithoutWaiting() {
-    if (++g_looks < kLooksInAMillisecond) {
-        return;
+    ++g_looks;
+    if (isTimePaced() && g_looks >= kLooksInVain && lag() > kLongestLag) {
+        static bool said = false;
+        sayOnce(kNeverWaitsForReal, &said);
+        passTime(after(now(), lag()));
     }
-    sayOnce(kNeverWaits);
-    passTime(after(now(), 1));
+    if (g_looks >= kLooksInAMillisecond) {
+        static bool said = false;
+        sayOnce(kNeverWaits, &said);
+        passTime(after(now(), 1));
+    }
 }
 
 }  // namespace tavsim

@@ -57,7 +57,10 @@ void startOver() {
 
 void carryOut(const std::string& line) {
     const Looks before = deviceLooks();
+    const bool fitsNoUsage = tavsim::whyMalformed(line).starts_with("usage: ");
+    expect(deviceLooks() == before, "looking at a command changes nothing");
     const tavsim::CommandResult result = tavsim::carryOut(line);
+    expect(!fitsNoUsage || !result.error.empty(), "what fits no usage is refused");
     expect(result.output.empty() || result.output.ends_with('\n'), "output is whole lines");
     if (!result.error.empty()) {
         expect(result.error.find('\n') == std::string::npos, "an error is one line");

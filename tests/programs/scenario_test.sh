@@ -56,6 +56,7 @@ expect within 1s what=call; expect what=NApp_registerTAV|the journal has no such
 after 5ms: compass 1 2 3; expect never for 3s what=*; expect what=call; expect what=call|the journal has no
 after 5ms: expect state keyboard hidden|it is shown
 after 5ms: expect state keybord shown|there is no such state
+expect ended within 2s|the application still runs
 after 1s: quit; after 1s: plugin on|the application ended at 1000 ms before this
 EOF
 
@@ -117,6 +118,21 @@ printf '"$1"\n"$1" 5\n' >twice
 play $'expect within 1s what=call*\nexpect within 1s what=reply\nexpect status 1' \
     sh twice "$programs/service_reply"
 expect 0 $'*\npercent 72\n*' ''
+
+# A recording of what comes through the socket, at the machine's pace, gives the same journal again.
+"$tavsim" run --device quern --record session --journal recorded "$TAV_BUILD/bin/instruments" &
+runner=$!
+"$tavsim" ctl wait ready within 60s
+for command in 'key tap c' 'compass 1 77 0.5' 'tap 60 300' 'drag 10 10 90 90 100ms' 'key tap v'; do
+    # shellcheck disable=SC2086
+    "$tavsim" ctl $command
+done
+"$tavsim" ctl key tap escape
+wait "$runner" || fail 'a run that is recorded did not end well'
+run "$tavsim" run --virtual-time --scenario session --journal played
+expect 0 '*' '*'
+cmp recorded played || fail "another journal: $(<session)"
+grep -q '^expect ended within ' session || fail "the recording: $(<session)"
 
 # The manual's example.
 sed -n '/^```scenario/,/^```/p' "$TAV_SOURCE/docs/scenarios.md" | sed '/^```/d' >battery.scenario

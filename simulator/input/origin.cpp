@@ -1,0 +1,74 @@
+#include "simulator/input/origin.h"
+
+#include <algorithm>
+#include <deque>
+#include <mutex>
+
+namespace tavsim {
+namespace {
+
+constexpr size_t kMostNoted = 128;  // the queue holds no more
+
+struct Own {
+    std::mutex mutex;
+    std::deque<SDL_Event> events;
+};
+
+Own& own() {
+    // Never destroyed: threads that outlive static objects still push events.
+    static Own& instance = *new Own;
+    return instance;
+}
+
+bool isSame(const SDL_Event& one, const SDL_Event& other) {
+    if (one.type != other.type) {
+        return false;
+    }
+    switch (one.type) {
+    case SDL_KEYDOWN:
+    case SDL_KEYUP:
+        return one.key.keysym.sym == other.key.keysym.sym;
+    case SDL_MOUSEMOTION:
+        return one.motion.x == other.motion.x && one.motion.y == other.motion.y;
+    case SDL_MOUSEBUTTONDOWN:
+    case SDL_MOUSEBUTTONUP:
+        return one.button.button == other.button.button && one.button.x == other.button.x &&
+               one.button.y == other.button.y;
+    case SDL_ACTIVEEVENT:
+        return one.active.gain == other.active.gain && one.active.state == other.active.state;
+    default:
+        return true;
+    }
+}
+
+}  // namespace
+
+void noteOwnEvent(const SDL_Event& event) {
+    if (event.type >= SDL_USEREVENT) {
+        return;  // nobody else makes those
+    }
+    const std::lock_guard lock(own().mutex);
+    own().events.push_back(event);
+    if (own().events.size() > kMostNoted) {
+        own().events.pop_front();
+    }
+}
+
+bool isFromOutside(const SDL_Event& event) {
+    const std::lock_guard lock(own().mutex);
+    auto& events = own().events;
+    const auto noted = std::find_if(events.begin(), events.end(),
+                                    [&](const SDL_Event& each) { return isSame(each, event); });
+    if (noted == events.end()) {
+        return true;
+    }
+    events.erase(noted);
+    return false;
+}
+
+void forgetOwnEvents() {
+    const std::lock_guard lock(own().mutex);
+    own().events.clear();
+}
+
+}  // namespace tavsim

@@ -1,0 +1,20 @@
+// A recording, from the side of the run: what the device does not know of it.
+#ifndef TAV_TOOLS_RECORDING_H
+#define TAV_TOOLS_RECORDING_H
+
+#include <string>
+
+#include "run.h"
+
+namespace tools {
+
+// Begins the file with the header of a scenario; the device appends the steps. False when it cannot
+// be written.
+bool startRecording(const RunRequest& request, const std::string& root);
+
+// The program has ended with this status.
+void endRecording(const RunRequest& request, const std::string& root, int status);
+
+}  // namespace tools
+
+#endif
