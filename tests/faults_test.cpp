@@ -143,7 +143,8 @@ std::string bridge() {
 
 std::string callFromPage() {
     TAV_RegisterJSHandler("greet", onGreet);
-    const tavtest::Answer answer = tavtest::callMethod("greet", 1, {"hello"});
+    const tavtest::Answer answer =
+        tavtest::callMethod("greet", 9, std::vector<const char*>(9, "hello"));
     const std::string error = SDL_GetError();
     return (answer ? answer->second : "unanswered") + (error.empty() ? "" : ": " + error);
 }

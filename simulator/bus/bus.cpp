@@ -181,7 +181,7 @@ void answerFromNowOn(const std::string& uri, const std::optional<std::string>& t
     replaceService(uri, service);
     for (const int token : openBusCalls(uri)) {
         Call& call = bus().open.at(token);
-        if (text && call.kind != Kind::Subscription) {
+        if (call.uri != uri || (text && call.kind != Kind::Subscription)) {
             continue;
         }
         ++call.version;
