@@ -1,4 +1,4 @@
-// A fresh simulated device for a benchmark, in virtual time, with nobody listening to the trace.
+// A fresh simulated device for a benchmark, with nobody listening to the trace.
 #ifndef TAV_BENCH_BENCH_DEVICE_H
 #define TAV_BENCH_BENCH_DEVICE_H
 
@@ -14,9 +14,7 @@ namespace tavbench {
 class BenchDevice {
 public:
     explicit BenchDevice(benchmark::State& state, tavsim::Profile profile = {},
-                         bool virtualTime = true) {
-        tavsim::Options options;
-        options.virtualTime = virtualTime;
+                         const tavsim::Options& options = inVirtualTime()) {
         std::string error;
         if (!tavsim::device().start(std::move(profile), options, &error)) {
             state.SkipWithError(error.c_str());
@@ -26,6 +24,12 @@ public:
     ~BenchDevice() {
         TAV_Quit();
         tavsim::device().stop();
+    }
+
+    static tavsim::Options inVirtualTime() {
+        tavsim::Options options;
+        options.virtualTime = true;
+        return options;
     }
 
     BenchDevice(const BenchDevice&) = delete;

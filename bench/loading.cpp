@@ -8,32 +8,16 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
 #include <string>
 
 #include "SDL.h"
+#include "bench/memory.h"
 #include "simulator/interface/device.h"
 
 namespace {
 
-struct Memory {
-    long resident = 0;
-    long unshared = 0;
-};
-
-Memory memory() {
-    std::ifstream file("/proc/self/smaps_rollup");
-    Memory sum;
-    std::string word;
-    for (long value; file >> word;) {
-        if (word == "Rss:" && file >> value) {
-            sum.resident = value;
-        } else if ((word == "Private_Clean:" || word == "Private_Dirty:") && file >> value) {
-            sum.unshared += value;
-        }
-    }
-    return sum;
-}
+using tavbench::memory;
+using tavbench::Memory;
 
 void fail(const char* what, const char* why) {
     std::fprintf(stderr, "tav_loading: %s: %s\n", what, why);

@@ -12,7 +12,7 @@ void purchaseTimeout(benchmark::State& state) {
     profile.services["vire://com.vire.service.payment/getItemInfo"] = {};
     const bool withVideo = SDL_Init(SDL_INIT_VIDEO) == 0;
     expect(state, withVideo, SDL_GetError());
-    const BenchDevice device(state, profile, false);
+    const BenchDevice device(state, profile, {});
     for (auto _ : state) {
         const TAV_ItemInfo* info = TAV_GetItemInfo("season-pass");
         expect(state, info == nullptr, "an answer came");

@@ -1,9 +1,13 @@
 // While the application handles SDL's events, this system delivers.
 #include "front/events.h"
 
+#include <atomic>
+
 #include "linux/bus/pump.h"
 
 namespace front {
+
+constinit std::atomic<bool> g_isAwake = true;
 
 bool takesPart() {
     return tavlinux::isApplicationThread();

@@ -66,7 +66,8 @@ DatabasePtr openDatabase(const std::string& path) {
     sqlite3* opened = nullptr;
     const int result = open(path.c_str(), &opened);
     DatabasePtr database(opened);
-    const bool isOpen = result == SQLITE_OK && execute(opened, "PRAGMA synchronous = OFF;");
+    const bool isOpen = result == SQLITE_OK &&
+                        execute(opened, "PRAGMA synchronous = OFF; PRAGMA journal_mode = MEMORY;");
     return isOpen ? std::move(database) : nullptr;
 }
 

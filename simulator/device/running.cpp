@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <mutex>
 
+#include "front/events.h"
 #include "front/in_front.h"
 #include "helper/end_program.h"
 #include "helper/faults.h"
@@ -118,6 +119,7 @@ bool changeDevice(const std::function<bool()>& change) {
     const std::lock_guard lock(g_change);
     g_started = false;
     g_changing = true;
+    front::wake();
     try {
         g_started = change();
     } catch (...) {

@@ -1,7 +1,7 @@
 #include "simulator/front/pump.h"
 
 #include <algorithm>
-#include <chrono>
+#include <atomic>
 #include <optional>
 
 #include "SDL.h"
@@ -22,13 +22,11 @@
 namespace tavsim {
 namespace {
 
-using SteadyClock = std::chrono::steady_clock;
-
 constexpr Milliseconds kWaitStep = 10;  // between two looks at SDL's queue
 // By then, the library no longer waits for a purchase and so leaves events to the application.
 constexpr Milliseconds kUntilAskedAgain = 100;
 // Serving sockets takes system calls, so it is not done with every poll.
-constexpr std::chrono::milliseconds kControlPause(5);
+constexpr Milliseconds kControlPause = 5;
 
 void serveOutside() {
     serveControl();
@@ -36,9 +34,10 @@ void serveOutside() {
 }
 
 void serveOutsideNowAndThen() {
-    static SteadyClock::time_point served;
-    const SteadyClock::time_point time = SteadyClock::now();
-    if (time - served >= kControlPause) {
+    static Milliseconds served = 0;
+    const Milliseconds time = realTimeAtLeast();
+    // A device that is started anew begins at 0 again.
+    if (time - served >= kControlPause || time < served) {
         served = time;
         serveOutside();
     }
@@ -76,6 +75,8 @@ void pumpUntil(Milliseconds time) {
 }  // namespace tavsim
 
 namespace front {
+
+constinit std::atomic<bool> g_isAwake = false;
 
 bool takesPart() {
     return (tavsim::isStarted() || tavsim::isTimeVirtual()) && tavsim::isOnApplicationThread();

@@ -1,5 +1,6 @@
 // SDL's time and timers, in front of SDL: in virtual time they run on the device's clock.
 #include "SDL.h"
+#include "front/events.h"
 #include "front/next.h"
 #include "platform/visibility.h"
 #include "simulator/device/edge.h"
@@ -11,7 +12,7 @@ namespace tavsim {
 namespace {
 
 bool isSimulated() {
-    return isTimeVirtual() && front::isSdl12();
+    return front::g_isAwake && isTimeVirtual() && front::isSdl12();
 }
 
 bool hasTimers() {

@@ -1,6 +1,7 @@
 #include "simulator/time/clock.h"
 
 #include <pthread.h>
+#include <time.h>
 
 #include <algorithm>
 #include <atomic>
@@ -9,6 +10,8 @@
 #include <limits>
 #include <string_view>
 #include <thread>
+
+#include "front/events.h"
 
 namespace tavsim {
 namespace {
@@ -23,10 +26,13 @@ constinit std::atomic<Pace> g_pace = Pace::Real;
 constinit std::atomic<Milliseconds> g_virtualNow = 0;
 constinit std::atomic<SteadyClock::time_point> g_startedAt = {};
 
+Milliseconds sinceStart(std::chrono::nanoseconds time) {
+    const auto start = g_startedAt.load().time_since_epoch();
+    return std::chrono::duration_cast<std::chrono::milliseconds>(time - start).count();
+}
+
 Milliseconds realNow() {
-    using std::chrono::milliseconds;
-    return std::chrono::duration_cast<milliseconds>(SteadyClock::now() - g_startedAt.load())
-        .count();
+    return sinceStart(SteadyClock::now().time_since_epoch());
 }
 
 // Waits for the machine's time. Where that is far ahead, because the program was busy, there is no
@@ -57,6 +63,9 @@ void startClock(Pace pace) {
     g_virtualNow = 0;
     g_startedAt = SteadyClock::now();
     g_pace = pace;
+    if (pace != Pace::Real) {
+        front::wake();
+    }
 }
 
 bool isTimeVirtual() {
@@ -76,6 +85,16 @@ Milliseconds now() {
         return g_virtualNow.load(std::memory_order_acquire);
     }
     return realNow();
+}
+
+Milliseconds realTimeAtLeast() {
+    timespec time;  // the steady clock as of the kernel's last tick
+    clock_gettime(CLOCK_MONOTONIC_COARSE, &time);
+    return sinceStart(std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec));
+}
+
+bool mayHaveCome(Milliseconds moment) {
+    return isTimeVirtual() ? moment <= now() : moment <= after(realTimeAtLeast(), kLateness);
 }
 
 Milliseconds lag() {

@@ -30,6 +30,14 @@ bool isOnApplicationThread();
 // Milliseconds since the start.
 Milliseconds now();
 
+// Real milliseconds, late by up to kLateness. Costs a few nanoseconds, where a look at the exact time
+// can take microseconds on some machines.
+Milliseconds realTimeAtLeast();
+inline constexpr Milliseconds kLateness = 10;
+
+// False only if the moment has surely not come yet; as cheap, for moments that are not near.
+bool mayHaveCome(Milliseconds moment);
+
 // The moment that comes so much after another; a negative stretch counts as none. Stays at the last
 // moment that there is.
 Milliseconds after(Milliseconds moment, Milliseconds stretch);

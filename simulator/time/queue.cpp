@@ -32,6 +32,9 @@ void scheduleFirst(Milliseconds due, std::function<void()> deliver) {
 }
 
 void deliverDue() {
+    if (queue().empty() || !mayHaveCome(queue().begin()->first.first)) {
+        return;
+    }
     const std::pair beforeNewcomers(now(), g_nextOrder);
     while (!queue().empty() && queue().begin()->first < beforeNewcomers) {
         queue().extract(queue().begin()).mapped()();

@@ -1,0 +1,32 @@
+// The memory that a process takes.
+#ifndef TAV_BENCH_MEMORY_H
+#define TAV_BENCH_MEMORY_H
+
+#include <fstream>
+#include <string>
+
+namespace tavbench {
+
+// In KiB.
+struct Memory {
+    long resident = 0;
+    long unshared = 0;
+};
+
+inline Memory memory() {
+    std::ifstream file("/proc/self/smaps_rollup");
+    Memory sum;
+    std::string word;
+    for (long value; file >> word;) {
+        if (word == "Rss:" && file >> value) {
+            sum.resident = value;
+        } else if ((word == "Private_Clean:" || word == "Private_Dirty:") && file >> value) {
+            sum.unshared += value;
+        }
+    }
+    return sum;
+}
+
+}  // namespace tavbench
+
+#endif

@@ -1,0 +1,76 @@
+// A program that has SDL and does not use the library. Without arguments it does nothing; with
+// "measure" it prints what it finds as one JSON object: the nanoseconds of functions that a
+// preloaded device stands in front of, the least of many rounds, and its memory in KiB, all of it
+// and the part that no other process shares.
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <limits>
+#include <string_view>
+
+#include "SDL.h"
+#include "bench/memory.h"
+
+namespace {
+
+constexpr int kRounds = 50;
+
+template <typename Function>
+double least(int calls, Function function) {
+    using Clock = std::chrono::steady_clock;
+    double best = std::numeric_limits<double>::max();
+    for (int round = 0; round < kRounds; ++round) {
+        const auto start = Clock::now();
+        for (int call = 0; call < calls; ++call) {
+            function();
+        }
+        const std::chrono::duration<double, std::nano> elapsed = Clock::now() - start;
+        best = std::min(best, elapsed.count() / calls);
+    }
+    return best;
+}
+
+void poll() {
+    SDL_Event event;
+    SDL_PollEvent(&event);
+}
+
+void openDescriptor() {
+    close(open("/etc/passwd", O_RDONLY));
+}
+
+void openFile() {
+    if (std::FILE* file = std::fopen("/etc/passwd", "r")) {
+        std::fclose(file);
+    }
+}
+
+void delay() {
+    SDL_Delay(0);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 2 || std::string_view(argv[1]) != "measure") {
+        return EXIT_SUCCESS;
+    }
+    if (SDL_Init(SDL_INIT_VIDEO) != 0) {
+        std::fprintf(stderr, "tav_plain: %s\n", SDL_GetError());
+        return EXIT_FAILURE;
+    }
+    for (SDL_Event event; SDL_PollEvent(&event) != 0;) {}
+    std::printf("{\"poll\": %.2f, \"open\": %.1f, \"fopen\": %.1f, \"delay\": %.1f, ",
+                least(20000, poll), least(1000, openDescriptor), least(1000, openFile),
+                least(20, delay));
+    tavbench::memory();  // looking takes memory too, the first time
+    const tavbench::Memory memory = tavbench::memory();
+    std::printf("\"resident_kib\": %ld, \"unshared_kib\": %ld}\n", memory.resident,
+                memory.unshared);
+    SDL_Quit();
+    return EXIT_SUCCESS;
+}

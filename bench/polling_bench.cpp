@@ -1,0 +1,57 @@
+// SDL_PollEvent while the library is in use, beside SDL's own.
+#include <dlfcn.h>
+
+#include "SDL.h"
+#include "bench/bench_device.h"
+
+namespace {
+
+using tavbench::BenchDevice;
+using tavbench::expect;
+
+constexpr char kSlow[] = "vire://com.example.bench/slow";
+
+void onReply(TAV_ServiceParameters*, void*) {
+}
+
+using Poll = int (*)(SDL_Event*);
+
+// SDL's own, past what stands in front of it.
+Poll sdlsPoll() {
+    void* sdl = dlopen("libSDL-1.2.so.0", RTLD_LAZY | RTLD_NOLOAD);
+    return sdl != nullptr ? reinterpret_cast<Poll>(dlsym(sdl, "SDL_PollEvent")) : nullptr;
+}
+
+void poll(benchmark::State& state, Poll poll) {
+    expect(state, SDL_Init(SDL_INIT_VIDEO) == 0 && poll != nullptr, SDL_GetError());
+    for (SDL_Event event; SDL_PollEvent(&event) != 0;) {}
+    int found = 0;
+    for (auto _ : state) {
+        SDL_Event event;
+        found += poll(&event);
+    }
+    expect(state, found == 0, "there were events");
+    SDL_Quit();
+}
+
+// The device runs in real time, can be steered, and has a delivery in its queue.
+void pollLibtav(benchmark::State& state) {
+    tavsim::Options options;
+    options.control = true;
+    tavsim::Profile profile;
+    profile.services[kSlow] = tavsim::Service{};
+    profile.services[kSlow].replies = {"{}"};
+    profile.services[kSlow].delay = 3600 * 1000;
+    const BenchDevice device(state, profile, options);
+    TAV_ServiceCallWithCallback(kSlow, "{}", onReply, nullptr, SDL_TRUE);
+    poll(state, SDL_PollEvent);
+}
+BENCHMARK(pollLibtav);
+
+// SDL's own comes to SDL_PumpEvents in front of it, which passes on what no device is there for.
+void pollBare(benchmark::State& state) {
+    poll(state, sdlsPoll());
+}
+BENCHMARK(pollBare);
+
+}  // namespace
