@@ -43,6 +43,17 @@ void serveOutsideNowAndThen() {
     }
 }
 
+// What commands bring about is delivered at once, but for a recording: there it comes when it comes
+// in a scenario, where commands are deliveries themselves.
+void serveAndDeliver(void (*serve)()) {
+    if (isTimePaced()) {
+        deliverDue(serve);
+        return;
+    }
+    serve();
+    deliverDue([] {});
+}
+
 // When something falls due for which the application need not wait on the outside world.
 std::optional<Milliseconds> nextMoment() {
     const std::optional<Milliseconds> delivery = nextDue();
@@ -59,8 +70,7 @@ void sleepAStep() {
 }  // namespace
 
 void pumpNow() {
-    serveOutside();
-    deliverDue();
+    serveAndDeliver(serveOutside);
 }
 
 void pumpUntil(Milliseconds time) {
@@ -87,8 +97,7 @@ void deliver() try {
         tavsim::lookWithoutWaiting();
     }
     if (tavsim::isStarted()) {
-        tavsim::serveOutsideNowAndThen();
-        tavsim::deliverDue();
+        tavsim::serveAndDeliver(tavsim::serveOutsideNowAndThen);
     }
 } catch (...) {
     tavsim::endProgramByException();

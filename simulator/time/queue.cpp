@@ -20,6 +20,12 @@ Queue& queue() {
 std::uint64_t g_nextOrder = std::uint64_t{1} << 63;
 std::uint64_t g_nextFirst = 0;
 
+void deliverBefore(const std::pair<Milliseconds, std::uint64_t>& end) {
+    while (!queue().empty() && queue().begin()->first < end) {
+        queue().extract(queue().begin()).mapped()();
+    }
+}
+
 }  // namespace
 
 void schedule(Milliseconds due, std::function<void()> deliver) {
@@ -31,14 +37,16 @@ void scheduleFirst(Milliseconds due, std::function<void()> deliver) {
     queue().emplace(std::pair(due, g_nextFirst++), std::move(deliver));
 }
 
-void deliverDue() {
+void deliverDue(void (*serve)()) {
     if (queue().empty() || !mayHaveCome(queue().begin()->first.first)) {
+        serve();
         return;
     }
-    const std::pair beforeNewcomers(now(), g_nextOrder);
-    while (!queue().empty() && queue().begin()->first < beforeNewcomers) {
-        queue().extract(queue().begin()).mapped()();
-    }
+    const Milliseconds time = now();
+    const std::pair beforeNewcomers(time, g_nextOrder);
+    deliverBefore({time, 0});
+    serve();
+    deliverBefore(beforeNewcomers);
 }
 
 std::optional<Milliseconds> nextDue() {

@@ -19,7 +19,9 @@ void scheduleFirst(Milliseconds due, std::function<void()> deliver);
 // Runs what is due, on the caller's thread. A delivery may itself come here: it is off the queue
 // before it runs. What is queued for now meanwhile waits for the next time, so that replies that
 // cause calls that cause replies leave the application room in between.
-void deliverDue();
+//
+// `serve` has the turn of a delivery that was queued with scheduleFirst() for now.
+void deliverDue(void (*serve)());
 
 // When the next delivery falls due, if there is one.
 std::optional<Milliseconds> nextDue();
