@@ -110,14 +110,14 @@ int dispatch(Kind kind, const char* uri, const char* payload, bool option,
     running();
     Call call{uri != nullptr ? uri : "", payload != nullptr ? payload : "", kind, replyFunction,
               context};
-    const bool isRefused = refusesDispatch(call.uri);
-    const int token = isRefused ? -1 : ++bus().lastToken;
+    const bool refuses = refusesDispatch(call.uri);
+    const int token = refuses ? -1 : ++bus().lastToken;
     JournalEntry("bus", kKindNames[static_cast<int>(kind)])
         .member("uri", uri)
         .member("payload", payload)
         .member("option", option)
-        .outcome(isRefused ? "refused" : "token " + std::to_string(token));
-    if (isRefused) {
+        .outcome(refuses ? "refused" : "token " + std::to_string(token));
+    if (refuses) {
         return token;
     }
     if (const auto program = programOf(call.uri)) {

@@ -184,7 +184,8 @@ bool readOver(Profile* profile, const std::string& document, const std::string& 
 void readBase(Profile* profile, const json::Value& name, const fs::path& folder,
               const Files& extending) {
     std::string base;
-    json::text (&base)(name);
+    const json::Reader text = json::text(&base);
+    text(name);
     const fs::path path = folder / profilePath(base);
     const Files files = withFile(path, extending);
     std::string document;

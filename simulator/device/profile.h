@@ -7,6 +7,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "platform/visibility.h"
@@ -27,7 +28,9 @@ struct ServiceCommand {
     std::vector<std::string> words;
     std::string folder;  // that it runs in
 
-    auto operator<=>(const ServiceCommand&) const = default;
+    bool operator<(const ServiceCommand& other) const {
+        return std::tie(words, folder) < std::tie(other.words, other.folder);
+    }
 };
 
 // A bus service. A subscription receives the replies in order, one every `every` milliseconds, and

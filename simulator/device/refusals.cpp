@@ -30,17 +30,17 @@ void removeRefusals(const std::string& request) {
 
 bool isRefused(const std::string& request) {
     forgetThoseThatAreOver();
-    bool isRefused = profile().refused.contains(request);
+    bool refused = profile().refused.contains(request);
     std::erase_if(refusals(), [&](Refusal& one) {
         if (one.request != request) {
             return false;
         }
         const bool isCounted = one.nth > 0;
         const bool strikes = !isCounted || --one.nth == 0;
-        isRefused = isRefused || strikes;
+        refused = refused || strikes;
         return isCounted && strikes;
     });
-    return isRefused;
+    return refused;
 }
 
 std::set<std::string> refusedRequests() {

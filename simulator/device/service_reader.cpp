@@ -5,7 +5,6 @@
 #include "helper/json_text.h"
 #include "helper/json_writer.h"
 
-namespace dom = simdjson::dom;
 namespace json = helper::json;
 
 namespace tavsim {

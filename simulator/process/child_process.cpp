@@ -59,6 +59,7 @@ bool isOfDevice(std::string_view variable) {
 // With a null pointer at the end, as the kernel wants it.
 std::vector<char*> pointersTo(const std::vector<std::string>& words) {
     std::vector<char*> pointers;
+    pointers.reserve(words.size() + 1);
     for (const std::string& word : words) {
         pointers.push_back(const_cast<char*>(word.c_str()));
     }
