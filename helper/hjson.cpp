@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "helper/json_text.h"
+#include "helper/json/text.h"
 
 namespace dom = simdjson::dom;
 

@@ -22,7 +22,7 @@ expect_in docs/testing.md '^TAVSIM_API .*?\KTAVSim_\w+(?=\()' include/tavsim.h
 expect_in docs/testing.md '^    def \K[a-z]\w*' python/tavsim/run.py
 # Profile fields, and what a service's program says, are rows of tables: {"field", handler}.
 expect_in docs/simulator.md '\{+"\K\w+(?=",( (json::)?\w+\(&| \[|$))' simulator/device/{profile,service_reader}.cpp simulator/bus/program_line.cpp
-expect_in docs/simulator.md '"\K(TAVSIM_[A-Z]|TAV_TRACE)[A-Z_]*(?=")' helper/*.cpp simulator/*/*.cpp tools/*.cpp tools/*/*.cpp
+expect_in docs/simulator.md '"\K(TAVSIM_[A-Z]|TAV_TRACE)[A-Z_]*(?=")' helper/*.cpp helper/*/*.cpp simulator/*/*.cpp tools/*.cpp tools/*/*.cpp
 expect_in docs/simulator.md '"\K--[a-z-]+(?=")' tools/*.cpp tools/*/*.cpp
 
 # The headings as links name them: in small letters, without punctuation, with dashes for blanks.

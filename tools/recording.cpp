@@ -5,7 +5,7 @@
 #include <fstream>
 
 #include "environment.h"
-#include "helper/json_writer.h"
+#include "helper/json/writer.h"
 #include "simulator/device/profile.h"
 #include "simulator/scenario/recorder.h"
 

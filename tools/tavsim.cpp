@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "helper/json_writer.h"
+#include "helper/json/writer.h"
 #include "helper/suggestion.h"
 #include "run.h"
 #include "simulator/control/commands.h"

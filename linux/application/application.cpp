@@ -7,7 +7,7 @@
 #include <filesystem>
 #include <vector>
 
-#include "helper/json_text.h"
+#include "helper/json/text.h"
 
 namespace fs = std::filesystem;
 

@@ -6,7 +6,7 @@
 #include <set>
 #include <string_view>
 
-#include "helper/json_writer.h"
+#include "helper/json/writer.h"
 #include "linux/bus/connection.h"
 
 namespace tavlinux {

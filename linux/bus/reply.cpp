@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "helper/json_writer.h"
+#include "helper/json/writer.h"
 
 namespace tavlinux {
 

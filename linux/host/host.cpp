@@ -8,7 +8,7 @@
 
 #include "SDL.h"
 #include "front/next.h"
-#include "helper/json_text.h"
+#include "helper/json/text.h"
 #include "linux/application/application.h"
 #include "linux/application/machine.h"
 #include "linux/host/compass.h"

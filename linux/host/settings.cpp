@@ -7,7 +7,7 @@
 #include <map>
 #include <memory>
 
-#include "helper/json_writer.h"
+#include "helper/json/writer.h"
 #include "linux/bus/connection.h"
 
 namespace tavlinux {

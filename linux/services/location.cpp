@@ -1,6 +1,6 @@
 #include "linux/services/location.h"
 
-#include "helper/json_writer.h"
+#include "helper/json/writer.h"
 #include "linux/services/geoclue.h"
 
 namespace tavlinux {

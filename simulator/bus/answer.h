@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "helper/json_writer.h"
+#include "helper/json/writer.h"
 #include "simulator/device/profile.h"
 
 namespace tavsim {

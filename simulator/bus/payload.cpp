@@ -1,8 +1,8 @@
 #include "simulator/bus/payload.h"
 
 #include "helper/glob.h"
-#include "helper/json_text.h"
-#include "helper/json_writer.h"
+#include "helper/json/text.h"
+#include "helper/json/writer.h"
 
 namespace dom = simdjson::dom;
 

@@ -5,7 +5,7 @@
 #include <random>
 #include <utility>
 
-#include "helper/json_text.h"
+#include "helper/json/text.h"
 #include "simulator/bus/payload.h"
 #include "simulator/device/running.h"
 #include "simulator/time/clock.h"

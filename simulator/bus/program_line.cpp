@@ -1,7 +1,7 @@
 #include "simulator/bus/program_line.h"
 
-#include "helper/json_reader.h"
-#include "helper/json_writer.h"
+#include "helper/json/reader.h"
+#include "helper/json/writer.h"
 #include "simulator/device/service_reader.h"
 #include "simulator/time/clock.h"
 

@@ -10,7 +10,7 @@
 #include <memory>
 #include <optional>
 
-#include "helper/json_writer.h"
+#include "helper/json/writer.h"
 #include "simulator/bus/bus.h"
 #include "simulator/device/service_reader.h"
 #include "simulator/process/child_process.h"

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 
-#include "helper/json_writer.h"
+#include "helper/json/writer.h"
 #include "helper/suggestion.h"
 #include "simulator/control/command_functions.h"
 #include "simulator/control/usage.h"

@@ -1,7 +1,7 @@
 // Commands for what the device is, and what the application has made of it.
 #include <simdjson.h>
 
-#include "helper/json_writer.h"
+#include "helper/json/writer.h"
 #include "simulator/bus/bus.h"
 #include "simulator/control/command_functions.h"
 #include "simulator/device/journal.h"

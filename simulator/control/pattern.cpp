@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <limits>
 
-#include "helper/json_text.h"
+#include "helper/json/text.h"
 #include "simulator/control/text_word.h"
 
 namespace dom = simdjson::dom;

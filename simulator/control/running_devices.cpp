@@ -10,7 +10,7 @@
 #include <fstream>
 #include <iterator>
 
-#include "helper/json_writer.h"
+#include "helper/json/writer.h"
 #include "simulator/control/socket_address.h"
 #include "simulator/device/fresh_root.h"
 #include "simulator/device/root.h"

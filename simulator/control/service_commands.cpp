@@ -2,7 +2,7 @@
 #include <vector>
 
 #include "helper/faults.h"
-#include "helper/json_writer.h"
+#include "helper/json/writer.h"
 #include "simulator/bus/bus.h"
 #include "simulator/bus/profile_services.h"
 #include "simulator/control/command_functions.h"

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "helper/json_writer.h"
+#include "helper/json/writer.h"
 
 namespace tavsim {
 namespace {

@@ -7,7 +7,7 @@
 #include <functional>
 #include <string>
 
-#include "helper/json_writer.h"
+#include "helper/json/writer.h"
 
 namespace tavsim {
 

@@ -7,8 +7,8 @@
 #include <filesystem>
 #include <string_view>
 
-#include "helper/json_reader.h"
-#include "helper/json_writer.h"
+#include "helper/json/reader.h"
+#include "helper/json/writer.h"
 #include "helper/suggestion.h"
 #include "simulator/device/service_reader.h"
 

@@ -2,8 +2,8 @@
 
 #include <utility>
 
-#include "helper/json_text.h"
-#include "helper/json_writer.h"
+#include "helper/json/text.h"
+#include "helper/json/writer.h"
 
 namespace json = helper::json;
 

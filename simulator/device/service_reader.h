@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "helper/json_reader.h"
+#include "helper/json/reader.h"
 #include "simulator/device/profile.h"
 
 namespace tavsim {

@@ -7,7 +7,7 @@
 #include <cstring>
 
 #include "helper/faults.h"
-#include "helper/json_text.h"
+#include "helper/json/text.h"
 #include "platform/hhardware.h"
 #include "platform/kpsystem.h"
 #include "platform/napp.h"

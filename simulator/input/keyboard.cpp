@@ -3,7 +3,7 @@
 #include <glib.h>
 
 #include "front/next.h"
-#include "helper/json_writer.h"
+#include "helper/json/writer.h"
 #include "helper/suggestion.h"
 #include "simulator/input/events.h"
 

@@ -5,8 +5,8 @@
 #include <fstream>
 
 #include "helper/end_program.h"
-#include "helper/json_reader.h"
-#include "helper/json_writer.h"
+#include "helper/json/reader.h"
+#include "helper/json/writer.h"
 
 namespace json = helper::json;
 

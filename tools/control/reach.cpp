@@ -9,7 +9,7 @@
 #include <cstring>
 #include <vector>
 
-#include "helper/json_writer.h"
+#include "helper/json/writer.h"
 #include "simulator/control/running_devices.h"
 #include "simulator/control/socket_address.h"
 

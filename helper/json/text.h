@@ -6,7 +6,7 @@
 
 #include <string>
 
-#include "helper/json_writer.h"
+#include "helper/json/writer.h"
 
 namespace helper {
 

@@ -1,4 +1,4 @@
-#include "helper/json_writer.h"
+#include "helper/json/writer.h"
 
 #include <glib.h>
 

@@ -1,8 +1,8 @@
-#include "helper/json_reader.h"
+#include "helper/json/reader.h"
 
 #include <sstream>
 
-#include "helper/json_writer.h"
+#include "helper/json/writer.h"
 #include "helper/suggestion.h"
 
 namespace dom = simdjson::dom;
