@@ -30,8 +30,8 @@ bool isOnApplicationThread();
 // Milliseconds since the start.
 Milliseconds now();
 
-// Real milliseconds, late by up to kLateness. Costs a few nanoseconds, where a look at the exact time
-// can take microseconds on some machines.
+// Real milliseconds, late by up to kLateness. Costs a few nanoseconds, where a look at the exact
+// time can take microseconds on some machines.
 Milliseconds realTimeAtLeast();
 inline constexpr Milliseconds kLateness = 10;
 
