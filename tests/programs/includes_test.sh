@@ -28,6 +28,7 @@ rooms=(
     linux/bus
     linux/application
     front
+    helper/json
     helper
     platform
 )
