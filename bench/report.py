@@ -14,6 +14,8 @@ import sys
 import tempfile
 import time
 
+import linux_report
+
 OPEN = 100000  # calls, at most
 LOADS = 21  # fresh processes that load the library
 
@@ -252,6 +254,7 @@ def main():
     rows += start_rows(f"{build}/bin")
     rows.append(time_row(PURCHASE, [measure(program, SLOW)]))
     rows += loading_rows(f"{build}/bin/tav_loading", f"{build}/lib/libtav.so")
+    rows += linux_report.rows(build, rounds, clean_environment(), shown_time)
     print_table(rows)
     missed = sum(not met for _, met in rows)
     if missed:

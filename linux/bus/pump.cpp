@@ -12,6 +12,7 @@ constexpr int kMostRounds = 64;  // a flood of messages must not keep the applic
 
 bool g_started = false;
 bool g_isFork = false;
+bool g_isServed = false;  // the wait before a pump has done so
 GThread* g_applicationThread = nullptr;
 
 std::deque<std::function<void()>>& queue() {
@@ -47,7 +48,8 @@ void deliver(std::function<void()> delivery) {
 }
 
 void pump() {
-    for (int i = 0; i < kMostRounds && g_main_context_iteration(context(), FALSE) != FALSE; ++i) {}
+    const int rounds = std::exchange(g_isServed, false) ? 0 : kMostRounds;
+    for (int i = 0; i < rounds && g_main_context_iteration(context(), FALSE) != FALSE; ++i) {}
     for (size_t count = queue().size(); count > 0 && !queue().empty(); --count) {
         const std::function<void()> delivery = std::move(queue().front());
         queue().pop_front();
@@ -57,6 +59,7 @@ void pump() {
 
 void waitForDelivery(int milliseconds) {
     serveUntil([] { return !queue().empty(); }, milliseconds);
+    g_isServed = true;
 }
 
 bool serveUntil(const std::function<bool()>& isSo, int milliseconds) {
