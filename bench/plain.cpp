@@ -64,13 +64,12 @@ int main(int argc, char** argv) {
         return EXIT_FAILURE;
     }
     for (SDL_Event event; SDL_PollEvent(&event) != 0;) {}
-    std::printf("{\"poll\": %.2f, \"open\": %.1f, \"fopen\": %.1f, \"delay\": %.1f, ",
+    std::printf(R"({"poll": %.2f, "open": %.1f, "fopen": %.1f, "delay": %.1f, )",
                 least(20000, poll), least(1000, openDescriptor), least(1000, openFile),
                 least(20, delay));
     tavbench::memory();  // looking takes memory too, the first time
     const tavbench::Memory memory = tavbench::memory();
-    std::printf("\"resident_kib\": %ld, \"unshared_kib\": %ld}\n", memory.resident,
-                memory.unshared);
+    std::printf(R"("resident_kib": %ld, "unshared_kib": %ld})", memory.resident, memory.unshared);
     SDL_Quit();
     return EXIT_SUCCESS;
 }

@@ -47,7 +47,7 @@ struct HLinkedList::Elements {
         std::optional<size_t> found;
         index.forPlacesOf(element, [&](Place place) {
             const size_t offset = static_cast<Place>(place - first);
-            if (places[offset] == element && (!found || offset < *found)) {
+            if (!found || offset < *found) {
                 found = offset;
             }
         });
@@ -61,9 +61,9 @@ struct HLinkedList::Elements {
         ++count;
     }
 
-    void erase(size_t offset) {
-        constexpr size_t kMostGaps = 3;  // for an element
-        index.remove(places[offset], placeAt(offset));
+    void erase(size_t offset, const void* element) {
+        constexpr size_t kMostGaps = 7;  // for an element
+        index.remove(element, placeAt(offset));
         places[offset] = kGap;
         --count;
         lastNumber -= offset < lastOffset ? 1 : 0;
@@ -126,20 +126,20 @@ int HLinkedList::size() const {
 
 void HLinkedList::remove(int index) {
     if (index >= 0 && index < size()) {
-        m_elements->erase(m_elements->offsetOf(static_cast<size_t>(index)));
+        const size_t offset = m_elements->offsetOf(static_cast<size_t>(index));
+        m_elements->erase(offset, m_elements->places[offset]);
     }
 }
 
 void HLinkedList::remove(void* element) {
     const std::optional<size_t> offset = m_elements->find(element);
     if (offset) {
-        m_elements->erase(*offset);
+        m_elements->erase(*offset, element);
     }
 }
 
 void* HLinkedList::getLLElem(const void* element) const {
-    const std::optional<size_t> offset = m_elements->find(element);
-    return offset ? m_elements->places[*offset] : nullptr;
+    return m_elements->find(element) ? const_cast<void*>(element) : nullptr;
 }
 
 void HLinkedList::clear() {

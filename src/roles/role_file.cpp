@@ -88,9 +88,12 @@ struct Line {
 //
 // False when memory is exhausted.
 bool replaceAll(Line* line, std::string_view placeholder, std::string_view value) {
+    std::size_t position = line->find(placeholder);
+    if (position == std::string_view::npos) {
+        return true;
+    }
     const bool holdsItself = value.find(placeholder) != std::string_view::npos;
     const std::size_t limit = line->length;
-    std::size_t position = line->find(placeholder);
     for (std::size_t count = 0; count < limit && position != std::string_view::npos; ++count) {
         if (!line->replace(position, placeholder.size(), value)) {
             return false;
