@@ -62,7 +62,7 @@ Uint32 tavsimMouseMovement(int* x, int* y) {
 TAV_PLATFORM_API int SDL_PushEvent(SDL_Event* event) {
     static const auto real = TAV_FRONT_NEXT(SDL_PushEvent);
     const bool isOwn =
-        event != nullptr && tavsim::isAsked() &&
+        event != nullptr && tavsim::areOriginsTracked() && front::isSdl12() &&
         !tavsim::areInOneLibrary(__builtin_return_address(0), reinterpret_cast<const void*>(real));
     if (isOwn) {
         tavsim::noteOwnEvent(*event);

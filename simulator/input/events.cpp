@@ -83,7 +83,6 @@ void stopInput() {
     stopTouch();
     forgetMouse();
     forgetWindow();
-    forgetOwnEvents();
 }
 
 }  // namespace tavsim

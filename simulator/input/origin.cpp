@@ -1,6 +1,7 @@
 #include "simulator/input/origin.h"
 
 #include <algorithm>
+#include <atomic>
 #include <deque>
 #include <mutex>
 
@@ -8,6 +9,8 @@ namespace tavsim {
 namespace {
 
 constexpr size_t kMostNoted = 128;  // the queue holds no more
+
+std::atomic<bool> g_areTracked = false;
 
 struct Own {
     std::mutex mutex;
@@ -43,9 +46,19 @@ bool isSame(const SDL_Event& one, const SDL_Event& other) {
 
 }  // namespace
 
+void trackOrigins(bool isWanted) {
+    g_areTracked = isWanted;
+    const std::lock_guard lock(own().mutex);
+    own().events.clear();
+}
+
+bool areOriginsTracked() {
+    return g_areTracked;
+}
+
 void noteOwnEvent(const SDL_Event& event) {
-    if (event.type >= SDL_USEREVENT) {
-        return;  // nobody else makes those
+    if (!g_areTracked || event.type >= SDL_USEREVENT) {
+        return;  // those of the user's types nobody else makes
     }
     const std::lock_guard lock(own().mutex);
     own().events.push_back(event);
@@ -64,11 +77,6 @@ bool isFromOutside(const SDL_Event& event) {
     }
     events.erase(noted);
     return false;
-}
-
-void forgetOwnEvents() {
-    const std::lock_guard lock(own().mutex);
-    own().events.clear();
 }
 
 }  // namespace tavsim

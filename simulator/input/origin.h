@@ -6,13 +6,15 @@
 
 namespace tavsim {
 
+// Until this is asked for, nothing is noted, since it takes time.
+void trackOrigins(bool isWanted);
+bool areOriginsTracked();
+
 // Can be called on any thread. The device or the application puts this event into the queue itself.
 void noteOwnEvent(const SDL_Event& event);
 
 // The application takes this event. True when nobody has noted it.
 bool isFromOutside(const SDL_Event& event);
-
-void forgetOwnEvents();
 
 }  // namespace tavsim
 

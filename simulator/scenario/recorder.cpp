@@ -157,6 +157,7 @@ bool startRecording(const std::string& file, std::string* error) {
         recordCommand("plugin on", 0);
     }
     observeCommands(recordCommand);
+    trackOrigins(true);
     return true;
 }
 
@@ -171,6 +172,7 @@ void recordEvent(const SDL_Event& event) {
 
 void stopRecording() {
     observeCommands(nullptr);
+    trackOrigins(false);
     if (!isRecording()) {
         return;
     }
