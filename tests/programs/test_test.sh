@@ -97,4 +97,5 @@ command='an interrupted test' out=$(<said) err=$(<told)
 expect 143 '2 scenarios: 0 passed, 2 not finished in *' ''
 nothing_is_left() { [ -z "$(find "$TMPDIR" -mindepth 1)" ]; }
 wait_until nothing_is_left
-! pgrep -f "^$programs/ends stubborn" || fail 'a program outlives its test'
+no_program_is_left() { ! pgrep -f "^$programs/ends stubborn" >/dev/null; }
+wait_until no_program_is_left
