@@ -117,10 +117,10 @@ private:
         if (time == nullptr) {
             throw TrackError{m_line, "time must be a date and time, such as 2026-05-01T10:00:00Z"};
         }
-        const Milliseconds read =
+        const Milliseconds sinceEpoch =
             g_date_time_to_unix(time) * 1000 + g_date_time_get_microsecond(time) / 1000;
         g_date_time_unref(time);
-        return read;
+        return sinceEpoch;
     }
 
     const std::string& m_content;

@@ -138,7 +138,7 @@ private:
         return true;
     }
 
-    char* m_few[8];
+    char* m_few[8] = {};
     char** m_texts = m_few;
     std::size_t m_capacity = std::size(m_few);
     int m_size = 0;
