@@ -30,12 +30,11 @@ TEST_F(Calls, Window) {
         device.profile.plugin = std::string(state) == "plugin";
         CALL(TAV_Minimize());
         for (const int value : {0, 1, -5}) {
-            const auto boolean = anyValue<SDL_bool>(value);
-            CALL(TAV_SetKeyboardState(boolean));
-            CALL(TAV_CustomPauseUiEnable(boolean));
-            CALL(TAV_GesturesEnable(boolean));
-            CALL(TAV_BannerMessagesEnable(boolean));
-            CALL(TAV_ScreenTimeoutEnable(boolean));
+            CALL(TAV_SetKeyboardState(anyValue<SDL_bool>(value)));
+            CALL(TAV_CustomPauseUiEnable(anyValue<SDL_bool>(value)));
+            CALL(TAV_GesturesEnable(anyValue<SDL_bool>(value)));
+            CALL(TAV_BannerMessagesEnable(anyValue<SDL_bool>(value)));
+            CALL(TAV_ScreenTimeoutEnable(anyValue<SDL_bool>(value)));
         }
         for (const int aggression : {-1, 0, 1, 2}) {
             CALL(TAV_SetTouchAggression(aggression));
