@@ -11,6 +11,7 @@ namespace tavbench {
 struct Memory {
     long resident = 0;
     long unshared = 0;
+    long written = 0;  // by this process, so that no other one can share it
 };
 
 inline Memory memory() {
@@ -22,6 +23,7 @@ inline Memory memory() {
             sum.resident = value;
         } else if ((word == "Private_Clean:" || word == "Private_Dirty:") && file >> value) {
             sum.unshared += value;
+            sum.written += word == "Private_Dirty:" ? value : 0;
         }
     }
     return sum;

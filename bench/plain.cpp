@@ -69,7 +69,7 @@ int main(int argc, char** argv) {
                 least(20, delay));
     tavbench::memory();  // looking takes memory too, the first time
     const tavbench::Memory memory = tavbench::memory();
-    std::printf(R"("resident_kib": %ld, "unshared_kib": %ld})", memory.resident, memory.unshared);
+    std::printf(R"("resident_kib": %ld, "written_kib": %ld})", memory.resident, memory.written);
     SDL_Quit();
     return EXIT_SUCCESS;
 }

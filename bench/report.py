@@ -200,14 +200,14 @@ def preloading_rows(program, library):
         yield ([f"{what}, device preloaded and not used", shown_time(with_it),
                 shown_time(without), f"{with_it / without:.3f}",
                 "at most 1 ns more" if is_short else "at most 1.02"], met)
-    resident, unshared = (
+    resident, written = (
         statistics.median(values[key] for values in ours)
         - statistics.median(values[key] for values in bare)
-        for key in ("resident_kib", "unshared_kib"))
-    yield (["memory of the device, preloaded and not used, not shared", f"{unshared:.0f} KiB", "",
-            "", "below 1024 KiB"], unshared < 1024)
-    yield ["with the libraries' files, which all processes share", f"{resident:.0f} KiB", "", "",
-           ""], True
+        for key in ("resident_kib", "written_kib"))
+    yield (["memory that a device takes, preloaded and not used", f"{written:.0f} KiB", "", "",
+            "below 1024 KiB"], written < 1024)
+    yield ["with the pages of its libraries' files, which processes share", f"{resident:.0f} KiB",
+           "", "", ""], True
 
 
 def start_rows(binaries):
