@@ -90,7 +90,9 @@ Milliseconds now() {
 Milliseconds realTimeAtLeast() {
     timespec time;  // the steady clock as of the kernel's last tick
     clock_gettime(CLOCK_MONOTONIC_COARSE, &time);
-    return sinceStart(std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec));
+    const Milliseconds passed =
+        sinceStart(std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec));
+    return std::max<Milliseconds>(passed, 0);  // the last tick may be before the start
 }
 
 bool mayHaveCome(Milliseconds moment) {
