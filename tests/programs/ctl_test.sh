@@ -92,6 +92,8 @@ follow() {
 follow "$work/second root"
 "$tavsim" ctl --root "$work/second root" wait kind=nothing 2>"$work/told" &
 awaiting=$!
+is_connected() { ls -l "/proc/$awaiting/fd" | grep -q socket:; }
+wait_until is_connected
 run env TAVSIM_ROOT="$work/second root" "$tavsim" ctl quit
 expect 0 '' ''
 run "$tavsim" ctl --root "$work/second root" wait ended within 60s
