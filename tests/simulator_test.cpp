@@ -20,14 +20,10 @@ using SimulatorTest = tavtest::DeviceTest;
 using ProfileTest = tavtest::TranscriptTest;
 
 TEST_F(ProfileTest, NamesTheFieldThatIsWrong) {
-    namespace fs = std::filesystem;
-    const fs::path folder = TAV_TESTS "/fuzz/seeds/profile";
-    const std::set<fs::path> seeds(fs::directory_iterator(folder), {});
-    for (const fs::path& seed : seeds) {
-        std::ifstream file(seed);
+    for (const auto& [name, content] : seeds("profile")) {
         std::string error = "none";
-        tavsim::parseProfile({std::istreambuf_iterator<char>(file), {}}, "/none/p.json", &error);
-        note(seed.filename().string() + ": " + error);
+        tavsim::parseProfile(content, "/none/p.json", &error);
+        note(name + ": " + error);
     }
 }
 

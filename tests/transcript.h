@@ -5,14 +5,17 @@
 #define TAV_TESTS_TRANSCRIPT_H
 
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <map>
 #include <regex>
 #include <sstream>
 #include <type_traits>
 
 #include "device_test.h"
 #include "services.h"
+#include "simulator/control/commands.h"
 
 namespace tavtest {
 
@@ -45,7 +48,8 @@ protected:
         if constexpr (std::is_void_v<decltype(function())>) {
             function();
         } else {
-            result = " = " + textOf(function());
+            result = textOf(function());
+            result = result.empty() ? "" : " = " + result;
         }
         const std::string error = SDL_GetError();
         m_transcript += call + result + (error.empty() ? "" : " \"" + error + "\"") + "\n";
@@ -53,9 +57,32 @@ protected:
             m_transcript += "    " + line + "\n";
         }
         const auto& journal = device.journal();
+        const std::string atOnce = "{\"at\":0,";
         for (size_t line = std::min(m_journalSeen, journal.size()); line < journal.size(); ++line) {
-            m_transcript += "    " + journal[line].substr(journal[line].find("\"kind\"")) + "\n";
+            const bool isAtOnce = journal[line].starts_with(atOnce);
+            m_transcript += "    " + journal[line].substr(isAtOnce ? atOnce.size() : 1) + "\n";
         }
+    }
+
+    // Gives the device these commands, which find files in that folder.
+    void give(const std::vector<std::string>& lines, const std::string& folder = {}) {
+        for (const std::string& line : lines) {
+            show(line, [&] { return tavsim::carryOut(line, folder).error; });
+        }
+    }
+
+    // The fuzzers' inputs of a kind: each name and its content.
+    static std::map<std::string, std::string> seeds(const std::string& kind) {
+        std::map<std::string, std::string> contents;
+        for (const auto& seed : std::filesystem::directory_iterator(seedFolder(kind))) {
+            std::ifstream file(seed.path(), std::ios::binary);
+            contents[seed.path().filename()] = {std::istreambuf_iterator<char>(file), {}};
+        }
+        return contents;
+    }
+
+    static std::string seedFolder(const std::string& kind) {
+        return TAV_TESTS "/fuzz/seeds/" + kind + "/";
     }
 
     // A query that fills a buffer of this length, or of none; nothing around it may change.
@@ -93,11 +120,13 @@ private:
         const testing::TestInfo* test = testing::UnitTest::GetInstance()->current_test_info();
         const std::string path = std::string(TAV_TESTS "/expected/") + test->test_suite_name() +
                                  "-" + test->name() + ".txt";
-        // Addresses differ from run to run, and tokens with what ran before.
+        // Addresses and folders differ from run to run, and tokens with what ran before.
         static const std::regex address("0x[0-9a-f]+");
+        static const std::regex root("/[^ :\"]*/tavsim-[0-9]+/[0-9]+-[A-Za-z0-9]{6}");
         static const std::regex token("(token\"?[ :]|blockingCallCallback )[0-9]+");
-        const std::string transcript =
-            std::regex_replace(std::regex_replace(m_transcript, address, "P"), token, "$1T");
+        std::string transcript = std::regex_replace(m_transcript, root, "ROOT");
+        transcript = std::regex_replace(transcript, address, "P");
+        transcript = std::regex_replace(transcript, token, "$1T");
         if (std::getenv("TAV_WRITE_EXPECTED") != nullptr) {
             std::ofstream(path, std::ios::binary) << transcript;
         }
