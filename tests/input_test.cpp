@@ -141,27 +141,7 @@ TEST_F(InputTest, TheWindowComesAndGoes) {
 }
 
 TEST_F(InputTest, WhatCannotBeIsOneErrorAndDoesNothing) {
-    give({"key",
-          "key press a",
-          "key tap",
-          "key tap retrun",
-          "key tap unknown key",
-          "text",
-          "text \xff",
-          "text a\x01",
-          "text a\xf0\x9f\x98\x80",
-          "text " + std::string(64, 'x'),
-          "touch 1 2",
-          "touch up 1 2",
-          "tap 480 0",
-          "tap 0 -1",
-          "drag 0 0 5",
-          "drag 0 0 5 5 1",
-          "drag 0 0 5 400",
-          "window shut",
-          "touch down 1 1",
-          "tap 2 2",
-          "touch up 1 1"});
+    give(seedLines("commands", "malformed_input"));
     SDL_QuitSubSystem(SDL_INIT_VIDEO);
     give({"key tap a", "text a", "quit", "window minimize", "tap 0 0"});
 }

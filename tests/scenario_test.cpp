@@ -67,8 +67,7 @@ TEST_F(ScenarioTest, IncludedStatementsStandInPlaceAndFilesBesideTheirScenario) 
 }
 
 TEST_F(ScenarioTest, MalformedStatementsAreNamed) {
-    std::istringstream lines(seeds("scenario").at("malformed"));
-    for (std::string line; std::getline(lines, line);) {
+    for (const std::string& line : seedLines("scenario", "malformed")) {
         EXPECT_FALSE(read(std::regex_replace(line, std::regex("; "), "\n"))) << line;
         note(line + " -> " + m_error);
     }
@@ -80,9 +79,7 @@ TEST_F(ScenarioTest, LimitsHold) {
         steps += "quit\n";
     }
     EXPECT_TRUE(read(steps)) << m_error;
-    const auto refused = [&](const std::string& text) {
-        return read(text) ? "not" : m_error;
-    };
+    const auto refused = [&](const std::string& text) { return read(text) ? "not" : m_error; };
     CALL(refused(steps + "quit"));
     CALL(refused(std::string((1 << 20) + 1, '#')));
     CALL(refused(std::string("quit\0", 5)));

@@ -81,6 +81,15 @@ protected:
         return contents;
     }
 
+    static std::vector<std::string> seedLines(const std::string& kind, const std::string& name) {
+        std::istringstream text(seeds(kind).at(name));
+        std::vector<std::string> lines;
+        for (std::string line; std::getline(text, line);) {
+            lines.push_back(line);
+        }
+        return lines;
+    }
+
     static std::string seedFolder(const std::string& kind) {
         return TAV_TESTS "/fuzz/seeds/" + kind + "/";
     }

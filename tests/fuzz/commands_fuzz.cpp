@@ -14,7 +14,7 @@ using tavfuzz::expect;
 
 namespace {
 
-constexpr std::size_t kMostCommands = 16;
+constexpr std::size_t kMostCommands = 64;
 constexpr char kDatabase[] = "/var/kora/preferences/systemprefs.db";
 
 struct Looks {
