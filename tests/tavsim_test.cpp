@@ -1,79 +1,67 @@
 // The interface for tests in C: where it does not reach, what it refuses, and the journal's ends.
 #include "tavsim.h"
 
-#include <functional>
-#include <string>
 #include <thread>
 
-#include "device_test.h"
 #include "platform/napp.h"
+#include "transcript.h"
 
 namespace {
 
-constexpr char kNoDevice[] = "no device runs; TAVSim_Start() starts one";
-constexpr char kOtherThread[] = "the device belongs to the thread that started it";
-
-class TavsimTest : public testing::Test {
+class TavsimTest : public tavtest::TranscriptTest {
 protected:
-    void SetUp() override { ASSERT_EQ(TAVSim_Start("{}", nullptr), 0) << TAVSim_GetError(); }
-    void TearDown() override { TAVSim_Stop(); }
-};
-
-struct Refusal {
-    std::function<bool()> isRefused;
-    const char* error;
-};
-
-void expectRefusals(const std::vector<Refusal>& refusals) {
-    for (const Refusal& refusal : refusals) {
-        EXPECT_TRUE(refusal.isRefused()) << refusal.error;
-        EXPECT_STREQ(TAVSim_GetError(), refusal.error);
+    void SetUp() override {
+        TranscriptTest::SetUp();
+        device.stop();
+        ASSERT_EQ(TAVSim_Start("{}", nullptr), 0) << TAVSim_GetError();
     }
-}
+    void TearDown() override {
+        TAVSim_Stop();
+        TranscriptTest::TearDown();
+    }
 
-// All that needs a device, with arguments that are right.
-std::vector<Refusal> refusalsOfAll(const char* error) {
-    return {{[] { return TAVSim_Advance(1) == -1; }, error},
-            {[] { return TAVSim_Command("state") == nullptr; }, error},
-            {[] { return TAVSim_State("vibrator") == nullptr; }, error},
-            {[] { return TAVSim_JournalLength() == -1; }, error},
-            {[] { return TAVSim_JournalLine(0) == nullptr; }, error},
-            {[] { return TAVSim_FindEntry("kind=*", 0) == -2; }, error},
-            {[] { return TAVSim_FailNth(TAVSIM_READ, 1) == -1; }, error},
-            {[] { return TAVSim_FailFrom(TAVSIM_READ, 1) == -1; }, error},
-            {[] { return TAVSim_Occurrences(TAVSIM_READ) == -1; }, error}};
-}
+    std::string lastError() override { return TAVSim_GetError(); }
+
+    // All that needs a device, with arguments that are right.
+    void callAll() {
+        CALL(TAVSim_Advance(1));
+        CALL(TAVSim_Command("state"));
+        CALL(TAVSim_State("vibrator"));
+        CALL(TAVSim_JournalLength());
+        CALL(TAVSim_JournalLine(0));
+        CALL(TAVSim_FindEntry("kind=*", 0));
+        CALL(TAVSim_FailNth(TAVSIM_READ, 1));
+        CALL(TAVSim_FailFrom(TAVSIM_READ, 1));
+        CALL(TAVSim_Occurrences(TAVSIM_READ));
+    }
+};
 
 TEST_F(TavsimTest, NeedsADeviceOnItsOwnThread) {
-    std::thread([] {
-        expectRefusals(refusalsOfAll(kOtherThread));
-        expectRefusals({{[] { return TAVSim_Stop() == -1; }, kOtherThread},
-                        {[] { return TAVSim_Start("{}", nullptr) == -1; }, kOtherThread}});
+    std::thread([this] {
+        callAll();
+        CALL(TAVSim_Stop());
+        CALL(TAVSim_Start("{}", nullptr));
     }).join();
-    EXPECT_EQ(TAVSim_JournalLength(), 0);
-    EXPECT_EQ(TAVSim_Stop(), 0);
-    EXPECT_EQ(TAVSim_Stop(), 0);
-    expectRefusals(refusalsOfAll(kNoDevice));
+    CALL(TAVSim_JournalLength());
+    CALL(TAVSim_Stop());
+    CALL(TAVSim_Stop());
+    callAll();
 }
 
 TEST_F(TavsimTest, RefusesWhatMakesNoSense) {
-    expectRefusals({
-        {[] { return TAVSim_Advance(-1) == -1; }, "time cannot go back"},
-        {[] { return TAVSim_Command(nullptr) == nullptr; }, "the command is null"},
-        {[] { return TAVSim_Command("location error") == nullptr; }, "usage: location error CODE"},
-        {[] { return TAVSim_Command("fail host:0") == nullptr; }, "usage: fail KIND:N[+]"},
-        {[] { return TAVSim_Command("fail host:++") == nullptr; }, "usage: fail KIND:N[+]"},
-        {[] { return TAVSim_State(nullptr) == nullptr; }, "the name is null"},
-        {[] { return TAVSim_State("door") == nullptr; },
-         "the application has done nothing to door"},
-        {[] { return TAVSim_JournalLine(0) == nullptr; }, "the journal has no line 0"},
-        {[] { return TAVSim_FindEntry(nullptr, 0) == -2; }, "the pattern is null"},
-        {[] { return TAVSim_FindEntry("kind=* within 1s", 0) == -2; },
-         "the journal is searched as it is; let time pass before"},
-        {[] { return TAVSim_FailNth(TAVSIM_READ, -1) == -1; }, "things are counted from 1"},
-        {[] { return TAVSim_FailFrom(TAVSIM_READ + 1, 1) == -1; }, "there is no such fault"},
-        {[] { return TAVSim_Occurrences(-1) == -1; }, "there is no such fault"},
-    });
+    CALL(TAVSim_Advance(-1));
+    CALL(TAVSim_Command(nullptr));
+    CALL(TAVSim_Command("location error"));
+    CALL(TAVSim_Command("fail host:0"));
+    CALL(TAVSim_Command("fail host:++"));
+    CALL(TAVSim_State(nullptr));
+    CALL(TAVSim_State("door"));
+    CALL(TAVSim_JournalLine(0));
+    CALL(TAVSim_FindEntry(nullptr, 0));
+    CALL(TAVSim_FindEntry("kind=* within 1s", 0));
+    CALL(TAVSim_FailNth(TAVSIM_READ, -1));
+    CALL(TAVSim_FailFrom(TAVSIM_READ + 1, 1));
+    CALL(TAVSim_Occurrences(-1));
 }
 
 TEST_F(TavsimTest, StartsNoDeviceFromWhatIsWrong) {
@@ -81,24 +69,19 @@ TEST_F(TavsimTest, StartsNoDeviceFromWhatIsWrong) {
     page.page = "nowhere/page.js";
     TAVSim_Options journal = {};
     journal.journal = "/nowhere/journal";
-    expectRefusals({
-        {[] { return TAVSim_Start(nullptr, nullptr) == -1; }, "the profile is null"},
-        {[] { return TAVSim_Start(" \n{\"machine\": 5}", nullptr) == -1; },
-         "profile: machine: must be a string"},
-        {[] { return TAVSim_Start("gramophone", nullptr) == -1; },
-         "no device \"gramophone\"; `tavsim devices` lists those that there are"},
-        {[=] { return TAVSim_Start("{}", &page) == -1; }, "nowhere/page.js: no such page script"},
-        {[=] { return TAVSim_Start("{}", &journal) == -1; },
-         "/nowhere/journal: the journal cannot be written: No such file or directory"},
-    });
-    expectRefusals(refusalsOfAll(kNoDevice));
+    CALL(TAVSim_Start(nullptr, nullptr));
+    CALL(TAVSim_Start(" \n{\"machine\": 5}", nullptr));
+    CALL(TAVSim_Start("gramophone", nullptr));
+    CALL(TAVSim_Start("{}", &page));
+    CALL(TAVSim_Start("{}", &journal));
+    callAll();
 }
 
 TEST_F(TavsimTest, TimeIsTheMachinesWhereAsked) {
     TAVSim_Options options = {};
     options.realTime = 1;
     ASSERT_EQ(TAVSim_Start("quern", &options), 0) << TAVSim_GetError();
-    expectRefusals({{[] { return TAVSim_Advance(0) == -1; }, "the device is not in virtual time"}});
+    CALL(TAVSim_Advance(0));
 }
 
 TEST_F(TavsimTest, FindsEntriesAmongTheLinesThatAreKept) {

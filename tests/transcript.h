@@ -51,7 +51,7 @@ protected:
             result = textOf(function());
             result = result.empty() ? "" : " = " + result;
         }
-        const std::string error = SDL_GetError();
+        const std::string error = lastError();
         m_transcript += call + result + (error.empty() ? "" : " \"" + error + "\"") + "\n";
         for (const std::string& line : trace()) {
             m_transcript += "    " + line + "\n";
@@ -63,6 +63,8 @@ protected:
             m_transcript += "    " + journal[line].substr(isAtOnce ? atOnce.size() : 1) + "\n";
         }
     }
+
+    virtual std::string lastError() { return SDL_GetError(); }
 
     // Gives the device these commands, which find files in that folder.
     void give(const std::vector<std::string>& lines, const std::string& folder = {}) {
