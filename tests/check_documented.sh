@@ -1,10 +1,20 @@
 #!/usr/bin/env bash
-# Everything that a user can name is in the documents, and their links lead somewhere:
-# check_documented.sh PROJECT_FOLDER
+# Everything that a user can name is in the documents and in the man page, which formats without a
+# complaint, and their links lead somewhere: check_documented.sh TAVSIM PROJECT_FOLDER
 set -euo pipefail
-cd "$1"
+tavsim=$1
+cd "$2"
 
+work=$(mktemp -d)
+trap 'rm -r "$work"' EXIT
+page=$work/tavsim.1
+groff -man -ww -rHY=0 -rLL=200n -Tutf8 -P -c docs/tavsim.1 2>"$work/complaints" |
+    sed 's/.\x08//g; s/‐/-/g; s/−/-/g' >"$page"
 missing=0
+if [ -s "$work/complaints" ]; then
+    cat "$work/complaints" >&2
+    missing=1
+fi
 # Each name that the pattern finds in the sources must stand in the text as a word of its own.
 expect_in() {
     local text=$1 pattern=$2 names name
@@ -22,8 +32,23 @@ expect_in docs/testing.md '^TAVSIM_API .*?\KTAVSim_\w+(?=\()' include/tavsim.h
 expect_in docs/testing.md '^    def \K[a-z]\w*' python/tavsim/run.py
 # Profile fields, and what a service's program says, are rows of tables: {"field", handler}.
 expect_in docs/simulator.md '\{+"\K\w+(?=",( (json::)?\w+\(&| \[|$))' simulator/device/{profile,service_reader}.cpp simulator/bus/program_line.cpp
-expect_in docs/simulator.md '"\K(TAVSIM_[A-Z]|TAV_TRACE)[A-Z_]*(?=")' helper/*.cpp helper/*/*.cpp simulator/*/*.cpp tools/*.cpp tools/*/*.cpp
-expect_in docs/simulator.md '"\K--[a-z-]+(?=")' tools/*.cpp tools/*/*.cpp
+for text in docs/simulator.md "$page"; do
+    expect_in "$text" '"\K(TAVSIM_[A-Z]|TAV_TRACE)[A-Z_]*(?=")' helper/*.cpp helper/*/*.cpp simulator/*/*.cpp tools/*.cpp tools/*/*.cpp
+    expect_in "$text" '"\K--[a-z-]+(?=")' tools/*.cpp tools/*/*.cpp
+done
+
+# The commands of `tavsim ctl` are the same wherever they are listed. In the man page, what a command
+# does may stand behind a short one on its line.
+"$tavsim" ctl --help | sed -n '/^Commands:/,$ s/^  \([a-z].*\)/\1/p' >"$work/commands"
+sed -n '/^| Command /,/^$/ s/^| `\([^`]*\)` |.*/\1/p' docs/simulator.md | sed 's/\\|/|/g' |
+    diff "$work/commands" - >&2 || missing=1
+sed -i 's/$/  /' "$page"
+while read -r usage; do
+    if ! grep --quiet --fixed-strings "       $usage  " "$page"; then
+        echo "the man page lacks the command $usage" >&2
+        missing=1
+    fi
+done <"$work/commands"
 
 # The headings as links name them: in small letters, without punctuation, with dashes for blanks.
 anchors() {

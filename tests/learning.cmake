@@ -30,4 +30,4 @@ else()
 endif()
 
 add_test(NAME documented COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/check_documented.sh
-                                 ${PROJECT_SOURCE_DIR})
+                                 $<TARGET_FILE:tavsim> ${PROJECT_SOURCE_DIR})
