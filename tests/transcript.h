@@ -135,8 +135,8 @@ private:
         // version what other libraries complain of.
         static const std::regex address("0x[0-9a-f]+");
         static const std::regex root("/[^ :\"]*/tavsim-[0-9]+/[0-9]+-[A-Za-z0-9]{6}");
-        static const std::regex token("(token\"?[ :]|blockingCallCallback )[0-9]+");
-        static const std::regex complaint("(no XML|no PNG|no whole PNG): .*");
+        static const std::regex token(R"re((token"?[ :]|blockingCallCallback |\\"id\\":)[0-9]+)re");
+        static const std::regex complaint("(not JSON|no XML|no PNG|no whole PNG): .*");
         std::string transcript = std::regex_replace(m_transcript, root, "ROOT");
         transcript = std::regex_replace(transcript, address, "P");
         transcript = std::regex_replace(transcript, token, "$1T");
