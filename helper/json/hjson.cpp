@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "helper/json/kept_parser.h"
 #include "helper/json/text.h"
 
 namespace dom = simdjson::dom;
@@ -26,7 +27,7 @@ struct HJson {
             padded.resize(length + simdjson::SIMDJSON_PADDING);
         }
         std::memcpy(padded.data(), text, length);
-        return parser.parse(padded.data(), length, false).get(root) == simdjson::SUCCESS;
+        return helper::parse(parser, {padded.data(), length}, true, &root);
     }
 
     bool find(const char* key, dom::element& value) const {

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <utility>
 
+#include "helper/json/kept_parser.h"
 #include "linux/bus/dbus_to_json.h"
 #include "linux/bus/introspection.h"
 #include "linux/bus/json_to_dbus.h"
@@ -130,8 +131,9 @@ void invoke(const std::shared_ptr<Request>& request,
     // Kept, as making one takes longer than what it does.
     static auto& parser = *new simdjson::dom::parser;
     simdjson::dom::element payload;
-    const std::string& text = request->payload;
-    if (parser.parse(text.empty() ? std::string("{}") : text).get(payload) != simdjson::SUCCESS) {
+    const std::string_view text =
+        request->payload.empty() ? std::string_view("{}") : std::string_view(request->payload);
+    if (!helper::parse(parser, text, false, &payload)) {
         request->reply(failure("the payload is no JSON"));
         return;
     }

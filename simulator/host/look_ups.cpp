@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "helper/faults.h"
+#include "helper/json/kept_parser.h"
 #include "helper/json/text.h"
 #include "platform/hhardware.h"
 #include "platform/kpsystem.h"
@@ -68,9 +69,10 @@ int lookUp(const char* function, const char* key, const std::string* value, char
 // The named member of a JSON object, if it has one; nothing when the text is no object.
 std::optional<Values> membersOf(const char* json, const char* member) {
     static simdjson::dom::parser& parser = *new simdjson::dom::parser;
+    simdjson::dom::element root;
     simdjson::dom::object object;
-    const size_t length = json != nullptr ? std::strlen(json) : 0;
-    if (member == nullptr || parser.parse(json, length).get(object) != simdjson::SUCCESS) {
+    if (member == nullptr || json == nullptr || !helper::parse(parser, json, false, &root) ||
+        root.get(object) != simdjson::SUCCESS) {
         return std::nullopt;
     }
     Values members;
