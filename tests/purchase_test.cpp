@@ -1,128 +1,70 @@
-#include <functional>
-
-#include "device_test.h"
-#include "services.h"
+#include "transcript.h"
 
 namespace {
 
 using tavtest::take;
-using testing::ElementsAre;
-using testing::IsEmpty;
 
-#define PAYMENT "vire://com.vire.service.payment/"
-
-struct Call {
-    std::function<std::string()> run;
-    tavtest::Request request;
-    bool timesOut;
-};
-
-const Call kCalls[] = {
-    {[] { return take(TAV_GetAvailableItems()); },
-     {PAYMENT "getAvailableItems",
-      R"({"includePerishable":true, "includeNonPerishable":true, "includePurchased":true, "includeNotPurchased":true })"},
-     true},
-    {[] { return take(TAV_PurchaseItem("sword \"%d\"", 1, nullptr)); },
-     {PAYMENT "purchaseItem", R"({ "itemId": "sword "%d"", "quantity": 1 })"},
-     false},
-    {[] { return take(TAV_PurchaseItem("", 1, "")); },
-     {PAYMENT "purchaseItem", R"({ "itemId": "", "quantity": 1, "vendorData": "" })"},
-     false},
-    {[] { return take(TAV_GetItemInfo("shield")); },
-     {PAYMENT "getItemInfo",
-      R"({ "itemId": "shield", "includeReceipts": true, "maxReceipts": 16 })"},
-     true},
-    {[] { return take(TAV_GetPendingPurchaseInfo("17")); },
-     {PAYMENT "getPendingPurchaseInfo", R"({ "orderNo": "17" })"},
-     true},
-};
-
-class PurchaseTest : public tavtest::DeviceTest {
+class PurchaseTest : public tavtest::TranscriptTest {
 protected:
-    // Every payment service keeps its requests and gives this reply after the delay.
-    void begin(tavsim::Reply reply, int delay = 0) {
-        tavsim::Profile profile;
-        requests.clear();
-        for (const Call& call : kCalls) {
-            tavsim::Service& service = profile.services[call.request.first];
-            service = tavtest::keepingService(requests, reply);
-            service.delay = delay;
+    // What every payment service replies, after the delay.
+    void replyWith(const tavsim::Reply& reply, int delay = 0) {
+        for (const char* name :
+             {"getAvailableItems", "purchaseItem", "getItemInfo", "getPendingPurchaseInfo"}) {
+            device.profile.services[std::string("vire://com.vire.service.payment/") + name] =
+                tavtest::repliesOf({reply}, delay);
         }
-        startDevice(profile);
     }
-
-    // Expects that a call comes to nothing for this reason, and leaves nothing behind.
-    void expectNothing(const std::string& outcome, const char* function, const char* message) {
-        EXPECT_EQ(outcome, std::string("null: ") + message);
-        expectFailure(function, message);
-        EXPECT_THAT(device.openCalls(), IsEmpty());
-    }
-
-    tavtest::Requests requests;
 };
 
-TEST_F(PurchaseTest, RequestsGoOutInTheApplicationsNameAndOnlyAPurchaseWaitsWithoutLimit) {
-    const std::string reply = "{\"returnValue\":true, \"x\":\"\xff\"} ";
-    for (const Call& call : kCalls) {
-        SCOPED_TRACE(call.request.second);
-        begin(reply);
-        EXPECT_EQ(call.run(), reply);
-        EXPECT_THAT(requests, ElementsAre(call.request));
-        EXPECT_EQ(tavtest::optionsSent(device), std::set{false});
-        EXPECT_THAT(trace(), testing::Not(testing::Contains(testing::StartsWith("tav_f"))));
-
-        begin(reply, 100000);
-        if (call.timesOut) {
-            expectNothing(call.run(), "blockingKSCall", "Timed out waiting for response to call");
-        } else {
-            EXPECT_EQ(call.run(), reply);
-        }
-        EXPECT_EQ(device.now(), call.timesOut ? 15000 : 100050);
+TEST_F(PurchaseTest, OnlyAPurchaseWaitsWithoutLimit) {
+    for (const int delay : {0, 100000}) {
+        replyWith("{\"returnValue\":true, \"x\":\"\xff\"} ", delay);
+        CALL(TAV_GetAvailableItems());
+        CALL(TAV_GetItemInfo("shield"));
+        CALL(TAV_GetPendingPurchaseInfo("17"));
+        CALL(TAV_PurchaseItem("sword \"%d\"", 1, nullptr));
+        CALL(device.now());
+        CALL(device.openCalls().size());
     }
 }
 
 TEST_F(PurchaseTest, AReturnValueThatReadsFalseIsAFailure) {
+    const tavsim::Reply replies[] = {R"({"returnValue":false,"errorText":"no funds %s"})",
+                                     R"({"returnValue":"FalsE"})",
+                                     R"({"returnValue":"falsey"})",
+                                     R"({"returnValue":0})",
+                                     R"({"returnValue":null})",
+                                     R"({"errorCode":-3})",
+                                     "returnValue false",
+                                     std::nullopt};
+    for (const tavsim::Reply& reply : replies) {
+        replyWith(reply);
+        CALL(TAV_GetAvailableItems());
+    }
     const std::string padding(3 << 20, 'x');
-    const std::string failures[] = {R"({"returnValue":false,"errorText":"no funds %s"})",
-                                    R"({"returnValue":"FalsE"})",
-                                    R"({"returnValue":false,"pad":")" + padding + "\"}"};
-    for (const std::string& reply : failures) {
-        begin(reply);
-        // SDL itself cuts a long text.
-        const std::string error = "Failure on dispatch: " + reply;
-        EXPECT_EQ(kCalls[0].run().substr(0, 66), "null: " + error.substr(0, 60));
-        EXPECT_EQ(trace().back(), "tav_e dispatch " + error);
+    for (const std::string& success : {padding, std::string(100000, '[')}) {
+        replyWith(success);
+        EXPECT_EQ(take(TAV_GetAvailableItems()), success);
     }
-    const tavsim::Reply successes[] = {R"({"returnValue":"falsey"})",
-                                       R"({"returnValue":0})",
-                                       R"({"returnValue":null})",
-                                       R"({"errorCode":-3})",
-                                       "returnValue false",
-                                       std::string(100000, '['),
-                                       padding,
-                                       std::nullopt};
-    for (const tavsim::Reply& reply : successes) {
-        begin(reply);
-        EXPECT_EQ(kCalls[0].run(), reply.value_or(""));
-    }
+    const std::string failure = R"({"returnValue":false,"pad":")" + padding + "\"}";
+    replyWith(failure);
+    EXPECT_EQ(TAV_GetAvailableItems(), nullptr);  // SDL itself cuts so long an error
+    EXPECT_EQ(trace().back(), "tav_e dispatch Failure on dispatch: " + failure);
 }
 
-using QuitWhileItWaitsTest = tavtest::EventTest;
-
-TEST_F(QuitWhileItWaitsTest, EndsAnEndlessPurchaseAndReachesTheApplicationAfterwards) {
+// The second call is asked to quit in the very moment of its answer, too.
+TEST_F(PurchaseTest, ThatAwaitsAnswersEndsWhenAskedToQuitAndTheApplicationHearsOfItAfterwards) {
     device.profile.items = {{"ship", "", "", tavsim::Purchase::Silent}};
-    // The second one is asked to quit in the very moment of its answer, too.
-    const std::pair<std::function<std::string()>, std::string> calls[] = {
-        {[] { return take(TAV_PurchaseItem("ship", 1, nullptr)); }, "the user left"},
-        {[] { return take(TAV_GetItemInfo("ship")); }, "ship"}};
-    for (const auto& [call, answer] : calls) {
+    for (const bool isPurchase : {true, false}) {
         SDL_Event event{};
         event.type = SDL_QUIT;
         ASSERT_EQ(SDL_PushEvent(&event), 0);
-        EXPECT_THAT(call(), testing::HasSubstr(answer));
+        EXPECT_THAT(
+            isPurchase ? take(TAV_PurchaseItem("ship", 1, nullptr)) : take(TAV_GetItemInfo("ship")),
+            testing::HasSubstr(isPurchase ? "the user left" : "ship"));
         EXPECT_EQ(SDL_PollEvent(&event), 0);
         device.advance(100);
-        ASSERT_EQ(SDL_PollEvent(&event), 1) << answer;
+        ASSERT_EQ(SDL_PollEvent(&event), 1);
         EXPECT_EQ(event.type, SDL_QUIT);
         EXPECT_EQ(SDL_PollEvent(&event), 0) << "nothing waits any more";
     }

@@ -1,5 +1,9 @@
-// Commands to a running device. Input: one command a line.
+// Commands to a running device, and the replies that they give. Input: one command a line.
 #include <sqlite3.h>
+
+#include <climits>
+#include <cmath>
+#include <tuple>
 
 #include "SDL.h"
 #include "fuzz.h"
@@ -17,30 +21,27 @@ namespace {
 constexpr std::size_t kMostCommands = 64;
 constexpr char kDatabase[] = "/var/kora/preferences/systemprefs.db";
 
-struct Looks {
-    std::map<std::string, std::string> properties;
-    std::map<std::string, std::string> appinfo;
-    std::set<std::string> refused;
-    bool plugin;
-    std::size_t openCalls;
-    std::int64_t journalLength;
-    std::map<std::string, std::string> state;
-
-    bool operator==(const Looks&) const = default;
-};
-
-Looks deviceLooks() {
+auto deviceLooks() {
     const tavsim::Profile& profile = tavsim::device().profile;
-    return {profile.properties,
-            profile.appinfo,
-            tavsim::refusedRequests(),
-            profile.plugin,
-            tavsim::device().openCalls().size(),
-            tavsim::journalLength(),
-            tavsim::deviceState()};
+    return std::tuple(profile.properties, profile.appinfo, tavsim::refusedRequests(),
+                      profile.plugin, tavsim::device().openCalls().size(), tavsim::journalLength(),
+                      tavsim::deviceState());
 }
 
-void ignoreReply(TAV_ServiceParameters* /*parameters*/, void* /*userData*/) {
+// Reads the reply as every type, into a buffer whose end AddressSanitizer knows.
+void readReply(TAV_ServiceParameters* reply, void* /*userData*/) {
+    const std::unique_ptr<char[]> buffer(new char[4]());
+    TAV_GetParamString(reply, "x", buffer.get(), 4);
+    const double number = TAV_GetParamDouble(reply, "x");
+    const int integer = TAV_GetParamInt(reply, "x");
+    const double whole = std::trunc(number);
+    const bool fits = whole >= INT_MIN && whole <= INT_MAX;
+    expect(integer == (fits ? static_cast<int>(whole) : 0),
+           "an integer is the number without its fraction, or 0");
+    expect(buffer[3] == '\0' && (buffer[0] == '\0' || TAV_ParamExists(reply, "x") == SDL_TRUE),
+           "a text is all of the value or nothing");
+    expect(TAV_GetParamBool(reply, "x") == SDL_FALSE || number == 0.0,
+           "a value is not a boolean and a number at once");
 }
 
 // An application that has calls open, so that replies and fixes find somebody.
@@ -52,11 +53,11 @@ void startOver() {
     tavsim::device().pump();
     for (SDL_Event event; SDL_PollEvent(&event) != 0;) {}
     TAV_EnableLocationTracking(SDL_TRUE);
-    TAV_ServiceCallWithCallback("vire://a/b", "{}", ignoreReply, nullptr, SDL_FALSE);
+    TAV_ServiceCallWithCallback("vire://a/b", "{}", readReply, nullptr, SDL_FALSE);
 }
 
 void carryOut(const std::string& line) {
-    const Looks before = deviceLooks();
+    const auto before = deviceLooks();
     const bool fitsNoUsage = tavsim::whyMalformed(line).starts_with("usage: ");
     expect(deviceLooks() == before, "looking at a command changes nothing");
     const tavsim::CommandResult result = tavsim::carryOut(line);
@@ -98,6 +99,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
     for (std::size_t count = 0; count < kMostCommands && !input.isEmpty(); ++count) {
         carryOut(input.line());
     }
-    TAV_UnregisterServiceCallback(ignoreReply);
+    tavsim::device().pump();
+    TAV_UnregisterServiceCallback(readReply);
     return 0;
 }

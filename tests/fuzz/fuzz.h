@@ -50,17 +50,8 @@ public:
 
     bool isEmpty() const { return m_rest.empty(); }
 
-    unsigned char byte() {
-        const char first = m_rest.empty() ? '\0' : m_rest.front();
-        m_rest.remove_prefix(std::min<std::size_t>(1, m_rest.size()));
-        return static_cast<unsigned char>(first);
-    }
-
     // Up to the next line feed, which is left out, or zero byte.
     std::string line() { return take(m_rest.find_first_of(std::string_view("\n\0", 2))); }
-
-    // Up to the next zero byte, which is left out.
-    std::string text() { return take(m_rest.find('\0')); }
 
     std::string rest() { return take(m_rest.size()); }
 
@@ -73,41 +64,6 @@ private:
     }
 
     std::string_view m_rest;
-};
-
-// A caller's buffer, between guards of its own: AddressSanitizer sees neither a write that jumps
-// over its red zone nor one through a length that the caller did not give.
-class Buffer {
-public:
-    explicit Buffer(int length)
-        : m_length(static_cast<std::size_t>(length)), m_bytes(m_length + 2 * kGuard, kFill) {}
-
-    char* data() { return m_bytes.data() + kGuard; }
-    int length() const { return static_cast<int>(m_length); }
-
-    bool isUntouched() const { return m_bytes.find_first_not_of(kFill) == std::string::npos; }
-
-    // The text in it, which must end within it.
-    std::string_view text() const {
-        const std::string_view content = std::string_view(m_bytes).substr(kGuard, m_length);
-        const std::size_t end = content.find('\0');
-        expect(end != std::string_view::npos, "a text ends within its buffer");
-        return content.substr(0, end);
-    }
-
-    void expectGuards() const {
-        const std::string guard(kGuard, kFill);
-        expect(m_bytes.compare(0, kGuard, guard) == 0 &&
-                   m_bytes.compare(kGuard + m_length, kGuard, guard) == 0,
-               "nothing is written outside the buffer");
-    }
-
-private:
-    static constexpr std::size_t kGuard = 64;
-    static constexpr char kFill = '#';
-
-    std::size_t m_length;
-    std::string m_bytes;
 };
 
 }  // namespace tavfuzz

@@ -11,6 +11,7 @@
  *     browse URL | mail SUBJECT BODY TO | vibrate PERIOD DURATION | port NUMBER FLAG | pause
  *     keyboard FLAG | timeout FLAG | banners FLAG | refusals | about | purchase
  */
+#include <malloc.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -107,51 +108,40 @@ static int call(const char *uri, const char *payload, SDL_bool once)
     return code == TAV_NOERROR;
 }
 
-static long memoryInKilobytes(void)
+static void repeat(char *a[])
 {
-    long size = 0;
-    long resident = 0;
-    FILE *file = fopen("/proc/self/statm", "r");
-
-    if (file == NULL || fscanf(file, "%ld %ld", &size, &resident) != 2) {
-        exit(1);
-    }
-    fclose(file);
-    return resident * (sysconf(_SC_PAGESIZE) / 1024);
-}
-
-static void repeat(int count, const char *uri, const char *payload)
-{
-    long before = 0;
+    const int count = atoi(a[0]);
+    size_t before = 0;
     int i;
 
     quiet = 1;
     for (i = 0; i < count; ++i) {
         if (i == count / 10) {
-            before = memoryInKilobytes();
+            before = mallinfo2().uordblks;
         }
-        if (!call(uri, payload, SDL_TRUE)) {
+        if (!call(a[1], a[2], SDL_TRUE)) {
             return;
         }
         waitFor(1);
     }
     quiet = 0;
-    printf("grown %ld\n", memoryInKilobytes() - before);
+    printf("grown %ld\n", ((long)mallinfo2().uordblks - (long)before) / 1024);
 }
 
-static void waitForFile(const char *path)
+static void waitForFile(char *a[])
 {
     const Uint32 start = SDL_GetTicks();
 
-    while (access(path, F_OK) != 0 && SDL_GetTicks() - start < LONGEST_WAIT_MS) {
+    while (access(a[0], F_OK) != 0 && SDL_GetTicks() - start < LONGEST_WAIT_MS) {
         handleEvents();
         SDL_Delay(1);
     }
     handleEvents();
 }
 
-static void refusals(void)
+static void refusals(char *a[])
 {
+    (void)a;
     outcome("orientation", TAV_SetOrientation(TAV_ORIENTATION_LEFT));
     outcome("gestures", TAV_GesturesEnable(SDL_TRUE));
     outcome("pause UI", TAV_CustomPauseUiEnable(SDL_TRUE));
@@ -160,7 +150,7 @@ static void refusals(void)
     printf("plugin %d\n", TAV_IsPlugin());
 }
 
-static void about(void)
+static void about(char *a[])
 {
     static int (*const queries[])(char *, int) = {TAV_GetDeviceName, TAV_GetRegionCountryCode,
                                                   TAV_GetRegionCountryName, TAV_GetLanguage,
@@ -169,6 +159,7 @@ static void about(void)
     TAV_OSVersion version;
     size_t i;
 
+    (void)a;
     for (i = 0; i < sizeof queries / sizeof *queries; ++i) {
         const int code = queries[i](text, sizeof text);
         printf("%s\n", code == TAV_NOERROR ? text : "-");
@@ -184,109 +175,95 @@ static void about(void)
     printf("%s\n", text);
 }
 
-static void purchase(void)
+static void purchase(char *a[])
 {
     TAV_ItemInfo *item = TAV_GetItemInfo("extra");
 
+    (void)a;
     printf("item %s\n", item != NULL ? TAV_GetItemJSON(item) : TAV_GetError());
 }
 
-/* Does the command at the arguments and says how many of them it took. */
+static void callOnce(char *a[])
+{
+    if (call(a[0], a[1], SDL_TRUE)) {
+        waitFor(1);
+    }
+}
+
+static void subscribe(char *a[])
+{
+    repliesWanted = atoi(a[2]);
+    if (call(a[0], a[1], SDL_FALSE)) {
+        waitFor(repliesWanted);
+    }
+    repliesWanted = 0;
+}
+
+static void abandon(char *a[])
+{
+    call(a[0], a[1], SDL_FALSE);
+    TAV_UnregisterServiceCallback(onReply);
+}
+
+static void cancel(char *a[])
+{
+    call(a[0], a[1], SDL_TRUE);
+    waitForFile(a + 2);
+    TAV_UnregisterServiceCallback(onReply);
+}
+
+static void location(char *a[])
+{
+    outcome("tracking", TAV_EnableLocationTracking(SDL_TRUE));
+    waitFor(atoi(a[0]));
+    TAV_EnableLocationTracking(SDL_FALSE);
+}
+
+static void compass(char *a[])
+{
+    SDL_ClearError();
+    outcome("enabled", TAV_EnableCompass(SDL_TRUE));
+    waitFor(atoi(a[0]));
+    TAV_EnableCompass(SDL_FALSE);
+}
+
+static const struct {
+    const char *name;
+    int arguments;
+    void (*perform)(char *a[]);
+} commands[] = {{"call", 2, callOnce},   {"subscribe", 3, subscribe}, {"abandon", 2, abandon},
+                {"cancel", 3, cancel},   {"repeat", 3, repeat},       {"location", 1, location},
+                {"compass", 1, compass}, {"wait", 1, waitForFile},    {"refusals", 0, refusals},
+                {"about", 0, about},     {"purchase", 0, purchase}};
+
+#define TAKE(NAME, ARGUMENTS, CALL) \
+    if (strcmp(a[0], NAME) == 0) {  \
+        outcome(NAME, CALL);        \
+        return ARGUMENTS;           \
+    }
+
+/* Does the command and says how many arguments it took. */
 static int perform(char *a[])
 {
-    const char *recipient;
+    const char *recipient = a[1] != NULL && a[2] != NULL ? a[3] : NULL;
+    size_t i;
 
-    if (strcmp(a[0], "call") == 0) {
-        if (call(a[1], a[2], SDL_TRUE)) {
-            waitFor(1);
+    TAKE("send", 2, TAV_ServiceCall(a[1], a[2]))
+    TAKE("browse", 1, TAV_LaunchBrowser(a[1]))
+    TAKE("mail", 3, TAV_LaunchEmailTo(a[1], a[2], 1, &recipient))
+    TAKE("vibrate", 2, TAV_Vibrate(atoi(a[1]), atoi(a[2])))
+    TAKE("port", 2, TAV_SetFirewallPortStatus(atoi(a[1]), atoi(a[2])))
+    TAKE("keyboard", 1, TAV_SetKeyboardState(atoi(a[1])))
+    TAKE("timeout", 1, TAV_ScreenTimeoutEnable(atoi(a[1])))
+    TAKE("banners", 1, TAV_BannerMessagesEnable(atoi(a[1])))
+    TAKE("pause", 0, TAV_NotifyMusicPlaying(SDL_TRUE))
+    for (i = 0; i < sizeof commands / sizeof *commands; ++i) {
+        if (strcmp(a[0], commands[i].name) == 0) {
+            commands[i].perform(a + 1);
+            return commands[i].arguments;
         }
-        return 3;
     }
-    if (strcmp(a[0], "send") == 0) {
-        outcome("send", TAV_ServiceCall(a[1], a[2]));
-        return 3;
-    }
-    if (strcmp(a[0], "subscribe") == 0) {
-        repliesWanted = atoi(a[3]);
-        if (call(a[1], a[2], SDL_FALSE)) {
-            waitFor(repliesWanted);
-        }
-        repliesWanted = 0;
-        return 4;
-    }
-    if (strcmp(a[0], "abandon") == 0) {
-        call(a[1], a[2], SDL_FALSE);
-        TAV_UnregisterServiceCallback(onReply);
-        return 3;
-    }
-    if (strcmp(a[0], "cancel") == 0) {
-        call(a[1], a[2], SDL_TRUE);
-        waitForFile(a[3]);
-        TAV_UnregisterServiceCallback(onReply);
-        return 4;
-    }
-    if (strcmp(a[0], "repeat") == 0) {
-        repeat(atoi(a[1]), a[2], a[3]);
-        return 4;
-    }
-    if (strcmp(a[0], "location") == 0) {
-        outcome("tracking", TAV_EnableLocationTracking(SDL_TRUE));
-        waitFor(atoi(a[1]));
-        TAV_EnableLocationTracking(SDL_FALSE);
-        return 2;
-    }
-    if (strcmp(a[0], "compass") == 0) {
-        SDL_ClearError();
-        outcome("enabled", TAV_EnableCompass(SDL_TRUE));
-        waitFor(atoi(a[1]));
-        TAV_EnableCompass(SDL_FALSE);
-        return 2;
-    }
-    if (strcmp(a[0], "wait") == 0) {
-        waitForFile(a[1]);
-        return 2;
-    }
-    if (strcmp(a[0], "browse") == 0) {
-        outcome("browse", TAV_LaunchBrowser(a[1]));
-        return 2;
-    }
-    if (strcmp(a[0], "mail") == 0) {
-        recipient = a[3];
-        outcome("mail", TAV_LaunchEmailTo(a[1], a[2], 1, &recipient));
-        return 4;
-    }
-    if (strcmp(a[0], "vibrate") == 0) {
-        outcome("vibrate", TAV_Vibrate(atoi(a[1]), atoi(a[2])));
-        return 3;
-    }
-    if (strcmp(a[0], "port") == 0) {
-        outcome("port", TAV_SetFirewallPortStatus(atoi(a[1]), atoi(a[2])));
-        return 3;
-    }
-    if (strcmp(a[0], "keyboard") == 0) {
-        outcome("keyboard", TAV_SetKeyboardState(atoi(a[1])));
-        return 2;
-    }
-    if (strcmp(a[0], "timeout") == 0) {
-        outcome("timeout", TAV_ScreenTimeoutEnable(atoi(a[1])));
-        return 2;
-    }
-    if (strcmp(a[0], "banners") == 0) {
-        outcome("banners", TAV_BannerMessagesEnable(atoi(a[1])));
-        return 2;
-    }
-    if (strcmp(a[0], "pause") == 0) {
-        outcome("pause", TAV_NotifyMusicPlaying(SDL_TRUE));
-    } else if (strcmp(a[0], "refusals") == 0) {
-        refusals();
-    } else if (strcmp(a[0], "about") == 0) {
-        about();
-    } else if (strcmp(a[0], "purchase") == 0) {
-        purchase();
-    } else {
-        exit(2);
-    }
-    return 1;
+    exit(2);
 }
 
 int main(int argc, char *argv[])
@@ -299,7 +276,7 @@ int main(int argc, char *argv[])
     }
     TAV_Init(0);
     while (at < argc) {
-        at += perform(argv + at);
+        at += 1 + perform(argv + at);
     }
     TAV_Quit();
     SDL_Quit();
