@@ -246,6 +246,7 @@ TEST_F(RolesTest, RegistersTheApplicationOfTheRootUser) {
         {true, kExecutable, {{"id", "sampleapp"}}, "sampleapp", nullptr},
         {true, kExecutable, {{"id", ""}}, "", nullptr},
         {true, kExecutable, {}, "puzzle", nullptr},
+        {true, "/p", {}, "p", nullptr},
         {true, kExecutable, {{"id", std::string(4096, 'a')}}, "puzzle", nullptr},
         {false, kExecutable, {{"id", "sampleapp"}}, "sampleapp", "Not a root user"},
         {true, "", {{"id", "sampleapp"}}, "sampleapp", "couldn't get exe path"},
