@@ -52,13 +52,10 @@ is_the_librarys() {
     esac
 }
 
-# A room's place in the list; nothing for a folder that is none of them.
-place() {
-    local index
-    for index in "${!rooms[@]}"; do
-        [ "${rooms[index]}" != "$1" ] || echo "$index"
-    done
-}
+declare -A place
+for index in "${!rooms[@]}"; do
+    place[${rooms[index]}]=$index
+done
 
 count=0
 while read -r file header; do
@@ -72,10 +69,10 @@ done < <(inclusions src)
 count=0
 while read -r file header; do
     [[ $header == '"'* && $header != '"SDL.h"' ]] || continue
-    folder=$(dirname "$file")
-    included=$(dirname "${header:1:-1}")
-    [ "$included" != . ] || included=$folder
-    from=$(place "$folder") to=$(place "$included")
+    name=${header:1:-1}
+    folder=${file%/*} included=$folder
+    [[ $name != */* ]] || included=${name%/*}
+    from=${place[$folder]:-} to=${place[$included]:-}
     [ -n "$from" ] || fail "$folder is none of the rooms"
     [[ -n $to && $to -ge $from ]] || fail "$file includes $header"
     count=$((count + 1))
