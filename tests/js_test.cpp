@@ -45,14 +45,10 @@ protected:
 
 TEST_F(JSTest, Parameters) {
     constexpr int kMost = std::numeric_limits<int>::max();
-    const std::pair<int, Parameters> calls[] = {{2, {"a", "b"}},
-                                                {0, {"a"}},
-                                                {-1, {"a"}},
-                                                {1, {"a", "b"}},
+    const std::pair<int, Parameters> calls[] = {{-1, {"a"}},
                                                 {3, {"a"}},
-                                                {3, {}},
                                                 {kMost, {"a", "b"}},
-                                                {9, Parameters(9, "a")},
+                                                {33, Parameters(33, "a")},
                                                 {3, {"a", nullptr, "c"}}};
     TAV_RegisterJSHandler("describe", describe);
     for (const auto& [count, sent] : calls) {
@@ -95,13 +91,9 @@ TEST_F(JSTest, Answers) {
         TAV_JSReply(p, p->reply + 8);
     });
     page("part");
-    TAV_RegisterJSHandler("refuse", [](TAV_JSParameters* p) { TAV_JSException(p, "no"); });
-    page("refuse");
     CALL(TAV_RegisterJSHandler("null", nullptr));
     CALL(TAV_RegisterJSHandler(nullptr, describe));
     page("null");
-    page("unknown");
-    CALL(methodNames().size());
     CALL(TAV_GetNumJSParams(nullptr));
     CALL(TAV_GetJSParamString(nullptr, 0));
     CALL(TAV_GetJSParamInt(nullptr, 0));

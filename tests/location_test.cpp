@@ -14,16 +14,6 @@ constexpr char kFailure[] = R"({"errorCode":5})";
 
 class LocationTest : public tavtest::TranscriptTest {
 protected:
-    void SetUp() override {
-        TranscriptTest::SetUp();
-        begin();
-    }
-
-    void TearDown() override {
-        TAV_EnableLocationTracking(SDL_FALSE);
-        TranscriptTest::TearDown();
-    }
-
     // No fix, tracking off, and a service that answers only what a test delivers.
     void begin() {
         startDevice({});
@@ -32,13 +22,14 @@ protected:
         device.profile.services[kUri] = {};
     }
 
-    int newest() const { return device.openCalls(kUri).back(); }
-
-    // What has been announced, and what is known.
+    // What has been announced, as it is by now, and what is known.
     std::string known() {
         std::ostringstream text;
-        for (const int code : userEvents()) {
-            text << (code == TAV_EVENT_LOCATION ? "fix, " : "failure, ");
+        for (SDL_Event event; SDL_PollEvent(&event) != 0;) {
+            const bool isFix = event.user.code == TAV_EVENT_LOCATION;
+            EXPECT_EQ(event.user.data1, isFix ? static_cast<void*>(&g_GPSContext.location)
+                                              : static_cast<void*>(&g_GPSContext.failure));
+            text << (isFix ? "fix, " : "failure, ");
         }
         TAV_Location location{};
         text << TAV_GetLocation(&location);
@@ -52,7 +43,7 @@ protected:
 
     void deliver(const tavsim::Reply& reply) {
         show(reply.value_or("null"), [&] {
-            device.deliver(newest(), reply);
+            device.deliver(device.openCalls(kUri).back(), reply);
             return known();
         });
     }
@@ -79,6 +70,7 @@ TEST_F(LocationTest, RepliesBecomeAFixOrAFailure) {
 }
 
 TEST_F(LocationTest, SwitchingOnAndOff) {
+    begin();
     TAV_Location location{};
     CALL(TAV_GetLocation(nullptr));
     CALL(TAV_GetLocation(&location));
@@ -99,21 +91,9 @@ TEST_F(LocationTest, SwitchingOnAndOff) {
     }
     CALL(tav::gpsCallback(1, kFixReply, &location));
     CALL(known());
+    CALL(TAV_EnableLocationTracking(SDL_FALSE));
+    CALL(g_GPSContext.failure);
     CALL(tav::gpsCallbackContext().callId);
-}
-
-TEST_F(LocationTest, EventsPointAtTheLiveState) {
-    TAV_EnableLocationTracking(SDL_TRUE);
-    device.deliver(newest(), kFixReply);
-    device.deliver(newest(), "?");
-    SDL_Event event;
-    ASSERT_EQ(SDL_PollEvent(&event), 1);
-    EXPECT_EQ(event.user.data1, &g_GPSContext);
-    EXPECT_EQ(static_cast<TAV_Location*>(event.user.data1)->longitude, -2.0);
-    ASSERT_EQ(SDL_PollEvent(&event), 1);
-    EXPECT_EQ(*static_cast<Sint32*>(event.user.data1), TAV_EOTHER);
-    TAV_EnableLocationTracking(SDL_FALSE);
-    EXPECT_EQ(*static_cast<Sint32*>(event.user.data1), TAV_NOERROR);
 }
 
 }  // namespace

@@ -4,7 +4,6 @@
 
 #include <filesystem>
 #include <fstream>
-#include <memory>
 
 #include "resources.h"
 #include "transcript.h"
@@ -14,38 +13,34 @@ namespace {
 namespace fs = std::filesystem;
 using tavtest::openDescriptors;
 
-struct DatabaseCloser {
-    void operator()(sqlite3* database) const { sqlite3_close(database); }
-};
-using Database = std::unique_ptr<sqlite3, DatabaseCloser>;
-
 class PreferencesTest : public tavtest::TranscriptTest {
 protected:
     fs::path databasePath() const { return device.root() + "/var/kora/preferences/systemprefs.db"; }
 
-    // A new database made by the statements, with the connection that made it.
-    Database makeDatabase(const std::string& statements) {
+    // A new database made by the statements, and its connection.
+    sqlite3* makeDatabase(const std::string& statements) {
         fs::remove_all(databasePath());
         sqlite3* database = nullptr;
-        EXPECT_EQ(sqlite3_open(databasePath().c_str(), &database), SQLITE_OK);
+        sqlite3_open(databasePath().c_str(), &database);
         EXPECT_EQ(sqlite3_exec(database, statements.c_str(), nullptr, nullptr, nullptr), SQLITE_OK);
-        return Database(database);
+        return database;
     }
 
     // The values are SQL expressions.
     void store(const std::string& name, const std::string& object) {
-        makeDatabase(kTable + "INSERT INTO Preferences VALUES ('deviceName', " + name +
-                     "), ('region', " + object + "), ('locale', " + object + ")");
+        sqlite3_close(makeDatabase(kTable + "INSERT INTO Preferences VALUES ('deviceName', " +
+                                   name + "), ('region', " + object + "), ('locale', " + object +
+                                   ")"));
     }
 
-    void showAll(const std::string& what, int length = 256) {
+    void showAll(const std::string& what) {
         note(what);
         const long descriptors = openDescriptors();
         const sqlite3_int64 memory = sqlite3_memory_used();
-        CALL(filled(TAV_GetDeviceName, length));
-        CALL(filled(TAV_GetRegionCountryCode, length));
-        CALL(filled(TAV_GetRegionCountryName, length));
-        CALL(filled(TAV_GetLanguage, length));
+        CALL(filled(TAV_GetDeviceName, 256));
+        CALL(filled(TAV_GetRegionCountryCode, 256));
+        CALL(filled(TAV_GetRegionCountryName, 256));
+        CALL(filled(TAV_GetLanguage, 256));
         EXPECT_EQ(openDescriptors(), descriptors);
         EXPECT_EQ(sqlite3_memory_used(), memory);
     }
@@ -98,20 +93,17 @@ TEST_F(PreferencesTest, Values) {
 
 TEST_F(PreferencesTest, DatabasesThatFail) {
     showAll("no file in a writable folder");
-    makeDatabase("CREATE TABLE Others (KEY, VALUE)");
-    showAll("no table");
-    makeDatabase(kTable);
-    showAll("no row");
-    makeDatabase(
-        "CREATE TABLE Preferences (KEY);"
-        "INSERT INTO Preferences VALUES ('deviceName'), ('region'), ('locale')");
-    showAll("one column");
-    {
-        const Database other = makeDatabase(kTable + "BEGIN EXCLUSIVE");
-        note("locked");
-        CALL(filled(TAV_GetDeviceName, 256));
-        CALL(filled(TAV_GetLanguage, 256));
+    for (const std::string& statements :
+         {std::string("CREATE TABLE Others (KEY, VALUE)"), kTable,
+          std::string("CREATE TABLE Preferences (KEY); INSERT INTO Preferences VALUES "
+                      "('deviceName'), ('region'), ('locale')")}) {
+        sqlite3_close(makeDatabase(statements));
+        showAll(statements);
     }
+    sqlite3* locked = makeDatabase(kTable + "BEGIN EXCLUSIVE");
+    CALL(filled(TAV_GetDeviceName, 256));
+    CALL(filled(TAV_GetLanguage, 256));
+    sqlite3_close(locked);
     std::ofstream(databasePath()) << std::string(4096, 'x');
     showAll("no database");
     fs::remove(databasePath());

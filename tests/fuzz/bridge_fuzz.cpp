@@ -1,5 +1,6 @@
 // Calls from the page: the message as it comes from the host, read item by item and dispatched to
 // handlers that look at everything. Input: the message's bytes.
+#include <algorithm>
 #include <climits>
 #include <cstring>
 

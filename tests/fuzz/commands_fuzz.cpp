@@ -1,8 +1,7 @@
 // Commands to a running device, and the replies that they give. Input: one command a line.
-#include <sqlite3.h>
-
 #include <climits>
 #include <cmath>
+#include <sstream>
 #include <tuple>
 
 #include "SDL.h"
@@ -19,7 +18,6 @@ using tavfuzz::expect;
 namespace {
 
 constexpr std::size_t kMostCommands = 64;
-constexpr char kDatabase[] = "/var/kora/preferences/systemprefs.db";
 
 auto deviceLooks() {
     const tavsim::Profile& profile = tavsim::device().profile;
@@ -72,32 +70,22 @@ void carryOut(const std::string& line) {
 
 }  // namespace
 
-// The preferences live in memory as long as a connection to them is open. There is no surface, so
-// that no picture of it is ever written.
+// There is no surface, so that no picture of it is ever written.
 int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
     setenv("SDL_VIDEODRIVER", "dummy", 1);
     expect(SDL_Init(SDL_INIT_VIDEO) == 0, "SDL starts");
-    expect(sqlite3_initialize() == SQLITE_OK &&
-               sqlite3_vfs_register(sqlite3_vfs_find("memdb"), 1) == SQLITE_OK,
-           "SQLite has files in memory");
     tavfuzz::startDevice();
-    static sqlite3* database = nullptr;
-    const std::string path = tavsim::device().root() + kDatabase;
-    expect(sqlite3_open_v2(path.c_str(), &database, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE,
-                           nullptr) == SQLITE_OK &&
-               sqlite3_exec(database, "CREATE TABLE Preferences (KEY TEXT PRIMARY KEY, VALUE TEXT)",
-                            nullptr, nullptr, nullptr) == SQLITE_OK,
-           "the database opens");
     TAV_Init(0);
     return 0;
 }
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
     tavfuzz::forgetJournal();
-    tavfuzz::Input input(bytes, size);
+    std::istringstream lines(tavfuzz::textOf(bytes, size));
     startOver();
-    for (std::size_t count = 0; count < kMostCommands && !input.isEmpty(); ++count) {
-        carryOut(input.line());
+    std::string line;
+    for (std::size_t count = 0; count < kMostCommands && std::getline(lines, line); ++count) {
+        carryOut(line);
     }
     tavsim::device().pump();
     TAV_UnregisterServiceCallback(readReply);

@@ -2,14 +2,12 @@
 #ifndef TAV_TESTS_FUZZ_FUZZ_H
 #define TAV_TESTS_FUZZ_FUZZ_H
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <string>
-#include <string_view>
 
 #include "simulator/device/journal.h"
 #include "simulator/interface/device.h"
@@ -42,29 +40,9 @@ inline void forgetJournal() {
     tavsim::startJournal({}, &error);
 }
 
-// Takes an input apart. Past its end there are zeros and empty texts.
-class Input {
-public:
-    Input(const std::uint8_t* bytes, std::size_t size)
-        : m_rest(reinterpret_cast<const char*>(bytes), size) {}
-
-    bool isEmpty() const { return m_rest.empty(); }
-
-    // Up to the next line feed, which is left out, or zero byte.
-    std::string line() { return take(m_rest.find_first_of(std::string_view("\n\0", 2))); }
-
-    std::string rest() { return take(m_rest.size()); }
-
-private:
-    std::string take(std::size_t end) {
-        end = std::min(end, m_rest.size());
-        std::string taken(m_rest.substr(0, end));
-        m_rest.remove_prefix(std::min(end + 1, m_rest.size()));
-        return taken;
-    }
-
-    std::string_view m_rest;
-};
+inline std::string textOf(const std::uint8_t* bytes, std::size_t size) {
+    return {reinterpret_cast<const char*>(bytes), size};
+}
 
 }  // namespace tavfuzz
 

@@ -8,7 +8,7 @@ int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
 }
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
-    const std::string json = tavfuzz::Input(bytes, size).rest();
+    const std::string json = tavfuzz::textOf(bytes, size);
     std::string error;
     const std::optional<tavsim::Profile> profile = tavsim::parseProfile(json, "fuzz.json", &error);
     if (!profile) {

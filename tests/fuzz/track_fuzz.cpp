@@ -11,7 +11,7 @@ int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
 }
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
-    const std::string content = tavfuzz::Input(bytes, size).rest();
+    const std::string content = tavfuzz::textOf(bytes, size);
     std::string error;
     const std::optional<tavsim::Track> track = tavsim::parseTrack(content, "fuzz.gpx", &error);
     if (!track) {

@@ -32,36 +32,10 @@ static void onReply(TAV_ServiceParameters *reply, void *userData)
     ++replies;
     if (!quiet) {
         printf("reply %s\n", TAV_GetParamJson(reply));
-        fflush(stdout);
     }
     if (replies == repliesWanted) {
         TAV_UnregisterServiceCallback(onReply);
     }
-}
-
-static void onEvent(const SDL_Event *event)
-{
-    const TAV_Location *fix = event->user.data1;
-    const TAV_CompassReading *reading = event->user.data1;
-
-    if (event->type != SDL_USEREVENT) {
-        return;
-    }
-    ++replies;
-    switch (event->user.code) {
-    case TAV_EVENT_LOCATION:
-        printf("fix %.4f %.4f %.1f %.1f %.1f %.1f %.1f\n", fix->latitude, fix->longitude,
-               fix->altitude, fix->horizAccuracy, fix->vertAccuracy, fix->heading, fix->velocity);
-        break;
-    case TAV_EVENT_LOCATION_FAILURE:
-        printf("location failure %d\n", *(const int *)event->user.data1);
-        break;
-    case TAV_EVENT_COMPASS:
-        printf("compass %d %.1f %.1f\n", reading->intValue, reading->doubleValue1,
-               reading->doubleValue2);
-        break;
-    }
-    fflush(stdout);
 }
 
 static void handleEvents(void)
@@ -69,7 +43,26 @@ static void handleEvents(void)
     SDL_Event event;
 
     while (SDL_PollEvent(&event)) {
-        onEvent(&event);
+        const TAV_Location *fix = event.user.data1;
+        const TAV_CompassReading *reading = event.user.data1;
+
+        if (event.type != SDL_USEREVENT) {
+            continue;
+        }
+        ++replies;
+        switch (event.user.code) {
+        case TAV_EVENT_LOCATION:
+            printf("fix %.4f %.4f %.1f %.1f %.1f %.1f %.1f\n", fix->latitude, fix->longitude,
+                   fix->altitude, fix->horizAccuracy, fix->vertAccuracy, fix->heading,
+                   fix->velocity);
+            break;
+        case TAV_EVENT_LOCATION_FAILURE:
+            printf("location failure %d\n", *(const int *)event.user.data1);
+            break;
+        case TAV_EVENT_COMPASS:
+            printf("compass %d %.1f %.1f\n", reading->intValue, reading->doubleValue1,
+                   reading->doubleValue2);
+        }
     }
 }
 
@@ -78,15 +71,12 @@ static void waitFor(int count)
 {
     const Uint32 start = SDL_GetTicks();
 
-    while (replies < count) {
-        handleEvents();
-        if (replies < count) {
-            if (SDL_GetTicks() - start > LONGEST_WAIT_MS) {
-                printf("nothing came\n");
-                exit(1);
-            }
-            SDL_Delay(quiet ? 0 : 1);
+    for (handleEvents(); replies < count; handleEvents()) {
+        if (SDL_GetTicks() - start > LONGEST_WAIT_MS) {
+            printf("nothing came\n");
+            exit(1);
         }
+        SDL_Delay(quiet ? 0 : 1);
     }
     replies = 0;
 }
@@ -95,7 +85,6 @@ static void outcome(const char *what, int code)
 {
     printf("%s %d%s%s\n", what, code, code != TAV_NOERROR ? " " : "",
            code != TAV_NOERROR ? TAV_GetError() : "");
-    fflush(stdout);
 }
 
 static int call(const char *uri, const char *payload, SDL_bool once)
@@ -152,18 +141,15 @@ static void refusals(char *a[])
 
 static void about(char *a[])
 {
-    static int (*const queries[])(char *, int) = {TAV_GetDeviceName, TAV_GetRegionCountryCode,
-                                                  TAV_GetRegionCountryName, TAV_GetLanguage,
-                                                  TAV_GetUniqueID};
     char text[1024];
     TAV_OSVersion version;
-    size_t i;
 
     (void)a;
-    for (i = 0; i < sizeof queries / sizeof *queries; ++i) {
-        const int code = queries[i](text, sizeof text);
-        printf("%s\n", code == TAV_NOERROR ? text : "-");
-    }
+    printf("%s\n", TAV_GetDeviceName(text, sizeof text) == TAV_NOERROR ? text : "-");
+    printf("%s\n", TAV_GetRegionCountryCode(text, sizeof text) == TAV_NOERROR ? text : "-");
+    printf("%s\n", TAV_GetRegionCountryName(text, sizeof text) == TAV_NOERROR ? text : "-");
+    printf("%s\n", TAV_GetLanguage(text, sizeof text) == TAV_NOERROR ? text : "-");
+    printf("%s\n", TAV_GetUniqueID(text, sizeof text) == TAV_NOERROR ? text : "-");
     printf("%d\n", TAV_GetOSVersion(&version) == TAV_NOERROR ? version.major : -1);
     printf("%d\n", TAV_GetHardwareID());
     outcome("title", TAV_GetAppinfoValue("title", text, sizeof text));
@@ -270,6 +256,7 @@ int main(int argc, char *argv[])
 {
     int at = 1;
 
+    setvbuf(stdout, NULL, _IOLBF, 0);
     if (SDL_Init(SDL_INIT_VIDEO) != 0) {
         fprintf(stderr, "SDL: %s\n", SDL_GetError());
         return 1;

@@ -60,10 +60,8 @@ VariantPtr fromText(const std::string& text) {
 }
 
 std::string print(GVariant* variant) {
-    char* text = g_variant_print(variant, TRUE);
-    std::string copy = text;
-    g_free(text);
-    return copy;
+    const std::unique_ptr<char, decltype(&g_free)> text(g_variant_print(variant, TRUE), g_free);
+    return text.get();
 }
 
 TEST(Json, EveryDBusValueBecomesJsonAndTheSameValueAgain) {
