@@ -90,6 +90,13 @@ TEST_F(NetworkTest, Addresses) {
     CALL(TAVNet_Get_Info(nullptr, nullptr));
     CALL(TAV_GetNetInfo("", nullptr));
     CALL(TAV_GetNetInfo("eth0", nullptr));
+    // A socket may be any descriptor, also the one of an input that is closed.
+    const int input = dup(STDIN_FILENO);
+    close(STDIN_FILENO);
+    kernel = {};
+    CALL(query("eth0"));
+    dup2(input, STDIN_FILENO);
+    close(input);
     // Without a descriptor for a socket the kernel is not asked.
     rlimit limit;
     ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &limit), 0);

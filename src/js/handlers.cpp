@@ -125,7 +125,8 @@ public:
 
 private:
     bool grow() {
-        char** grown = new (std::nothrow) char*[2 * m_capacity];
+        const std::size_t capacity = 2 * m_capacity;
+        char** grown = new (std::nothrow) char*[capacity];
         if (grown == nullptr) {
             return false;
         }
@@ -134,7 +135,7 @@ private:
             delete[] m_texts;
         }
         m_texts = grown;
-        m_capacity *= 2;
+        m_capacity = capacity;
         return true;
     }
 
