@@ -50,25 +50,25 @@ thread_local Memory t_memory;
 
 // Whoever allocates in this way is ready to get nothing. What the library takes so counts with what
 // the helper library takes.
-void* allocate(std::size_t size, const void* caller) try {
+bool isToFail(const void* caller) {
     const bool isLibrary = caller >= &__executable_start && caller < &etext;
     HString* counted = t_memory.isArmed && isLibrary ? HString_alloc() : nullptr;
     HString_free(counted);
-    const bool isToFail =
-        t_memory.isArmed && ((isLibrary && counted == nullptr) || t_memory.isExhausted(caller));
-    return isToFail ? nullptr : ::operator new(size);
-} catch (const std::bad_alloc&) {
-    return nullptr;
+    return t_memory.isArmed && ((isLibrary && counted == nullptr) || t_memory.isExhausted(caller));
 }
 
 }  // namespace
 
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-    return allocate(size, __builtin_return_address(0));
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept try {
+    return isToFail(__builtin_return_address(0)) ? nullptr : ::operator new(size);
+} catch (const std::bad_alloc&) {
+    return nullptr;
 }
 
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
-    return allocate(size, __builtin_return_address(0));
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept try {
+    return isToFail(__builtin_return_address(0)) ? nullptr : ::operator new[](size);
+} catch (const std::bad_alloc&) {
+    return nullptr;
 }
 
 // The sanitizers have an allocator of their own.
