@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Who may include what. The library: its own headers, the platform's, SDL's, SQLite's, GLib's and
-# those of the C and C++ libraries. What implements the platform: its own room and those below.
+# Who may include what. The library: its own headers, the platform's, SDL's, SQLite's, GLib's, the
+# compiler's and those of the C and C++ libraries. What implements the platform: its own room and
+# those below.
 source "$(dirname "$0")/check.sh"
 cd "$TAV_SOURCE"
 
@@ -41,7 +42,7 @@ inclusions() {
 
 standard='^<[a-z_]+>$'
 system='^<((sys|net|netinet|arpa)/[a-z]+|unistd|strings)\.h>$'
-others='^<(sqlite3|glib)\.h>$'
+others='^<(sqlite3|glib|sanitizer/asan_interface)\.h>$'
 is_the_librarys() {
     local name=${1:1:-1}
     case $1 in
