@@ -17,7 +17,7 @@ using tavfuzz::expect;
 
 namespace {
 
-constexpr std::size_t kMostCommands = 64;
+constexpr std::size_t kMostCommands = 16;
 
 auto deviceLooks() {
     const tavsim::Profile& profile = tavsim::device().profile;
