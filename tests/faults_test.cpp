@@ -194,7 +194,7 @@ protected:
 
     // The page's call is made here, in place of a page.
     std::string callFromPage() {
-        TAV_RegisterJSHandler("greet", onGreet);
+        EXPECT_EQ(TAV_RegisterJSHandler("greet", onGreet), TAV_NOERROR);
         const tavtest::Answer answer =
             tavtest::callMethod("greet", 9, std::vector<const char*>(9, "hello"));
         return answer ? answer->second : "unanswered";
