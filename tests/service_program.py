@@ -19,9 +19,8 @@ def misbehave(what, request):
         say(id=request + 1, reply=1)
     elif what == "misspell":
         say(id=request, replay=1)
-    elif what == "print without end":
-        while True:
-            sys.stdout.write("x" * 100000)
+    elif what == "say too much at once":
+        say(id=request, reply="x" * (3 << 19))
     elif what == "reply without end":
         while True:
             say(id=request, reply=1, delay=1, more=True)

@@ -92,7 +92,7 @@ TEST_F(ServiceProgramTest, OneThatMisbehavesIsStoppedAndItsRequestsFail) {
         {"print garbage", "its output: not JSON: "},
         {"answer nobody", "its output: id: there is no request "},
         {"misspell", "its output: replay: unknown field; did you mean \"reply\"?\n"},
-        {"print without end", "its output: a line of more than 1 MiB\n"},
+        {"say too much at once", "its output: a line of more than 1 MiB\n"},
         {"reply without end", "it has more than 10000 replies on their way\n"},
         {"exit", "it ended with status 3\n"},
         {"close its output", "it ended with signal 9\n"},

@@ -119,6 +119,10 @@ TEST_F(TimerTest, TheOneOldTimerReplacesAllAndTheyEndWithTheirSubsystem) {
     SDL_Delay(100);
     EXPECT_EQ(fired, 3);
     EXPECT_THAT(other.firedAt, IsEmpty());
+    EXPECT_EQ(SDL_SetTimer(0, nullptr), 0);
+    SDL_Delay(100);
+    EXPECT_EQ(fired, 3);
+    SDL_AddTimer(1000, fire, &other);
     SDL_QuitSubSystem(SDL_INIT_TIMER);
     SDL_Delay(100);
     EXPECT_EQ(fired, 3);

@@ -35,6 +35,7 @@ sees what=reply uri=*getItemInfo
 # The application takes keys again once it has handled its events twice.
 ctl compass follow on
 ctl walk 60 52.5140,13.3500 52.5152,13.3500
+xdotool mousemove 20 20 click 1
 xdotool key h
 sees what=reply uri=*purchaseItem
 sees what=vibrator outcome=off
@@ -44,6 +45,8 @@ wait "$session" || status=$?
 [ "$status" -eq 0 ] || fail "the session ended with $status"
 kill "$display"
 
+[ "$(grep -oE 'touch (down|up)' session.scenario | xargs)" = 'touch down touch up' ] ||
+    fail "a touch was recorded as $(grep touch session.scenario)"
 run "$tavsim" run --virtual-time --scenario session.scenario --journal replay.journal
 expect 0 '* s: found the old oak' ''
 diff session.journal replay.journal >difference ||
