@@ -103,6 +103,7 @@ TEST_F(BusTest, ServicesLeaveTheirMarkInTheJournal) {
     constexpr char kPort[] = "kora://com.vire.firewall/portCtrl";
     constexpr char kLaunch[] = "vire://com.vire.applicationManager/launch";
     const std::pair<const char*, const char*> requests[] = {
+        {kVibrate, R"({"period":1})"},
         {kVibrate, R"({"period":1, "duration":50})"},
         {kPort, R"({"protocol":"TCP","port":1025,"isEnabled":true})"},
         {kPort, R"({"protocol":"UDP","port":1025,"isEnabled":false})"},
