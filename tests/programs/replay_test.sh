@@ -35,7 +35,7 @@ sees what=reply uri=*getItemInfo
 # The application takes keys again once it has handled its events twice.
 ctl compass follow on
 ctl walk 60 52.5140,13.3500 52.5152,13.3500
-xdotool mousemove 20 20 click 1
+xdotool click 1
 xdotool key h
 sees what=reply uri=*purchaseItem
 sees what=vibrator outcome=off
