@@ -86,11 +86,11 @@ TEST_F(JSTest, Parameters) {
 }
 
 TEST_F(JSTest, Answers) {
-    TAV_RegisterJSHandler("part", [](TAV_JSParameters* p) {
-        TAV_JSReply(p, "its own part");
+    TAV_RegisterJSHandler("piece", [](TAV_JSParameters* p) {
+        TAV_JSReply(p, "its own piece");
         TAV_JSReply(p, p->reply + 8);
     });
-    page("part");
+    page("piece");
     CALL(TAV_RegisterJSHandler("null", nullptr));
     CALL(TAV_RegisterJSHandler(nullptr, describe));
     page("null");
