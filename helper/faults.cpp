@@ -9,16 +9,15 @@ namespace {
 
 struct Plan {
     const char* name;
-    std::atomic<int> first;  // files are opened on any thread
-    std::atomic<int> last;
-    std::atomic<int> occurred;
+    std::atomic<int> first = 0;  // files are opened on any thread
+    std::atomic<int> last = 0;
+    std::atomic<int> occurred = 0;
 };
 
 constexpr int kForEver = std::numeric_limits<int>::max();
 
 // In the order of Fault.
-Plan g_plans[] = {
-    {"allocation", 0, 0, 0}, {"dispatch", 0, 0, 0}, {"host", 0, 0, 0}, {"read", 0, 0, 0}};
+Plan g_plans[] = {{"allocation"}, {"dispatch"}, {"host"}, {"read"}};
 
 Plan& planOf(Fault fault) {
     return g_plans[static_cast<int>(fault)];

@@ -77,6 +77,22 @@ protected:
     }
 };
 
+TEST(MessageSocketTest, SendsWhatTheOtherEndTakesInItsTime) {
+    int ends[2];
+    ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, ends), 0);
+    MessageSocket sender(ends[0]);
+    MessageSocket receiver(ends[1]);
+    const std::string content(8 << 20, 'x');
+    EXPECT_FALSE(sender.send('a', content, std::chrono::milliseconds(1)));
+    std::optional<Message> message;
+    for (; !message && !sender.isGone(); message = receiver.receiveNow()) {
+        sender.sendNow();
+    }
+    ASSERT_TRUE(message);
+    EXPECT_EQ(message->content, content);
+    EXPECT_TRUE(sender.send('a', "", std::chrono::milliseconds(1)));
+}
+
 TEST_F(ControlTest, CommandsChangeTheDevice) {
     TAV_Location location;
     char text[32];

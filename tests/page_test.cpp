@@ -32,6 +32,7 @@ TEST_F(PageTest, Scripts) {
         "console.log(c.add(2, '40'), c.call('add', 1, 2), '<' + c.callBack('x') + '>');"
         "c.on('note', function (text, other) { console.log(text, other === null) });"
         "console.log('late' in c, typeof c.late, typeof Duktape); c.registerMore();"
+        "console.log(c.on('other', function () {}));"
         "console.log('late' in c, c.late('now'))",
         // Exceptions
         "try { component.add(1) } catch (e) { console.log(e instanceof Error, e.lineNumber) }"

@@ -125,6 +125,14 @@ for words in '' no-such-command 'devices too many' 'devices -- x' -x; do
     [[ $status -eq 2 && -n $err ]] || fail "tavsim $words: status $status, said: $err"
 done
 
+# The texts of the help, however they are laid out, and the list for other programs.
+for command in '' run test ctl devices; do
+    # shellcheck disable=SC2086
+    "$tavsim" $command --help | sed 's/.*  //; /^Usage/d; /:$/d; /^--/d; /^$/d'
+done | diff -u "$TAV_SOURCE/tests/expected/help.txt" - || fail 'the help says something else'
+run "$tavsim" devices --json
+expect 0 '[[]{"name":"cinnabar","file":"*cinnabar.json","title":"Cinnabar: *"},*,{"name":"unknown",*}]' ''
+
 # On this machine there is no device to describe, and the program is what it would be alone.
 for option in '--device quern' '--timeout 5' --virtual-time; do
     # shellcheck disable=SC2086

@@ -73,6 +73,9 @@ run "$tavsim" run --virtual-time --scenario scenario "$programs/service_reply"
 expect 3 $'*\npercent 72' 'scenario:2: expect output percent: no such line was printed
 scenario:3: expect output no[*]: no such line was printed
 scenario:4: expect status 7: it is 0'
+printf '"$1"\nprintf half\n' >unended
+play 'expect output half' sh unended "$programs/service_reply"
+expect 0 $'*\npercent 72\nhalf' ''
 play 'expect output percent*' "$programs/service_reply" 0
 expect 3 '*' 'scenario:2: expect output percent[*]: *
 scenario: expect status 0: it is 1'
@@ -93,6 +96,9 @@ play 'device nonsense'
 expect 2 '' 'tavsim: no device "nonsense"; *'
 run "$tavsim" run --scenario none "$waits"
 expect 2 '' 'none: No such file or directory'
+echo 'expect output x' >expecting
+run bash -c 'exec 3>&- 4>&- && ulimit -n 6 && exec "$@"' - "$tavsim" run --scenario expecting "$waits"
+expect 2 '' "tavsim: no pipe for the program's output: Too many open files"
 run "$tavsim" run --scenario <(echo quit) "$waits"
 expect 2 '' '*: no file of text'
 

@@ -58,6 +58,12 @@ for words in '' empty nowhere suite/nowhere.scenario '--jobs 0 suite' '--junit n
     [[ $status -eq 2 && -z $out && -n $err ]] || fail "test $words: status $status, said: $out $err"
 done
 
+# Without another descriptor no run can be begun.
+run bash -c 'exec 3>&- 4>&- && ulimit -n 6 && exec "$@"' - "$tavsim" test suite/first.scenario
+expect 2 'NOT RUN suite/first.scenario (*s)
+suite/first.scenario: Too many open files
+1 scenario: 0 passed, 1 not run in * s' ''
+
 # Two that need each other run at once.
 mkdir pair
 mkfifo fifo
@@ -70,15 +76,19 @@ done
 run "$tavsim" test --jobs 2 pair
 expect 0 '2 scenarios: 2 passed in *' ''
 
-# A program whose output does not end, and whose bytes are no text.
+# A program whose output does not end, and whose bytes are no text; and one that fails with a line
+# like the simulator's own.
 printf '#!/bin/sh\nprintf "\\1\\377<&]]>\\n"\nexec yes "$(printf "\\1\\377")"\n' >floods
 chmod +x floods
 printf 'limit 1\nprogram ./floods\n' >floods.scenario
-run "$tavsim" test --junit report.xml floods.scenario
+printf '#!/bin/sh\necho "tavsim: speaks:1: this"\nexit 1\n' >speaks
+chmod +x speaks
+echo 'program ./speaks' >speaks.scenario
+run "$tavsim" test --junit report.xml floods.scenario speaks.scenario
 [ "$status" -eq 1 ] || fail "a flood: status $status"
 [ "${#out}" -lt 3000000 ] || fail "a flood: printed ${#out} bytes"
 run cases
-[ "$status" -eq 0 ] || fail "the report of a flood: $err"
+[[ $status -eq 0 && $out == *"('failure', 'speaks:1: this')"* ]] || fail "the report: $out $err"
 
 # An interruption ends all programs, also those that do not listen.
 printf 'program %s stubborn\n' "$programs/ends" | tee long1.scenario >long2.scenario

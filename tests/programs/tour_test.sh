@@ -28,7 +28,7 @@ for rescans in 2 0; do
     run "$tavsim" run --device "$work/root.json" --root "$work/root" --virtual-time \
         --journal "$work/journal" "$TAV_BUILD/bin/tour"
     compared <"$work/out" | diff -u "$expected/tour-cinnabar.txt" - || fail "the tour as root differs"
-    [ "$(grep -c '"what":"rescan"' "$work/journal")" -eq $rescans ] || fail "not $rescans rescans"
+    [ "$(grep -c '"what":"rescan",.*"outcome":"rescanned"' "$work/journal")" -eq $rescans ] || fail "not $rescans rescans"
 done
 grep -q "\"exeName\": \"$(readlink -f "$TAV_BUILD/bin/tour")\"" \
     "$work"/root/var/vire/ks2/roles/p*/com.example.tour.json || fail "the roles are for another path"
