@@ -1,5 +1,6 @@
 #include "linux/bus/connection.h"
 
+#include <cstdlib>
 #include <utility>
 
 #include "linux/bus/pump.h"
@@ -65,6 +66,8 @@ void connect(const std::string& address, Line* line) {
     }
     g_object_unref(cancellable);
     line->connection = attempt->connection;
+    // What was said last, as that the compass is not needed any more, is to be heard.
+    [[maybe_unused]] static const int isRegistered = std::atexit(flushConnections);
 }
 
 void onFlushed(GObject*, GAsyncResult*, gpointer isFlushed) {
@@ -137,6 +140,9 @@ GDBusConnection* connectionTo(Bus bus) {
 }
 
 void flushConnections() {
+    if (!isApplicationThread()) {
+        return;
+    }
     for (const Bus bus : {Bus::Session, Bus::System}) {
         if (lineOf(bus).connection == nullptr) {
             continue;

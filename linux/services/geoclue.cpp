@@ -194,7 +194,6 @@ void stopListening(int number) {
         call(ofManager("DeleteClient"), g_variant_new("(o)", now.client.c_str()), nullptr);
     }
     ++now.session;
-    now.isStarting = false;
     now.isAwaited = false;
     now.client.clear();
     now.updates.reset();

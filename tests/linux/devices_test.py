@@ -18,10 +18,10 @@ class Location(OnPrivateBuses):
     VALUES = {"Latitude": 52.52, "Longitude": 13.405, "Accuracy": 8.0, "Altitude": 34.0,
               "Speed": 1.5, "Heading": 90.0}
 
-    def geoclue(self, on_start=""):
+    def geoclue(self, on_start="", client_type="o"):
         """Comes to the bus when it has its objects, as the real one does."""
         manager = self.serve("com.example.GeoClue", MANAGER_PATH, GEOCLUE + ".Manager", True)
-        manager.AddMethod("", "GetClient", "", "o", f'ret = dbus.ObjectPath("{CLIENT_PATH}")')
+        manager.AddMethod("", "GetClient", "", client_type, f'ret = "{CLIENT_PATH}"')
         manager.AddMethod("", "DeleteClient", "o", "", "")
         manager.AddMethod("", "Come", "", "", f'self.connection.request_name("{GEOCLUE}")')
         manager.AddObject(CLIENT_PATH, GEOCLUE + ".Client",
@@ -53,6 +53,9 @@ class Location(OnPrivateBuses):
                              ["tracking 0", f"location failure {failure}"])
             self.stop(manager.server)
         self.assertEqual(self.run_driver("location", "1"), ["tracking 0", "location failure 4"])
+        self.geoclue(client_type="s")
+        (line,) = self.run_driver("subscribe", "vire://com.vire.location/startTracking", "{}", "1")
+        self.assertIn('"errorText":"GeoClue gave no client"', line)
 
     def test_a_service_that_is_killed_and_started_again_is_found_again(self):
         manager, _ = self.geoclue()
@@ -66,8 +69,9 @@ class Location(OnPrivateBuses):
         self.assertTrue(line.startswith("fix 52.52"), line)
 
     def test_geoclue_is_the_compass_where_there_is_no_other(self):
-        self.geoclue()
+        _, client = self.geoclue()
         self.assertEqual(self.run_driver("compass", "1"), ["enabled 0", "compass 1 90.0 1.0"])
+        self.assertIn(("Stop", []), self.calls(client))
 
 
 class Sensors(OnPrivateBuses):
@@ -101,6 +105,14 @@ class Sensors(OnPrivateBuses):
         self.sensor_proxy()
         # More than one reading may arrive at once.
         self.assertGreaterEqual(len(self.finish(process)), 2)
+
+    def test_a_compass_that_rests_is_read_once(self):
+        interface = "net.hadess.SensorProxy.Compass"
+        mock = self.serve("net.hadess.SensorProxy", self.COMPASS, interface, True)
+        mock.AddProperties(interface, {"HasCompass": True, "CompassHeading": 40.0})
+        mock.AddMethods(interface, [("ClaimCompass", "", "", ""), ("ReleaseCompass", "", "", "")])
+        self.assertEqual(self.run_driver("compass", "1"), ["enabled 0", "compass 1 40.0 1.0"])
+        self.assertIn(("ReleaseCompass", []), self.calls(mock))
 
     def test_without_any_compass_it_is_refused(self):
         self.assertEqual(self.run_driver("compass", "0"), ["enabled 2 "])
