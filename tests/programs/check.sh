@@ -41,6 +41,11 @@ run() {
     err=$(<"$work/err")
 }
 
+# The same with no more descriptors than that, which a sanitizer has not enough of for itself.
+run_with_descriptors() {
+    run bash -c 'exec 3>&- 4>&- && ulimit -n "$1" && exec "${@:2}"' - "$@"
+}
+
 # Whether a text has the pattern's form, line for line: * stands for any text within a line.
 has_form() {
     local text=$1 pattern=$2

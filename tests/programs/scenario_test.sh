@@ -97,8 +97,10 @@ expect 2 '' 'tavsim: no device "nonsense"; *'
 run "$tavsim" run --scenario none "$waits"
 expect 2 '' 'none: No such file or directory'
 echo 'expect output x' >expecting
-run bash -c 'exec 3>&- 4>&- && ulimit -n 6 && exec "$@"' - "$tavsim" run --scenario expecting "$waits"
-expect 2 '' "tavsim: no pipe for the program's output: Too many open files"
+if [ -z "${TAV_FLAGS:-}" ]; then
+    run_with_descriptors 6 "$tavsim" run --scenario expecting "$waits"
+    expect 2 '' "tavsim: no pipe for the program's output: Too many open files"
+fi
 run "$tavsim" run --scenario <(echo quit) "$waits"
 expect 2 '' '*: no file of text'
 

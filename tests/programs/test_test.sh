@@ -59,10 +59,12 @@ for words in '' empty nowhere suite/nowhere.scenario '--jobs 0 suite' '--junit n
 done
 
 # Without another descriptor no run can be begun.
-run bash -c 'exec 3>&- 4>&- && ulimit -n 6 && exec "$@"' - "$tavsim" test suite/first.scenario
-expect 2 'NOT RUN suite/first.scenario (*s)
+if [ -z "${TAV_FLAGS:-}" ]; then
+    run_with_descriptors 6 "$tavsim" test suite/first.scenario
+    expect 2 'NOT RUN suite/first.scenario (*s)
 suite/first.scenario: Too many open files
 1 scenario: 0 passed, 1 not run in * s' ''
+fi
 
 # Two that need each other run at once.
 mkdir pair
