@@ -10,10 +10,10 @@ namespace {
 
 constexpr int kMostRounds = 64;  // a flood of messages must not keep the application from running
 
-bool g_started = false;
+const pthread_t g_applicationThread = pthread_self();  // it loads the library
+bool g_isStarted = false;
 bool g_isFork = false;
 bool g_isServed = false;  // the wait before a pump has done so
-GThread* g_applicationThread = nullptr;
 
 std::deque<std::function<void()>>& queue() {
     static auto& deliveries = *new std::deque<std::function<void()>>;
@@ -29,8 +29,7 @@ gboolean setFlag(gpointer flag) {
 
 GMainContext* context() {
     static GMainContext* own = [] {
-        g_started = true;
-        g_applicationThread = g_thread_self();
+        g_isStarted = true;
         // The threads of GIO are not in a fork, so nothing would ever come there.
         pthread_atfork(nullptr, nullptr, [] { g_isFork = true; });
         return g_main_context_new();
@@ -38,8 +37,12 @@ GMainContext* context() {
     return own;
 }
 
+bool isStarted() {
+    return g_isStarted;
+}
+
 bool isApplicationThread() {
-    return g_started && !g_isFork && g_thread_self() == g_applicationThread;
+    return !g_isFork && pthread_equal(pthread_self(), g_applicationThread) != 0;
 }
 
 void deliver(std::function<void()> delivery) {

@@ -20,7 +20,11 @@ public:
     OnContext& operator=(const OnContext&) = delete;
 };
 
-// Whether the calling thread is the application's, and this no fork. False before the first use.
+// Whether the context has been used.
+bool isStarted();
+
+// Whether the calling thread is the application's, which loaded the library, and this is no fork
+// that was made after the context: GIO's threads are not in it.
 bool isApplicationThread();
 
 // Queues what is to call the library or the application.

@@ -10,7 +10,7 @@ namespace front {
 constinit std::atomic<bool> g_isAwake = true;
 
 bool takesPart() {
-    return tavlinux::isApplicationThread();
+    return tavlinux::isApplicationThread() && tavlinux::isStarted();
 }
 
 void deliver() {
