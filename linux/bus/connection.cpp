@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "linux/bus/pump.h"
+#include "linux/bus/subscription.h"
 
 namespace tavlinux {
 namespace {
@@ -11,6 +12,7 @@ namespace {
 constexpr int kLongestConnectMs = 1000;
 constexpr int kLongestBriefCallMs = 500;
 constexpr int kLongestFlushMs = 500;
+constexpr guint kBetweenLooksMs = 500;
 constexpr gint64 kRestAfterHangUs = 10'000'000;
 constexpr char kBusService[] = "org.freedesktop.DBus";
 constexpr char kBusPath[] = "/org/freedesktop/DBus";
@@ -18,6 +20,7 @@ constexpr char kProperties[] = "org.freedesktop.DBus.Properties";
 
 struct Line {
     GDBusConnection* connection = nullptr;
+    bool isConnecting = false;  // and what comes meanwhile finds no bus
     gint64 restsUntil = 0;
 };
 
@@ -90,17 +93,6 @@ void onResult(GObject* connection, GAsyncResult* result, gpointer data) {
     g_clear_error(&problem);
 }
 
-void onSignal(GDBusConnection*, const char*, const char*, const char*, const char* member,
-              GVariant* arguments, gpointer signal) {
-    // The receiver may end the subscription.
-    const Signal receiver = *static_cast<Signal*>(signal);
-    receiver(member, arguments);
-}
-
-void deleteSignal(gpointer signal) {
-    delete static_cast<Signal*>(signal);
-}
-
 bool isListed(Bus bus, const char* list, const char* service) {
     const Variant names =
         callBriefly({bus, kBusService, kBusPath, kBusService, list}, nullptr, "(as)");
@@ -114,27 +106,55 @@ bool isListed(Bus bus, const char* list, const char* service) {
     return found;
 }
 
-guint subscribe(GDBusConnection* connection, const std::string& sender, const char* path,
-                const std::string& interface, const char* member, const char* argument,
-                Signal signal) {
-    const OnContext here;
-    return g_dbus_connection_signal_subscribe(connection, sender.c_str(), interface.c_str(), member,
-                                              path, argument, G_DBUS_SIGNAL_FLAGS_NONE, onSignal,
-                                              new Signal(std::move(signal)), deleteSignal);
+gboolean lookAgain(gpointer number) {
+    const Bus bus = static_cast<Bus>(GPOINTER_TO_INT(number));
+    return hasSubscriptions(bus) && connectionTo(bus) == nullptr ? G_SOURCE_CONTINUE
+                                                                 : G_SOURCE_REMOVE;
+}
+
+void lookFromTimeToTime(Bus bus) {
+    GSource* timer = g_timeout_source_new(kBetweenLooksMs);
+    g_source_set_callback(timer, lookAgain, GINT_TO_POINTER(static_cast<int>(bus)), nullptr);
+    g_source_attach(timer, context());
+    g_source_unref(timer);
+}
+
+// Noticed by the bus's end itself or by the next who uses it, whichever comes first.
+void dropClosed(Bus bus) {
+    Line& line = lineOf(bus);
+    if (line.connection != nullptr && g_dbus_connection_is_closed(line.connection) != FALSE) {
+        g_clear_object(&line.connection);
+        lookFromTimeToTime(bus);
+        detachSubscriptions(bus);
+    }
+}
+
+void onClosed(GDBusConnection*, gboolean, GError*, gpointer number) {
+    dropClosed(static_cast<Bus>(GPOINTER_TO_INT(number)));
 }
 
 }  // namespace
 
 GDBusConnection* connectionTo(Bus bus) {
-    Line& line = lineOf(bus);
-    if (line.connection != nullptr && g_dbus_connection_is_closed(line.connection) != FALSE) {
-        g_clear_object(&line.connection);
+    if (!isApplicationThread()) {
+        return nullptr;
     }
-    if (line.connection == nullptr && g_get_monotonic_time() >= line.restsUntil) {
-        const std::string address = addressOf(bus);
-        if (!address.empty()) {
-            connect(address, &line);
-        }
+    dropClosed(bus);
+    Line& line = lineOf(bus);
+    if (line.connection != nullptr || line.isConnecting ||
+        g_get_monotonic_time() < line.restsUntil) {
+        return line.connection;
+    }
+    const std::string address = addressOf(bus);
+    if (!address.empty()) {
+        line.isConnecting = true;
+        connect(address, &line);
+        line.isConnecting = false;
+    }
+    if (line.connection != nullptr) {
+        g_signal_connect(line.connection, "closed", G_CALLBACK(onClosed),
+                         GINT_TO_POINTER(static_cast<int>(bus)));
+        attachSubscriptions(bus);
     }
     return line.connection;
 }
@@ -157,7 +177,7 @@ void flushConnections() {
     }
 }
 
-bool call(const Method& method, GVariant* arguments, Result result) {
+bool call(const Method& method, GVariant* arguments, Result result, GCancellable* cancellable) {
     const Variant owned(arguments != nullptr ? g_variant_ref_sink(arguments) : nullptr);
     GDBusConnection* connection = connectionTo(method.bus);
     if (connection == nullptr) {
@@ -165,10 +185,10 @@ bool call(const Method& method, GVariant* arguments, Result result) {
     }
     const bool isWanted = static_cast<bool>(result);
     const OnContext here;
-    g_dbus_connection_call(connection, method.service.c_str(), method.path.c_str(),
-                           method.interface.c_str(), method.name.c_str(), arguments, nullptr,
-                           G_DBUS_CALL_FLAGS_NONE, -1, nullptr, isWanted ? onResult : nullptr,
-                           isWanted ? new Result(std::move(result)) : nullptr);
+    g_dbus_connection_call(
+        connection, method.service.c_str(), method.path.c_str(), method.interface.c_str(),
+        method.name.c_str(), arguments, nullptr, G_DBUS_CALL_FLAGS_NONE, G_MAXINT, cancellable,
+        isWanted ? onResult : nullptr, isWanted ? new Result(std::move(result)) : nullptr);
     return true;
 }
 
@@ -203,35 +223,6 @@ bool isNobodyThere(const GError* problem) {
     return problem != nullptr &&
            (g_error_matches(problem, G_DBUS_ERROR, G_DBUS_ERROR_SERVICE_UNKNOWN) != FALSE ||
             g_error_matches(problem, G_DBUS_ERROR, G_DBUS_ERROR_NAME_HAS_NO_OWNER) != FALSE);
-}
-
-Subscription::Subscription(GDBusConnection* connection, const std::string& sender, const char* path,
-                           const std::string& interface, const char* member, const char* argument,
-                           Signal signal)
-    : m_connection(G_DBUS_CONNECTION(g_object_ref(connection))),
-      m_id(subscribe(connection, sender, path, interface, member, argument, std::move(signal))) {
-}
-
-Subscription::~Subscription() {
-    g_dbus_connection_signal_unsubscribe(m_connection, m_id);
-    g_object_unref(m_connection);
-}
-
-std::unique_ptr<Subscription> watchOwner(Bus bus, const std::string& service,
-                                         std::function<void(bool)> changed) {
-    GDBusConnection* connection = connectionTo(bus);
-    if (connection == nullptr) {
-        return nullptr;
-    }
-    return std::make_unique<Subscription>(
-        connection, kBusService, kBusPath, kBusService, "NameOwnerChanged", service.c_str(),
-        [changed = std::move(changed)](const char*, GVariant* arguments) {
-            const char* owner = nullptr;
-            if (g_variant_is_of_type(arguments, G_VARIANT_TYPE("(sss)")) != FALSE) {
-                g_variant_get_child(arguments, 2, "&s", &owner);
-                changed(*owner != '\0');
-            }
-        });
 }
 
 }  // namespace tavlinux

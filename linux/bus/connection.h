@@ -17,7 +17,8 @@ using Variant = std::unique_ptr<GVariant, VariantUnref>;
 
 enum class Bus { Session, System };
 
-// Null when the bus is not there. A bus that was lost is looked for anew.
+// Null when the bus is not there, or on another thread than the application's. A bus that was lost
+// is looked for anew, and as long as somebody subscribes, also without being asked.
 GDBusConnection* connectionTo(Bus bus);
 
 // Waits, but not for long, until everything has been sent.
@@ -35,8 +36,10 @@ struct Method {
 using Result = std::function<void(GVariant* result, const GError* problem)>;
 
 // Takes over the arguments, a tuple or null, also where it fails. The result comes while the
-// context is served. With an empty function nobody wants one. False when the bus is not there.
-bool call(const Method& method, GVariant* arguments, Result result);
+// context is served, however long the service takes, or when the call is cancelled. With an empty
+// function nobody wants one. False when the bus is not there.
+bool call(const Method& method, GVariant* arguments, Result result,
+          GCancellable* cancellable = nullptr);
 
 // Waits for the answer of a service of this machine, but not for long. Null when there was none.
 Variant callBriefly(const Method& method, GVariant* arguments, const char* resultType);
@@ -49,27 +52,6 @@ bool isAvailable(Bus bus, const char* service);
 
 // True when nobody answers to the name that was called.
 bool isNobodyThere(const GError* problem);
-
-// Receives signals while it lives.
-using Signal = std::function<void(const char* member, GVariant* arguments)>;
-class Subscription {
-public:
-    // A null member stands for all, a null argument for any first argument.
-    Subscription(GDBusConnection* connection, const std::string& sender, const char* path,
-                 const std::string& interface, const char* member, const char* argument,
-                 Signal signal);
-    ~Subscription();
-    Subscription(const Subscription&) = delete;
-    Subscription& operator=(const Subscription&) = delete;
-
-private:
-    GDBusConnection* m_connection;
-    guint m_id;
-};
-
-// Calls a function whenever the service gets an owner (true) or loses it (false).
-std::unique_ptr<Subscription> watchOwner(Bus bus, const std::string& service,
-                                         std::function<void(bool)> changed);
 
 }  // namespace tavlinux
 

@@ -9,6 +9,7 @@
 #include <string>
 
 #include "linux/bus/connection.h"
+#include "linux/bus/subscription.h"
 
 namespace tavlinux {
 

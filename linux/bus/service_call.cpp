@@ -31,6 +31,7 @@ constexpr char kStandardInterfaces[] =
     "<arg type='as' name='invalidated_properties'/></signal>"
     "</interface></node>";
 
+constexpr char kBadNumber[] = "the payload has a number that is malformed or too large";
 constexpr char kFileDescriptors[] = "the reply holds file descriptors";
 
 struct Request {
@@ -44,21 +45,30 @@ struct Request {
 
     // What a subscription holds on to. The stop function shares the request and empties it.
     std::unique_ptr<Subscription> signals;
-    bool isStopped = false;
+    GCancellable* const stopped = g_cancellable_new();
+
+    Request() = default;
+    ~Request() { g_object_unref(stopped); }
+    Request(const Request&) = delete;
+    Request& operator=(const Request&) = delete;
+
+    bool isStopped() const { return g_cancellable_is_cancelled(stopped) != FALSE; }
 
     void reply(const std::string& text) const {
-        if (answer && !isStopped) {
+        if (answer && !isStopped()) {
             answer(text);
         }
     }
 };
 
-bool readUri(const std::string& uri, Request* request) {
+// Empty, or what is wrong with it.
+std::string readUri(const std::string& uri, Request* request) {
+    const std::string unknown = "no such service: " + uri;
     const size_t start = uri.find(kSchemeEnd);
     const size_t nameStart = start + kSchemeEnd.size();
     const size_t firstSlash = start != std::string::npos ? uri.find('/', nameStart) : start;
     if (firstSlash == std::string::npos) {
-        return false;
+        return unknown;
     }
     const size_t lastSlash = uri.rfind('/');
     request->service = uri.substr(nameStart, firstSlash - nameStart);
@@ -73,9 +83,13 @@ bool readUri(const std::string& uri, Request* request) {
         request->interface = request->member.substr(0, dot);
         request->member.erase(0, dot + 1);
     }
-    return g_dbus_is_name(request->service.c_str()) != FALSE &&
-           g_variant_is_object_path(request->path.c_str()) != FALSE &&
-           g_dbus_is_member_name(request->member.c_str()) != FALSE;
+    if (g_dbus_is_name(request->service.c_str()) == FALSE ||
+        g_dbus_is_member_name(request->member.c_str()) == FALSE) {
+        return unknown;
+    }
+    return g_variant_is_object_path(request->path.c_str()) != FALSE
+               ? ""
+               : "no object path: " + request->path + "; give one: vire://SERVICE/PATH/METHOD";
 }
 
 bool hasMember(const Request& request, GDBusInterfaceInfo* interface) {
@@ -112,12 +126,9 @@ void replyWith(const Request& request, GVariant* values, GDBusArgInfo* const* na
 void subscribe(const std::shared_ptr<Request>& request,
                const std::shared_ptr<Description>& description, const char* interface,
                GDBusSignalInfo* signal) {
-    GDBusConnection* connection = connectionTo(description->bus);
-    if (connection == nullptr) {
-        return;
-    }
     request->signals = std::make_unique<Subscription>(
-        connection, request->service, request->path.c_str(), interface, signal->name, nullptr,
+        Subscription::Match{description->bus, request->service, request->path, interface,
+                            signal->name},
         [weak = std::weak_ptr(request), description, signal](const char*, GVariant* arguments) {
             if (const std::shared_ptr<Request> request = weak.lock()) {
                 replyWith(*request, arguments, signal->args);
@@ -134,7 +145,8 @@ void invoke(const std::shared_ptr<Request>& request,
     const std::string_view text =
         request->payload.empty() ? std::string_view("{}") : std::string_view(request->payload);
     if (!helper::parse(parser, text, false, &payload)) {
-        request->reply(failure("the payload is no JSON"));
+        const bool isNumber = parser.parse(text).error() == simdjson::NUMBER_ERROR;
+        request->reply(failure(isNumber ? kBadNumber : "the payload is no JSON"));
         return;
     }
     std::string problem;
@@ -157,14 +169,14 @@ void invoke(const std::shared_ptr<Request>& request,
         };
     }
     const Method target{description->bus, request->service, request->path, interface, method->name};
-    if (!call(target, arguments, std::move(result))) {
+    if (!call(target, arguments, std::move(result), request->stopped)) {
         request->reply(failure("the bus has gone"));
     }
 }
 
 void carryOut(const std::shared_ptr<Request>& request,
               const std::shared_ptr<Description>& description, const GError* problem) {
-    if (request->isStopped) {
+    if (request->isStopped()) {
         return;
     }
     if (!description) {
@@ -200,8 +212,9 @@ Dispatched callService(const std::string& uri, const std::string& payload, bool 
     request->payload = payload;
     request->isSubscription = isSubscription;
     request->answer = std::move(answer);
-    if (!readUri(uri, request.get())) {
-        request->reply(failure("no such service: " + uri));
+    const std::string problem = readUri(uri, request.get());
+    if (!problem.empty()) {
+        request->reply(failure(problem));
         return Stop();
     }
     const bool isDispatched =
@@ -212,8 +225,11 @@ Dispatched callService(const std::string& uri, const std::string& payload, bool 
     if (!isDispatched) {
         return std::nullopt;
     }
+    if (!request->answer) {
+        return Stop();
+    }
     return [request] {
-        request->isStopped = true;
+        g_cancellable_cancel(request->stopped);
         request->signals.reset();
     };
 }

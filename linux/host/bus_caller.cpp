@@ -102,7 +102,7 @@ void sendWhatWaits() {
 int dispatch(Kind kind, const char* uri, const char* payload, HKSReplyFunction replyFunction,
              void* context) {
     static int lastToken = 0;
-    if (!isInFront()) {
+    if (!isInFront() || !isApplicationThread()) {
         return -1;
     }
     if (lastToken == 0) {
@@ -127,6 +127,8 @@ int dispatch(Kind kind, const char* uri, const char* payload, HKSReplyFunction r
     }
     if (isAnswered) {
         openCalls().emplace(token, OpenCall{kind, replyFunction, context, std::move(*dispatched)});
+    } else if (*dispatched) {
+        (*dispatched)();  // nobody would hear of it, or could end it
     }
     return token;
 }
@@ -149,5 +151,7 @@ int HKSCaller::ksCallWithSubscription(const char* uri, const char* payload, bool
 }
 
 void HKSCaller::ksCancelCall(int token) {
-    tavlinux::close(token);
+    if (tavlinux::isApplicationThread()) {
+        tavlinux::close(token);
+    }
 }

@@ -5,6 +5,7 @@
 
 #include "linux/bus/connection.h"
 #include "linux/bus/pump.h"
+#include "linux/bus/subscription.h"
 #include "linux/services/geoclue.h"
 
 namespace tavlinux {
@@ -88,12 +89,12 @@ bool hasCompass() {
 
 bool useSensor() {
     const Method claim{Bus::System, kService, kPath, kCompass, "ClaimCompass"};
-    GDBusConnection* connection = connectionTo(Bus::System);
-    if (connection == nullptr || !hasCompass() || !callBriefly(claim, nullptr, "()")) {
+    if (!hasCompass() || !callBriefly(claim, nullptr, "()")) {
         return false;
     }
     compass().changes = std::make_unique<Subscription>(
-        connection, kService, kPath, kProperties, "PropertiesChanged", kCompass,
+        Subscription::Match{Bus::System, kService, kPath, kProperties, "PropertiesChanged",
+                            kCompass},
         [](const char*, GVariant* change) { takeChange(change); });
     compass().owner = watchOwner(Bus::System, kService, claimAgain);
     readHeading();

@@ -8,6 +8,8 @@
 
 #include "linux/application/application.h"
 #include "linux/bus/connection.h"
+#include "linux/bus/subscription.h"
+#include "linux/services/location_portal.h"
 
 namespace tavlinux {
 namespace {
@@ -31,6 +33,7 @@ struct Tracker {
     std::string client;      // its path
     std::unique_ptr<Subscription> updates;
     std::unique_ptr<Subscription> owner;
+    std::unique_ptr<LocationPortal> portal;  // where there is no GeoClue
 };
 
 Tracker& tracker() {
@@ -46,6 +49,12 @@ Method ofClient(const char* interface, const char* name) {
     return {Bus::System, kGeoClue, tracker().client, interface, name};
 }
 
+double valueOf(GVariant* properties, const char* name) {
+    double value = kUnknown;
+    g_variant_lookup(properties, name, "d", &value);
+    return std::isfinite(value) && value != -G_MAXDOUBLE ? value : kUnknown;
+}
+
 // Listeners may stop each other.
 void tellAll(const std::function<void(const PositionListener&)>& tell) {
     const std::map<int, PositionListener> listeners = tracker().listeners;
@@ -56,32 +65,30 @@ void tellAll(const std::function<void(const PositionListener&)>& tell) {
     }
 }
 
-void failStart(const GError* problem) {
-    tracker().isStarting = false;
-    if (tracker().isAwaited && isNobodyThere(problem)) {
-        return;  // until it is back
-    }
+void tellProblem(const GError* problem) {
     tellAll([problem](const PositionListener& listener) { listener.onProblem(problem); });
 }
 
-double valueOf(GVariant* properties, const char* name) {
-    double value = kUnknown;
-    g_variant_lookup(properties, name, "d", &value);
-    return std::isfinite(value) && value != -G_MAXDOUBLE ? value : kUnknown;
-}
-
-void takeLocation(GVariant* result) {
-    if (g_variant_is_of_type(result, G_VARIANT_TYPE("(a{sv})")) == FALSE) {
-        return;
-    }
-    const Variant properties(g_variant_get_child_value(result, 0));
-    const Position position{
-        valueOf(properties.get(), "Latitude"), valueOf(properties.get(), "Longitude"),
-        valueOf(properties.get(), "Altitude"), valueOf(properties.get(), "Accuracy"),
-        valueOf(properties.get(), "Heading"),  valueOf(properties.get(), "Speed")};
+void takePosition(GVariant* properties) {
     tracker().hasWorked = true;
     tracker().isAwaited = false;
+    const Position position{valueOf(properties, "Latitude"), valueOf(properties, "Longitude"),
+                            valueOf(properties, "Altitude"), valueOf(properties, "Accuracy"),
+                            valueOf(properties, "Heading"),  valueOf(properties, "Speed")};
     tellAll([&position](const PositionListener& listener) { listener.onPosition(position); });
+}
+
+void usePortal() {
+    tracker().portal = std::make_unique<LocationPortal>(takePosition, tellProblem);
+}
+
+void failStart(const GError* problem) {
+    tracker().isStarting = false;
+    if (!isNobodyThere(problem)) {
+        tellProblem(problem);
+    } else if (!tracker().isAwaited) {  // otherwise until it is back
+        usePortal();
+    }
 }
 
 void readLocation(GVariant* update) {
@@ -92,8 +99,9 @@ void readLocation(GVariant* update) {
     g_variant_get_child(update, 1, "&o", &path);
     call({Bus::System, kGeoClue, path, kProperties, "GetAll"}, g_variant_new("(s)", kLocation),
          [session = tracker().session](GVariant* result, const GError*) {
-             if (result != nullptr && session == tracker().session) {
-                 takeLocation(result);
+             if (result != nullptr && session == tracker().session &&
+                 g_variant_is_of_type(result, G_VARIANT_TYPE("(a{sv})")) != FALSE) {
+                 takePosition(Variant(g_variant_get_child_value(result, 0)).get());
              }
          });
 }
@@ -103,13 +111,9 @@ void setProperty(const char* name, GVariant* value) {
 }
 
 void useClient(const char* path) {
-    GDBusConnection* connection = connectionTo(Bus::System);
-    if (connection == nullptr) {
-        return;
-    }
     tracker().client = path;
     tracker().updates = std::make_unique<Subscription>(
-        connection, kGeoClue, path, kClient, "LocationUpdated", nullptr,
+        Subscription::Match{Bus::System, kGeoClue, path, kClient, "LocationUpdated"},
         [](const char*, GVariant* update) { readLocation(update); });
     setProperty("DesktopId", g_variant_new_string(applicationId().c_str()));
     setProperty("RequestedAccuracyLevel", g_variant_new_uint32(kExact));
@@ -125,31 +129,34 @@ void useClient(const char* path) {
          });
 }
 
-void start() {
+void takeClient(GVariant* result, const GError* problem) {
+    const char* path = nullptr;
+    if (result == nullptr || g_variant_is_of_type(result, G_VARIANT_TYPE("(o)")) == FALSE) {
+        failStart(problem);
+        return;
+    }
+    g_variant_get(result, "(&o)", &path);
+    useClient(path);
+}
+
+// False when the bus is not there.
+bool start() {
     Tracker& now = tracker();
     now.isStarting = true;
     now.hasWorked = false;
-    call(ofManager("GetClient"), nullptr,
-         [session = ++now.session](GVariant* result, const GError* problem) {
-             if (session != tracker().session) {
-                 return;
-             }
-             const char* path = nullptr;
-             const bool isPath =
-                 result != nullptr && g_variant_is_of_type(result, G_VARIANT_TYPE("(o)")) != FALSE;
-             if (!isPath) {
-                 failStart(problem);
-                 return;
-             }
-             g_variant_get(result, "(&o)", &path);
-             useClient(path);
-         });
+    now.isStarting = call(ofManager("GetClient"), nullptr,
+                          [session = ++now.session](GVariant* result, const GError* problem) {
+                              if (session == tracker().session) {
+                                  takeClient(result, problem);
+                              }
+                          });
+    return now.isStarting;
 }
 
 // A service that crashes whenever it is started is not started again and again.
 void onOwnerChanged(bool hasOwner) {
     Tracker& now = tracker();
-    if (now.listeners.empty()) {
+    if (now.listeners.empty() || now.portal) {
         return;
     }
     if (hasOwner) {
@@ -171,7 +178,7 @@ void onOwnerChanged(bool hasOwner) {
 }  // namespace
 
 int listenForPositions(PositionListener listener) {
-    if (connectionTo(Bus::System) == nullptr) {
+    if (connectionTo(Bus::System) == nullptr && connectionTo(Bus::Session) == nullptr) {
         return 0;
     }
     Tracker& now = tracker();
@@ -179,7 +186,9 @@ int listenForPositions(PositionListener listener) {
     now.listeners.emplace(number, std::move(listener));
     if (now.listeners.size() == 1) {
         now.owner = watchOwner(Bus::System, kGeoClue, onOwnerChanged);
-        start();
+        if (!start()) {
+            usePortal();
+        }
     }
     return number;
 }
@@ -198,6 +207,7 @@ void stopListening(int number) {
     now.client.clear();
     now.updates.reset();
     now.owner.reset();
+    now.portal.reset();
 }
 
 }  // namespace tavlinux

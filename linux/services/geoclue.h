@@ -1,4 +1,5 @@
-// Where the machine is and where it heads, from GeoClue.
+// Where the machine is and where it heads, from GeoClue, or where there is none, the desktop
+// portal.
 #ifndef TAV_LINUX_SERVICES_GEOCLUE_H
 #define TAV_LINUX_SERVICES_GEOCLUE_H
 
@@ -26,7 +27,7 @@ struct PositionListener {
 };
 
 // Starts GeoClue's work with the first listener. A service that vanishes is found again when it is
-// back. Returns a number for stopListening, or 0 when there is no system bus.
+// back. Returns a number for stopListening, or 0 when there is no bus.
 int listenForPositions(PositionListener listener);
 
 // Ends it with the last. The listener is not called any more.

@@ -5,8 +5,10 @@ import os
 import shutil
 import subprocess
 import tempfile
+import time
 
 import dbus
+import dbus.bus
 import dbusmock
 
 HERE = os.path.dirname(os.path.abspath(__file__))
@@ -46,6 +48,7 @@ class OnPrivateBuses(dbusmock.DBusTestCase):
                                    stderr=subprocess.PIPE, text=True)
         self.addCleanup(process.stderr.close)
         self.addCleanup(process.stdout.close)
+        self.addCleanup(process.wait)
         self.addCleanup(process.kill)
         return process
 
@@ -75,6 +78,29 @@ class OnPrivateBuses(dbusmock.DBusTestCase):
     def stop(server):
         server.terminate()
         server.wait()
+
+    def start_bus(self, address):
+        """A bus of the test's own, which it may end, too."""
+        server = subprocess.Popen(["dbus-daemon", "--session", "--nofork", "--nopidfile",
+                                   "--address=" + address], stderr=subprocess.DEVNULL)
+        self.addCleanup(self.stop, server)
+        self.wait_for(lambda: self.has_owner(address, "org.freedesktop.DBus"))
+        return server
+
+    @staticmethod
+    def has_owner(address, name):
+        try:
+            bus = dbus.bus.BusConnection(address)
+        except dbus.exceptions.DBusException:
+            return False
+        has_owner = bus.name_has_owner(name)
+        bus.close()
+        return has_owner
+
+    def wait_for(self, is_so):
+        time_limit = time.monotonic() + LONGEST_RUN
+        while not is_so():
+            self.assertLess(time.monotonic(), time_limit)
 
     def calls(self, mock):
         return [(str(name), [a for a in arguments]) for _, name, arguments in mock.GetCalls()]

@@ -1,6 +1,8 @@
-"""Two services of a handheld device on the session bus: a battery, and a clock that ticks."""
+"""Two services of a handheld device on the session bus: a battery, and a clock that ticks from the
+number that is given."""
 
 import itertools
+import sys
 
 import gi
 
@@ -27,7 +29,7 @@ def tick():
 
 
 bus = Gio.bus_get_sync(Gio.BusType.SESSION)
-ticks = itertools.count()
+ticks = itertools.count(int(sys.argv[1]))
 for name, description in (("com.vire.battery", BATTERY), ("com.vire.clock", CLOCK)):
     interface = Gio.DBusNodeInfo.new_for_xml(description).interfaces[0]
     bus.register_object("/" + name.replace(".", "/"), interface, answer, None, None)

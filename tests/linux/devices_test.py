@@ -2,8 +2,10 @@
 
 import os
 import subprocess
+from unittest import mock
 
 import dbus
+import dbus.bus
 import dbusmock
 
 from buses import DRIVER, OnPrivateBuses
@@ -11,6 +13,7 @@ from buses import DRIVER, OnPrivateBuses
 
 GEOCLUE = "org.freedesktop.GeoClue2"
 MANAGER_PATH = "/org/freedesktop/GeoClue2/Manager"
+PORTAL_PATH = "/org/freedesktop/portal/desktop"
 CLIENT_PATH = "/org/freedesktop/GeoClue2/Client/1"
 
 
@@ -68,6 +71,50 @@ class Location(OnPrivateBuses):
         (line,) = self.finish(process)
         self.assertTrue(line.startswith("fix 52.52"), line)
 
+    def test_a_bus_that_is_started_again_has_its_location(self):
+        address = "unix:path=" + self.folder + "/bus"
+        private = mock.patch.dict(os.environ, DBUS_SYSTEM_BUS_ADDRESS=address)
+        private.start()
+        self.addCleanup(private.stop)
+        process = None
+        for _ in range(2):
+            server = self.start_bus(address)
+            self.system = dbus.bus.BusConnection(address)
+            manager, _ = self.geoclue()
+            process = process or self.start("location", "2")
+            self.wait_for(lambda: process.stdout.readline().startswith("fix 52.52"))
+            self.system.close()
+            self.stop(server)
+        self.finish(process)
+
+    def test_one_way_tracking_starts_nothing(self):
+        _, client = self.geoclue()
+        get_client = "vire://org.freedesktop.GeoClue2" + MANAGER_PATH + "/GetClient"
+        self.run_driver("send", "vire://com.vire.location/startTracking", "{}",
+                        "call", get_client, "{}")
+        self.assertNotIn(("Start", []), self.calls(client))
+
+    def test_without_geoclue_the_portal_knows_where_it_is(self):
+        portal, location = "org.freedesktop.portal.Desktop", "org.freedesktop.portal.Location"
+        desktop = self.serve(portal, PORTAL_PATH, location)
+        desktop.AddMethod("", "CreateSession", "a{sv}", "o",
+                          'ret = dbus.ObjectPath("/s/" + args[0]["session_handle_token"])')
+        for answer, expected in (
+                (0, "fix 52.5200 13.4050 34.0 8.0 -1.0 90.0 1.5"), (1, "location failure 6"),
+                (2, "location failure 4")):
+            desktop.AddMethod("", "Start", "osa{sv}", "o", f"""
+ret = dbus.ObjectPath(args[0].replace("/session/", "/request/"))
+response = dbus.lowlevel.SignalMessage(ret, "org.freedesktop.portal.Request", "Response")
+response.append(dbus.UInt32({answer}), dbus.Dictionary(signature="sv"), signature="ua{{sv}}")
+self.connection.send_message(response)
+self.AddObject(args[0], "org.freedesktop.portal.Session", {{}}, [("Close", "", "", "")])
+if not {answer}:
+    self.EmitSignal("", "LocationUpdated", "oa{{sv}}", [args[0], {self.VALUES}])""")
+            self.assertEqual(self.run_driver("location", "1"), ["tracking 0", expected])
+            session = self.calls(desktop)[-1][1][0]
+            closed = dbus.Interface(self.session.get_object(portal, session), dbusmock.MOCK_IFACE)
+            self.assertEqual(self.calls(closed), [("Close", [])])
+
     def test_geoclue_is_the_compass_where_there_is_no_other(self):
         _, client = self.geoclue()
         self.assertEqual(self.run_driver("compass", "1"), ["enabled 0", "compass 1 90.0 1.0"])
@@ -108,11 +155,11 @@ class Sensors(OnPrivateBuses):
 
     def test_a_compass_that_rests_is_read_once(self):
         interface = "net.hadess.SensorProxy.Compass"
-        mock = self.serve("net.hadess.SensorProxy", self.COMPASS, interface, True)
-        mock.AddProperties(interface, {"HasCompass": True, "CompassHeading": 40.0})
-        mock.AddMethods(interface, [("ClaimCompass", "", "", ""), ("ReleaseCompass", "", "", "")])
+        proxy = self.serve("net.hadess.SensorProxy", self.COMPASS, interface, True)
+        proxy.AddProperties(interface, {"HasCompass": True, "CompassHeading": 40.0})
+        proxy.AddMethods(interface, [("ClaimCompass", "", "", ""), ("ReleaseCompass", "", "", "")])
         self.assertEqual(self.run_driver("compass", "1"), ["enabled 0", "compass 1 40.0 1.0"])
-        self.assertIn(("ReleaseCompass", []), self.calls(mock))
+        self.assertIn(("ReleaseCompass", []), self.calls(proxy))
 
     def test_without_any_compass_it_is_refused(self):
         self.assertEqual(self.run_driver("compass", "0"), ["enabled 2 "])

@@ -6,6 +6,8 @@
  *     abandon URI PAYLOAD      a subscription that is cancelled at once
  *     cancel URI PAYLOAD FILE  a call that is cancelled once the file is there
  *     repeat N URI PAYLOAD     N calls in a row; growth of memory in kB after the first tenth
+ *     thread URI PAYLOAD       a call on a thread, which opens a file before, and one here
+ *     fork URI PAYLOAD         the same in a fork
  *     location N | compass N   N fixes or failures, N readings
  *     wait FILE                until the file is there, with events handled
  *     browse URL | mail SUBJECT BODY TO | vibrate PERIOD DURATION | port NUMBER FLAG | pause
@@ -15,6 +17,7 @@
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include "SDL.h"
@@ -176,6 +179,31 @@ static void callOnce(char *a[])
     }
 }
 
+static int callElsewhere(void *a)
+{
+    char **arguments = a;
+
+    if (access("/proc/nduid", F_OK) == 0) {
+        call(arguments[0], arguments[1], SDL_TRUE);
+    }
+    return 0;
+}
+
+static void callOnThread(char *a[])
+{
+    SDL_WaitThread(SDL_CreateThread(callElsewhere, a), NULL);
+    callOnce(a);
+}
+
+static void callInFork(char *a[])
+{
+    if (fork() == 0) {
+        _exit(callElsewhere(a));
+    }
+    wait(NULL);
+    callOnce(a);
+}
+
 static void subscribe(char *a[])
 {
     repliesWanted = atoi(a[2]);
@@ -220,7 +248,8 @@ static const struct {
 } commands[] = {{"call", 2, callOnce},   {"subscribe", 3, subscribe}, {"abandon", 2, abandon},
                 {"cancel", 3, cancel},   {"repeat", 3, repeat},       {"location", 1, location},
                 {"compass", 1, compass}, {"wait", 1, waitForFile},    {"refusals", 0, refusals},
-                {"about", 0, about},     {"purchase", 0, purchase}};
+                {"about", 0, about},     {"purchase", 0, purchase},   {"thread", 2, callOnThread},
+                {"fork", 2, callInFork}};
 
 #define TAKE(NAME, ARGUMENTS, CALL) \
     if (strcmp(a[0], NAME) == 0) {  \

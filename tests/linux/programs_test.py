@@ -17,7 +17,7 @@ class Programs(OnPrivateBuses):
         return self.finish(self.start_program(*command, **changes))
 
     def device_services(self):
-        server = subprocess.Popen([sys.executable, HERE + "/device_services.py"])
+        server = subprocess.Popen([sys.executable, HERE + "/device_services.py", "0"])
         self.addCleanup(self.stop, server)
         for name in ("battery", "clock"):
             self.wait_for_bus_object("com.vire." + name, "/com/vire/" + name)

@@ -7,7 +7,6 @@ import sys
 import time
 
 import dbus
-import dbus.bus
 
 from buses import HERE, LONGEST_RUN, OnPrivateBuses
 
@@ -43,6 +42,7 @@ class Services(OnPrivateBuses):
 
     def test_failures_are_replies(self):
         self.weather()
+        number = "the payload has a number that is malformed or too large"
         rows = {
             (self.URI + "Fail", "{}"): "com.example.Wet: too wet",
             (self.URI + "Nothing", "{}"):
@@ -52,7 +52,10 @@ class Services(OnPrivateBuses):
             ("vire://com.example.Nobody/Ask", "{}"): "no such service: com.example.Nobody",
             ("vire://no name/Ask", "{}"): "no such service: vire://no name/Ask",
             ("Ask", "{}"): "no such service: Ask",
-            (self.URI + "a..b/Ask", "{}"): "no such service: " + self.URI + "a..b/Ask",
+            ("vire://org.foo.my-app/x", "{}"):
+                "no object path: /org/foo/my-app; give one: vire://SERVICE/PATH/METHOD",
+            (self.URI + "Ask", "[1e400]"): number,
+            (self.URI + "Ask", "[100000000000000000000]"): number,
         }
         for (uri, payload), text in rows.items():
             with self.subTest(uri=uri):
@@ -88,6 +91,13 @@ class Services(OnPrivateBuses):
         mock.AddMethod("", "Ask", "b", "b", "ret = args[0]")
         open(marker, "w").close()
         self.assertEqual(self.finish(process), ['reply {"returnValue":true,"arg0":true}'])
+
+    def test_only_the_thread_that_loaded_the_library_is_served(self):
+        self.weather()
+        for place in ("thread", "fork"):
+            self.assertEqual(self.run_driver(place, self.URI + "Ask", '["sun",5]'), [
+                "call 2 Unable to dispatch service call",
+                'reply {"returnValue":true,"arg0":"sun 5"}'])
 
     def test_any_service_can_be_called_by_its_name(self):
         server, _ = self.spawn_server_template("upower", {"OnBattery": True},
@@ -126,39 +136,21 @@ class Services(OnPrivateBuses):
 
 
 class BusThatDisappears(OnPrivateBuses):
-    def bus(self):
-        server = subprocess.Popen(["dbus-daemon", "--session", "--nofork", "--nopidfile",
-                                   "--address=" + self.address], stderr=subprocess.DEVNULL)
+    def service(self, *command):
+        server = subprocess.Popen(
+            [sys.executable, *command], stderr=subprocess.DEVNULL,
+            env=self.environment(DBUS_SESSION_BUS_ADDRESS=self.address))
         self.addCleanup(self.stop, server)
-        self.wait_for(lambda: self.has_owner("org.freedesktop.DBus"))
-        return server
 
-    def service(self, asked):
-        hostile = subprocess.Popen(
-            [sys.executable, HERE + "/hostile_service.py", "com.example.Weather", asked],
-            env=self.environment(DBUS_SESSION_BUS_ADDRESS=self.address), stderr=subprocess.DEVNULL)
-        self.addCleanup(self.stop, hostile)
-        self.wait_for(lambda: self.has_owner("com.example.Weather"))
-
-    def has_owner(self, name):
-        try:
-            bus = dbus.bus.BusConnection(self.address)
-        except dbus.exceptions.DBusException:
-            return False
-        has_owner = bus.name_has_owner(name)
-        bus.close()
-        return has_owner
-
-    def wait_for(self, is_so):
-        time_limit = time.monotonic() + LONGEST_RUN
-        while not is_so():
-            self.assertLess(time.monotonic(), time_limit)
+    def hostile(self, asked):
+        self.service(HERE + "/hostile_service.py", "com.example.Weather", asked)
+        self.wait_for(lambda: self.has_owner(self.address, "com.example.Weather"))
 
     def test_calls_fail_until_there_is_one_again(self):
         self.address = "unix:path=" + self.folder + "/bus"
         asked, back = self.folder + "/asked", self.folder + "/back"
-        server = self.bus()
-        self.service(asked)
+        server = self.start_bus(self.address)
+        self.hostile(asked)
         weather = "vire://com.example.Weather/"
         process = self.start("call", weather + "other/Ask", "{}", "call", weather + "late/Ask",
                              "{}", "call", weather + "other/Ask", "{}", "wait", back,
@@ -169,8 +161,20 @@ class BusThatDisappears(OnPrivateBuses):
         self.stop(server)
         for _ in range(2):
             self.assertIn('"returnValue":false', process.stdout.readline())
-        self.bus()
-        self.service(asked)
+        self.start_bus(self.address)
+        self.hostile(asked)
         open(back, "w").close()
         (line,) = self.finish(process)
         self.assertIn('"a":1', line)
+
+    def test_subscriptions_go_on_when_there_is_one_again(self):
+        self.address = "unix:path=" + self.folder + "/bus"
+        process = None
+        for first in ("0", "1000000"):
+            server = self.start_bus(self.address)
+            self.service(HERE + "/device_services.py", first)
+            self.wait_for(lambda: self.has_owner(self.address, "com.vire.clock"))
+            process = process or self.start("subscribe", "vire://com.vire.clock/ticks", "{}", "999",
+                                            DBUS_SESSION_BUS_ADDRESS=self.address)
+            self.wait_for(lambda: json.loads(process.stdout.readline()[6:])["tick"] >= int(first))
+            self.stop(server)

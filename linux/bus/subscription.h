@@ -1,0 +1,61 @@
+// Signals of services.
+#ifndef TAV_LINUX_BUS_SUBSCRIPTION_H
+#define TAV_LINUX_BUS_SUBSCRIPTION_H
+
+#include <gio/gio.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "linux/bus/connection.h"
+
+namespace tavlinux {
+
+using Signal = std::function<void(const char* member, GVariant* arguments)>;
+
+// Receives signals while it lives, and again from a bus that was lost and has come back.
+class Subscription {
+public:
+    struct Match {
+        Bus bus;
+        std::string sender;
+        std::string path;
+        std::string interface;
+        std::string member;
+        std::string argument = {};  // the first; empty for any
+    };
+    using BusChanged = std::function<void(bool isThere)>;
+
+    Subscription(Match match, Signal signal, BusChanged busChanged = nullptr);
+    ~Subscription();
+    Subscription(const Subscription&) = delete;
+    Subscription& operator=(const Subscription&) = delete;
+
+    void attach();
+    void detach();
+    Bus bus() const { return m_match.bus; }
+    const BusChanged& busChanged() const { return m_busChanged; }
+
+private:
+    const Match m_match;
+    const Signal m_signal;
+    const BusChanged m_busChanged;
+    GDBusConnection* m_connection = nullptr;
+    guint m_id = 0;
+};
+
+// Calls a function when the service gets an owner, or may have one as its bus has come back (true),
+// and when it loses it (false).
+std::unique_ptr<Subscription> watchOwner(Bus bus, const std::string& service,
+                                         const std::function<void(bool)>& changed);
+
+// What follows is for whoever connects to the buses.
+
+bool hasSubscriptions(Bus bus);
+void detachSubscriptions(Bus bus);
+void attachSubscriptions(Bus bus);
+
+}  // namespace tavlinux
+
+#endif
