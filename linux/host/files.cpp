@@ -12,6 +12,7 @@
 #include "front/in_front.h"
 #include "linux/application/application.h"
 #include "linux/application/machine.h"
+#include "linux/host/in_front.h"
 #include "linux/host/settings.h"
 
 namespace fs = std::filesystem;
@@ -57,6 +58,9 @@ std::optional<std::string> placeOf(const char* devicePath) {
     if (!usesLibrary()) {
         return std::nullopt;
     }
+    if (!tavlinux::isInFront()) {
+        return kNowhere;
+    }
     static std::once_flag& isMade = *new std::once_flag;
     const fs::path folder = tavlinux::deviceFolder();
     std::call_once(isMade, tavlinux::makeFiles, folder);
@@ -69,7 +73,10 @@ uid_t deviceUser(uid_t realUser) {
 
 // There is no bus whose roles could be read again.
 std::optional<int> rescan(int (*)(const char*)) {
-    return usesLibrary() ? std::optional(0) : std::nullopt;
+    if (!usesLibrary()) {
+        return std::nullopt;
+    }
+    return tavlinux::isInFront() ? 0 : -1;
 }
 
 }  // namespace front

@@ -3,6 +3,7 @@
 #include <simdjson.h>
 
 #include <cstring>
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -41,6 +42,15 @@ int answerLookUp(const std::optional<std::string>& value, char* buffer, int buff
     return NAPP_SUCCESS;
 }
 
+int lookUp(const std::function<std::optional<std::string>(const std::string&)>& find,
+           const char* key, char* buffer, int bufferLength) {
+    if (!isInFront()) {
+        answerLookUp(std::nullopt, buffer, bufferLength);
+        return NAPP_FAILURE;
+    }
+    return answerLookUp(find(key != nullptr ? key : ""), buffer, bufferLength);
+}
+
 int accepted(bool accepts) {
     return accepts ? 1 : 0;
 }
@@ -50,17 +60,15 @@ int accepted(bool accepts) {
 
 int NApp_registerTAV(const TAVCallbacks* callbacks) {
     tavlinux::setCompassCallback(callbacks->compassCallback);
-    return 1;
+    return tavlinux::accepted(tavlinux::isInFront());
 }
 
 int NApp_GetAppinfoValue(const char* key, char* buffer, int bufferLength) {
-    return tavlinux::answerLookUp(tavlinux::appinfoValue(key != nullptr ? key : ""), buffer,
-                                  bufferLength);
+    return tavlinux::lookUp(tavlinux::appinfoValue, key, buffer, bufferLength);
 }
 
 int NApp_GetDataFilePath(const char* name, char* buffer, int bufferLength) {
-    return tavlinux::answerLookUp(tavlinux::dataFilePath(name != nullptr ? name : ""), buffer,
-                                  bufferLength);
+    return tavlinux::lookUp(tavlinux::dataFilePath, name, buffer, bufferLength);
 }
 
 int NApp_GetJsonValue(const char* json, const char* member, char* buffer, int bufferLength) {
@@ -82,12 +90,12 @@ int NApp_GetJsonValue(const char* json, const char* member, char* buffer, int bu
 const char* NApp_GetPortabilityValue(const char* key) {
     static std::optional<std::string>& value = *new std::optional<std::string>;
     value = tavlinux::portabilityValue(key != nullptr ? key : "");
-    return value ? value->c_str() : nullptr;
+    return tavlinux::isInFront() && value ? value->c_str() : nullptr;
 }
 
 int NApp_GetProcSelfExe(char* buffer, int bufferLength) {
     const std::string path = tavlinux::executable();
-    return tavlinux::accepted(!path.empty() &&
+    return tavlinux::accepted(tavlinux::isInFront() && !path.empty() &&
                               tavlinux::answerLookUp(path, buffer, bufferLength) == NAPP_SUCCESS);
 }
 
@@ -151,12 +159,12 @@ int SDL_NimboHookScreenTimeoutEnable(int enable) {
 const char* HHardware_getMachine() {
     static const std::optional<std::string>& name =
         *new std::optional<std::string>(tavlinux::machineName());
-    return name ? name->c_str() : nullptr;
+    return tavlinux::isInFront() && name ? name->c_str() : nullptr;
 }
 
 int KPSystemCopyStringValue(const char* key, char** value) {
     const std::optional<std::string> version = tavlinux::systemVersion();
-    if (key == nullptr || key != tavlinux::kVersionProperty || !version) {
+    if (!tavlinux::isInFront() || key == nullptr || key != tavlinux::kVersionProperty || !version) {
         return -1;
     }
     *value = g_strdup(version->c_str());

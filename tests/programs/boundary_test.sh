@@ -35,12 +35,15 @@ works() {
 refuses() {
     local said=$1
     shift
-    run env ASAN_OPTIONS="${ASAN_OPTIONS:-}:detect_leaks=0" "$@"
+    run env ASAN_OPTIONS="${ASAN_OPTIONS:-}:detect_leaks=0" HOME="$XDG_RUNTIME_DIR" "$@"
     [ "$status" -ne 0 ] || fail "$command: works: $out"
     # The pattern is one.
     # shellcheck disable=SC2053
     [[ $(grep '^tav' <<<"$err") == $said ]] || fail "$command said: $err"
     [[ $err == *'no call: '* ]] || fail "$command: $out $err"
+    [[ $command != *.py* || $out == *'name: '*$'\n''id: '*$'\n''data: '* ]] ||
+        fail "$command: something was found: $out"
+    [ ! -e "$XDG_RUNTIME_DIR" ] || fail "$command: left $(find "$XDG_RUNTIME_DIR")"
     [ "$(on_this_machine)" = "$there_before" ] || fail "$command: left $(on_this_machine)"
     expect_nothing_left "$command"
 }
@@ -58,7 +61,6 @@ sanitizer=
     sanitizer="$("$CC" -print-file-name=libasan.so):$("$CC" -print-file-name=libstdc++.so)"
 refuses "$no_linux" env LD_PRELOAD="$sanitizer" "${python[@]}" "$libtav"
 refuses "$no_device" env LD_PRELOAD="$sanitizer" "${python[@]}" "$simulator" "$libtav"
-[[ $out == *'name: '*$'\n''id: '* ]] || fail "the database or the id was found: $out"
 if [ "$TAV_LINUX" = ON ]; then
     # Put in front, it finds that there is no bus.
     run env ASAN_OPTIONS="${ASAN_OPTIONS:-}:detect_leaks=0" "$tavsim" run --real \

@@ -25,6 +25,9 @@ if tav.TAV_GetDeviceName(name, 64) != 0:
 identity = ctypes.create_string_buffer(64)
 if tav.TAV_GetUniqueID(identity, 64) != 0:
     print("id:", tav.TAV_GetError().decode())
+data = ctypes.create_string_buffer(4096)
+if tav.TAV_GetDataFilePath(b"save", data, 4096) != 0:
+    print("data:", tav.TAV_GetError().decode())
 uri = b"vire://com.vire.battery/status"
 if tav.TAV_ServiceCallWithCallback(uri, b"{}", on_reply, None, 1) != 0:
     sys.exit("no call: " + tav.TAV_GetError().decode())
