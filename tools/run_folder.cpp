@@ -38,9 +38,10 @@ const std::string& RunFolder::freshFolder() {
     return m_fresh;
 }
 
-bool RunFolder::wasUsed() const {
+bool RunFolder::isUntouched() const {
     std::error_code unknown;
-    return fs::is_symlink(m_root + "/" + tavsim::kDeviceClaim, unknown);
+    const bool hasClaim = fs::is_symlink(m_root + "/" + tavsim::kDeviceClaim, unknown);
+    return !hasClaim && tavsim::isClaimed(m_root, tavsim::kRunClaim);
 }
 
 bool RunFolder::isInUse() const {

@@ -24,8 +24,10 @@ public:
     // A folder for what only this run needs; empty when none can be made.
     const std::string& freshFolder();
 
-    // Whether a program was on the device, and whether one is now.
-    bool wasUsed() const;
+    // Whether it is certain that no program was on the device.
+    bool isUntouched() const;
+
+    // Whether one is on it now.
     bool isInUse() const;
 
     // Sends a signal to the program that is on the device, unless that is this process.

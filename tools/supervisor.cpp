@@ -154,9 +154,9 @@ int Supervisor::tellEnd() const {
                                        : "; its journal is " + m_request.journal));
     }
     // A device that the program could not have has said so.
-    if (!m_folder.wasUsed() && !(WIFEXITED(status) && WEXITSTATUS(status) == kBadSetup)) {
-        say("did not use the device: no call of libtav came from it, or from what it started with "
-            "its environment");
+    if (m_folder.isUntouched() && !(WIFEXITED(status) && WEXITSTATUS(status) == kBadSetup)) {
+        say("did not use the device: nothing reached it from this program, or from what it started "
+            "with its environment");
     }
     if (m_isTimedOut) {
         return kTimedOut;

@@ -1,9 +1,12 @@
 #include "simulator/device/claim.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <chrono>
 #include <climits>
 #include <cstdlib>
@@ -21,6 +24,7 @@ namespace {
 constexpr int kTriesToLock = 200;
 constexpr std::chrono::milliseconds kBetweenTries(10);
 constexpr int kStartTime = 22;  // the field of /proc/PID/stat
+constexpr char kUnknown[] = "?";
 
 std::string readLink(int folder, const char* name) {
     char text[PATH_MAX];
@@ -28,21 +32,20 @@ std::string readLink(int folder, const char* name) {
     return std::string(text, length > 0 ? static_cast<size_t>(length) : 0);
 }
 
-// When the process started, which no later process of that number has in common with it; empty
-// when it has ended.
+// When the process started, which no later process of that number has in common with it. Asked by
+// way of its first thread, since an emulator may answer a process otherwise that asks for itself.
 std::string startTime(pid_t process) {
-    std::ifstream file("/proc/" + std::to_string(process) + "/stat");
+    const std::string number = std::to_string(process);
+    std::ifstream file("/proc/" + number + "/task/" + number + "/stat");
     std::string text;
     // The second field is a name in parentheses, which may hold anything.
     std::getline(file, text, '\0');
     std::istringstream fields(text.substr(text.rfind(')') + 1));
     std::string field;
-    fields >> field;
-    const bool hasEnded = field == "Z" || field == "X";
-    for (int n = 3; n < kStartTime; ++n) {
+    for (int n = 2; n < kStartTime; ++n) {
         fields >> field;
     }
-    return fields && !hasEnded ? field : std::string();
+    return fields ? field : kUnknown;
 }
 
 // Numbers of processes mean nothing in another namespace, such as a container that shares /tmp.
@@ -59,10 +62,32 @@ pid_t claimant(const std::string& text) {
     return static_cast<pid_t>(std::strtol(text.c_str(), nullptr, 10));
 }
 
-// Where that cannot be told, the process lives.
+bool hasEnded(const helper::Descriptor& process) {
+    pollfd ready{process.number(), POLLIN, 0};
+    return poll(&ready, 1, 0) > 0;
+}
+
+// Where that cannot be told, as without a descriptor to spare, the process lives.
 bool lives(const std::string& text) {
     const std::string space = text.substr(text.rfind(' ') + 1);
-    return !text.empty() && (space != processNamespace() || text == nameOf(claimant(text)));
+    if (text.empty() || space != processNamespace()) {
+        return !text.empty();
+    }
+    const int opened = pidfd_open(claimant(text), 0);
+    if (opened < 0) {
+        return errno != ESRCH && errno != EINVAL && errno != ENOENT;
+    }
+    const helper::Descriptor process(opened);
+    const std::string now = nameOf(claimant(text));
+    const bool isKnown = (text + now).find(kUnknown) == std::string::npos;
+    return !hasEnded(process) && (text == now || !isKnown);
+}
+
+bool isSameFolder(int descriptor, const std::string& path) {
+    struct stat own;
+    struct stat there;
+    return fstat(descriptor, &own) == 0 && stat(path.c_str(), &there) == 0 &&
+           own.st_dev == there.st_dev && own.st_ino == there.st_ino;
 }
 
 }  // namespace
@@ -76,6 +101,10 @@ LockedFolder::LockedFolder(const std::string& path)
             return;
         }
         std::this_thread::sleep_for(kBetweenTries);
+    }
+    // Whoever had it locked may have removed it, and somebody else made it anew.
+    if (!isSameFolder(m_folder.number(), path)) {
+        m_folder = {};
     }
 }
 

@@ -38,7 +38,7 @@ class LockedFolder {
 public:
     explicit LockedFolder(const std::string& path);
 
-    // Negative when it is no folder, or others kept it locked.
+    // Negative when it is no folder, others kept it locked, or it was replaced meanwhile.
     int descriptor() const { return m_folder.number(); }
 
 private:

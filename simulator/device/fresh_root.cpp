@@ -85,12 +85,13 @@ std::string makeFreshRoot(const char* claimName) {
 
 void removeFreshRoot(const std::string& path) {
     // Locked, so that nobody else removes it as a stale one at the same time.
-    // cppcheck-suppress unreadVariable
     const LockedFolder locked(fs::path(path).parent_path());
     std::error_code problem;
     fs::remove_all(path, problem);
-    // Stays where it holds the folders of other runs.
-    fs::remove(fs::path(path).parent_path(), problem);
+    if (locked.descriptor() >= 0) {
+        // Stays where it holds the folders of other runs.
+        fs::remove(fs::path(path).parent_path(), problem);
+    }
 }
 
 }  // namespace tavsim

@@ -36,16 +36,19 @@ expect_nothing_left 'a killed program'
 # to the one on the device, where a script has started that.
 printf '#!/bin/sh\n%s\nexit 3\n' "$waits" >"$work/script"
 chmod +x "$work/script"
-while read -r what signal expected; do
-    start "$what"
+while read -r signal expected what; do
+    # The program and its argument.
+    # shellcheck disable=SC2086
+    start $what
     kill -"$signal" "$runner"
     expect_end "$expected" '*' ''
     is_gone "$program" || fail "$what: still runs after SIG$signal"
     expect_nothing_left 'a run that was asked to end'
 done <<EOF
-$waits TERM 0
-$waits HUP 129
-$work/script TERM 143
+TERM 0 $waits
+TERM 0 $waits greedy
+HUP 129 $waits
+TERM 143 $work/script
 EOF
 
 # No request is lost while the run or its program starts.
@@ -82,7 +85,7 @@ expect_nothing_left 'runs with a time-out'
 
 # A run that is killed takes the program and the folder along.
 for what in "$waits" "$work/script"; do
-    start "$what"
+    start $what
     kill -KILL "$runner"
     wait "$runner" 2>/dev/null || true
     wait_until nothing_is_left

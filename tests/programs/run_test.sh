@@ -2,7 +2,7 @@
 # The command `tavsim run`: what it starts, what it refuses, and what it says.
 source "$(dirname "$0")/check.sh"
 ends=$programs/ends
-unused='tavsim: *: did not use the device: *'
+unused='tavsim: *: did not use the device: nothing reached it *'
 
 # A device that cannot be had: one line that names the file and the field, and nothing is started.
 refuses_profile() {
@@ -91,6 +91,10 @@ for signal in '6 SIGABRT (Aborted)' '9 SIGKILL (Killed)' '11 SIGSEGV (Segmentati
 done
 run "$tavsim" run --journal "$work/journal" "$ends" signal 11
 expect 139 '' "tavsim: $ends: ended by SIGSEGV *; its journal is $work/journal"$'\n'"$unused"
+
+# Without its folder it is not known whether one was on the device.
+run "$tavsim" run sh -c 'rm -r "$TAVSIM_ROOT"'
+expect 0 '' ''
 
 # Everything from the program's name on is the program's; -- may stand before it.
 run "$tavsim" run --device quern "$ends" print --device nothing -h

@@ -1,5 +1,6 @@
 /* Shows the keyboard, asks a service and runs until it is asked to quit, or for a minute. With the
-   argument "fork" it first starts a process that ends at once. */
+   argument "fork" it first starts a process that ends at once, with "greedy" it takes all
+   descriptors before it ends. */
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -34,6 +35,8 @@ int main(int argc, char *argv[])
         while (SDL_PollEvent(&event)) {
             if (event.type == SDL_QUIT) {
                 printf("quit\n");
+                while (argc > 1 && strcmp(argv[1], "greedy") == 0 && dup(0) >= 0) {
+                }
                 TAV_Quit();
                 SDL_Quit();
                 return 0;
