@@ -1,5 +1,6 @@
 #include "helper/file.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -52,6 +53,17 @@ bool writeFile(const std::string& path, const std::string& content, std::string*
         return false;
     }
     return true;
+}
+
+bool createFile(const std::string& path, const std::string& content) {
+    constexpr mode_t kForOwner = 0600;
+    const int file =
+        open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, kForOwner);
+    if (file < 0) {
+        return false;
+    }
+    const ssize_t written = write(file, content.data(), content.size());
+    return close(file) == 0 && written == static_cast<ssize_t>(content.size());
 }
 
 }  // namespace helper

@@ -15,6 +15,10 @@ std::optional<std::string> readFile(const std::string& path, size_t mostBytes, s
 // path, when that cannot be done.
 bool writeFile(const std::string& path, const std::string& content, std::string* error);
 
+// Writes a file that is not there yet, for its owner alone. False, with nothing written anywhere,
+// when there is something of that name, be it a link; and when the file cannot be written whole.
+bool createFile(const std::string& path, const std::string& content);
+
 }  // namespace helper
 
 #endif

@@ -10,11 +10,13 @@
 #include <fstream>
 #include <iterator>
 
+#include "helper/file.h"
 #include "helper/json/writer.h"
 #include "simulator/control/socket_address.h"
 #include "simulator/device/fresh_root.h"
 #include "simulator/device/root.h"
 #include "simulator/device/running.h"
+#include "simulator/device/trusted_folder.h"
 
 namespace dom = simdjson::dom;
 namespace fs = std::filesystem;
@@ -22,7 +24,7 @@ namespace fs = std::filesystem;
 namespace tavsim {
 namespace {
 
-constexpr char kDescription[] = "/running.json";
+constexpr size_t kMostBytes = 1 << 20;
 
 // A folder that the user chose is found through a link beside the fresh ones.
 fs::path linkToRoot() {
@@ -47,15 +49,17 @@ RunningDevice describedIn(const std::string& root) {
     dom::element description;
     RunningDevice device;
     device.root = root;
-    if (parser.load(root + kDescription).get(description) != simdjson::SUCCESS) {
+    std::string error;
+    const auto text = helper::readFile(root + kDescription, kMostBytes, &error);
+    if (!text || parser.parse(*text).get(description) != simdjson::SUCCESS) {
         return device;
     }
-    std::string_view text;
-    if (description["device"].get(text) == simdjson::SUCCESS) {
-        device.device = text;
+    std::string_view value;
+    if (description["device"].get(value) == simdjson::SUCCESS) {
+        device.device = value;
     }
-    if (description["program"].get(text) == simdjson::SUCCESS) {
-        device.program = text;
+    if (description["program"].get(value) == simdjson::SUCCESS) {
+        device.program = value;
     }
     if (description["process"].get(device.process) != simdjson::SUCCESS) {
         device.process = 0;
@@ -66,16 +70,16 @@ RunningDevice describedIn(const std::string& root) {
 }  // namespace
 
 bool describeDevice() {
-    std::ofstream file(rootFolder() + kDescription);
-    file << helper::JsonWriter()
-                .beginObject()
-                .member("device", profile().name)
-                .member("program", commandLine())
-                .member("process", getpid())
-                .endObject()
-                .text()
-         << '\n';
-    return file.flush().good();
+    const std::string path = rootFolder() + kDescription;
+    unlink(path.c_str());
+    return helper::createFile(path, helper::JsonWriter()
+                                            .beginObject()
+                                            .member("device", profile().name)
+                                            .member("program", commandLine())
+                                            .member("process", getpid())
+                                            .endObject()
+                                            .take() +
+                                        "\n");
 }
 
 void announceDevice() {

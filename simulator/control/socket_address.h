@@ -10,9 +10,9 @@
 #include <cstdio>
 #include <string>
 
-namespace tavsim {
+#include "simulator/device/trusted_folder.h"
 
-inline constexpr char kControlSocket[] = "control";
+namespace tavsim {
 
 // Names the socket through an open folder, because a socket's path may only be about a hundred
 // bytes long, and the path of a device's root is the user's to choose.
@@ -21,8 +21,8 @@ public:
     explicit ControlAddress(const std::string& root)
         : m_folder(open(root.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC)) {
         m_address.sun_family = AF_UNIX;
-        std::snprintf(m_address.sun_path, sizeof m_address.sun_path, "/proc/self/fd/%d/%s",
-                      m_folder, kControlSocket);
+        std::snprintf(m_address.sun_path, sizeof m_address.sun_path, "/proc/self/fd/%d%s", m_folder,
+                      kControlSocket);
     }
     ~ControlAddress() {
         if (m_folder >= 0) {

@@ -5,12 +5,12 @@
 #include <atomic>
 #include <filesystem>
 #include <forward_list>
-#include <fstream>
 #include <memory>
 #include <new>
 
 #include "front/fixed_paths.h"
 #include "front/next.h"
+#include "helper/file.h"
 #include "simulator/device/claim.h"
 #include "simulator/device/fresh_root.h"
 #include "simulator/device/trusted_folder.h"
@@ -42,12 +42,7 @@ bool isThere(const std::string& path) {
 }
 
 bool writeFile(const std::string& path, const std::string& content) {
-    if (isThere(path)) {
-        return true;
-    }
-    std::ofstream file(path, std::ios::binary);
-    file << content;
-    return file.flush().good();
+    return isThere(path) || helper::createFile(path, content);
 }
 
 struct DatabaseCloser {

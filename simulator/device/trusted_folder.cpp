@@ -21,8 +21,11 @@ constexpr char kOpen[] =
     "(chmod go-w)";
 constexpr char kLink[] = ": is a symbolic link, and the device follows none";
 
+constexpr char kNoFile[] = ": is neither a file nor a folder";
+
 // What the device and the library use below the root folder. What is in data is the application's.
-constexpr const char* kUsedFolders[] = {"/var", "/usr", "/proc"};
+constexpr const char* kUsed[] = {"/var",         "/usr",   "/proc",       kDescription,
+                                 kControlSocket, kVerdict, kRecordingMark};
 constexpr char kData[] = "/data";
 
 // The user, or whoever owns the machine.
@@ -64,6 +67,9 @@ std::string whyNotInside(const std::string& path) {
     if (!isTrusted(status.st_uid)) {
         return path + kForeign;
     }
+    if (!S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode) && !S_ISSOCK(status.st_mode)) {
+        return path + kNoFile;
+    }
     // A file that is not run is text to the device, which believes nothing of it anyway.
     const bool isText = S_ISREG(status.st_mode) && (status.st_mode & (S_IXUSR | S_IXGRP)) == 0;
     return !isText && canOthersWrite(status) ? path + kOpen : std::string();
@@ -74,12 +80,15 @@ bool isThere(const std::string& path) {
     return lstat(path.c_str(), &status) == 0;
 }
 
-std::string whyNotBelow(const std::string& folder) {
+std::string whyNotUsed(const std::string& folder) {
     if (!isThere(folder)) {
         return {};
     }
     std::string reason = whyNotInside(folder);
     std::error_code problem;
+    if (!fs::is_directory(folder, problem)) {
+        return reason;
+    }
     fs::recursive_directory_iterator at(folder, problem);
     for (const fs::recursive_directory_iterator end; reason.empty() && !problem && at != end;
          at.increment(problem)) {
@@ -88,21 +97,25 @@ std::string whyNotBelow(const std::string& folder) {
     return reason.empty() && problem ? folder + kNotRead : reason;
 }
 
+// Why what there is of the root folder and of the way to it must not be used.
 std::string whyNotTrusted(const std::string& root) {
     for (size_t end = 0; end != std::string::npos;) {
         const size_t next = root.find('/', end + 1);
         const std::string above = end == 0 ? "/" : root.substr(0, end);
+        if (!isThere(above)) {
+            return {};
+        }
         if (std::string reason = whyNotOnTheWay(above, false); !reason.empty()) {
             return reason;
         }
         end = next;
     }
-    std::string reason = whyNotOnTheWay(root, true);
+    std::string reason = isThere(root) ? whyNotOnTheWay(root, true) : std::string();
     if (reason.empty() && isThere(root + kData)) {
         reason = whyNotInside(root + kData);
     }
-    for (const char* folder : kUsedFolders) {
-        reason = reason.empty() ? whyNotBelow(root + folder) : reason;
+    for (const char* name : kUsed) {
+        reason = reason.empty() ? whyNotUsed(root + name) : reason;
     }
     return reason;
 }
@@ -123,6 +136,9 @@ bool makeFolders(const std::string& path) {
 std::string makeTrustedRoot(const std::string& path) {
     if (path == "/" || front::isDevicePath(path.c_str())) {
         return path + kMachines;
+    }
+    if (std::string reason = whyNotTrusted(path); !reason.empty()) {
+        return reason;
     }
     return makeFolders(path) ? whyNotTrusted(path) : path + kNotMade;
 }

@@ -14,6 +14,7 @@
 #include "simulator/device/claim.h"
 #include "simulator/device/root.h"
 #include "simulator/device/running.h"
+#include "simulator/device/trusted_folder.h"
 #include "simulator/input/origin.h"
 #include "simulator/time/clock.h"
 
@@ -21,7 +22,6 @@ namespace tavsim {
 namespace {
 
 constexpr Milliseconds kPatience = 10000;  // with an application that ends by itself
-constexpr char kMark[] = "/recorded";
 constexpr char kQuit[] = "quit";
 constexpr char kNameless[] = "unknown key";  // SDL's name of what is no key
 
@@ -132,7 +132,7 @@ std::string commandFor(const SDL_Event& event) {
 // Leaves the mark too.
 bool wasRecorded() {
     helper::LineFile mark;
-    const std::string path = rootFolder() + kMark;
+    const std::string path = rootFolder() + kRecordingMark;
     return (access(path.c_str(), F_OK) == 0 && isClaimed(rootFolder(), kRunClaim)) ||
            !mark.open(path);
 }
@@ -140,7 +140,7 @@ bool wasRecorded() {
 }  // namespace
 
 void removeRecordingMark(const std::string& root) {
-    unlink((root + kMark).c_str());
+    unlink((root + kRecordingMark).c_str());
 }
 
 bool startRecording(const std::string& file, std::string* error) {

@@ -2,18 +2,18 @@
 
 #include <unistd.h>
 
-#include <fstream>
-
 #include "helper/end_program.h"
+#include "helper/file.h"
 #include "helper/json/reader.h"
 #include "helper/json/writer.h"
+#include "simulator/device/trusted_folder.h"
 
 namespace json = helper::json;
 
 namespace tavsim {
 namespace {
 
-constexpr char kFile[] = "/verdict";
+constexpr size_t kMostBytes = 64 << 20;
 
 constexpr std::pair<std::string_view, Outcome> kOutcomes[] = {
     {"waiting", Outcome::Waiting}, {"passed", Outcome::Passed}, {"failed", Outcome::Failed}};
@@ -30,7 +30,7 @@ std::string_view nameOf(Outcome outcome) {
 }  // namespace
 
 bool VerdictFile::open(const std::string& root) {
-    return m_file.open(root + kFile);
+    return m_file.open(root + kVerdict);
 }
 
 void VerdictFile::note(Outcome outcome, const std::string& step) {
@@ -47,22 +47,20 @@ void VerdictFile::note(Outcome outcome, const std::string& step) {
 }
 
 Verdict readVerdict(const std::string& root) {
-    std::ifstream file(root + kFile);
-    std::string last;
-    for (std::string line; std::getline(file, line);) {
-        last.swap(line);
-    }
     Verdict verdict;
     std::string error;
+    std::string text = helper::readFile(root + kVerdict, kMostBytes, &error).value_or("");
+    text.resize(text.find_last_not_of('\n') + 1);
+    const std::string last = text.substr(text.rfind('\n') + 1);
     const json::Reader reader = json::fields(
         {{"outcome", json::word(&verdict.outcome, {std::begin(kOutcomes), std::end(kOutcomes)})},
          {"step", json::text(&verdict.step)},
          {"since", json::number(&verdict.since)}});
-    return json::read(last, kFile, reader, &error) ? verdict : Verdict();
+    return json::read(last, kVerdict, reader, &error) ? verdict : Verdict();
 }
 
 void removeVerdict(const std::string& root) {
-    unlink((root + kFile).c_str());
+    unlink((root + kVerdict).c_str());
 }
 
 }  // namespace tavsim

@@ -131,17 +131,23 @@ for open in . var usr/bin usr/bin/ks-control; do
     chmod o+w "$root/$open"
     refuses_root "$(realpath "$root/$open"): other users can write to it *" "$root"
 done
-for link in var/vire usr/bin/ks-control proc/nduid; do
+for link in var/vire usr/bin/ks-control proc/nduid running.json control verdict recorded; do
     fresh_root
     rm -f "$root/$link"
     ln -s "$work/elsewhere" "$root/$link"
     refuses_root "$root/$link: is a symbolic link, *" "$root"
+done
+for pipe in proc/nduid running.json control; do
+    fresh_root
+    mkfifo "$root/$pipe"
+    refuses_root "$root/$pipe: is neither a file nor a folder" "$root"
 done
 fresh_root
 ln -s nduid "$root/proc/nduid"
 refuses_root "$root/proc/nduid: is a symbolic link, *" "$root"
 mkdir -m 777 "$work/everybodys"
 refuses_root "$work/everybodys: other users can write to it *" "$work/everybodys/root"
+[ ! -e "$work/everybodys/root" ] || fail 'a root folder that is refused was made'
 refuses_root "/: the device's files would be this machine's" /
 if [ "$(id -u)" -eq 0 ]; then
     for foreign in . var usr/bin/ks-control; do

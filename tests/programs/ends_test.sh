@@ -10,6 +10,7 @@ start() {
     "$tavsim" ctl wait ready within 60s
     program=$(cd "$TMPDIR"/tavsim-*/* && readlink .device)
     program=${program%% *}
+    [ "$(stat -c %a "$TMPDIR"/tavsim-*/*/running.json)" = 600 ] || fail 'others can read what runs'
 }
 
 # expect_end STATUS OUTPUT ERRORS: of that run.
