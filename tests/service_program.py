@@ -27,8 +27,12 @@ def misbehave(what, request):
     elif what == "exit":
         sys.exit(3)
     elif what == "close its output":
-        os.close(0)
         os.close(1)
+        while True:
+            time.sleep(1)
+    elif what == "leave a child that holds its output":
+        if os.fork():
+            sys.exit(4)
         while True:
             time.sleep(1)
     elif what == "stay on":

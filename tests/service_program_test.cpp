@@ -45,6 +45,14 @@ protected:
         show("--", [&] { device.advance(milliseconds); });
     }
 
+    void pumpUntilReceived(size_t count) {
+        const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+        while (received.size() < count && std::chrono::steady_clock::now() < limit) {
+            device.pump();
+            SDL_Delay(1);
+        }
+    }
+
     // Stops the device, and expects that it leaves no process behind.
     void expectNothingLeft() {
         device.stop();
@@ -75,13 +83,20 @@ TEST_F(ServiceProgramTest, AnswersOnTheDevicesClock) {
 TEST_F(ServiceProgramTest, InRealTimeRepliesArriveWhenTheyAreThere) {
     startWith({"python3", "service_program.py"}, false);
     subscribe("\"later\"");
-    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-    while (received.size() < 2 && std::chrono::steady_clock::now() < limit) {
-        device.pump();
-        SDL_Delay(1);
-    }
+    pumpUntilReceived(2);
     EXPECT_THAT(received, testing::ElementsAre("at once", "later"));
     expectNothingLeft();
+}
+
+TEST_F(ServiceProgramTest, InRealTimeOneThatEndsIsNoticed) {
+    for (const char* what : {"exit", "close its output", "leave a child that holds its output"}) {
+        startWith({"python3", "service_program.py"}, false);
+        received.clear();
+        call(std::string(R"({"do":")") + what + "\"}");
+        pumpUntilReceived(1);
+        EXPECT_THAT(received, testing::ElementsAre(HasSubstr("has ended"))) << what;
+        expectNothingLeft();
+    }
 }
 
 TEST_F(ServiceProgramTest, OneThatMisbehavesIsStoppedAndItsRequestsFail) {
@@ -95,7 +110,8 @@ TEST_F(ServiceProgramTest, OneThatMisbehavesIsStoppedAndItsRequestsFail) {
         {"say too much at once", "its output: a line of more than 1 MiB\n"},
         {"reply without end", "it has more than 10000 replies on their way\n"},
         {"exit", "it ended with status 3\n"},
-        {"close its output", "it ended with signal 9\n"},
+        {"close its output", "it closed its standard input or output\n"},
+        {"leave a child that holds its output", "it ended with status 4\n"},
         {"be silent", "it did not answer within 5 seconds\n"},
     };
     for (const auto& row : rows) {

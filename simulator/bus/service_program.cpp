@@ -27,6 +27,7 @@ using std::chrono::milliseconds;
 
 constexpr std::chrono::seconds kLongestAnswer(5);
 constexpr std::chrono::seconds kLongestEnd(1);
+constexpr milliseconds kBetweenLooks(10);  // at whether it has ended
 constexpr size_t kLongestLine = 1 << 20;
 constexpr size_t kMostUnread = 16 << 20;
 constexpr int kMostQueued = 10000;
@@ -57,6 +58,7 @@ private:
     void askAgain(int token);
     void awaitAnswer(int token);
     void takeLines();
+    std::string whyGone();
     void handle(const ProgramLine& line);
     void reply(int token, const Reply& reply, int delay);
     void deliver(int token, const Reply& reply);
@@ -93,10 +95,15 @@ void ServiceProgram::forget(int token) {
 }
 
 void ServiceProgram::serve() {
-    if (isAlive()) {
-        m_socket->sendNow();
-        m_socket->receiveNow();
-        takeLines();
+    if (!isAlive()) {
+        return;
+    }
+    const bool hadEnded = m_process.hasEnded();  // asked before the last that it said is received
+    m_socket->sendNow();
+    const bool hasReceived = m_socket->receiveNow();
+    takeLines();
+    if (isAlive() && (m_socket->isGone() || (hadEnded && !hasReceived))) {
+        endWith(whyGone());
     }
 }
 
@@ -113,12 +120,13 @@ bool ServiceProgram::start() {
         return isAlive();
     }
     m_hasStarted = true;
-    const int socket = m_process.startProgram(m_command.words, m_command.folder);
+    helper::Descriptor output;
+    const int socket = m_process.startProgram(m_command.words, m_command.folder, &output);
     if (socket < 0) {
         printLine(stderr, name() + ": cannot be run: " + std::strerror(errno));
         return false;
     }
-    m_socket.emplace(socket);
+    m_socket.emplace(helper::Descriptor(socket), std::move(output));
     return true;
 }
 
@@ -149,7 +157,7 @@ void ServiceProgram::awaitAnswer(int token) {
             endWith("it did not answer within 5 seconds");
             return;
         }
-        m_socket->wait(left);
+        m_socket->wait(std::min(left, kBetweenLooks));
         serve();
     }
 }
@@ -171,10 +179,15 @@ void ServiceProgram::takeLines() {
         endWith("its output: a line of more than 1 MiB");
     } else if (m_socket->queued() > kMostUnread) {
         endWith("it does not read its requests");
-    } else if (m_socket->isGone()) {
-        endWith(m_socket->isOurs() ? "it ended" + m_process.end(kLongestEnd)
-                                   : "the application closed its connection to it");
     }
+}
+
+std::string ServiceProgram::whyGone() {
+    if (!m_socket->isOurs()) {
+        return "the application closed its connection to it";
+    }
+    return m_process.waitForEnd(kLongestEnd) ? "it ended" + m_process.end()
+                                             : "it closed its standard input or output";
 }
 
 void ServiceProgram::handle(const ProgramLine& line) {

@@ -14,8 +14,6 @@
 #include <thread>
 #include <utility>
 
-#include "helper/descriptor.h"
-
 namespace tavsim {
 namespace {
 
@@ -40,16 +38,19 @@ void leaveApplication(pid_t application) {
     }
 }
 
+bool connect(helper::Descriptor* one, helper::Descriptor* other) {
+    int ends[2];
+    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) {
+        return false;
+    }
+    *one = helper::Descriptor(ends[0]);
+    *other = helper::Descriptor(ends[1]);
+    return true;
+}
+
 bool isChild(pid_t process) {
     siginfo_t unused;
     return waitid(P_PID, static_cast<id_t>(process), &unused, WEXITED | WNOHANG | WNOWAIT) == 0;
-}
-
-bool hasEnded(pid_t process) {
-    siginfo_t end;
-    end.si_pid = 0;
-    const int flags = WEXITED | WNOHANG | WNOWAIT;
-    return waitid(P_PID, static_cast<id_t>(process), &end, flags) != 0 || end.si_pid != 0;
 }
 
 bool isOfDevice(std::string_view variable) {
@@ -101,20 +102,21 @@ int ChildProcess::start(const std::function<void(int socket)>& run) {
     return m_process > 0 ? ends[0] : -1;
 }
 
-int ChildProcess::startProgram(const std::vector<std::string>& command, const std::string& folder) {
-    int ends[2];
-    if (pipe2(ends, O_CLOEXEC) != 0) {
+int ChildProcess::startProgram(const std::vector<std::string>& command, const std::string& folder,
+                               helper::Descriptor* output) {
+    // Closed by the program's start, without a word.
+    helper::Descriptor problem;
+    helper::Descriptor theirs;
+    helper::Descriptor theirOutput;
+    if (!connect(&problem, &theirs) || !connect(output, &theirOutput)) {
         return -1;
     }
-    // Closed by the program's start, without a word.
-    const helper::Descriptor problem(ends[0]);
-    helper::Descriptor theirs(ends[1]);
     const std::vector<char*> arguments = pointersTo(command);
     const std::vector<char*> environment = environmentOfPrograms();
     const int socket = start([&](int end) {
-        const int connection = fcntl(end, F_DUPFD, STDERR_FILENO + 1);
-        dup2(connection, STDIN_FILENO);
-        dup2(connection, STDOUT_FILENO);
+        const int input = fcntl(end, F_DUPFD, STDERR_FILENO + 1);
+        dup2(fcntl(theirOutput.number(), F_DUPFD, STDERR_FILENO + 1), STDOUT_FILENO);
+        dup2(input, STDIN_FILENO);
         close_range(STDERR_FILENO + 1, ~0u, CLOSE_RANGE_CLOEXEC);
         if (chdir(folder.c_str()) == 0) {
             execvpe(arguments[0], arguments.data(), environment.data());
@@ -123,6 +125,7 @@ int ChildProcess::startProgram(const std::vector<std::string>& command, const st
         (void)!write(theirs.number(), &reason, sizeof reason);
     });
     theirs.close();
+    theirOutput.close();
     int reason = 0;
     if (socket >= 0 && read(problem.number(), &reason, sizeof reason) == sizeof reason) {
         close(socket);
@@ -137,15 +140,29 @@ bool ChildProcess::isOurs() const {
     return m_process > 0 && getpid() == m_owner;
 }
 
+bool ChildProcess::hasEnded() const {
+    siginfo_t end;
+    end.si_pid = 0;
+    const int flags = WEXITED | WNOHANG | WNOWAIT;
+    return waitid(P_PID, static_cast<id_t>(m_process), &end, flags) != 0 || end.si_pid != 0;
+}
+
+bool ChildProcess::waitForEnd(milliseconds longest) const {
+    for (; longest > kStep && !hasEnded(); longest -= kStep) {
+        std::this_thread::sleep_for(kStep);
+    }
+    return hasEnded();
+}
+
 std::string ChildProcess::end(milliseconds patience) {
+    if (isOurs()) {
+        waitForEnd(patience);
+    }
     const bool wasOurs = isOurs();
     const pid_t process = std::exchange(m_process, 0);
     // The application may have waited for all its children, and the number may be another's by now.
     if (!wasOurs || !isChild(process)) {
         return "";
-    }
-    for (; patience > kStep && !hasEnded(process); patience -= kStep) {
-        std::this_thread::sleep_for(kStep);
     }
     kill(-process, SIGKILL);
     kill(process, SIGKILL);

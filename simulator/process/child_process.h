@@ -9,6 +9,8 @@
 #include <string>
 #include <vector>
 
+#include "helper/descriptor.h"
+
 namespace tavsim {
 
 // Goes when the application goes, however that ends. A fork of the application leaves it alone.
@@ -24,11 +26,16 @@ public:
     // of the connection comes back; a negative number, with errno, when there is no process.
     int start(const std::function<void(int socket)>& run);
 
-    // The same for a program, in this folder: the connection is its standard input and output. It
-    // is not on the device.
-    int startProgram(const std::vector<std::string>& command, const std::string& folder);
+    // The same for a program, in this folder. It is not on the device. The connection is its
+    // standard input; what it writes on its standard output comes to `output`.
+    int startProgram(const std::vector<std::string>& command, const std::string& folder,
+                     helper::Descriptor* output);
 
     pid_t number() const { return m_process; }
+
+    // Whether it has ended, though what it has started may go on.
+    bool hasEnded() const;
+    bool waitForEnd(std::chrono::milliseconds longest) const;
 
     // False in a fork of the application.
     bool isOurs() const;

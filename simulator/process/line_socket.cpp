@@ -4,7 +4,7 @@
 #include <sys/socket.h>
 
 #include <cerrno>
-#include <utility>
+#include <iterator>
 
 namespace tavsim {
 namespace {
@@ -18,29 +18,33 @@ void LineSocket::queue(std::string_view line) {
 }
 
 void LineSocket::sendNow() {
-    m_isGone = m_isGone || !m_socket.isOurs();
-    while (!m_outgoing.empty() && !m_isGone) {
-        const ssize_t count = send(m_socket.number(), m_outgoing.data(), m_outgoing.size(),
+    m_isGone = m_isGone || !isOurs();
+    while (!m_outgoing.empty() && !m_isGone && !m_isUnread) {
+        const ssize_t count = send(m_toProgram.number(), m_outgoing.data(), m_outgoing.size(),
                                    MSG_NOSIGNAL | MSG_DONTWAIT);
         if (count < 0 && errno != EINTR) {
             // Whether the other end is gone is told when all that it said has been received.
+            m_isUnread = errno != EAGAIN;
             return;
         }
         m_outgoing.erase(0, count > 0 ? static_cast<size_t>(count) : 0);
     }
 }
 
-void LineSocket::receiveNow() {
-    m_isGone = m_isGone || !m_socket.isOurs();
+bool LineSocket::receiveNow() {
+    m_isGone = m_isGone || !isOurs();
     if (m_isGone) {
-        return;
+        return false;
     }
     m_incoming.erase(0, std::exchange(m_taken, 0));
     const size_t before = m_incoming.size();
     m_incoming.resize(before + kStep);
-    const ssize_t count = recv(m_socket.number(), m_incoming.data() + before, kStep, MSG_DONTWAIT);
+    const ssize_t count =
+        recv(m_fromProgram.number(), m_incoming.data() + before, kStep, MSG_DONTWAIT);
     m_incoming.resize(before + (count > 0 ? static_cast<size_t>(count) : 0));
-    m_isGone = count == 0 || (count < 0 && errno != EAGAIN && errno != EINTR);
+    const bool isNothingThere = count < 0 && (errno == EAGAIN || errno == EINTR);
+    m_isGone = count <= 0 && (!isNothingThere || m_isUnread);
+    return count > 0;
 }
 
 std::optional<std::string> LineSocket::takeLine() {
@@ -53,14 +57,14 @@ std::optional<std::string> LineSocket::takeLine() {
 }
 
 void LineSocket::wait(std::chrono::milliseconds longest) const {
-    const short events = POLLIN | (m_outgoing.empty() ? 0 : POLLOUT);
-    pollfd waiting = {m_socket.number(), events, 0};
-    poll(&waiting, 1, static_cast<int>(longest.count()));
+    const int receiver = m_outgoing.empty() ? -1 : m_toProgram.number();
+    pollfd waiting[] = {{m_fromProgram.number(), POLLIN, 0}, {receiver, POLLOUT, 0}};
+    poll(waiting, std::size(waiting), static_cast<int>(longest.count()));
 }
 
 void LineSocket::endSending() {
-    if (m_socket.isOurs()) {
-        shutdown(m_socket.number(), SHUT_WR);
+    if (m_toProgram.isOurs()) {
+        shutdown(m_toProgram.number(), SHUT_WR);
     }
 }
 

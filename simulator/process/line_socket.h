@@ -1,4 +1,4 @@
-// Lines of text over a socket.
+// Lines of text over a pair of sockets.
 #ifndef TAV_SIMULATOR_PROCESS_LINE_SOCKET_H
 #define TAV_SIMULATOR_PROCESS_LINE_SOCKET_H
 
@@ -7,32 +7,33 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "helper/descriptor.h"
 
 namespace tavsim {
 
-// One end of a connection. Nothing is believed of what comes: a step at a time is taken, and
-// whoever takes the lines looks at what is left over.
+// One end of a connection with a program, which can close its output and keep its input, and the
+// other way round. Nothing is believed of what comes: a step at a time is taken, and whoever takes
+// the lines looks at what is left over.
 class LineSocket {
 public:
-    // Takes the connected socket over.
-    explicit LineSocket(int socket) : m_socket(socket) {}
+    LineSocket(helper::Descriptor toProgram, helper::Descriptor fromProgram)
+        : m_toProgram(std::move(toProgram)), m_fromProgram(std::move(fromProgram)) {}
 
-    // True for good when the other end has closed the connection, or the process has lost the
-    // socket.
+    // True for good when the other end has closed one of the two, or the process has lost one.
     bool isGone() const { return m_isGone; }
 
-    // False when the process has lost the socket.
-    bool isOurs() const { return m_socket.isOurs(); }
+    // False when the process has lost one of the two.
+    bool isOurs() const { return m_toProgram.isOurs() && m_fromProgram.isOurs(); }
 
     // Sends without waiting what the other end takes.
     void queue(std::string_view line);
     void sendNow();
     size_t queued() const { return m_outgoing.size(); }
 
-    // Receives a part of what has come.
-    void receiveNow();
+    // Receives a part of what has come; false when there was nothing.
+    bool receiveNow();
 
     // The next line of what was received.
     std::optional<std::string> takeLine();
@@ -45,7 +46,9 @@ public:
     void endSending();
 
 private:
-    helper::Descriptor m_socket;
+    helper::Descriptor m_toProgram;
+    helper::Descriptor m_fromProgram;
+    bool m_isUnread = false;  // nobody is there to read what is sent
     bool m_isGone = false;
     std::string m_incoming;
     size_t m_taken = 0;  // bytes of it
