@@ -3,6 +3,7 @@
 #include <dlfcn.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 
@@ -41,6 +42,18 @@ std::string join(const std::string& first, const std::string& second) {
 std::string userValue(const char* name) {
     const char* value = std::getenv(name);
     return value != nullptr ? value : std::string();
+}
+
+// Without a display, SDL 1.2 draws with letters into the terminal.
+void drawNowhereWithoutDisplay() {
+    for (const char* name : {"SDL_VIDEODRIVER", "DISPLAY", "WAYLAND_DISPLAY"}) {
+        if (!userValue(name).empty()) {
+            return;
+        }
+    }
+    set("SDL_VIDEODRIVER", "dummy");
+    std::fprintf(
+        stderr, "tavsim: there is no display: the program draws nowhere (SDL_VIDEODRIVER=dummy)\n");
 }
 
 }  // namespace
@@ -87,6 +100,7 @@ void setEnvironment(const RunRequest& request, const std::string& root,
     set("TAVSIM_PLUGIN", request.plugin ? "1" : "");
     set("TAVSIM_VIRTUAL_TIME", request.virtualTime ? "1" : "");
     set("TAVSIM_CONTROL", "1");
+    drawNowhereWithoutDisplay();
     preload(simulator);
 }
 

@@ -158,6 +158,15 @@ listed=$(cut -d ' ' -f 1 <<<"$out")
 there=$(cd "$TAV_SOURCE/simulator/devices" && printf '%s\n' *.json | sed 's/\.json$//' | LC_ALL=C sort)
 [ "$(LC_ALL=C sort <<<"$listed")" = "$there" ] || fail "tavsim devices: $out"
 
+# Without a display nothing is drawn into the terminal, if nothing else was chosen.
+told=$'tavsim: there is no display: *\n'
+for chosen in UNRELATED= DISPLAY=:7 WAYLAND_DISPLAY=a SDL_VIDEODRIVER=other; do
+    run env -u DISPLAY -u WAYLAND_DISPLAY -u SDL_VIDEODRIVER "$chosen" \
+        "$tavsim" run sh -c 'echo "driver ${SDL_VIDEODRIVER#other}"'
+    [ "$chosen" = UNRELATED= ] || told=
+    expect 0 "driver ${told:+dummy}" "$told$unused"
+done
+
 # An inherited preload list is kept behind the simulator.
 run env LD_PRELOAD= "$tavsim" run "$ends" print whole
 expect 0 whole "$unused"
