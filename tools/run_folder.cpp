@@ -44,12 +44,15 @@ bool RunFolder::isUntouched() const {
     return !hasClaim && tavsim::isClaimed(m_root, tavsim::kRunClaim);
 }
 
-bool RunFolder::isInUse() const {
-    return tavsim::isClaimed(m_root, tavsim::kDeviceClaim);
-}
-
-void RunFolder::signalProgram(int signal, pid_t except) const {
-    tavsim::signalClaimant(m_root, tavsim::kDeviceClaim, signal, except);
+std::set<pid_t> RunFolder::programs() const {
+    std::set<pid_t> programs = {tavsim::claimant(m_root, tavsim::kDeviceClaim)};
+    std::error_code problem;
+    for (fs::directory_iterator at(tavsim::freshRootsFolder(), problem), end; !problem && at != end;
+         at.increment(problem)) {
+        programs.insert(tavsim::claimant(at->path(), tavsim::kDeviceClaim));
+    }
+    programs.erase(0);
+    return programs;
 }
 
 void RunFolder::release() {

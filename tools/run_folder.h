@@ -4,6 +4,7 @@
 
 #include <sys/types.h>
 
+#include <set>
 #include <string>
 
 namespace tools {
@@ -27,11 +28,8 @@ public:
     // Whether it is certain that no program was on the device.
     bool isUntouched() const;
 
-    // Whether one is on it now.
-    bool isInUse() const;
-
-    // Sends a signal to the program that is on the device, unless that is this process.
-    void signalProgram(int signal, pid_t except) const;
+    // The processes that are on it, or on any fresh device now.
+    std::set<pid_t> programs() const;
 
     // Removes what is fresh, but not under a program that outlives the run.
     void release();

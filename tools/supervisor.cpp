@@ -21,9 +21,8 @@ constexpr int kDeathBySignal = 128;
 
 // How long a program may take to end when it is asked to because of --timeout.
 constexpr seconds kGrace(5);
-// Some ask the process and its group, so that one request comes twice at once; and a program that
-// does something else with an interruption than to end, such as a debugger, is not in a hurry.
-constexpr milliseconds kSameRequest(200);
+// A program that does something else with an interruption than to end, such as a debugger, is not
+// in a hurry.
 constexpr seconds kSecondRequest(5);
 constexpr milliseconds kBetweenLooks(20);
 
@@ -52,9 +51,7 @@ RunEnd Supervisor::run(const std::string& file) {
         return {kCannotStart, false, false};
     }
     const Guard guard([this] {
-        m_process.killAsStranger();
-        m_folder.signalProgram(SIGKILL, 0);
-        endOthers();
+        m_members.kill();
         m_folder.release();
     });
     if (m_output != nullptr) {
@@ -128,21 +125,23 @@ void Supervisor::endInTime() {
 
 // Whoever starts a program may be gone before it.
 void Supervisor::endOthers() {
-    waitUntilUnused();
-    m_folder.signalProgram(SIGKILL, 0);
-    waitUntilUnused();
-}
-
-void Supervisor::waitUntilUnused() const {
     const Clock::time_point limit = Clock::now() + kGrace;
-    while (m_folder.isInUse() && Clock::now() < limit) {
+    while (sendOthers(0), !m_others.empty() && Clock::now() < limit) {
         std::this_thread::sleep_for(kBetweenLooks);
     }
+    m_members.kill();
 }
 
-void Supervisor::sendAll(int signal) const {
+void Supervisor::sendAll(int signal) {
     m_process.send(signal);
-    m_folder.signalProgram(signal, m_process.id());
+    sendOthers(signal);
+}
+
+// A program that ends leaves its device before it has written all that it has to write.
+void Supervisor::sendOthers(int signal) {
+    m_others.merge(m_folder.programs());
+    m_others.erase(m_process.id());
+    std::erase_if(m_others, [&](pid_t process) { return !m_members.send(process, signal); });
 }
 
 int Supervisor::tellEnd() const {

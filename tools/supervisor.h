@@ -2,11 +2,13 @@
 #ifndef TAV_TOOLS_SUPERVISOR_H
 #define TAV_TOOLS_SUPERVISOR_H
 
+#include <set>
 #include <string>
 
 #include "output_watch.h"
 #include "run.h"
 #include "run_folder.h"
+#include "tools/process/members.h"
 #include "tools/process/process.h"
 #include "tools/process/signals.h"
 
@@ -35,8 +37,8 @@ private:
     void passOn(const siginfo_t& signal);
     void endInTime();
     void endOthers();
-    void waitUntilUnused() const;
-    void sendAll(int signal) const;
+    void sendAll(int signal);
+    void sendOthers(int signal);
     int tellEnd() const;
     void say(const std::string& text) const;
 
@@ -44,7 +46,9 @@ private:
     RunFolder& m_folder;
     const Signals& m_signals;
     OutputWatch* m_output;
+    Members m_members;
     Process m_process;
+    std::set<pid_t> m_others;      // that were on a device of the run and have not ended
     Signals::Moment m_limit;       // when the program is ended next, at first politely
     Signals::Moment m_askedToEnd;  // when the last request to end came that may be repeated
     bool m_isTimedOut = false;

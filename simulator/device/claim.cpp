@@ -58,7 +58,7 @@ std::string nameOf(pid_t process) {
 }
 
 // The process that a claim names, if it does.
-pid_t claimant(const std::string& text) {
+pid_t namedIn(const std::string& text) {
     return static_cast<pid_t>(std::strtol(text.c_str(), nullptr, 10));
 }
 
@@ -73,12 +73,12 @@ bool lives(const std::string& text) {
     if (text.empty() || space != processNamespace()) {
         return !text.empty();
     }
-    const int opened = pidfd_open(claimant(text), 0);
+    const int opened = pidfd_open(namedIn(text), 0);
     if (opened < 0) {
         return errno != ESRCH && errno != EINVAL && errno != ENOENT;
     }
     const helper::Descriptor process(opened);
-    const std::string now = nameOf(claimant(text));
+    const std::string now = nameOf(namedIn(text));
     const bool isKnown = (text + now).find(kUnknown) == std::string::npos;
     return !hasEnded(process) && (text == now || !isKnown);
 }
@@ -134,13 +134,10 @@ bool isClaimed(const std::string& folder, const char* name) {
     return lives(readLink(AT_FDCWD, (folder + "/" + name).c_str()));
 }
 
-void signalClaimant(const std::string& folder, const char* name, int signal, pid_t except) {
+pid_t claimant(const std::string& folder, const char* name) {
     const std::string there = readLink(AT_FDCWD, (folder + "/" + name).c_str());
-    // Opened first, so that no other process can come by the number before it is compared.
-    const helper::Descriptor process(pidfd_open(claimant(there), 0));
-    if (claimant(there) != except && process.isOurs() && there == nameOf(claimant(there))) {
-        pidfd_send_signal(process.number(), signal, nullptr, 0);
-    }
+    const bool isHere = there.ends_with(' ' + processNamespace());
+    return isHere && lives(there) ? namedIn(there) : 0;
 }
 
 }  // namespace tavsim

@@ -29,9 +29,8 @@ TAV_PLATFORM_API void removeClaim(const std::string& folder, const char* name);
 // Whether a process that lives holds the claim.
 TAV_PLATFORM_API bool isClaimed(const std::string& folder, const char* name);
 
-// Sends the signal to the process that holds the claim, if there is one and it is not `except`.
-TAV_PLATFORM_API void signalClaimant(const std::string& folder, const char* name, int signal,
-                                     pid_t except);
+// The process of this namespace that holds the claim; 0 when there is none that lives.
+TAV_PLATFORM_API pid_t claimant(const std::string& folder, const char* name);
 
 // Opens a folder, and keeps others from claiming it meanwhile.
 class LockedFolder {

@@ -85,12 +85,14 @@ std::string makeFreshRoot(const char* claimName) {
 
 void removeFreshRoot(const std::string& path) {
     // Locked, so that nobody else removes it as a stale one at the same time.
-    const LockedFolder locked(fs::path(path).parent_path());
+    const fs::path parent = fs::path(path).parent_path();
+    const LockedFolder locked(parent);
     std::error_code problem;
     fs::remove_all(path, problem);
     if (locked.descriptor() >= 0) {
+        removeStaleRoots(parent);
         // Stays where it holds the folders of other runs.
-        fs::remove(fs::path(path).parent_path(), problem);
+        fs::remove(parent, problem);
     }
 }
 

@@ -18,7 +18,7 @@ bool makeFreshRootsFolder();
 // processes that were killed. Empty when none can be made.
 TAV_PLATFORM_API std::string makeFreshRoot(const char* claim);
 
-// Removes a folder that makeFreshRoot made.
+// Removes a folder that makeFreshRoot made, and tidies up likewise.
 TAV_PLATFORM_API void removeFreshRoot(const std::string& path);
 
 }  // namespace tavsim

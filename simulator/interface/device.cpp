@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <csignal>
 #include <utility>
 
 #include "helper/faults.h"
@@ -41,6 +42,14 @@ std::string journalFile(const Options& options) {
                : options.journalFile;
 }
 
+// SDL makes a quit event of SIGTERM, but not of this one, which comes when a terminal is closed.
+void takeHangUpAsRequestToEnd() {
+    struct sigaction action;
+    if (sigaction(SIGHUP, nullptr, &action) == 0 && action.sa_handler == SIG_DFL) {
+        std::signal(SIGHUP, [](int) { std::raise(SIGTERM); });
+    }
+}
+
 bool startRooms(const Options& options, std::string* error) {
     g_startedBy = getpid();
     for (const Fault fault : {helper::Fault::Allocation, helper::Fault::Dispatch,
@@ -55,6 +64,9 @@ bool startRooms(const Options& options, std::string* error) {
     }
     if (options.control && !startControl(error)) {
         return false;
+    }
+    if (options.control) {
+        takeHangUpAsRequestToEnd();
     }
     startPage(options.pageFile);
     if (isSecond(options)) {

@@ -53,8 +53,10 @@ bool isChild(pid_t process) {
     return waitid(P_PID, static_cast<id_t>(process), &unused, WEXITED | WNOHANG | WNOWAIT) == 0;
 }
 
+// The mark of the run stays: what such a program starts is for the run to end.
 bool isOfDevice(std::string_view variable) {
-    return variable.starts_with("TAVSIM_") || variable.starts_with("LD_PRELOAD=");
+    return (variable.starts_with("TAVSIM_") && !variable.starts_with("TAVSIM_RUN=")) ||
+           variable.starts_with("LD_PRELOAD=");
 }
 
 // With a null pointer at the end, as the kernel wants it.

@@ -48,7 +48,6 @@ while read -r signal expected what; do
 done <<EOF
 TERM 0 $waits
 TERM 0 $waits greedy
-HUP 129 $waits
 TERM 143 $work/script
 EOF
 
@@ -84,13 +83,32 @@ run "$tavsim" run --timeout 600 "$programs/ends" status 5
 expect 5 '' '*did not use*'
 expect_nothing_left 'runs with a time-out'
 
-# A run that is killed takes the program and the folder along.
-for what in "$waits" "$work/script"; do
-    start $what
-    kill -KILL "$runner"
-    wait "$runner" 2>/dev/null || true
+# Nothing outlives a run that is killed or asked to end: no second device, and nothing else that
+# holds the output open.
+cat >"$work/many" <<EOF
+#!/bin/sh
+setsid sleep 600 &
+"$waits" &
+exec "$waits"
+EOF
+chmod +x "$work/many"
+mkfifo "$work/pipe"
+many_run() {
+    local devices=("$TMPDIR"/tavsim-*/*)
+    [ "${#devices[@]}" -eq 2 ] && for root in "${devices[@]}"; do
+        "$tavsim" ctl --root "$root" wait ready
+    done
+}
+for end in 'KILL 0' 'TERM 2' 'HUP 2'; do
+    timeout 60 cat "$work/pipe" >"$work/said" &
+    reader=$!
+    "$tavsim" run "$work/many" >"$work/pipe" 2>&1 &
+    runner=$!
+    wait_until many_run
+    kill -"${end% *}" "$runner"
+    wait "$reader" || fail "$end: something still holds the output"
+    [ "$(grep -c quit "$work/said")" -eq "${end#* }" ] || fail "$end: $(<"$work/said")"
     wait_until nothing_is_left
-    is_gone "$program" || fail "$what: the program outlives a run that was killed"
 done
 
 # A fork that ends leaves the device alone.

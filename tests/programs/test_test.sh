@@ -92,12 +92,22 @@ run "$tavsim" test --junit report.xml floods.scenario speaks.scenario
 run cases
 [[ $status -eq 0 && $out == *"('failure', 'speaks:1: this')"* ]] || fail "the report: $out $err"
 
-# An interruption ends all programs, also those that do not listen.
-printf 'program %s stubborn\n' "$programs/ends" | tee long1.scenario >long2.scenario
-"$tavsim" test --jobs 2 long1.scenario long2.scenario >said 2>told &
-tester=$!
-both_run() { [ "$(find "$TMPDIR" -name .run | wc -l)" -eq 2 ]; }
-wait_until both_run
+# An interruption ends all programs, also those that do not listen, and so does an end by force.
+printf '#!/bin/sh\n%s stubborn &\nexec %s stubborn\n' "$programs/ends" "$programs/ends" >stubborn
+chmod +x stubborn
+echo 'program ./stubborn' | tee long1.scenario >long2.scenario
+start() {
+    "$tavsim" test --jobs 2 long1.scenario long2.scenario >said 2>told &
+    tester=$!
+    wait_until all_run
+}
+programs_left() { pgrep -cf "^$programs/ends stubborn"; }
+all_run() { [ "$(programs_left)" -eq 4 ]; }
+nothing_is_left() { [[ $(programs_left) -eq 0 && -z $(find "$TMPDIR" -mindepth 1) ]]; }
+start
+kill -KILL "$tester"
+wait_until nothing_is_left
+start
 has_ended_when_asked() {
     kill -TERM "$tester" 2>/dev/null
     ! kill -0 "$tester" 2>/dev/null
@@ -107,7 +117,4 @@ status=0
 wait "$tester" || status=$?
 command='an interrupted test' out=$(<said) err=$(<told)
 expect 143 '2 scenarios: 0 passed, 2 not finished in *' ''
-nothing_is_left() { [ -z "$(find "$TMPDIR" -mindepth 1)" ]; }
 wait_until nothing_is_left
-no_program_is_left() { ! pgrep -f "^$programs/ends stubborn" >/dev/null; }
-wait_until no_program_is_left

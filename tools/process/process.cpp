@@ -1,16 +1,11 @@
 #include "tools/process/process.h"
 
 #include <fcntl.h>
-#include <poll.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
-
-extern "C" {  // which the header itself lacks
-#include <sys/pidfd.h>
-}
 
 namespace tools {
 namespace {
@@ -57,12 +52,6 @@ void leaveTerminal() {
 
 }  // namespace
 
-Process::~Process() {
-    if (m_handle >= 0) {
-        close(m_handle);
-    }
-}
-
 int execute(const std::string& file, const std::vector<std::string>& words) {
     execv(file.c_str(), pointersTo(words).data());
     return errno;
@@ -82,7 +71,6 @@ int Process::start(const std::string& file, const std::vector<std::string>& word
     }
     int problem = m_id < 0 ? errno : 0;
     close(report[1]);
-    m_handle = m_id > 0 ? pidfd_open(m_id, 0) : -1;
     if (m_id > 0 && read(report[0], &problem, sizeof problem) > 0) {
         waitpid(m_id, nullptr, 0);
     }
@@ -96,12 +84,6 @@ bool Process::hasEnded() {
 
 void Process::send(int signal) const {
     kill(m_id, signal);
-}
-
-void Process::killAsStranger() const {
-    pidfd_send_signal(m_handle, SIGKILL, nullptr, 0);
-    pollfd end = {m_handle, POLLIN, 0};
-    poll(&end, 1, -1);
 }
 
 }  // namespace tools

@@ -26,7 +26,6 @@ int execute(const std::string& file, const std::vector<std::string>& words);
 class Process {
 public:
     Process() = default;
-    ~Process();
     Process(const Process&) = delete;
     Process& operator=(const Process&) = delete;
 
@@ -42,12 +41,8 @@ public:
 
     void send(int signal) const;
 
-    // For a process that is not its parent: kills it, and waits until it is gone.
-    void killAsStranger() const;
-
 private:
     pid_t m_id = 0;
-    int m_handle = -1;
     int m_status = 0;
 };
 

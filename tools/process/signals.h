@@ -10,14 +10,17 @@
 
 namespace tools {
 
+// Some ask the process and its group, so that one request comes twice at once.
+inline constexpr std::chrono::milliseconds kSameRequest(200);
+
 class Signals {
 public:
     using Moment = std::optional<std::chrono::steady_clock::time_point>;
 
-    // From now on requests to end, and the ends of children, are kept until they are taken. What
-    // is ignored, as under nohup, stays ignored.
+    // From now on requests to end, and the ends of children, are kept until they are taken: one
+    // that comes when everything has ended does not change how. What is ignored, as under nohup,
+    // stays ignored.
     Signals();
-    ~Signals() { restore(); }
     Signals(const Signals&) = delete;
     Signals& operator=(const Signals&) = delete;
 

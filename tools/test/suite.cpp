@@ -57,10 +57,13 @@ void Suite::takeSignals() {
         if (signal == SIGCHLD) {
             continue;
         }
-        const bool isFirst = m_askedToEnd == 0;
-        m_askedToEnd = signal;
-        m_patience = isFirst ? Clock::now() + kGrace : Clock::now();
-        sendAll(SIGTERM);
+        if (m_askedToEnd == 0) {
+            m_askedToEnd = signal;
+            m_patience = Clock::now() + kGrace;
+            sendAll(SIGTERM);
+        } else if (Clock::now() > m_patience - kGrace + kSameRequest) {
+            m_patience = Clock::now();
+        }
     }
     if (m_askedToEnd != 0 && Clock::now() >= m_patience) {
         sendAll(SIGKILL);  // each has a guard that cleans up

@@ -1,0 +1,77 @@
+#include "tools/process/members.h"
+
+#include <unistd.h>
+
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <thread>
+
+#include "helper/descriptor.h"
+
+extern "C" {  // which the header itself lacks
+#include <sys/pidfd.h>
+}
+
+namespace fs = std::filesystem;
+
+namespace tools {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr char kVariable[] = "TAVSIM_RUN";
+// For those that the system cannot end at once, as they wait for a disk.
+constexpr std::chrono::seconds kLongestEnd(5);
+constexpr std::chrono::milliseconds kBetweenLooks(5);
+
+std::string newMark() {
+    return '<' + std::to_string(getpid()) + '-' +
+           std::to_string(std::chrono::system_clock::now().time_since_epoch().count()) + '>';
+}
+
+}  // namespace
+
+Members::Members() : m_mark(newMark()) {
+    const char* around = std::getenv(kVariable);
+    setenv(kVariable, ((around != nullptr ? around : "") + m_mark).c_str(), 1);
+}
+
+// One that has ended has no environment any more.
+bool Members::has(pid_t process) const {
+    std::ifstream environment("/proc/" + std::to_string(process) + "/environ");
+    std::string variable;
+    while (std::getline(environment, variable, '\0')) {
+        if (variable.starts_with(kVariable) && variable.find(m_mark) != std::string::npos) {
+            return true;
+        }
+    }
+    return false;
+}
+
+bool Members::send(pid_t process, int signal) const {
+    // Opened first, so that no other process can come by the number meanwhile.
+    const helper::Descriptor handle(process > 0 ? pidfd_open(process, 0) : -1);
+    return handle.isOurs() && has(process) &&
+           pidfd_send_signal(handle.number(), signal, nullptr, 0) == 0;
+}
+
+void Members::kill() const {
+    const Clock::time_point limit = Clock::now() + kLongestEnd;
+    bool isAnyLeft = true;
+    while (isAnyLeft && Clock::now() < limit) {
+        isAnyLeft = false;
+        std::error_code problem;
+        for (fs::directory_iterator at("/proc", problem), end; !problem && at != end;
+             at.increment(problem)) {
+            isAnyLeft |= send(std::atoi(at->path().filename().c_str()), SIGKILL);
+        }
+        if (isAnyLeft) {
+            std::this_thread::sleep_for(kBetweenLooks);
+        }
+    }
+}
+
+}  // namespace tools
