@@ -6,6 +6,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "SDL.h"
 #include "front/next.h"
@@ -53,6 +54,23 @@ int lookUp(const std::function<std::optional<std::string>(const std::string&)>& 
 
 int accepted(bool accepts) {
     return accepts ? 1 : 0;
+}
+
+// SDL 1.2 on SDL 2 counts its versions from 1.2.50. It minimises, and always answers 0.
+bool minimizesSilently() {
+    static const auto version = TAV_FRONT_NEXT(SDL_Linked_Version);
+    static const auto driverName = TAV_FRONT_NEXT(SDL_VideoDriverName);
+    constexpr int firstOnSdl2 = 50;
+    char name[16] = "";
+    driverName(name, sizeof name);
+    const std::string_view driver = name;
+    return version()->patch >= firstOnSdl2 && (driver == "x11" || driver == "wayland");
+}
+
+bool minimize() {
+    static const auto window = TAV_FRONT_NEXT(SDL_GetVideoSurface);
+    static const auto iconify = TAV_FRONT_NEXT(SDL_WM_IconifyWindow);
+    return window() != nullptr && (iconify() != 0 || minimizesSilently());
 }
 
 }  // namespace
@@ -113,9 +131,7 @@ int NApp_SetKeyboardState(int visible) {
 }
 
 int NApp_Minimize() {
-    static const auto window = TAV_FRONT_NEXT(SDL_GetVideoSurface);
-    static const auto iconify = TAV_FRONT_NEXT(SDL_WM_IconifyWindow);
-    return tavlinux::accepted(tavlinux::isInFront() && window() != nullptr && iconify() != 0);
+    return tavlinux::accepted(tavlinux::isInFront() && tavlinux::minimize());
 }
 
 // Nothing on this system does what the following ask.

@@ -11,7 +11,7 @@
  *     location N | compass N   N fixes or failures, N readings
  *     wait FILE                until the file is there, with events handled
  *     browse URL | mail SUBJECT BODY TO | vibrate PERIOD DURATION | port NUMBER FLAG | pause
- *     keyboard FLAG | timeout FLAG | banners FLAG | refusals | about | purchase
+ *     keyboard FLAG | timeout FLAG | banners FLAG | refusals | about | purchase | minimize
  */
 #include <malloc.h>
 #include <stdio.h>
@@ -164,6 +164,13 @@ static void about(char *a[])
     printf("%s\n", text);
 }
 
+static void minimize(char *a[])
+{
+    (void)a;
+    SDL_SetVideoMode(64, 64, 0, SDL_SWSURFACE);
+    outcome("minimize", TAV_Minimize());
+}
+
 static void purchase(char *a[])
 {
     TAV_ItemInfo *item = TAV_GetItemInfo("extra");
@@ -249,7 +256,7 @@ static const struct {
                 {"cancel", 3, cancel},   {"repeat", 3, repeat},       {"location", 1, location},
                 {"compass", 1, compass}, {"wait", 1, waitForFile},    {"refusals", 0, refusals},
                 {"about", 0, about},     {"purchase", 0, purchase},   {"thread", 2, callOnThread},
-                {"fork", 2, callInFork}};
+                {"fork", 2, callInFork},  {"minimize", 0, minimize}};
 
 #define TAKE(NAME, ARGUMENTS, CALL) \
     if (strcmp(a[0], NAME) == 0) {  \
