@@ -3,6 +3,7 @@
 #include <glib.h>
 #include <sqlite3.h>
 
+#include <algorithm>
 #include <fstream>
 #include <map>
 #include <memory>
@@ -42,12 +43,12 @@ std::string machineDisplayName() {
 // "de_DE.UTF-8@euro": the language and, where it is told, the country.
 Language parseLocale(const std::string& locale) {
     const std::string plain = locale.substr(0, locale.find_first_of(".@"));
-    const size_t underscore = plain.find('_');
-    if (plain == "C" || plain == "POSIX" || underscore == std::string::npos) {
+    if (plain == "C" || plain == "POSIX") {
         return {};
     }
-    char* country = g_ascii_strdown(plain.c_str() + underscore + 1, -1);
-    Language language{plain.substr(0, underscore), country};
+    const size_t underscore = std::min(plain.find('_'), plain.size());
+    char* country = g_ascii_strdown(plain.substr(underscore).c_str(), -1);
+    Language language{plain.substr(0, underscore), *country != '\0' ? country + 1 : ""};
     g_free(country);
     return language;
 }
@@ -108,6 +109,9 @@ std::map<std::string, std::string> preferences() {
                            .member("countryCode", language.country)
                            .endObject()
                            .take();
+    if (language.country.empty()) {
+        return values;
+    }
     values["region"] = helper::JsonWriter()
                            .beginObject()
                            .member("countryCode", language.country)
