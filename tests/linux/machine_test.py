@@ -28,13 +28,22 @@ class Machine(OnPrivateBuses):
         self.assertEqual(lines[6:], [
             "601", "title 0", "Driver", "no value 11 ",
             self.folder + "/share/com.example.driver/level", self.folder + "/appinfo.json"])
-        self.assertEqual(self.run_driver("about", LANG="de_DE.UTF-8")[1:4],
-                         ["de", "Germany", "de_de"])
+        for language, expected in (("de_DE.UTF-8", ["de", "Germany", "de_de"]),
+                                   ("eo", ["-", "-", "eo_"]), ("sr.UTF-8@latin", ["-", "-", "sr_"])):
+            self.assertEqual(self.run_driver("about", LANG=language)[1:4], expected)
 
     def test_the_unique_id_belongs_to_the_application(self):
         self.describe()
         first = self.run_driver("about")[4]
         self.assertRegex(first, "^[0-9a-f]{40}$")
         self.assertEqual(self.run_driver("about")[4], first)
+        # Below a file nothing can be made, not even by the root user.
+        nowhere = dict(HOME=self.program, XDG_RUNTIME_DIR=None, TMPDIR=self.folder)
+        about = self.run_driver("about", **nowhere)
+        self.assertEqual((about[4], about[0] == "-"), (first, False))
+        own = f"{self.folder}/libtav-{os.geteuid()}"
+        self.assertEqual(os.stat(own).st_mode & 0o777, 0o700)
+        os.chmod(own, 0o777)
+        self.assertEqual(self.run_driver("about", **nowhere)[4], "-")
         os.remove(self.folder + "/appinfo.json")
         self.assertNotEqual(self.run_driver("about")[4], first)
