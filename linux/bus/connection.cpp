@@ -1,6 +1,7 @@
 #include "linux/bus/connection.h"
 
 #include <cstdlib>
+#include <set>
 #include <utility>
 
 #include "linux/bus/pump.h"
@@ -27,6 +28,12 @@ struct Line {
 struct Attempt {
     GDBusConnection* connection = nullptr;
     bool finished = false;
+};
+
+struct BriefCall {
+    Variant result;
+    bool isFinished = false;
+    bool isLate = false;
 };
 
 // GLib's own way to an address may start programs, so it is not asked.
@@ -192,16 +199,43 @@ bool call(const Method& method, GVariant* arguments, Result result, GCancellable
     return true;
 }
 
-Variant callBriefly(const Method& method, GVariant* arguments, const char* resultType) {
+Variant callBriefly(const Method& method, GVariant* arguments, const char* resultType,
+                    LateResult late) {
+    static auto& hanging = *new std::set<std::string>;  // services that owe an answer
     const Variant owned(arguments != nullptr ? g_variant_ref_sink(arguments) : nullptr);
     GDBusConnection* connection = connectionTo(method.bus);
     if (connection == nullptr) {
         return nullptr;
     }
-    return Variant(g_dbus_connection_call_sync(
-        connection, method.service.c_str(), method.path.c_str(), method.interface.c_str(),
-        method.name.c_str(), arguments, G_VARIANT_TYPE(resultType), G_DBUS_CALL_FLAGS_NONE,
-        kLongestBriefCallMs, nullptr, nullptr));
+    if (!isApplicationThread()) {
+        return Variant(g_dbus_connection_call_sync(
+            connection, method.service.c_str(), method.path.c_str(), method.interface.c_str(),
+            method.name.c_str(), arguments, G_VARIANT_TYPE(resultType), G_DBUS_CALL_FLAGS_NONE,
+            kLongestBriefCallMs, nullptr, nullptr));
+    }
+    if (hanging.contains(method.service)) {
+        return nullptr;
+    }
+    const auto brief = std::make_shared<BriefCall>();
+    const auto takeResult = [brief, service = method.service, type = std::string(resultType),
+                             late = std::move(late)](GVariant* result, const GError*) {
+        const bool fits = result != nullptr &&
+                          g_variant_is_of_type(result, G_VARIANT_TYPE(type.c_str())) != FALSE;
+        brief->isFinished = true;
+        brief->result.reset(fits ? g_variant_ref(result) : nullptr);
+        if (brief->isLate) {
+            hanging.erase(service);
+        }
+        if (brief->isLate && fits && late) {
+            late(result);
+        }
+    };
+    call(method, arguments, takeResult);
+    if (!serveUntil([&brief] { return brief->isFinished; }, kLongestBriefCallMs)) {
+        brief->isLate = true;
+        hanging.insert(method.service);
+    }
+    return std::move(brief->result);
 }
 
 Variant propertyOf(Bus bus, const std::string& service, const std::string& path,

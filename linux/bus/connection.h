@@ -42,7 +42,11 @@ bool call(const Method& method, GVariant* arguments, Result result,
           GCancellable* cancellable = nullptr);
 
 // Waits for the answer of a service of this machine, but not for long. Null when there was none.
-Variant callBriefly(const Method& method, GVariant* arguments, const char* resultType);
+// One that comes later goes to a function, which undoes what nobody knows of. Until then this
+// service is called no more.
+using LateResult = std::function<void(GVariant* result)>;
+Variant callBriefly(const Method& method, GVariant* arguments, const char* resultType,
+                    LateResult late = nullptr);
 
 Variant propertyOf(Bus bus, const std::string& service, const std::string& path,
                    const std::string& interface, const char* property);

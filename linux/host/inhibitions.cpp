@@ -1,47 +1,74 @@
 #include "linux/host/inhibitions.h"
 
+#include <optional>
 #include <string>
 
 #include "linux/application/application.h"
 #include "linux/bus/connection.h"
+#include "linux/bus/portal.h"
+#include "linux/bus/pump.h"
 
 namespace tavlinux {
 namespace {
 
 constexpr char kReason[] = "The application asked for it";
-constexpr char kPortal[] = "org.freedesktop.portal.Desktop";
-constexpr char kPortalPath[] = "/org/freedesktop/portal/desktop";
+constexpr char kPortalInhibit[] = "org.freedesktop.portal.Inhibit";
 constexpr char kScreenSaver[] = "org.freedesktop.ScreenSaver";
 constexpr char kScreenSaverPath[] = "/org/freedesktop/ScreenSaver";
 constexpr char kNotifications[] = "org.freedesktop.Notifications";
 constexpr char kNotificationsPath[] = "/org/freedesktop/Notifications";
 constexpr guint32 kIdle = 8;
+constexpr int kLongestResponseMs = 500;
 
 // The portal's handle, or the screen saver's cookie.
 Variant g_idlePortal;
 Variant g_idleScreenSaver;
 Variant g_notifications;
 
+void closePortalRequest(GVariant* answer) {
+    const char* handle = nullptr;
+    g_variant_get(answer, "(&o)", &handle);
+    call({Bus::Session, kPortal, handle, kPortalRequest, "Close"}, nullptr, nullptr);
+}
+
+void unInhibitScreenSaver(GVariant* cookie) {
+    call({Bus::Session, kScreenSaver, kScreenSaverPath, kScreenSaver, "UnInhibit"}, cookie,
+         nullptr);
+}
+
+void unInhibitNotifications(GVariant* cookie) {
+    call({Bus::Session, kNotifications, kNotificationsPath, kNotifications, "UnInhibit"}, cookie,
+         nullptr);
+}
+
+// Whether anything is inhibited is in the response.
 Variant inhibitByPortal() {
-    GVariantBuilder options;
-    g_variant_builder_init(&options, G_VARIANT_TYPE_VARDICT);
+    GDBusConnection* connection = connectionTo(Bus::Session);
+    if (connection == nullptr) {
+        return nullptr;
+    }
+    std::optional<guint32> code;
+    const PortalResponse response(connection, [&code](guint32 received) { code = received; });
+    GVariantBuilder options = response.options();
     g_variant_builder_add(&options, "{sv}", "reason", g_variant_new_string(kReason));
-    return callBriefly(
-        {Bus::Session, kPortal, kPortalPath, "org.freedesktop.portal.Inhibit", "Inhibit"},
-        g_variant_new("(sua{sv})", "", kIdle, &options), "(o)");
+    Variant answer =
+        callBriefly({Bus::Session, kPortal, kPortalPath, kPortalInhibit, "Inhibit"},
+                    g_variant_new("(sua{sv})", "", kIdle, &options), "(o)", closePortalRequest);
+    if (!answer) {
+        return nullptr;
+    }
+    serveUntil([&code] { return code.has_value(); }, kLongestResponseMs);
+    if (code != kGranted) {
+        closePortalRequest(answer.get());
+        return nullptr;
+    }
+    return answer;
 }
 
 Variant inhibitScreenSaver() {
     return callBriefly({Bus::Session, kScreenSaver, kScreenSaverPath, kScreenSaver, "Inhibit"},
-                       g_variant_new("(ss)", applicationId().c_str(), kReason), "(u)");
-}
-
-void closePortalRequest() {
-    const char* handle = nullptr;
-    g_variant_get(g_idlePortal.get(), "(&o)", &handle);
-    call({Bus::Session, kPortal, handle, "org.freedesktop.portal.Request", "Close"}, nullptr,
-         nullptr);
-    g_idlePortal.reset();
+                       g_variant_new("(ss)", applicationId().c_str(), kReason), "(u)",
+                       unInhibitScreenSaver);
 }
 
 }  // namespace
@@ -57,11 +84,11 @@ bool enableScreenTimeout(bool enable) {
         return g_idlePortal || g_idleScreenSaver;
     }
     if (g_idlePortal) {
-        closePortalRequest();
+        closePortalRequest(g_idlePortal.get());
+        g_idlePortal.reset();
     }
     if (g_idleScreenSaver) {
-        call({Bus::Session, kScreenSaver, kScreenSaverPath, kScreenSaver, "UnInhibit"},
-             g_idleScreenSaver.get(), nullptr);
+        unInhibitScreenSaver(g_idleScreenSaver.get());
         g_idleScreenSaver.reset();
     }
     return true;
@@ -71,12 +98,12 @@ bool enableNotifications(bool enable) {
     if (!enable && !g_notifications) {
         g_notifications = callBriefly(
             {Bus::Session, kNotifications, kNotificationsPath, kNotifications, "Inhibit"},
-            g_variant_new("(ssa{sv})", applicationId().c_str(), kReason, nullptr), "(u)");
+            g_variant_new("(ssa{sv})", applicationId().c_str(), kReason, nullptr), "(u)",
+            unInhibitNotifications);
         return g_notifications != nullptr;
     }
     if (enable && g_notifications) {
-        call({Bus::Session, kNotifications, kNotificationsPath, kNotifications, "UnInhibit"},
-             g_notifications.get(), nullptr);
+        unInhibitNotifications(g_notifications.get());
         g_notifications.reset();
     }
     return true;
