@@ -3,10 +3,12 @@
 #include <utility>
 
 #include "helper/json/writer.h"
+#include "platform/htracker.h"
 
 namespace tavlinux {
 
 std::string failure(const std::string& text) {
+    HTracker_funcTrack("tav_e", "HKSCaller", "%s", text.c_str());
     return helper::JsonWriter()
         .beginObject()
         .member("returnValue", false)

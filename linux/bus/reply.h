@@ -12,7 +12,8 @@ namespace tavlinux {
 
 inline constexpr char kDone[] = R"({"returnValue":true})";
 
-// {"returnValue":false,"errorCode":-1,"errorText":…}
+// {"returnValue":false,"errorCode":-1,"errorText":…}. Traces the text, too: nobody reads the reply
+// to a one-way call.
 std::string failure(const std::string& text);
 
 // The same with the name that D-Bus has for the problem and its message.

@@ -1,9 +1,15 @@
 #include "linux/services/launch.h"
 
+#include <algorithm>
+#include <cstring>
+#include <functional>
+#include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "linux/bus/connection.h"
+#include "linux/bus/portal.h"
 #include "linux/services/members.h"
 
 namespace dom = simdjson::dom;
@@ -13,8 +19,6 @@ namespace {
 
 constexpr char kBrowser[] = "com.vire.app.browser";
 constexpr char kEmail[] = "com.vire.app.email";
-constexpr char kService[] = "org.freedesktop.portal.Desktop";
-constexpr char kPath[] = "/org/freedesktop/portal/desktop";
 
 struct Message {
     std::string subject;
@@ -22,17 +26,29 @@ struct Message {
     std::vector<std::string> recipients;
 };
 
+// Whether a port follows the target's first colon, as in "localhost:8080/x". What stands before is
+// a host then, and no scheme.
+bool hasPort(const std::string& target) {
+    const size_t start = target.find(':') + 1;
+    const size_t end = std::min(target.find_first_not_of("0123456789", start), target.size());
+    return start > 0 && end > start && (end == target.size() || std::strchr("/?#", target[end]));
+}
+
 // A page's address; one without a scheme is of the web. Empty for what is none: a browser is not
 // to be a way to files and programs of the user.
 std::string pageAddress(const std::string& target) {
-    char* scheme = g_uri_parse_scheme(target.c_str());
-    const std::string name = scheme != nullptr ? scheme : "";
-    g_free(scheme);
+    // In lower case.
+    const char* scheme = hasPort(target) ? nullptr : g_uri_peek_scheme(target.c_str());
+    const std::string_view name = scheme != nullptr ? scheme : "";
     std::string address = name.empty() ? "http://" + target : target;
-    const bool isOfTheWeb = name.empty() || name == "http" || name == "https";
     const auto flags = static_cast<GUriFlags>(G_URI_FLAGS_PARSE_RELAXED | G_URI_FLAGS_ENCODED);
-    const bool isValid = g_uri_is_valid(address.c_str(), flags, nullptr) != FALSE;
-    return isOfTheWeb && isValid ? address : "";
+    char* host = nullptr;
+    const bool isValid =
+        g_uri_split_network(address.c_str(), flags, nullptr, &host, nullptr, nullptr) != FALSE;
+    const bool hasHost = isValid && host != nullptr && *host != '\0';
+    g_free(host);
+    const bool isOfTheWeb = name.empty() || name == "http" || name == "https";
+    return isOfTheWeb && hasHost ? address : "";
 }
 
 std::string escaped(const std::string& text) {
@@ -67,7 +83,7 @@ Message readMessage(const dom::object& parameters) {
 
 // The program gets the address as one argument, which its scheme keeps from being an option. What
 // is preloaded into the application is not for it.
-bool openWithProgram(const std::string& address) {
+bool runOpener(const std::string& address) {
     const char* arguments[] = {"xdg-open", address.c_str(), nullptr};
     const auto flags = static_cast<GSpawnFlags>(G_SPAWN_SEARCH_PATH | G_SPAWN_STDOUT_TO_DEV_NULL |
                                                 G_SPAWN_STDERR_TO_DEV_NULL);
@@ -78,21 +94,44 @@ bool openWithProgram(const std::string& address) {
     return isStarted;
 }
 
-Dispatched open(const char* interface, const char* method, GVariant* arguments,
+struct Opening {
+    std::string address;
+    Answer answer;
+    std::unique_ptr<PortalResponse> response;
+};
+
+using Arguments = std::function<GVariant*(GVariantBuilder* options)>;
+
+Dispatched open(const char* interface, const char* method, const Arguments& arguments,
                 const std::string& address, const Answer& answer) {
-    const bool isDispatched =
-        call({Bus::Session, kService, kPath, interface, method}, arguments,
-             [address, answer](const GVariant* result, const GError* problem) {
-                 const bool isOpen = result != nullptr || openWithProgram(address);
-                 answer(isOpen ? kDone : failure(problem));
-             });
-    if (isDispatched) {
+    const auto opening = std::make_shared<Opening>(Opening{address, answer, nullptr});
+    GDBusConnection* connection = connectionTo(Bus::Session);
+    if (connection == nullptr) {
+        if (!runOpener(address)) {
+            return std::nullopt;
+        }
+        answer(kDone);
         return Stop();
     }
-    if (!openWithProgram(address)) {
-        return std::nullopt;
-    }
-    answer(kDone);
+    opening->response = std::make_unique<PortalResponse>(connection, [opening](guint32 code) {
+        opening->response.reset();
+        if (code == kGranted) {
+            opening->answer(kDone);
+        } else if (code == kCancelled) {
+            opening->answer(failure("the user does not want it opened"));
+        } else {
+            const bool isOpen = runOpener(opening->address);
+            opening->answer(isOpen ? kDone : failure("nothing opens " + opening->address));
+        }
+    });
+    GVariantBuilder options = opening->response->options();
+    call({Bus::Session, kPortal, kPortalPath, interface, method}, arguments(&options),
+         [opening](const GVariant* result, const GError* problem) {
+             if (result == nullptr) {
+                 opening->response.reset();
+                 opening->answer(runOpener(opening->address) ? kDone : failure(problem));
+             }
+         });
     return Stop();
 }
 
@@ -102,27 +141,30 @@ Dispatched openPage(const dom::object& parameters, const Answer& answer) {
         answer(failure("the target is no address of a page"));
         return Stop();
     }
-    GVariant* arguments = g_variant_new("(ssa{sv})", "", address.c_str(), nullptr);
+    const auto arguments = [&address](GVariantBuilder* options) {
+        return g_variant_new("(ssa{sv})", "", address.c_str(), options);
+    };
     return open("org.freedesktop.portal.OpenURI", "OpenURI", arguments, address, answer);
 }
 
 Dispatched writeMail(const dom::object& parameters, const Answer& answer) {
     const Message message = readMessage(parameters);
-    GVariantBuilder options;
-    g_variant_builder_init(&options, G_VARIANT_TYPE_VARDICT);
-    g_variant_builder_add(&options, "{sv}", "subject",
-                          g_variant_new_string(message.subject.c_str()));
-    g_variant_builder_add(&options, "{sv}", "body", g_variant_new_string(message.body.c_str()));
-    if (!message.recipients.empty()) {
-        GVariantBuilder addresses;
-        g_variant_builder_init(&addresses, G_VARIANT_TYPE_STRING_ARRAY);
-        for (const std::string& recipient : message.recipients) {
-            g_variant_builder_add(&addresses, "s", recipient.c_str());
+    const auto arguments = [&message](GVariantBuilder* options) {
+        g_variant_builder_add(options, "{sv}", "subject",
+                              g_variant_new_string(message.subject.c_str()));
+        g_variant_builder_add(options, "{sv}", "body", g_variant_new_string(message.body.c_str()));
+        if (!message.recipients.empty()) {
+            GVariantBuilder addresses;
+            g_variant_builder_init(&addresses, G_VARIANT_TYPE_STRING_ARRAY);
+            for (const std::string& recipient : message.recipients) {
+                g_variant_builder_add(&addresses, "s", recipient.c_str());
+            }
+            g_variant_builder_add(options, "{sv}", "addresses", g_variant_builder_end(&addresses));
         }
-        g_variant_builder_add(&options, "{sv}", "addresses", g_variant_builder_end(&addresses));
-    }
-    return open("org.freedesktop.portal.Email", "ComposeEmail",
-                g_variant_new("(sa{sv})", "", &options), mailAddress(message), answer);
+        return g_variant_new("(sa{sv})", "", options);
+    };
+    return open("org.freedesktop.portal.Email", "ComposeEmail", arguments, mailAddress(message),
+                answer);
 }
 
 }  // namespace

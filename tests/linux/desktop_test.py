@@ -1,33 +1,63 @@
 """What the desktop does for an application, and what nothing there does."""
 
 import os
+import subprocess
+import sys
 
-import dbus
-import dbusmock
-
-from buses import DRIVER, OnPrivateBuses
+from buses import DRIVER, HERE, OnPrivateBuses
 
 
 PORTAL = "org.freedesktop.portal.Desktop"
 PORTAL_PATH = "/org/freedesktop/portal/desktop"
+LAUNCH = "vire://com.vire.applicationManager/launch"
 
 
 class Desktop(OnPrivateBuses):
+    def portal(self, code, *slow):
+        server = subprocess.Popen([sys.executable, HERE + "/portal_service.py", code, *slow],
+                                  stdout=subprocess.PIPE, text=True)
+        self.addCleanup(server.stdout.close)
+        self.addCleanup(self.stop, server)
+        self.wait_for_bus_object(PORTAL, PORTAL_PATH)
+        return server
+
+    def asked(self, portal):
+        self.stop(portal)
+        return portal.stdout.read().splitlines()
+
     def test_pages_and_mails_are_opened_by_the_portal(self):
-        portal = self.serve(PORTAL, PORTAL_PATH, "org.freedesktop.portal.OpenURI")
-        portal.AddMethod("", "OpenURI", "ssa{sv}", "o", 'ret = dbus.ObjectPath("/r")')
-        portal.AddMethod("org.freedesktop.portal.Email", "ComposeEmail", "sa{sv}", "o",
-                         'ret = dbus.ObjectPath("/r")')
-        launch = ("call", "vire://com.vire.applicationManager/launch")
-        lines = self.run_driver("browse", "https://example.com/?a=$(touch x)", "mail", "S;ubject",
-                                "`Body`", "someone@example.com", *launch,
-                                '{"id":"com.vire.app.browser","params":{"target":"file:///x"}}')
-        self.assertEqual(lines[:2], ["browse 0", "mail 0"])
-        self.assertIn("no address of a page", lines[2])
-        self.assertEqual(self.calls(portal), [
-            ("OpenURI", ["", "https://example.com/?a=$(touch x)", {}]),
-            ("ComposeEmail", ["", {"subject": "S;ubject", "body": "`Body`",
-                                   "addresses": ["someone@example.com"]}])])
+        portal = self.portal("0")
+        opened = {"https://example.com/?a=$(touch x)": 0, "HTTP://example.com": 0,
+                  "localhost:8080/x": "http://localhost:8080/x",
+                  "www.example.org:80": "http://www.example.org:80"}
+        refused = ["", "http://", "file:///x", "javascript:x"]
+        lines = self.run_driver(*[word for target in [*opened, *refused] for word in (
+            "call", LAUNCH, f'{{"id":"com.vire.app.browser","params":{{"target":"{target}"}}}}')],
+            "mail", "S;ubject", "`Body`", "someone@example.com")
+        self.assertEqual(lines[:len(opened)], ['reply {"returnValue":true}'] * len(opened))
+        for line in lines[len(opened):-1]:
+            self.assertIn("no address of a page", line)
+        self.assertEqual(self.asked(portal), [
+            f"OpenURI  {address or target} {{}}" for target, address in opened.items()] + [
+            "ComposeEmail  {'subject': 'S;ubject', 'body': '`Body`', "
+            "'addresses': ['someone@example.com']}"])
+
+    def test_what_one_way_calls_came_to_is_traced(self):
+        self.portal("2")
+        trace = self.folder + "/trace"
+        lines = self.run_driver("mail", 'a "quote"', "", "x@y.z", "browse", "file:///x", "browse",
+                                "http://y.z", "port", "4000", "1", "vibrate", "0", "100", "send",
+                                "vire://org.freedesktop.DBus/GetId", "no", "call",
+                                "vire://com.example.Nobody/X", "{}", TAV_TRACE="tav_e",
+                                TAV_TRACE_FILE=trace, PATH="/")
+        self.assertEqual(lines[:5], ["mail 0", "browse 0", "browse 0", "port 0", "vibrate 0"])
+        with open(trace) as file:
+            self.assertEqual({line.removeprefix("tav_e HKSCaller ") for line in file}, {
+                "the payload is no JSON object\n", "the target is no address of a page\n",
+                "nothing opens http://y.z\n", "there is nothing that vibrates\n",
+                "org.freedesktop.DBus.Error.ServiceUnknown: The name org.fedoraproject.FirewallD1 "
+                "was not provided by any .service files\n", "the payload is no JSON\n",
+                "no such service: com.example.Nobody\n"})
 
     def test_without_a_portal_a_program_gets_one_argument(self):
         opener = self.folder + "/xdg-open"
@@ -99,14 +129,18 @@ class Desktop(OnPrivateBuses):
         self.assertEqual(self.calls(keyboard), [("SetVisible", [True]), ("SetVisible", [False])])
         self.assertEqual([name for name, _ in self.calls(saver)], ["Inhibit", "UnInhibit"])
 
-        portal = self.serve(PORTAL, PORTAL_PATH, "org.freedesktop.portal.Inhibit")
-        portal.AddMethod("", "Inhibit", "sua{sv}", "o", 'ret = dbus.ObjectPath("/request")')
-        portal.AddObject("/request", "org.freedesktop.portal.Request", {}, [("Close", "", "", "")])
-        self.run_driver("timeout", "0", "timeout", "1",
-                        "call", "vire://org.freedesktop.portal.Desktop/request/Nothing", "{}")
-        request = dbus.Interface(self.session.get_object(PORTAL, "/request"), dbusmock.MOCK_IFACE)
-        self.assertEqual(self.calls(portal)[0][1][1], 8)
-        self.assertEqual(self.calls(request), [("Close", [])])
+    def test_an_inhibition_is_what_the_portal_responds(self):
+        refused = "timeout 2 Unable to communicate with app card"
+        release = ("call", f"vire://{PORTAL}{PORTAL_PATH}/com.example.Test.Release", "{}")
+        inhibit = "Inhibit  8 {'reason': 'The application asked for it'}"
+        for arguments, outcomes in ((["0"], ["timeout 0"] * 2), (["2"], [refused] * 2),
+                                    (["0", "slow"], [refused] * 2)):
+            with self.subTest(arguments=arguments):
+                portal = self.portal(*arguments)
+                lines = self.run_driver("timeout", "0", "timeout", "0", *release, "timeout", "1")
+                self.assertEqual(lines[:2], outcomes)
+                count = 2 if arguments == ["2"] else 1
+                self.assertEqual(sorted(self.asked(portal)), ["Close"] * count + [inhibit] * count)
 
     def test_what_nobody_can_do_is_refused(self):
         card = "Unable to communicate with app card"
