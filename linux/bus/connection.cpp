@@ -203,16 +203,6 @@ Variant callBriefly(const Method& method, GVariant* arguments, const char* resul
                     LateResult late) {
     static auto& hanging = *new std::set<std::string>;  // services that owe an answer
     const Variant owned(arguments != nullptr ? g_variant_ref_sink(arguments) : nullptr);
-    GDBusConnection* connection = connectionTo(method.bus);
-    if (connection == nullptr) {
-        return nullptr;
-    }
-    if (!isApplicationThread()) {
-        return Variant(g_dbus_connection_call_sync(
-            connection, method.service.c_str(), method.path.c_str(), method.interface.c_str(),
-            method.name.c_str(), arguments, G_VARIANT_TYPE(resultType), G_DBUS_CALL_FLAGS_NONE,
-            kLongestBriefCallMs, nullptr, nullptr));
-    }
     if (hanging.contains(method.service)) {
         return nullptr;
     }
@@ -230,7 +220,9 @@ Variant callBriefly(const Method& method, GVariant* arguments, const char* resul
             late(result);
         }
     };
-    call(method, arguments, takeResult);
+    if (!call(method, arguments, takeResult)) {
+        return nullptr;
+    }
     if (!serveUntil([&brief] { return brief->isFinished; }, kLongestBriefCallMs)) {
         brief->isLate = true;
         hanging.insert(method.service);

@@ -2,34 +2,34 @@
 
 #include <algorithm>
 
-namespace tavlinux {
-namespace {
+#include "linux/bus/connection.h"
 
-std::string newToken() {
+namespace tavlinux {
+
+std::string newPortalToken() {
     static unsigned count = 0;
     return "libtav" + std::to_string(++count);
 }
 
-// Where the portal responds to the request with this token.
-std::string requestPath(GDBusConnection* connection, const std::string& token) {
-    std::string sender = g_dbus_connection_get_unique_name(connection) + 1;
+std::string portalObject(const char* kind, const std::string& token) {
+    GDBusConnection* connection = connectionTo(Bus::Session);
+    std::string sender =
+        connection != nullptr ? g_dbus_connection_get_unique_name(connection) + 1 : "nobody";
     std::replace(sender.begin(), sender.end(), '.', '_');
-    return std::string(kPortalPath) + "/request/" + sender + "/" + token;
+    return std::string(kPortalPath) + "/" + kind + "/" + sender + "/" + token;
 }
 
-}  // namespace
-
-PortalResponse::PortalResponse(GDBusConnection* connection,
-                               const std::function<void(guint32 code)>& receiver)
-    : m_token(newToken()),
-      m_signal(connection, kPortal, requestPath(connection, m_token).c_str(), kPortalRequest,
-               "Response", nullptr, [receiver](const char*, GVariant* arguments) {
-                   if (g_variant_is_of_type(arguments, G_VARIANT_TYPE("(ua{sv})")) != FALSE) {
-                       guint32 code = 0;
-                       g_variant_get_child(arguments, 0, "u", &code);
-                       receiver(code);
-                   }
-               }) {
+PortalResponse::PortalResponse(const std::function<void(guint32 code)>& receiver)
+    : m_token(newPortalToken()),
+      m_signal(
+          {Bus::Session, kPortal, portalObject("request", m_token), kPortalRequest, "Response"},
+          [receiver](const char*, GVariant* arguments) {
+              if (g_variant_is_of_type(arguments, G_VARIANT_TYPE("(ua{sv})")) != FALSE) {
+                  guint32 code = Granted;
+                  g_variant_get_child(arguments, 0, "u", &code);
+                  receiver(code);
+              }
+          }) {
 }
 
 GVariantBuilder PortalResponse::options() const {

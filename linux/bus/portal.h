@@ -5,7 +5,7 @@
 #include <functional>
 #include <string>
 
-#include "linux/bus/connection.h"
+#include "linux/bus/subscription.h"
 
 namespace tavlinux {
 
@@ -13,20 +13,24 @@ inline constexpr char kPortal[] = "org.freedesktop.portal.Desktop";
 inline constexpr char kPortalPath[] = "/org/freedesktop/portal/desktop";
 inline constexpr char kPortalRequest[] = "org.freedesktop.portal.Request";
 
-enum PortalCode : guint32 { kGranted = 0, kCancelled = 1 };
+// A new token for what the portal is to make, and where it makes that: a "request" or a "session".
+std::string newPortalToken();
+std::string portalObject(const char* kind, const std::string& token);
 
 // Receives the response to one request while it lives. It is made before the request is sent, as
 // the response can come before the method's answer.
 class PortalResponse {
 public:
-    PortalResponse(GDBusConnection* connection, const std::function<void(guint32 code)>& receiver);
+    enum Code : guint32 { Granted = 0, Cancelled = 1 };  // by the user; others are failures
 
-    // Options for the request, by which the portal knows where to respond.
+    explicit PortalResponse(const std::function<void(guint32 code)>& receiver);
+
+    // The request's options, by which the portal knows where to respond.
     GVariantBuilder options() const;
 
 private:
-    std::string m_token;
-    Subscription m_signal;
+    const std::string m_token;
+    const Subscription m_signal;
 };
 
 }  // namespace tavlinux

@@ -43,12 +43,8 @@ void unInhibitNotifications(GVariant* cookie) {
 
 // Whether anything is inhibited is in the response.
 Variant inhibitByPortal() {
-    GDBusConnection* connection = connectionTo(Bus::Session);
-    if (connection == nullptr) {
-        return nullptr;
-    }
     std::optional<guint32> code;
-    const PortalResponse response(connection, [&code](guint32 received) { code = received; });
+    const PortalResponse response([&code](guint32 received) { code = received; });
     GVariantBuilder options = response.options();
     g_variant_builder_add(&options, "{sv}", "reason", g_variant_new_string(kReason));
     Variant answer =
@@ -58,7 +54,7 @@ Variant inhibitByPortal() {
         return nullptr;
     }
     serveUntil([&code] { return code.has_value(); }, kLongestResponseMs);
-    if (code != kGranted) {
+    if (code != PortalResponse::Granted) {
         closePortalRequest(answer.get());
         return nullptr;
     }

@@ -105,19 +105,18 @@ using Arguments = std::function<GVariant*(GVariantBuilder* options)>;
 Dispatched open(const char* interface, const char* method, const Arguments& arguments,
                 const std::string& address, const Answer& answer) {
     const auto opening = std::make_shared<Opening>(Opening{address, answer, nullptr});
-    GDBusConnection* connection = connectionTo(Bus::Session);
-    if (connection == nullptr) {
+    if (connectionTo(Bus::Session) == nullptr) {
         if (!runOpener(address)) {
             return std::nullopt;
         }
         answer(kDone);
         return Stop();
     }
-    opening->response = std::make_unique<PortalResponse>(connection, [opening](guint32 code) {
+    opening->response = std::make_unique<PortalResponse>([opening](guint32 code) {
         opening->response.reset();
-        if (code == kGranted) {
+        if (code == PortalResponse::Granted) {
             opening->answer(kDone);
-        } else if (code == kCancelled) {
+        } else if (code == PortalResponse::Cancelled) {
             opening->answer(failure("the user does not want it opened"));
         } else {
             const bool isOpen = runOpener(opening->address);

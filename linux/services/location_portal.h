@@ -8,6 +8,7 @@
 #include <memory>
 #include <string>
 
+#include "linux/bus/portal.h"
 #include "linux/bus/subscription.h"
 
 namespace tavlinux {
@@ -28,7 +29,7 @@ public:
 private:
     void ask(const char* method, GVariant* arguments, const std::function<void()>& next);
     void start();
-    void takeResponse(GVariant* response);
+    void takeResponse(guint32 code);
     void takeUpdate(GVariant* update);
     void fail(GDBusError code, const char* text);
 
@@ -38,7 +39,7 @@ private:
     const std::string m_token;
     std::string m_session;
     std::unique_ptr<Subscription> m_owner;
-    std::unique_ptr<Subscription> m_response;
+    std::unique_ptr<PortalResponse> m_response;
     std::unique_ptr<Subscription> m_updates;
 };
 

@@ -45,12 +45,12 @@ class Desktop(OnPrivateBuses):
     def test_what_one_way_calls_came_to_is_traced(self):
         self.portal("2")
         trace = self.folder + "/trace"
-        lines = self.run_driver("mail", 'a "quote"', "", "x@y.z", "browse", "file:///x", "browse",
-                                "http://y.z", "port", "4000", "1", "vibrate", "0", "100", "send",
-                                "vire://org.freedesktop.DBus/GetId", "no", "call",
-                                "vire://com.example.Nobody/X", "{}", TAV_TRACE="tav_e",
-                                TAV_TRACE_FILE=trace, PATH="/")
-        self.assertEqual(lines[:5], ["mail 0", "browse 0", "browse 0", "port 0", "vibrate 0"])
+        lines = self.run_driver(
+            "mail", 'a "quote"', "", "x@y.z", "browse", "file:///x", "port", "4000", "1", "vibrate",
+            "0", "100", "send", "vire://org.freedesktop.DBus/GetId", "no", "call", LAUNCH,
+            '{"id":"com.vire.app.browser","params":{"target":"y.z"}}', "call",
+            "vire://com.example.Nobody/X", "{}", TAV_TRACE="tav_e", TAV_TRACE_FILE=trace, PATH="/")
+        self.assertEqual(lines[:4], ["mail 0", "browse 0", "port 0", "vibrate 0"])
         with open(trace) as file:
             self.assertEqual({line.removeprefix("tav_e HKSCaller ") for line in file}, {
                 "the payload is no JSON object\n", "the target is no address of a page\n",

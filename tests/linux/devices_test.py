@@ -103,7 +103,8 @@ class Location(OnPrivateBuses):
                 (0, "fix 52.5200 13.4050 34.0 8.0 -1.0 90.0 1.5"), (1, "location failure 6"),
                 (2, "location failure 4")):
             desktop.AddMethod("", "Start", "osa{sv}", "o", f"""
-ret = dbus.ObjectPath(args[0].replace("/session/", "/request/"))
+of_sender = args[0].replace("/session/", "/request/").rpartition("/")[0]
+ret = dbus.ObjectPath(of_sender + "/" + args[2]["handle_token"])
 response = dbus.lowlevel.SignalMessage(ret, "org.freedesktop.portal.Request", "Response")
 response.append(dbus.UInt32({answer}), dbus.Dictionary(signature="sv"), signature="ua{{sv}}")
 self.connection.send_message(response)
