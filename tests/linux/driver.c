@@ -6,8 +6,8 @@
  *     abandon URI PAYLOAD      a subscription that is cancelled at once
  *     cancel URI PAYLOAD FILE  a call that is cancelled once the file is there
  *     repeat N URI PAYLOAD     N calls in a row; growth of memory in kB after the first tenth
- *     thread URI PAYLOAD       a call on a thread, which opens a file before, and one here
- *     fork URI PAYLOAD         the same in a fork
+ *     thread URI PAYLOAD       a call on a thread, which is the first to open a file, and one here
+ *     fork URI PAYLOAD         a call, and another in a fork
  *     location N | compass N   N fixes or failures, N readings
  *     wait FILE                until the file is there, with events handled
  *     browse URL | mail SUBJECT BODY TO | vibrate PERIOD DURATION | port NUMBER FLAG | pause
@@ -196,19 +196,13 @@ static int callElsewhere(void *a)
     return 0;
 }
 
-static void callOnThread(char *a[])
-{
-    SDL_WaitThread(SDL_CreateThread(callElsewhere, a), NULL);
-    callOnce(a);
-}
-
 static void callInFork(char *a[])
 {
+    callOnce(a);
     if (fork() == 0) {
         _exit(callElsewhere(a));
     }
     wait(NULL);
-    callOnce(a);
 }
 
 static void subscribe(char *a[])
@@ -255,8 +249,8 @@ static const struct {
 } commands[] = {{"call", 2, callOnce},   {"subscribe", 3, subscribe}, {"abandon", 2, abandon},
                 {"cancel", 3, cancel},   {"repeat", 3, repeat},       {"location", 1, location},
                 {"compass", 1, compass}, {"wait", 1, waitForFile},    {"refusals", 0, refusals},
-                {"about", 0, about},     {"purchase", 0, purchase},   {"thread", 2, callOnThread},
-                {"fork", 2, callInFork},  {"minimize", 0, minimize}};
+                {"about", 0, about},     {"purchase", 0, purchase},   {"thread", 2, callOnce},
+                {"fork", 2, callInFork}, {"minimize", 0, minimize}};
 
 #define TAKE(NAME, ARGUMENTS, CALL) \
     if (strcmp(a[0], NAME) == 0) {  \
@@ -296,6 +290,9 @@ int main(int argc, char *argv[])
     if (SDL_Init(SDL_INIT_VIDEO) != 0) {
         fprintf(stderr, "SDL: %s\n", SDL_GetError());
         return 1;
+    }
+    if (argc > 3 && strcmp(argv[1], "thread") == 0) {
+        SDL_WaitThread(SDL_CreateThread(callElsewhere, argv + 2), NULL);
     }
     TAV_Init(0);
     while (at < argc) {
