@@ -37,18 +37,15 @@ expect_nothing_left 'a killed program'
 # to the one on the device, where a script has started that.
 printf '#!/bin/sh\n%s\nexit 3\n' "$waits" >"$work/script"
 chmod +x "$work/script"
-while read -r signal expected what; do
-    # The program and its argument.
-    # shellcheck disable=SC2086
-    start $what
+while read -r what signal expected; do
+    start "$what"
     kill -"$signal" "$runner"
     expect_end "$expected" '*' ''
     is_gone "$program" || fail "$what: still runs after SIG$signal"
     expect_nothing_left 'a run that was asked to end'
 done <<EOF
-TERM 0 $waits
-TERM 0 $waits greedy
-TERM 143 $work/script
+$waits TERM 0
+$work/script TERM 143
 EOF
 
 # No request is lost while the run or its program starts.
@@ -157,3 +154,11 @@ run "$tavsim" ctl quit
 expect 0 '' ''
 expect_end 0 quit ''
 expect_nothing_left 'tidying up'
+TAVSIM_CONTROL=1 "$waits" thread >/dev/null &
+threads=$!
+wait_until is_gone "$threads" # as far as its first thread goes
+live=$(echo "$TMPDIR"/tavsim-*/*)
+run "$tavsim" run "$programs/service_reply"
+[ -e "$live" ] || fail 'the folder of a program whose first thread has ended is gone'
+kill -KILL "$threads"
+wait "$threads" 2>/dev/null || true

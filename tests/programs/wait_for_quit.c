@@ -1,6 +1,7 @@
 /* Shows the keyboard, asks a service and runs until it is asked to quit, or for a minute. With the
-   argument "fork" it first starts a process that ends at once, with "greedy" it takes all
-   descriptors before it ends. */
+   argument "fork" it first starts a process that ends at once, with "thread" it ends
+   its first thread and stays. */
+#include <pthread.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -12,6 +13,12 @@
 
 #define STEP 5
 #define LONGEST 60000
+
+static void *stay(void *unused)
+{
+    pause();
+    return unused;
+}
 
 int main(int argc, char *argv[])
 {
@@ -30,13 +37,16 @@ int main(int argc, char *argv[])
         }
         wait(NULL);
     }
+    if (argc > 1 && strcmp(argv[1], "thread") == 0) {
+        pthread_t thread;
+        pthread_create(&thread, NULL, stay, NULL);
+        pthread_exit(NULL);
+    }
     for (waited = 0; waited < LONGEST; waited += STEP) {
         SDL_Event event;
         while (SDL_PollEvent(&event)) {
             if (event.type == SDL_QUIT) {
                 printf("quit\n");
-                while (argc > 1 && strcmp(argv[1], "greedy") == 0 && dup(0) >= 0) {
-                }
                 TAV_Quit();
                 SDL_Quit();
                 return 0;
