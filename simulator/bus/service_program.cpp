@@ -95,15 +95,10 @@ void ServiceProgram::forget(int token) {
 }
 
 void ServiceProgram::serve() {
-    if (!isAlive()) {
-        return;
-    }
-    const bool hadEnded = m_process.hasEnded();  // asked before the last that it said is received
-    m_socket->sendNow();
-    const bool hasReceived = m_socket->receiveNow();
-    takeLines();
-    if (isAlive() && (m_socket->isGone() || (hadEnded && !hasReceived))) {
-        endWith(whyGone());
+    if (isAlive()) {
+        m_socket->sendNow();
+        m_socket->receiveNow(m_process.hasEnded());
+        takeLines();
     }
 }
 
@@ -179,6 +174,8 @@ void ServiceProgram::takeLines() {
         endWith("its output: a line of more than 1 MiB");
     } else if (m_socket->queued() > kMostUnread) {
         endWith("it does not read its requests");
+    } else if (m_socket->isGone()) {
+        endWith(whyGone());
     }
 }
 

@@ -31,10 +31,10 @@ void LineSocket::sendNow() {
     }
 }
 
-bool LineSocket::receiveNow() {
+void LineSocket::receiveNow(bool hadEnded) {
     m_isGone = m_isGone || !isOurs();
     if (m_isGone) {
-        return false;
+        return;
     }
     m_incoming.erase(0, std::exchange(m_taken, 0));
     const size_t before = m_incoming.size();
@@ -43,8 +43,7 @@ bool LineSocket::receiveNow() {
         recv(m_fromProgram.number(), m_incoming.data() + before, kStep, MSG_DONTWAIT);
     m_incoming.resize(before + (count > 0 ? static_cast<size_t>(count) : 0));
     const bool isNothingThere = count < 0 && (errno == EAGAIN || errno == EINTR);
-    m_isGone = count <= 0 && (!isNothingThere || m_isUnread);
-    return count > 0;
+    m_isGone = count <= 0 && (!isNothingThere || m_isUnread || hadEnded);
 }
 
 std::optional<std::string> LineSocket::takeLine() {

@@ -21,7 +21,8 @@ public:
     LineSocket(helper::Descriptor toProgram, helper::Descriptor fromProgram)
         : m_toProgram(std::move(toProgram)), m_fromProgram(std::move(fromProgram)) {}
 
-    // True for good when the other end has closed one of the two, or the process has lost one.
+    // True for good when the other end has closed one of the two or has ended and all that it said
+    // has been received, or the process has lost one.
     bool isGone() const { return m_isGone; }
 
     // False when the process has lost one of the two.
@@ -32,8 +33,8 @@ public:
     void sendNow();
     size_t queued() const { return m_outgoing.size(); }
 
-    // Receives a part of what has come; false when there was nothing.
-    bool receiveNow();
+    // Receives a part of what has come. Nothing more is to come from a program that had ended.
+    void receiveNow(bool hadEnded);
 
     // The next line of what was received.
     std::optional<std::string> takeLine();
