@@ -203,7 +203,7 @@ Variant callBriefly(const Method& method, GVariant* arguments, const char* resul
                     LateResult late) {
     static auto& hanging = *new std::set<std::string>;  // services that owe an answer
     const Variant owned(arguments != nullptr ? g_variant_ref_sink(arguments) : nullptr);
-    if (hanging.contains(method.service)) {
+    if (!isApplicationThread() || hanging.contains(method.service)) {
         return nullptr;
     }
     const auto brief = std::make_shared<BriefCall>();
