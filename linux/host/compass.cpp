@@ -87,9 +87,13 @@ bool hasCompass() {
            g_variant_get_boolean(value.get()) != FALSE;
 }
 
+void releaseSensor() {
+    call({Bus::System, kService, kPath, kCompass, "ReleaseCompass"}, nullptr, nullptr);
+}
+
 bool useSensor() {
     const Method claim{Bus::System, kService, kPath, kCompass, "ClaimCompass"};
-    if (!hasCompass() || !callBriefly(claim, nullptr, "()")) {
+    if (!hasCompass() || !callBriefly(claim, nullptr, "()", [](GVariant*) { releaseSensor(); })) {
         return false;
     }
     compass().changes = std::make_unique<Subscription>(
@@ -112,7 +116,7 @@ bool useGeoClue() {
 
 void release() {
     if (compass().changes) {
-        call({Bus::System, kService, kPath, kCompass, "ReleaseCompass"}, nullptr, nullptr);
+        releaseSensor();
     }
     compass().changes.reset();
     compass().owner.reset();
