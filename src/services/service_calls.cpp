@@ -1,9 +1,9 @@
 #include "services/service_calls.h"
 
 #include <memory>
+#include <new>
 #include <tuple>
 
-#include "core/pool.h"
 #include "core/report.h"
 #include "core/value.h"
 #include "platform/hlinkedlist.h"
@@ -17,12 +17,7 @@ using tav::UserCallbackContext;
 constexpr char kNotDispatched[] = "Unable to dispatch service call";
 
 HLinkedList g_openCalls;
-tav::Pool<UserCallbackContext> g_records;  // of the open calls
 std::uint64_t g_lastSerial = 0;
-
-struct RecordDeleter {
-    void operator()(UserCallbackContext* call) const { g_records.destroy(call); }
-};
 
 UserCallbackContext* openCall(int index) {
     return static_cast<UserCallbackContext*>(g_openCalls.get(index));
@@ -66,7 +61,7 @@ void userCallback(int token, const char* reply, void* context) {
     // The application may have removed the call, and another may live at its address by now.
     if (isOneShot && isOpen(call) && call->serial == serial) {
         g_openCalls.remove(call);
-        g_records.destroy(call);
+        delete call;
     }
 }
 
@@ -83,7 +78,7 @@ int TAV_ServiceCallWithCallback(const char* uri, const char* payload, TAV_Servic
         }
         return TAV_NOERROR;
     }
-    std::unique_ptr<UserCallbackContext, RecordDeleter> call(g_records.make());
+    std::unique_ptr<UserCallbackContext> call(new (std::nothrow) UserCallbackContext);
     if (call == nullptr) {
         return tav::fail(__func__, TAV_ECONNECTION, kNotDispatched);
     }
@@ -117,7 +112,7 @@ int TAV_UnregisterServiceCallback(TAV_ServiceCallback callback) {
         }
         NApp_GetKSCaller()->ksCancelCall(call->token);
         g_openCalls.remove(index);
-        g_records.destroy(call);
+        delete call;
     }
     return TAV_NOERROR;
 }
@@ -125,8 +120,7 @@ int TAV_UnregisterServiceCallback(TAV_ServiceCallback callback) {
 void TAV_ServicesQuit() {
     HTracker_funcTrack("tav_f", __func__, "--");
     for (int index = 0; index < g_openCalls.size(); ++index) {
-        g_records.destroy(openCall(index));
+        delete openCall(index);
     }
     g_openCalls.clear();
-    g_records.freeUnused();
 }
