@@ -9,14 +9,16 @@ union SDL_Event;
 
 namespace front {
 
-// From now on, and for good, the implementation may take part.
-void wake();
-
 // What follows is defined by the implementation, and is called for SDL 1.2 only.
 
 // False as long as it takes part in nothing, so that a program that does not use the library pays
 // nothing either. Its first value is the implementation's to choose.
 extern std::atomic<bool> g_isAwake;
+
+// From now on, and for good, the implementation may take part.
+inline void wake() {
+    g_isAwake = true;
+}
 
 // Whether it takes part on the calling thread. Asked with every poll of one that is awake, so it
 // must cost next to nothing.
