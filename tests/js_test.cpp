@@ -69,8 +69,9 @@ TEST_F(JSTest, Parameters) {
     });
     for (const char* text : {"12abc", "0x10", "1e2", " -7.5", "abc", "2147483648",
                              "-99999999999999999999", static_cast<const char*>(nullptr)}) {
-        note(text != nullptr ? text : "null");
-        page("numbers", 1, {text, "5"});
+        show(text != nullptr ? text : "null", [&] {
+            return answerText(callMethod("numbers", 1, {text, "5"}));
+        });
     }
 
     // A record of the application's own.

@@ -67,7 +67,7 @@ TEST_F(PageTest, Scripts) {
         "setInterval(function () { throw new Error('tick') }, 400);"};
     for (const char* script : scripts) {
         const Output output = play(script);
-        note(std::string(script) + "\n-- prints\n" + output.out + "-- reports\n" + output.err);
+        note(cut(script) + "\n" + output.out + output.err);
     }
 }
 

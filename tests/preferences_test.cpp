@@ -33,16 +33,29 @@ protected:
                                    ")"));
     }
 
-    void showAll(const std::string& what) {
-        note(what);
+    using Query = int (*)(char*, int);
+
+    // A line for what is stored, with what each query makes of it, and one for each new error.
+    void showAll(const std::string& what,
+                 const std::vector<Query>& queries = {TAV_GetRegionCountryCode,
+                                                      TAV_GetRegionCountryName, TAV_GetLanguage}) {
         const long descriptors = openDescriptors();
         const sqlite3_int64 memory = sqlite3_memory_used();
-        CALL(filled(TAV_GetDeviceName, 256));
-        CALL(filled(TAV_GetRegionCountryCode, 256));
-        CALL(filled(TAV_GetRegionCountryName, 256));
-        CALL(filled(TAV_GetLanguage, 256));
+        std::string results;
+        std::string errors;
+        for (const Query query : queries) {
+            SDL_ClearError();
+            results += (results.empty() ? "" : ", ") + filled(query, 256);
+            const std::string error = SDL_GetError();
+            errors += errors.ends_with(error) ? "" : "\n    " + error;
+        }
+        note(what + (what.size() > 80 ? " ->\n    " : " -> ") + results + errors);
         EXPECT_EQ(openDescriptors(), descriptors);
         EXPECT_EQ(sqlite3_memory_used(), memory);
+    }
+
+    void showWithName(const std::string& what) {
+        showAll(what, {TAV_GetDeviceName, TAV_GetRegionCountryCode, TAV_GetLanguage});
     }
 
     const std::string kTable = "CREATE TABLE Preferences (KEY, VALUE);";
@@ -63,8 +76,7 @@ TEST_F(PreferencesTest, Values) {
                                  "''"};
     for (const std::string& name : names) {
         store(name, "NULL");
-        note(name);
-        CALL(filled(TAV_GetDeviceName, 256));
+        showAll(name, {TAV_GetDeviceName});
     }
     const std::string longest(31, 'l');
     const std::string objects[] = {
@@ -92,26 +104,26 @@ TEST_F(PreferencesTest, Values) {
 }
 
 TEST_F(PreferencesTest, DatabasesThatFail) {
-    showAll("no file in a writable folder");
+    showWithName("no file in a writable folder");
     for (const std::string& statements :
          {std::string("CREATE TABLE Others (KEY, VALUE)"), kTable,
           std::string("CREATE TABLE Preferences (KEY); INSERT INTO Preferences VALUES "
                       "('deviceName'), ('region'), ('locale')")}) {
         sqlite3_close(makeDatabase(statements));
-        showAll(statements);
+        showWithName(statements);
     }
     sqlite3* locked = makeDatabase(kTable + "BEGIN EXCLUSIVE");
     CALL(filled(TAV_GetDeviceName, 256));
     CALL(filled(TAV_GetLanguage, 256));
     sqlite3_close(locked);
     std::ofstream(databasePath()) << std::string(4096, 'x');
-    showAll("no database");
+    showWithName("no database");
     fs::remove(databasePath());
     fs::create_directory(databasePath());
-    showAll("a folder");
+    showWithName("a folder");
     fs::remove_all(databasePath().parent_path());
     std::ofstream(databasePath().parent_path()) << "a file";
-    showAll("no file, and none can be made");
+    showWithName("no file, and none can be made");
 }
 
 TEST_F(PreferencesTest, LookUps) {

@@ -39,7 +39,7 @@ TEST_F(PurchaseTest, AReturnValueThatReadsFalseIsAFailure) {
                                      std::nullopt};
     for (const tavsim::Reply& reply : replies) {
         replyWith(reply);
-        CALL(TAV_GetAvailableItems());
+        note(reply.value_or("null") + " -> " + take(TAV_GetAvailableItems()));
     }
     const std::string padding(3 << 20, 'x');
     for (const std::string& success : {padding, std::string(100000, '[')}) {

@@ -2,6 +2,8 @@
 #include "simulator/scenario/reader.h"
 
 #include <filesystem>
+#include <fstream>
+#include <regex>
 
 #include "transcript.h"
 
@@ -69,7 +71,7 @@ TEST_F(ScenarioTest, IncludedStatementsStandInPlaceAndFilesBesideTheirScenario) 
 TEST_F(ScenarioTest, MalformedStatementsAreNamed) {
     for (const std::string& line : seedLines("scenario", "malformed")) {
         EXPECT_FALSE(read(std::regex_replace(line, std::regex("; "), "\n"))) << line;
-        note(line + " -> " + m_error);
+        note(line + " -> " + cut(m_error));
     }
 }
 

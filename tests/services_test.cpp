@@ -1,6 +1,5 @@
 #include "services/service_calls.h"
 
-#include <cstdio>
 #include <functional>
 
 #include "services/blocking_call.h"
@@ -118,38 +117,33 @@ protected:
     }
 };
 
+// The C library gives a new record the address of the one that was freed last, where no sanitizer
+// keeps it.
 TEST_F(ServicesTest, IgnoresRepliesForRecordsThatAreGoneOrOfAnotherCall) {
+    constexpr char kIgnored[] = "tav_1 userCallback ignored callback";
     device.profile.services[kUri] = {};
-    call(kUri, SDL_FALSE);
-    const int token = device.openCalls().front();
-    trace();
-    device.deliver(token, "{}");
-    void* address = nullptr;
-    ASSERT_EQ(std::sscanf(trace().front().c_str(), "tav_f userCallback %p", &address), 1);
-    auto* record = static_cast<tav::UserCallbackContext*>(address);
-    tav::userCallback(token + 1, "{}", record);
-    EXPECT_THAT(trace(),
-                testing::Contains("tav_1 userCallback callback had incorrect id. Ignoring"));
-
-    // As if the call ended in its reply function, and another got its address and its token.
-    record->removeAfterResponse = 1;
-    g_onReply = [=] {
-        g_onReply = nullptr;
-        *record = tav::UserCallbackContext();
-        record->callback = replyFunction;
-        record->token = token;
-        record->removeAfterResponse = 0;
-    };
-    device.deliver(token, "{}");
-    device.deliver(token, "{}");
-    EXPECT_THAT(g_replies, SizeIs(3)) << "the other call was taken for the one that was answered";
-
+    call(kUri, SDL_FALSE, "first ");
+    const int first = device.openCalls().front();
     TAV_ServicesQuit();
-    EXPECT_THAT(device.openCalls(), ElementsAre(token)) << "quitting cancels nothing";
+    EXPECT_THAT(device.openCalls(), ElementsAre(first)) << "quitting cancels nothing";
     trace();
-    device.deliver(token, "{}");
-    EXPECT_THAT(trace(), testing::Contains("tav_1 userCallback ignored callback"));
-    EXPECT_THAT(g_replies, SizeIs(3));
+    device.deliver(first, "late");
+    EXPECT_THAT(trace(), testing::Contains(kIgnored));
+    call(kUri, SDL_TRUE, "second ");
+    trace();
+    device.deliver(first, "late");
+    EXPECT_THAT(trace(), testing::Contains(testing::AnyOf(
+                             kIgnored, "tav_1 userCallback callback had incorrect id. Ignoring")));
+    EXPECT_THAT(g_replies, IsEmpty());
+
+    g_onReply = [] {
+        g_onReply = nullptr;
+        TAV_UnregisterServiceCallback(replyFunction);
+        call(kUri, SDL_TRUE, "third ");
+    };
+    device.deliver(device.openCalls().back(), "a");
+    device.deliver(device.openCalls().back(), "b");
+    EXPECT_THAT(g_replies, ElementsAre("second a", "third b"));
 }
 
 void unregister() {
@@ -238,8 +232,7 @@ TEST_F(ReplyValues, AreReadInEveryType) {
     for (const std::string& reply : replies) {
         const TAV_ServiceParameters parameters = {reply.c_str(), 0, 0};
         EXPECT_EQ(TAV_GetParamJson(&parameters), reply.c_str());
-        note(reply.substr(0, 40));
-        CALL(readAll(&parameters, "a"));
+        show(reply.substr(0, 40), [&] { return readAll(&parameters, "a"); });
     }
     const TAV_ServiceParameters some = {R"({"a":"12345"})", 0, 0};
     const TAV_ServiceParameters none = {nullptr, 0, 0};

@@ -69,7 +69,7 @@ TEST_F(WorldTest, WalksAlongGreatCircles) {
     pass(60000);
     give({"location found"});
     pass(0);
-    give({"walk 10 1,1"});
+    give({"walk 100 1,1"});
     pass(3600000);
     note("over the date line, over the pole, and nowhere");
     give({"walk 10000 every 1min 0,179.9 0,-179.9"});

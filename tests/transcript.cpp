@@ -1,0 +1,169 @@
+#include "transcript.h"
+
+#include <simdjson.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <regex>
+
+namespace tavtest {
+namespace {
+
+constexpr size_t kLongestLine = 150;
+
+std::string plain(simdjson::dom::element value) {
+    std::string_view text;
+    return value.get(text) == simdjson::SUCCESS ? std::string(text) : simdjson::to_string(value);
+}
+
+// Addresses and folders differ from run to run, tokens with what ran before, and with the version
+// what other libraries complain of.
+std::string lasting(std::string text) {
+    static const std::pair<std::regex, const char*> kVarying[] = {
+        {std::regex("/[^ :\"]*/tavsim-[0-9]+/[0-9]+-[A-Za-z0-9]{6}"), "ROOT"},
+        {std::regex("0x[0-9a-f]+"), "P"},
+        {std::regex(R"re((token"?[ :]|blockingCallCallback |"id":)[0-9]+)re"), "$1T"},
+        {std::regex("(not JSON|no XML|no PNG|no whole PNG): .*"), "$1"},
+    };
+    for (const auto& [varying, constant] : kVarying) {
+        text = std::regex_replace(text, varying, constant);
+    }
+    return text;
+}
+
+std::string cut(const std::string& whole) {
+    const std::string text = lasting(whole);
+    constexpr size_t kLongest = 130;
+    constexpr size_t kKept = 50;
+    return text.size() <= kLongest ? text
+                                   : text.substr(0, kKept) + "...(" + std::to_string(text.size()) +
+                                         ")..." + text.substr(text.size() - kKept);
+}
+
+// An entry of the journal as prose: {"at":20,"kind":"host","what":"beep","level":2,"outcome":"on"}
+// is "20 ms beep level=2 on". What the application is asked of and told, and tokens, go without
+// their names or not at all.
+std::string prose(const std::string& entry) {
+    simdjson::dom::parser parser;
+    simdjson::dom::object members;
+    if (parser.parse(entry).get(members) != simdjson::SUCCESS) {
+        return entry;
+    }
+    std::string text;
+    for (const auto& [key, value] : members) {
+        std::string word = cut(plain(value));
+        if (key == "at") {
+            word = word == "0" ? "" : word + " ms";
+        } else if (key == "kind" || key == "token" || word.starts_with("token ")) {
+            word.clear();
+        } else if (key != "what" && key != "uri" && key != "payload" && key != "reply" &&
+                   key != "outcome") {
+            word = std::string(key) + '=' + word;
+        }
+        text += (text.empty() || word.empty() ? "" : " ") + word;
+    }
+    return text;
+}
+
+// What the library looks up shows in its results, and would hide the rest.
+bool isNews(const std::string& entry) {
+    constexpr std::string_view kLookUps[] = {"SDL_NimboHookIsComponent", "NApp_GetJsonValue",
+                                             "NApp_GetAppinfoValue", "KPSystemCopyStringValue"};
+    return std::none_of(std::begin(kLookUps), std::end(kLookUps), [&](std::string_view lookUp) {
+        return entry.find(lookUp) != std::string::npos;
+    });
+}
+
+// The call with its arguments, as it has traced them itself.
+std::string headOf(const std::string& call, const std::vector<std::string>& trace) {
+    static const std::regex entry("tav_f (TAV_[A-Za-z]+) ([^\\0]*)");
+    static const std::regex direct("(TAV_|filled|query)[^\\0]*");
+    std::smatch match;
+    if (trace.empty() || !std::regex_match(call, direct) ||
+        !std::regex_match(trace.front(), match, entry)) {
+        return cut(call);
+    }
+    return match.str(1) + '(' + (match.str(2) == "--" ? "" : cut(match.str(2))) + ')';
+}
+
+}  // namespace
+
+std::string TranscriptTest::cut(const std::string& text) {
+    return tavtest::cut(text);
+}
+
+void TranscriptTest::note(const std::string& line) {
+    m_transcript += line.empty() ? "" : lasting(line) + "\n";
+    SDL_ClearError();
+    trace();
+    m_journalSeen = device.journal().size();
+}
+
+void TranscriptTest::showLine(const std::string& call, const std::string& result) {
+    const std::string error = lastError();
+    const std::vector<std::string> lines = trace();
+    const auto isTraced = [&](const std::string& line) {
+        return line.starts_with("tav_e ") && line.ends_with(' ' + error);
+    };
+    EXPECT_TRUE(SDL_GetError() != error || error.empty() ||
+                std::any_of(lines.begin(), lines.end(), isTraced))
+        << call << " does not trace " << error;
+    std::string head = headOf(call, lines) + (result.empty() ? "" : " = " + cut(result));
+    if (!error.empty() && result.find(error) == std::string::npos) {
+        head += " \"" + error + "\"";
+    }
+    std::vector<std::string> entries;
+    const auto& journal = device.journal();
+    for (size_t n = std::min(m_journalSeen, journal.size()); n < journal.size(); ++n) {
+        if (isNews(journal[n])) {
+            entries.push_back(prose(journal[n]));
+        }
+    }
+    std::string line = head;
+    for (const std::string& entry : entries) {
+        line += (line.size() == head.size() ? ": " : "; ") + entry;
+    }
+    if (line.size() > kLongestLine) {
+        line = head;
+        for (const std::string& entry : entries) {
+            line += "\n    " + entry;
+        }
+    }
+    m_transcript += lasting(line) + "\n";
+}
+
+std::map<std::string, std::string> TranscriptTest::seeds(const std::string& kind) {
+    std::map<std::string, std::string> contents;
+    for (const auto& seed : std::filesystem::directory_iterator(seedFolder(kind))) {
+        std::ifstream file(seed.path(), std::ios::binary);
+        contents[seed.path().filename()] = {std::istreambuf_iterator<char>(file), {}};
+    }
+    return contents;
+}
+
+std::vector<std::string> TranscriptTest::seedLines(const std::string& kind,
+                                                   const std::string& name) {
+    std::istringstream text(seeds(kind).at(name));
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(text, line);) {
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+void TranscriptTest::compare() {
+    const testing::TestInfo* test = testing::UnitTest::GetInstance()->current_test_info();
+    const std::string path =
+        std::string(TAV_TESTS "/expected/") + test->test_suite_name() + "-" + test->name() + ".txt";
+    if (std::getenv("TAV_WRITE_EXPECTED") != nullptr) {
+        std::ofstream(path, std::ios::binary) << m_transcript;
+    }
+    std::ifstream file(path, std::ios::binary);
+    const std::string expected(std::istreambuf_iterator<char>(file), {});
+    EXPECT_EQ(m_transcript, expected) << path;
+}
+
+}  // namespace tavtest
