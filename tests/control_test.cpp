@@ -201,6 +201,14 @@ TEST_F(ControlTest, ClientsThatMisbehaveAreLetGo) {
     }
     EXPECT_TRUE(flooder.isGone());
     EXPECT_THAT(command("state"), StartsWith("o"));
+    MessageSocket follower = clientWith("journal --follow");
+    std::vector<MessageSocket> idle;
+    for (int i = 0; i < 100; ++i) {
+        idle.push_back(connectClient());
+        i % 10 == 0 ? device.pump() : void();
+    }
+    EXPECT_THAT(command("state"), StartsWith("o"));
+    EXPECT_FALSE((received(follower), follower.isGone()));
 }
 
 // The application never waits for a client, and yet the client misses nothing.

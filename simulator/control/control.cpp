@@ -5,7 +5,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
+#include <iterator>
 #include <list>
 
 #include "helper/descriptor.h"
@@ -19,9 +21,11 @@ namespace {
 
 constexpr size_t kMostClients = 16;
 
+using Clients = std::list<ControlClient>;
+
 struct Control {
     helper::Descriptor listener;
-    std::list<ControlClient> clients;
+    Clients clients;
     pid_t owner = 0;  // 0: not listening
     bool serving = false;
 };
@@ -66,13 +70,39 @@ void listenAgain() {
     }
 }
 
+void serve(Clients::iterator client) {
+    client->serve();
+    if (client->isFinished()) {
+        control().clients.erase(client);
+    }
+}
+
+// The client that is the first to go.
+Clients::iterator leastClient() {
+    return std::min_element(
+        control().clients.begin(), control().clients.end(),
+        [](const auto& one, const auto& other) { return one.standing() < other.standing(); });
+}
+
+// Takes no more of those that wait than there is room for, so that each is served once more before
+// it could have to go.
 void accept() {
-    while (control().clients.size() < kMostClients) {
+    auto& clients = control().clients;
+    for (size_t count = 0; count < kMostClients; ++count) {
+        const bool isFull = clients.size() == kMostClients;
+        const auto least = leastClient();
+        if (isFull && least->isFollowing()) {
+            return;
+        }
         const int connected = accept4(control().listener.number(), nullptr, nullptr, SOCK_CLOEXEC);
         if (connected < 0) {
             return;
         }
-        control().clients.emplace_back(connected);
+        if (isFull) {
+            clients.erase(least);
+        }
+        clients.emplace_back(connected);
+        serve(std::prev(clients.end()));
     }
 }
 
@@ -100,12 +130,10 @@ void serveControl() {
     if (!control().listener.isOurs()) {
         listenAgain();
     }
-    accept();
-    auto& clients = control().clients;
-    for (auto client = clients.begin(); client != clients.end();) {
-        client->serve();
-        client = client->isFinished() ? clients.erase(client) : std::next(client);
+    for (auto client = control().clients.begin(); client != control().clients.end();) {
+        serve(client++);
     }
+    accept();
     control().serving = false;
 }
 

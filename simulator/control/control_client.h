@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cstdint>
 #include <string_view>
+#include <tuple>
 
 #include "helper/message_socket.h"
 #include "simulator/control/protocol.h"
@@ -23,6 +24,12 @@ public:
 
     // Nothing more is to be done for it, or it does not deserve more.
     bool isFinished() const;
+
+    bool isFollowing() const { return m_follows; }
+
+    // Of several clients, the one where this is least is the first to go when others need the
+    // room: whoever has asked nothing, then whoever does not take the answer, each longest first.
+    auto standing() const { return std::tuple(m_follows, m_isAnswered, m_lastSign); }
 
     // The device ends: waits until the client has its answer, as long as it goes on taking it.
     void end();

@@ -56,7 +56,29 @@ run "$tavsim" ctl wait ended within 0.1s
 expect 1 '' 'tavsim: ctl: wait: the program has not ended within 100 ms'
 run "$tavsim" ctl list
 expect 0 "$TMPDIR/*  quern: $programs/wait_for_quit" ''
+# So are others that wait for it and say nothing, however many.
+root=$("$tavsim" ctl list | cut -d ' ' -f 1)
+coproc crowd { cd "$root" && exec python3 -c '
+import socket, sys
+crowd = []
+try:
+    while True:
+        crowd.append(socket.socket(socket.AF_UNIX))
+        crowd[-1].setblocking(False)
+        crowd[-1].connect("control")
+except BlockingIOError:
+    print(len(crowd), flush=True)
+    sys.stdin.read()'; }
+read -r _ <&"${crowd[0]}"
+run "$tavsim" ctl --timeout 0.1 state
+expect 2 '' "tavsim: ctl: $root: too many others are waiting for the application"
+"$tavsim" ctl --timeout 60 state >"$work/entry" &
+awaiting=$!
+run "$tavsim" ctl wait ended within 0.1s
+expect 1 '' 'tavsim: ctl: wait: the program has not ended within 100 ms'
 pkill -CONT -P "$first"
+wait "$awaiting" || fail 'a crowd kept a command from its answer'
+exec {crowd[1]}>&-
 
 # Entries that are there already, that come, and that never do.
 run "$tavsim" ctl wait what=keyboard 'outcome="sh?w*"'

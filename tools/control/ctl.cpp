@@ -112,13 +112,18 @@ int control(const ControlRequest& request) {
         return 0;
     }
     const milliseconds timeout = inMilliseconds(request.timeout);
-    const ReachedDevice reached = reachDevice(request.root, std::min(timeout, kStarting));
+    const auto end = std::chrono::steady_clock::now() + timeout;
+    const ReachedDevice reached = reachDevice(request.root, std::min(timeout, kStarting), timeout);
     if (reached.connection < 0) {
         return complain(reached.problem);
     }
     helper::MessageSocket device(reached.connection, kLongestMessage);
-    device.send(static_cast<uint8_t>(ControlMessage::Command), line, timeout);
-    return Answer(device, timeout).print();
+    const auto left = [end] {
+        return std::max(milliseconds(0),
+                        std::chrono::ceil<milliseconds>(end - std::chrono::steady_clock::now()));
+    };
+    device.send(static_cast<uint8_t>(ControlMessage::Command), line, left());
+    return Answer(device, left()).print();
 }
 
 }  // namespace tools

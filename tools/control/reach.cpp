@@ -47,7 +47,7 @@ std::string choiceOf(const std::vector<RunningDevice>& devices) {
     return text;
 }
 
-// One attempt. Another can end otherwise when none runs, or the device has no room.
+// One attempt. Another can end otherwise when none runs, or too many wait for the device.
 ReachedDevice tryToReach(const std::string& wanted, bool* isFinal) {
     std::string root = wanted;
     if (root.empty()) {
@@ -66,19 +66,25 @@ ReachedDevice tryToReach(const std::string& wanted, bool* isFinal) {
         return {root, connection, {}};
     }
     const bool isNone = errno == ENOENT || errno == ECONNREFUSED;
-    *isFinal = !isNone && errno != EAGAIN;
-    const std::string reason = isNone ? "no device is running there" : std::strerror(errno);
-    return {root, -1, root + ": " + reason, isNone};
+    const bool isCrowded = errno == EAGAIN;
+    *isFinal = !isNone && !isCrowded;
+    const std::string reason = isNone      ? "no device is running there"
+                               : isCrowded ? "too many others are waiting for the application"
+                                           : std::strerror(errno);
+    return {root, -1, root + ": " + reason, isNone, isCrowded};
 }
 
 }  // namespace
 
-ReachedDevice reachDevice(const std::string& root, milliseconds patience) {
-    const auto end = std::chrono::steady_clock::now() + patience;
+ReachedDevice reachDevice(const std::string& root, milliseconds untilStarted,
+                          milliseconds untilRoom) {
+    const auto begin = std::chrono::steady_clock::now();
     while (true) {
         bool isFinal = false;
         ReachedDevice device = tryToReach(root, &isFinal);
-        if (device.connection >= 0 || isFinal || std::chrono::steady_clock::now() >= end) {
+        const milliseconds patience = device.isNone ? untilStarted : untilRoom;
+        if (device.connection >= 0 || isFinal ||
+            std::chrono::steady_clock::now() >= begin + patience) {
             return device;
         }
         poll(nullptr, 0, kBetweenTries.count());

@@ -10,17 +10,19 @@ namespace tools {
 
 struct ReachedDevice {
     std::string root;
-    int connection = -1;  // negative: none
-    std::string problem;  // then why
-    bool isNone = false;  // and whether that is because none runs
+    int connection = -1;     // negative: none
+    std::string problem;     // then why
+    bool isNone = false;     // and whether that is because none runs
+    bool isCrowded = false;  // or because one runs that too many others wait for
 };
 
-// How long a command waits for a device that is just starting.
+// How long a command waits at most for a device that is just starting.
 inline constexpr std::chrono::milliseconds kStarting(1000);
 
-// Connects to the device with this root folder; with none, to the only one that runs. One that is
-// just starting is waited for that long, and so is room for another client.
-ReachedDevice reachDevice(const std::string& root, std::chrono::milliseconds patience);
+// Connects to the device with this root folder; with none, to the only one that runs. Waits so long
+// for one that is just starting, and for room where many others are waiting for it.
+ReachedDevice reachDevice(const std::string& root, std::chrono::milliseconds untilStarted,
+                          std::chrono::milliseconds untilRoom);
 
 // More than any answer, as a device keeps less of its journal.
 inline constexpr uint64_t kLongestMessage = 1 << 30;

@@ -116,7 +116,7 @@ private:
 };
 
 int Wait::forAnswer(const std::string& root, const tavsim::Pattern& pattern) const {
-    const ReachedDevice reached = reachDevice(root, left());
+    const ReachedDevice reached = reachDevice(root, left(), left());
     if (reached.connection < 0) {
         return complain(reached.problem, kNotReached);
     }
@@ -140,11 +140,14 @@ int Wait::forAnswer(const std::string& root, const tavsim::Pattern& pattern) con
 }
 
 int Wait::forEnd(const std::string& root) const {
-    const ReachedDevice reached = reachDevice(root, std::min(left(), kStarting));
-    if (reached.connection < 0) {
+    // That it runs is enough.
+    const ReachedDevice reached = reachDevice(root, std::min(left(), kStarting), milliseconds(0));
+    if (reached.connection < 0 && !reached.isCrowded) {
         return reached.isNone ? 0 : complain(reached.problem, kNotReached);
     }
-    close(reached.connection);
+    if (reached.connection >= 0) {
+        close(reached.connection);
+    }
     while (tavsim::isClaimed(reached.root, tavsim::kRunClaim) ||
            tavsim::isClaimed(reached.root, tavsim::kDeviceClaim)) {
         if (left() == milliseconds(0)) {
