@@ -183,13 +183,15 @@ CommandOutcome track(Words words) {
     if (!(factor >= kLeastFactor && factor <= kGreatestFactor)) {
         return failed("track: the factor is from 0.001 to 1000");
     }
-    std::string error;
-    std::optional<Track> read = readTrack(pathOf(file), &error);
+    std::string problem;
+    std::optional<Track> read = readTrack(pathOf(file), &problem);
     if (!read) {
-        return failed("track: " + error);
+        return failed("track: " + problem);
     }
     setOut("on a track", wayOf(std::make_shared<const Track>(std::move(*read)), factor));
-    return CommandResult();
+    CommandResult result;
+    result.output = problem.empty() ? "" : "track: " + problem + "\n";
+    return result;
 }
 
 }  // namespace tavsim

@@ -1,6 +1,7 @@
 #include "simulator/scenario/player.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
@@ -168,6 +169,8 @@ bool Player::isDone(const CommandLine& command) {
     const CommandResult result = carryOut(command.line, command.folder);
     if (!result.error.empty()) {
         fail(carriedOut, result.error);
+    } else if (!result.output.empty()) {
+        std::fprintf(stderr, "%s: %s", nameOf(carriedOut).c_str(), result.output.c_str());
     }
     m_busyUntil = after(now(), result.lasts);
     return true;

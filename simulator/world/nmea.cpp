@@ -1,8 +1,10 @@
 // NMEA 0183: sentences such as $GPRMC,120000,A,5231.2000,N,01324.3000,E,2.7,90.0,010526,,*0B, of
-// which RMC and GGA tell the position.
+// which RMC and GGA tell the position. A recorder may be switched off within a sentence, lose
+// bytes, or write lines of its own, so what cannot be read is left out.
 #include <algorithm>
 #include <array>
 
+#include "simulator/world/earth.h"
 #include "simulator/world/recordings.h"
 
 namespace tavsim {
@@ -11,6 +13,7 @@ namespace {
 constexpr Milliseconds kHour = 3'600'000;
 constexpr Milliseconds kDay = 24 * kHour;
 constexpr double kKnot = 1852.0 / 3600.0;  // metres a second
+constexpr size_t kLengthOfName = 5;        // the talker's two letters, and what it tells
 
 // The fields that are needed; further ones are left out. Those that are missing are empty.
 using Fields = std::array<std::string_view, 10>;
@@ -29,7 +32,7 @@ class Reader {
 public:
     explicit Reader(std::string_view content) : m_rest(content) {}
 
-    Track read() {
+    Track read(std::string* leftOut) {
         while (!m_rest.empty()) {
             ++m_line;
             const size_t end = std::min(m_rest.find('\n'), m_rest.size());
@@ -37,8 +40,16 @@ public:
             m_rest.remove_prefix(std::min(end + 1, m_rest.size()));
             line = line.substr(0, line.find_last_not_of(" \t\r") + 1);
             if (!line.empty()) {
-                readSentence(line);
+                tryToRead(line);
             }
+        }
+        if (m_track.empty() && m_firstError) {
+            throw TrackError(*m_firstError);
+        }
+        if (m_firstError) {
+            *leftOut = std::to_string(m_leftOut) + " of " + std::to_string(m_line) +
+                       " lines left out, the first of them line " +
+                       std::to_string(m_firstError->line) + ": " + m_firstError->what;
         }
         return std::move(m_track);
     }
@@ -46,17 +57,32 @@ public:
 private:
     [[noreturn]] void fail(const std::string& what) const { throw TrackError{m_line, what}; }
 
+    void tryToRead(std::string_view line) {
+        try {
+            readSentence(line);
+        } catch (const TrackError& problem) {
+            ++m_leftOut;
+            m_firstError = m_firstError ? m_firstError : problem;
+        }
+    }
+
     void readSentence(std::string_view line) {
-        if (line[0] != '$' && line[0] != '!') {
+        // In front of it may be a time, or a block of tags.
+        const size_t start = line.find_last_of("$!");
+        if (start == std::string_view::npos) {
             fail("no sentence of NMEA 0183");
         }
+        line.remove_prefix(start);
         const size_t star = line.rfind('*');
         checkSum(line, star);
         const Fields fields = fieldsOf(line.substr(1, star - 1));
-        const std::string_view kind = fields[0].substr(std::min<size_t>(2, fields[0].size()));
-        if (kind == "RMC") {
+        // Names with a P in front are the makers' own.
+        if (fields[0].size() != kLengthOfName || fields[0][0] == 'P') {
+            return;
+        }
+        if (fields[0].ends_with("RMC")) {
             readRmc(fields);
-        } else if (kind == "GGA") {
+        } else if (fields[0].ends_with("GGA")) {
             readGga(fields);
         }
     }
@@ -81,32 +107,45 @@ private:
     }
 
     void readRmc(const Fields& fields) {
+        if (fields[2] != "A") {
+            pointAt(fields[1]);
+            return;
+        }
+        const Place place = placeIn(fields[3], fields[4], fields[5], fields[6]);
+        const bool isMoving = !fields[7].empty();
+        const double velocity = isMoving ? numberOf(fields[7], "the speed") * kKnot : 0;
+        const double heading =
+            isMoving && !fields[8].empty() ? numberOf(fields[8], "the course") : m_heading;
         TrackPoint* point = pointAt(fields[1]);
-        if (fields[2] != "A" || point == nullptr) {
+        if (point == nullptr) {
             return;
         }
-        Fix& fix = placed(point, fields[3], fields[4], fields[5], fields[6]);
-        if (fields[7].empty()) {
-            return;
+        Fix& fix = placed(point, place);
+        if (isMoving) {
+            fix.velocity = velocity;
+            fix.heading = m_heading = heading;
+            point->isMoving = true;
         }
-        fix.velocity = numberOf(fields[7], "the speed") * kKnot;
-        m_heading = fields[8].empty() ? m_heading : numberOf(fields[8], "the course");
-        fix.heading = m_heading;
-        point->isMoving = true;
     }
 
     void readGga(const Fields& fields) {
-        TrackPoint* point = pointAt(fields[1]);
-        if (fields[6].empty() || fields[6] == "0" || point == nullptr) {
+        if (fields[6].empty() || fields[6] == "0") {
+            pointAt(fields[1]);
             return;
         }
-        m_altitude = fields[9].empty() ? m_altitude : numberOf(fields[9], "the altitude");
-        placed(point, fields[2], fields[3], fields[4], fields[5]);
+        const Place place = placeIn(fields[2], fields[3], fields[4], fields[5]);
+        const double altitude =
+            fields[9].empty() ? m_altitude : numberOf(fields[9], "the altitude");
+        if (TrackPoint* point = pointAt(fields[1])) {
+            m_altitude = altitude;
+            placed(point, place);
+        }
     }
 
-    // The point of that time: sentences of one time make one point. Null before there is a time.
+    // The point of that time: sentences of one time make one point. Null for a receiver that does
+    // not know the time.
     TrackPoint* pointAt(std::string_view text) {
-        if (text.empty() && m_track.empty()) {
+        if (text.empty()) {
             return nullptr;
         }
         Milliseconds time = m_day + timeIn(text);
@@ -134,14 +173,19 @@ private:
                static_cast<Milliseconds>(minutes) * 60'000 + std::llround(seconds * 1000);
     }
 
-    // Puts the point there, as far as it has no place yet.
-    Fix& placed(TrackPoint* point, std::string_view latitude, std::string_view north,
-                std::string_view longitude, std::string_view east) const {
+    // Puts the point there.
+    Fix& placed(TrackPoint* point, const Place& place) const {
         Fix fix = point->fix.value_or(fixOfReceiver());
-        fix.latitude = degreesIn(latitude, north, "NS", kHighestLatitude, "the latitude");
-        fix.longitude = degreesIn(longitude, east, "EW", kHighestLongitude, "the longitude");
+        fix.latitude = place.latitude;
+        fix.longitude = place.longitude;
         fix.altitude = m_altitude;
         return point->fix.emplace(fix);
+    }
+
+    Place placeIn(std::string_view latitude, std::string_view north, std::string_view longitude,
+                  std::string_view east) const {
+        return {degreesIn(latitude, north, "NS", kHighestLatitude, "the latitude"),
+                degreesIn(longitude, east, "EW", kHighestLongitude, "the longitude")};
     }
 
     // Degrees and minutes, as dddmm.mmmm.
@@ -168,6 +212,8 @@ private:
     std::string_view m_rest;
     Track m_track;
     int m_line = 0;
+    int m_leftOut = 0;  // lines
+    std::optional<TrackError> m_firstError;
     Milliseconds m_day = 0;  // those that have passed
     double m_heading = 0;
     double m_altitude = 0;
@@ -175,8 +221,8 @@ private:
 
 }  // namespace
 
-Track pointsOfNmea(const std::string& content) {
-    return Reader(content).read();
+Track pointsOfNmea(const std::string& content, std::string* leftOut) {
+    return Reader(content).read(leftOut);
 }
 
 }  // namespace tavsim

@@ -17,9 +17,10 @@ struct TrackError {
     std::string what;
 };
 
-// The points as they are in the file. Throws a TrackError.
+// The points as they are in the file. Throws a TrackError. Of a log, `leftOut` says how many lines
+// could not be read; it stays as it is when all could.
 Track pointsOfGpx(const std::string& content);
-Track pointsOfNmea(const std::string& content);
+Track pointsOfNmea(const std::string& content, std::string* leftOut);
 
 // How well a receiver knows where it is, in metres.
 inline Fix fixOfReceiver() {

@@ -56,19 +56,21 @@ void addMotion(Track* track) {
     }
 }
 
+// What begins with XML's bracket is none; in front of a log's first sentence there may be anything.
 bool isNmea(const std::string& content) {
-    const size_t first = content.find_first_not_of(" \t\r\n");
-    return first != std::string::npos && (content[first] == '$' || content[first] == '!');
+    const size_t first = content.find_first_of("<$!");
+    return first != std::string::npos && content[first] != '<';
 }
 
 }  // namespace
 
 std::optional<Track> parseTrack(const std::string& content, const std::string& source,
-                                std::string* error) {
+                                std::string* problem) {
     try {
-        Track track = isNmea(content) ? pointsOfNmea(content) : pointsOfGpx(content);
+        std::string leftOut;
+        Track track = isNmea(content) ? pointsOfNmea(content, &leftOut) : pointsOfGpx(content);
         if (track.empty()) {
-            *error = source + ": there is no point of a track in it";
+            *problem = source + ": there is no point of a track in it";
             return std::nullopt;
         }
         startTimesAtZero(&track);
@@ -78,16 +80,19 @@ std::optional<Track> parseTrack(const std::string& content, const std::string& s
                 point.fix = roundedFix(*point.fix);
             }
         }
+        if (!leftOut.empty()) {
+            *problem = source + ": " + leftOut;
+        }
         return track;
-    } catch (const TrackError& problem) {
-        *error = source + ":" + std::to_string(problem.line) + ": " + problem.what;
+    } catch (const TrackError& error) {
+        *problem = source + ":" + std::to_string(error.line) + ": " + error.what;
         return std::nullopt;
     }
 }
 
-std::optional<Track> readTrack(const std::string& path, std::string* error) {
-    const std::optional<std::string> content = helper::readFile(path, kLargestTrack, error);
-    return content ? parseTrack(*content, path, error) : std::nullopt;
+std::optional<Track> readTrack(const std::string& path, std::string* problem) {
+    const std::optional<std::string> content = helper::readFile(path, kLargestTrack, problem);
+    return content ? parseTrack(*content, path, problem) : std::nullopt;
 }
 
 Way wayOf(std::shared_ptr<const Track> track, double factor) {

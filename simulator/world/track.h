@@ -26,10 +26,11 @@ inline constexpr size_t kLargestTrack = 16 << 20;
 
 // Reads either of the two. Its times begin at 0 and never go back; where it has none, a point comes
 // every second. Heading and velocity that it does not tell are those from each point to the next.
-// Without a value, `error` is one line that names the source and, where there is one, the line.
+// Without a value, `problem` is one line that names the source and, where there is one, the line;
+// with a value, one that tells which lines of a log were left out, or what it was.
 TAV_PLATFORM_API std::optional<Track> parseTrack(const std::string& content,
-                                                 const std::string& source, std::string* error);
-std::optional<Track> readTrack(const std::string& path, std::string* error);
+                                                 const std::string& source, std::string* problem);
+std::optional<Track> readTrack(const std::string& path, std::string* problem);
 
 // At so many times the speed.
 Way wayOf(std::shared_ptr<const Track> track, double factor);
