@@ -60,7 +60,7 @@ TEST_F(ProfileServicesTest, TheFirstCaseThatFitsAnswersWithWhatThePayloadHas) {
 
 TEST_F(ProfileServicesTest, SubscriptionsAreFilledWhenEachReplyGoesOut) {
     startWith(R"("a://b":{"match":[{"when":{"subscribe":true},
-        "delay":10,"every":10,"repeat":true,"reply":"${count} at ${now}"}]})");
+        "repeat":true,"reply":"${count} at ${now}"}],"delay":10,"every":10})");
     const int token =
         bus.ksCallWithSubscription("a://b", R"({"subscribe":true})", false, receive, this);
     CALL(device.advance(30));

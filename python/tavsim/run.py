@@ -38,7 +38,7 @@ class Run:
     """A program that runs on a simulated device, from the start on.
 
     As a context manager it ends the program at the block's end, as end() does, and as close() does
-    where the block ends by an exception. Whatever still runs when Python ends is ended with it; where
+    where the block ends by an exception; what wait() has raised is not raised again. Whatever still runs when Python ends is ended with it; where
     Python is killed, the limit does that.
     """
 
@@ -90,6 +90,7 @@ class Run:
                 *([program] if isinstance(program, (str, os.PathLike)) else program),
             ]
             self._has_scenario = scenario is not None
+            self._is_told = False  # that the device was not possible, or the scenario failed
             self._process = start(command, environment or {}, self._folder)
         except BaseException:
             shutil.rmtree(self._folder, ignore_errors=True)
@@ -111,7 +112,7 @@ class Run:
         trace: TracebackType | None,
     ) -> None:
         try:
-            if kind is None:
+            if kind is None and not self._is_told:
                 self.end()
         finally:
             self.close()
@@ -233,6 +234,7 @@ class Run:
             raise NotHappened(f"the program has not ended within {within:g} s") from None
         self._raise_if_not_set_up()
         if self._has_scenario and status == _SCENARIO_FAILED:
+            self._is_told = True
             raise NotHappened(self.errors.strip())
         return status
 
@@ -282,6 +284,7 @@ class Run:
         errors = self.errors
         is_tavsims = errors.startswith("tavsim: ") or not self._root.exists()
         if self.status in _NOT_SET_UP and is_tavsims:
+            self._is_told = True
             raise Error(reason(errors))
 
     def _raise_if_ended(self) -> None:

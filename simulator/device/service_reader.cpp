@@ -24,6 +24,7 @@ json::Reader delay(Service* service) {
     return [service](const json::Value& value) {
         if (!value.element().is_array()) {
             json::integer(&service->delay, 0)(value);
+            service->spread = 0;
             return;
         }
         int most = 0;
@@ -81,23 +82,39 @@ void checkAnswer(const Service& service, const json::Value& value) {
 json::Reader answerReader(Service* service, Fields fields) {
     fields.merge(answerFields(service));
     return [service, known = json::fields(std::move(fields))](const json::Value& value) {
-        *service = {};
         known(value);
         checkAnswer(*service, value);
     };
 }
 
-json::Reader caseReader(Service* service) {
-    return answerReader(service, {{"when", json::members(&service->when, payloadPattern)}});
+// A case has the service's times where it has none of its own.
+void readCases(Service* service, const json::Value& value) {
+    const auto caseReader = [service](Service* each) {
+        each->delay = service->delay;
+        each->spread = service->spread;
+        each->every = service->every;
+        return answerReader(each, {{"when", json::members(&each->when, payloadPattern)}});
+    };
+    const json::Reader cases = json::list(&service->cases, caseReader);
+    cases(value);
 }
 
 }  // namespace
 
 json::Reader serviceReader(Service* service, const std::string& folder) {
-    return answerReader(service, {{"refuse", json::flag(&service->refuse)},
-                                  {"seed", json::integer(&service->seed)},
-                                  {"match", json::list(&service->cases, caseReader)},
-                                  {"program", program(&service->program, folder)}});
+    const json::Reader known = answerReader(
+        service, {{"refuse", json::flag(&service->refuse)},
+                  {"seed", json::integer(&service->seed)},
+                  {"match", [](const json::Value&) {}},  // is read behind the service's times
+                  {"program", program(&service->program, folder)}});
+    return [service, known](const json::Value& value) {
+        *service = {};
+        known(value);
+        json::Value::Element cases;
+        if (value.element()["match"].get(cases) == simdjson::SUCCESS) {
+            readCases(service, value.member("match", cases));
+        }
+    };
 }
 
 json::Reader replyReader(Reply* reply) {

@@ -38,7 +38,7 @@ class RunTest(unittest.TestCase):
         for arguments, error in (
             ({"program": "/nowhere/app"}, "/nowhere/app: No such file or directory"),
             ({"device": {"machine": 5}}, "*/device.json: machine: must be a string"),
-            ({"page": "/nowhere/page.js"}, "/nowhere/page.js: no such page script"),
+            ({"page": "/nowhere/page.js"}, "/nowhere/page.js: no such file"),
             ({"limit": -1}, "*--timeout*"),
         ):
             with self.subTest(error):
@@ -85,8 +85,8 @@ class RunTest(unittest.TestCase):
             with tavsim.Run(WAITS, scenario=scenario, virtual_time=True) as run:
                 self.assertEqual(run.wait(), 0)
             scenario.write_text("at 1s: expect state keyboard hidden\n")
-            with self.assertRaisesRegex(tavsim.NotHappened, ":1: at 1s: expect .* it is shown"):
-                with tavsim.Run(WAITS, scenario=scenario, virtual_time=True) as run:
+            with tavsim.Run(WAITS, scenario=scenario, virtual_time=True) as run:
+                with self.assertRaisesRegex(tavsim.NotHappened, ":1: at 1s: expect .* it is shown"):
                     run.wait()
 
     def test_entries_come_to_an_end_and_are_found_in_their_order(self):
