@@ -68,6 +68,10 @@ TEST_F(PurchaseTest, ThatAwaitsAnswersEndsWhenAskedToQuitAndTheApplicationHearsO
         EXPECT_EQ(event.type, SDL_QUIT);
         EXPECT_EQ(SDL_PollEvent(&event), 0) << "nothing waits any more";
     }
+    ASSERT_EQ(tavsim::carryOut("key down a").error, "");
+    take(TAV_GetItemInfo("ship"));
+    EXPECT_THAT(device.journal(),
+                testing::Contains(testing::HasSubstr("\"input\":\"key down a\"")));
 }
 
 }  // namespace

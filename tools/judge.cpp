@@ -22,7 +22,11 @@ int fail(const std::string& text) {
 int judgeSteps(const RunRequest& request, const Verdict& verdict, const RunEnd& end) {
     switch (verdict.outcome) {
     case Outcome::Passed:
-        return 0;
+        return end.isTimedOut
+                   ? fail(request.scenario +
+                          ": all its steps were done, but the application did not end; one whose "
+                          "device is only set up is not asked to quit, as by `at 1s: quit`")
+                   : 0;
     case Outcome::Failed:
         return kFailed;
     case Outcome::Unplayed:

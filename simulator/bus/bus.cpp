@@ -165,6 +165,10 @@ bool isPaymentAwaited() {
     if (bus().paymentAnswered && now() - *bus().paymentAnswered < kSameMoment) {
         return true;
     }
+    return isPaymentOpen();
+}
+
+bool isPaymentOpen() {
     return std::any_of(bus().open.begin(), bus().open.end(),
                        [](const auto& open) { return open.second.uri.starts_with(kPayment); });
 }

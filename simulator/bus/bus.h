@@ -17,6 +17,7 @@ void clearBus();
 std::vector<int> openBusCalls(const std::string& uri);
 
 // Whether a request waits for the payment service, or did so until this moment.
+bool isPaymentOpen();
 bool isPaymentAwaited();
 
 // From now on the service answers with this text, which its open subscriptions receive at once, in

@@ -12,6 +12,7 @@
 #include "simulator/bus/service_program.h"
 #include "simulator/control/control.h"
 #include "simulator/device/edge.h"
+#include "simulator/device/journal.h"
 #include "simulator/device/running.h"
 #include "simulator/input/origin.h"
 #include "simulator/scenario/recorder.h"
@@ -107,6 +108,12 @@ void deliver() try {
 // application to quit then would wait for ever.
 void taken(const SDL_Event& event) try {
     tavsim::recordEvent(event);
+    const std::string input = tavsim::inputCommand(event);
+    if (!input.empty() && tavsim::isStarted() && tavsim::isPaymentOpen()) {
+        tavsim::JournalEntry("device", "input")
+            .member("input", input)
+            .outcome("not the application's: a payment is awaited");
+    }
     if (event.type != SDL_QUIT || !tavsim::isStarted() || !tavsim::isPaymentAwaited()) {
         return;
     }

@@ -112,20 +112,12 @@ std::string windowCommand(const SDL_ActiveEvent& event) {
 // Empty where there is none.
 std::string commandFor(const SDL_Event& event) {
     switch (event.type) {
-    case SDL_KEYDOWN:
-    case SDL_KEYUP:
-        return keyCommand(event.key);
-    case SDL_MOUSEMOTION:
-        return touchCommand("move", event.motion.x, event.motion.y);
-    case SDL_MOUSEBUTTONDOWN:
-    case SDL_MOUSEBUTTONUP:
-        return buttonCommand(event.button);
     case SDL_ACTIVEEVENT:
         return windowCommand(event.active);
     case SDL_QUIT:
         return kQuit;
     default:
-        return {};
+        return inputCommand(event);
     }
 }
 
@@ -138,6 +130,21 @@ bool wasRecorded() {
 }
 
 }  // namespace
+
+std::string inputCommand(const SDL_Event& event) {
+    switch (event.type) {
+    case SDL_KEYDOWN:
+    case SDL_KEYUP:
+        return keyCommand(event.key);
+    case SDL_MOUSEMOTION:
+        return touchCommand("move", event.motion.x, event.motion.y);
+    case SDL_MOUSEBUTTONDOWN:
+    case SDL_MOUSEBUTTONUP:
+        return buttonCommand(event.button);
+    default:
+        return {};
+    }
+}
 
 void removeRecordingMark(const std::string& root) {
     unlink((root + kRecordingMark).c_str());

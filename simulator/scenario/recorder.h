@@ -17,6 +17,9 @@ bool startRecording(const std::string& file, std::string* error);
 // The mark in the root folder that says that a device has been recorded.
 TAV_PLATFORM_API void removeRecordingMark(const std::string& root);
 
+// The command that stands for the event of a key or a finger; empty for other events.
+std::string inputCommand(const SDL_Event& event);
+
 // The application takes this event off its queue.
 void recordEvent(const SDL_Event& event);
 

@@ -95,20 +95,24 @@ expect 2 '' 'scenario:2: no command "locaton"; did you mean "location"[?]'
 play 'device nonsense'
 expect 2 '' 'tavsim: no device "nonsense"; *'
 run "$tavsim" run --scenario none "$waits"
-expect 2 '' 'none: No such file or directory'
+expect 2 '' 'none: no such file'
 echo 'expect output x' >expecting
 if [ -z "${TAV_FLAGS:-}" ]; then
     run_with_descriptors 6 "$tavsim" run --scenario expecting "$waits"
     expect 2 '' "tavsim: no pipe for the program's output: Too many open files"
 fi
 run "$tavsim" run --scenario <(echo quit) "$waits"
-expect 2 '' '*: no file of text'
+expect 2 '' '*: is no regular file'
 
 # Ends that no step had part in: the step that was waiting is named.
 printf 'limit 0.3\nprogram %s\nat 99s: quit' "$waits" >scenario
 run "$tavsim" run --scenario scenario
 [[ $status -eq 124 && $err == *$'0.3 seconds, its time-out\nscenario:3: at 99s: quit: '*' ended '* ]] ||
     fail "a limit: status $status, said: $err"
+printf 'limit 0.3\nprogram %s\nplugin off' "$waits" >setup
+run "$tavsim" run --scenario setup
+[[ $status -eq 124 && $err == *$'time-out\nsetup: all its steps were done, but '* ]] ||
+    fail "set-up alone: status $status, said: $err"
 cat >killed <<'EOF'
 "$1" &
 "$2" ctl --root "$TAVSIM_ROOT" wait ready within 60s
