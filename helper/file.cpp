@@ -5,22 +5,38 @@
 
 #include <filesystem>
 #include <fstream>
+#include <string_view>
+#include <utility>
 
 namespace fs = std::filesystem;
 
 namespace helper {
+namespace {
 
-std::optional<std::string> readFile(const std::string& path, size_t mostBytes, std::string* error) {
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
+}  // namespace
+
+std::string whyNoFile(const std::string& path) {
     std::error_code problem;
     const fs::file_status status = fs::status(path, problem);
-    if (!fs::exists(status)) {
-        *error = path + ": no such file";
+    if (fs::is_regular_file(status)) {
+        return {};
+    }
+    if (fs::exists(status)) {
+        return path + ": is no regular file";
+    }
+    return path + ": " +
+           (status.type() == fs::file_type::none ? problem.message() : "no such file");
+}
+
+std::optional<std::string> readFile(const std::string& path, size_t mostBytes, std::string* error) {
+    // What is no regular file may never end, or never even open.
+    if (std::string reason = whyNoFile(path); !reason.empty()) {
+        *error = std::move(reason);
         return std::nullopt;
     }
-    std::ifstream file;
-    if (fs::is_regular_file(status)) {  // the others may never end, or never even open
-        file.open(path, std::ios::binary);
-    }
+    std::ifstream file(path, std::ios::binary);
     std::string content;
     char block[1 << 14];
     while (file.is_open() && content.size() <= mostBytes &&
@@ -35,6 +51,7 @@ std::optional<std::string> readFile(const std::string& path, size_t mostBytes, s
         *error = path + ": is larger than " + std::to_string(mostBytes >> 20) + " MiB";
         return std::nullopt;
     }
+    content.erase(0, content.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0);
     return content;
 }
 

@@ -7,8 +7,11 @@
 
 namespace helper {
 
-// The content of a regular file of at most so many bytes. Nothing, with a line in `error` that
-// begins with the path, for any other.
+// Empty for a regular file. For what is none, one line that begins with the path.
+std::string whyNoFile(const std::string& path);
+
+// The content of a regular file of at most so many bytes, without UTF-8's byte-order mark. Nothing,
+// with a line in `error` that begins with the path, for any other.
 std::optional<std::string> readFile(const std::string& path, size_t mostBytes, std::string* error);
 
 // Writes the file anew: whole, or not at all. False, with a line in `error` that begins with the

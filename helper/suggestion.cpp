@@ -8,9 +8,9 @@ namespace {
 // No name is as long, and comparing takes time with the square of the length.
 constexpr size_t kLongestWord = 64;
 
-// In one word of three letters one may be wrong.
+// More in a longer word: two from seven letters on. One may be wrong in any.
 size_t mostMistakes(std::string_view word) {
-    return std::max<size_t>(1, word.size() / 3);
+    return std::max<size_t>(1, (word.size() + 1) / 4);
 }
 
 // How many letters have to be put in, left out, replaced, or swapped with their neighbour.

@@ -86,11 +86,11 @@ typedef struct TAVSim_Options {
     /** The folder of the device's files, which is made and stays; null or empty for a fresh one,
      *  which is removed when the device stops. What is in it already is used as it is. It must be
      *  the user's own. */
-    const char *root;
+    const char* root;
     /** The script of the page whose plug-in the application is; null or empty: no page. */
-    const char *page;
+    const char* page;
     /** A file to which the journal is appended, a line at a time; null or empty: none. */
-    const char *journal;
+    const char* journal;
 } TAVSim_Options;
 
 /**
@@ -113,7 +113,7 @@ enum TAVSim_Fault {
  * \return one line without a line feed; the empty string when nothing has failed so far. A later
  *         success does not clear it. Valid until the next failure. Never null.
  */
-TAVSIM_API const char *TAVSim_GetError(void);
+TAVSIM_API const char* TAVSim_GetError(void);
 
 /**
  * Starts a device, in place of the one that runs.
@@ -130,7 +130,7 @@ TAVSIM_API const char *TAVSim_GetError(void);
  *         - "the profile is null".
  *         - what `tavsim run` says of a profile that cannot be read. A text is called "profile", as
  *           in "profile: machine: must be a string".
- *         - "PAGE: no such page script".
+ *         - "PAGE: no such file", or "PAGE: is no regular file".
  *         - "JOURNAL: the journal cannot be written: REASON".
  *         - what `tavsim run` says of a root folder that cannot be used.
  *         - "this program finds FUNCTION and others before the simulated device, which therefore
@@ -138,7 +138,7 @@ TAVSIM_API const char *TAVSim_GetError(void);
  *
  * \sa TAVSim_Stop
  */
-TAVSIM_API int TAVSim_Start(const char *profile, const TAVSim_Options *options);
+TAVSIM_API int TAVSim_Start(const char* profile, const TAVSim_Options* options);
 
 /**
  * Stops the device: its page ends, its journal's file is closed, a fresh root folder is removed.
@@ -172,9 +172,9 @@ TAVSIM_API int TAVSim_Advance(int milliseconds);
  * Carries out a command, as `tavsim ctl` does for a device that runs elsewhere.
  *
  * The commands are those that `tavsim ctl --help` lists, but `list` and `wait`. What a command
- * queues, such as a reply, is delivered by the next TAVSim_Advance() or when the application handles
- * its events, and one that takes a while, such as a drag, goes on as time passes. Relative files are
- * below the test's folder.
+ * queues, such as a reply, is delivered by the next TAVSim_Advance() or when the application
+ * handles its events, and one that takes a while, such as a drag, goes on as time passes. Relative
+ * files are below the test's folder.
  *
  * \param line the command with its arguments, such as "location error 5". Not null.
  *
@@ -183,7 +183,7 @@ TAVSIM_API int TAVSim_Advance(int milliseconds);
  *         - "the command is null".
  *         - what `tavsim ctl` says of a command that is unknown, malformed or refused.
  */
-TAVSIM_API const char *TAVSim_Command(const char *line);
+TAVSIM_API const char* TAVSim_Command(const char* line);
 
 /**
  * Tells what the application has made of a part of the device.
@@ -196,7 +196,7 @@ TAVSIM_API const char *TAVSim_Command(const char *line);
  *         - "the name is null".
  *         - "the application has done nothing to NAME".
  */
-TAVSIM_API const char *TAVSim_State(const char *name);
+TAVSIM_API const char* TAVSim_State(const char* name);
 
 /**
  * Tells how many lines the journal has had since the device was started.
@@ -219,7 +219,7 @@ TAVSIM_API int TAVSim_JournalLength(void);
  *
  * \sa TAVSim_FindEntry
  */
-TAVSIM_API const char *TAVSim_JournalLine(int index);
+TAVSIM_API const char* TAVSim_JournalLine(int index);
 
 /**
  * Looks for an entry of the journal.
@@ -235,7 +235,7 @@ TAVSIM_API const char *TAVSim_JournalLine(int index);
  *         - "the pattern is null".
  *         - what is wrong with a pattern that is malformed.
  */
-TAVSIM_API int TAVSim_FindEntry(const char *pattern, int from);
+TAVSIM_API int TAVSim_FindEntry(const char* pattern, int from);
 
 /**
  * Lets the n-th thing of a kind fail, and no other of that kind.

@@ -69,9 +69,9 @@ TEST(SuggestionTest, NamesTheNearestAndNothingThatIsFar) {
         const char* word;
         const char* meant;  // null: nothing
     } rows[] = {
-        {"locaton", "location"}, {"sate", "state"},  {"lsit", "list"}, {"ilst", "list"},
-        {"xjournal", "journal"}, {"quern", nullptr}, {"", nullptr},    {"xy", nullptr},
-        {"stale", "state"},      {"ls", nullptr},
+        {"locaton", "location"}, {"sate", "state"},  {"lsit", "list"},    {"ilst", "list"},
+        {"xjournal", "journal"}, {"quern", nullptr}, {"", nullptr},       {"xy", nullptr},
+        {"stale", "state"},      {"ls", nullptr},    {"lotion", nullptr},
     };
     const std::vector<std::string> names = {"list", "location", "state", "journal", "q"};
     for (const auto& row : rows) {

@@ -85,6 +85,8 @@ TEST_F(ScenarioTest, LimitsHold) {
     CALL(refused(steps + "quit"));
     CALL(refused(std::string((1 << 20) + 1, '#')));
     CALL(refused(std::string("quit\0", 5)));
+    CALL(refused("\xEF\xBB\xBFlimit 60\nat 1e9s: quit"));
+    CALL(refused("when " + std::string(900000, 'x') + ": quit"));
     // What is included again and again counts each time.
     write("wide", "#" + std::string(1 << 18, ' ') + "\n");
     EXPECT_TRUE(read("include wide\ninclude wide\ninclude wide")) << m_error;

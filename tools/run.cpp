@@ -10,6 +10,7 @@
 #include <optional>
 
 #include "environment.h"
+#include "helper/file.h"
 #include "judge.h"
 #include "output_watch.h"
 #include "program.h"
@@ -36,9 +37,16 @@ constexpr char kNoPreload[] =
     "the simulated device is installed in a folder whose name holds a blank, a colon or a dollar, "
     "and so does the temporary folder; set TMPDIR to another one";
 
+constexpr char kNoProgram[] = "run: no program given";
+
 int complain(const std::string& text, int status = kBadSetup) {
     std::fprintf(stderr, "tavsim: %s\n", text.c_str());
     return status;
+}
+
+// A shell gives an empty name for a variable that is not set.
+bool hasNoProgram(const RunRequest& request) {
+    return request.command.empty() || request.command[0].empty();
 }
 
 // The devices of the run append to it.
@@ -53,10 +61,13 @@ std::string whyNoSetup(const RunRequest& request) {
     if (!tavsim::readProfile(tavsim::profilePath(request.device), &error)) {
         return error;
     }
-    std::error_code problem;
-    if (!request.page.empty() && !fs::is_regular_file(request.page, problem)) {
-        return request.page + ": no such page script";
+    if (!request.page.empty()) {
+        error = helper::whyNoFile(request.page);
     }
+    if (!error.empty()) {
+        return error;
+    }
+    std::error_code problem;
     if (!request.record.empty() && fs::equivalent(request.record, request.scenario, problem)) {
         return request.record + ": is the scenario that is played";
     }
@@ -81,8 +92,7 @@ std::optional<tavsim::Scenario> scenarioOf(const RunRequest& request) {
 
 int run(RunRequest request) {
     if (request.real) {
-        return request.command.empty() ? complain("run: no program given")
-                                       : runOnThisMachine(request.command);
+        return hasNoProgram(request) ? complain(kNoProgram) : runOnThisMachine(request.command);
     }
     const Signals signals;
     const std::optional<tavsim::Scenario> scenario = scenarioOf(request);
@@ -95,8 +105,8 @@ int run(RunRequest request) {
     if (request.device.empty()) {
         request.device = kUsualDevice;
     }
-    if (request.command.empty()) {
-        return complain("run: no program given");
+    if (hasNoProgram(request)) {
+        return complain(kNoProgram);
     }
     if (const std::string reason = whyNoSetup(request); !reason.empty()) {
         return complain(reason);

@@ -22,6 +22,7 @@ constexpr int kBadUsage = 2;
 constexpr int kMostJobs = 256;
 constexpr char kReal[] = "--real";
 constexpr double kLongestTimeout = 7 * 24 * 3600;  // seconds
+constexpr char kDurations[] = "must be a number of seconds above 0 and at most 604800";
 
 int complain(const std::string& text) {
     std::fprintf(stderr, "tavsim: %s\n", text.c_str());
@@ -61,7 +62,7 @@ std::string isDuration(const std::string& text) {
     const auto read = std::from_chars(text.data(), end, seconds);
     const bool isValid =
         read.ec == std::errc() && read.ptr == end && seconds > 0 && seconds <= kLongestTimeout;
-    return isValid ? std::string() : "must be a number of seconds above 0";
+    return isValid ? std::string() : kDurations;
 }
 
 void addRun(CLI::App& app, tools::RunRequest* request) {

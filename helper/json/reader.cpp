@@ -1,5 +1,6 @@
 #include "helper/json/reader.h"
 
+#include <set>
 #include <sstream>
 
 #include "helper/json/writer.h"
@@ -29,7 +30,8 @@ std::vector<std::string> namesOf(const std::map<std::string_view, Reader>& known
 
 // Names are escaped, since one may hold a line break and an error is one line.
 Value Value::member(std::string_view name, Element element) const {
-    return {element, m_place + (m_place.empty() ? "" : ".") + escapedJson(name), m_problem};
+    return {element, m_place + (m_place.empty() ? "" : ".") + escapedJson(shortened(name)),
+            m_problem};
 }
 
 Value Value::at(size_t index, Element element) const {
@@ -163,8 +165,13 @@ void eachMember(const Value& object,
         object.fail("must be an object");
         return;
     }
+    std::set<std::string_view> names;
     for (const auto& [name, each] : all) {
-        function(name, object.member(name, each));
+        const Value member = object.member(name, each);
+        if (!names.insert(name).second) {
+            member.fail("stands there twice");
+        }
+        function(name, member);
     }
 }
 

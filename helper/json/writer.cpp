@@ -10,6 +10,8 @@
 namespace helper {
 namespace {
 
+constexpr size_t kMostShown = 200;  // bytes
+
 bool isPlain(std::string_view text) {
     for (const char c : text) {
         const unsigned char byte = static_cast<unsigned char>(c);
@@ -48,6 +50,25 @@ std::string escapedJson(std::string_view text) {
     std::string out;
     appendEscaped(out, text);
     return out;
+}
+
+std::string shortened(std::string_view text) {
+    if (text.size() <= kMostShown) {
+        return std::string(text);
+    }
+    // No character is cut in two.
+    const auto isWithin = [&](size_t at) { return (text[at] & 0xC0) == 0x80; };
+    size_t end = kMostShown / 2;
+    size_t start = text.size() - kMostShown / 2;
+    for (size_t bytes = 0; bytes < 3; ++bytes) {
+        end -= isWithin(end) ? 1 : 0;
+        start += isWithin(start) ? 1 : 0;
+    }
+    return std::string(text.substr(0, end)) + "…" + std::string(text.substr(start));
+}
+
+std::string quoted(std::string_view text) {
+    return "\"" + escapedJson(shortened(text)) + "\"";
 }
 
 JsonWriter& JsonWriter::key(std::string_view name) {

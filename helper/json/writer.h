@@ -11,6 +11,11 @@ namespace helper {
 // The text as the inside of a JSON string. What is no UTF-8 in it is replaced.
 std::string escapedJson(std::string_view text);
 
+// For messages, which stay one line that can be read: the text, but of a long one without its
+// middle, and the same in quotes and escaped.
+std::string shortened(std::string_view text);
+std::string quoted(std::string_view text);
+
 // Builds one JSON text from left to right; commas and escapes come by themselves.
 //
 //     JsonWriter().beginObject().member("port", 80).key("tags").beginArray().value("a").endArray()…

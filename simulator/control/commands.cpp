@@ -99,8 +99,7 @@ std::string unknownCommand(std::string_view word, std::vector<std::string> names
         return relatives;
     }
     const std::string meant = helper::suggestion(word, names);
-    return "no command \"" + helper::escapedJson(word) + "\"" +
-           (meant.empty() ? "; there are " + all : meant);
+    return "no command " + helper::quoted(word) + (meant.empty() ? "; there are " + all : meant);
 }
 
 const Command* findCommand(std::string_view name) {

@@ -9,6 +9,7 @@
 #include <limits>
 
 #include "helper/json/text.h"
+#include "helper/json/writer.h"
 #include "simulator/control/text_word.h"
 
 namespace dom = simdjson::dom;
@@ -28,12 +29,12 @@ constexpr char kWithin[] = "within";
 std::optional<MemberPattern> readMember(std::string_view word, std::string* error) {
     const size_t equals = word.find('=');
     if (equals == std::string_view::npos || equals == 0) {
-        *error = quoted(word) + " is not MEMBER=GLOB";
+        *error = helper::quoted(word) + " is not MEMBER=GLOB";
         return std::nullopt;
     }
     const std::optional<std::string> glob = contentOf(word.substr(equals + 1));
     if (!glob) {
-        *error = quoted(word) + ": what begins with a quote must be a JSON string";
+        *error = helper::quoted(word) + ": what begins with a quote must be a JSON string";
         return std::nullopt;
     }
     return MemberPattern{std::string(word.substr(0, equals)), *glob};
@@ -87,12 +88,12 @@ std::optional<Awaited> readAwaited(std::string_view text, std::string* error) {
         const std::string_view time = takeWord(&text);
         awaited.within = readTime(time);
         if (!awaited.within) {
-            *error = quoted(time) + ": " + kTimeUsage;
+            *error = helper::quoted(time) + ": " + kTimeUsage;
             return std::nullopt;
         }
     }
     if (!text.empty()) {
-        *error = quoted(text) + " stands behind the end";
+        *error = helper::quoted(text) + " stands behind the end";
         return std::nullopt;
     }
     return awaited;

@@ -16,7 +16,8 @@ namespace tavsim {
 // A whole or decimal number with ms, s or min: 250ms, 1.5s, 2min. Nothing for any other text, and
 // for more than SDL's clock can count (49 days).
 TAV_PLATFORM_API std::optional<Milliseconds> readTime(std::string_view word);
-inline constexpr char kTimeUsage[] = "a time is a number with ms, s or min, such as 1.5s";
+inline constexpr char kTimeUsage[] =
+    "a time is a number with ms, s or min, such as 1.5s, of at most 49 days";
 
 using helper::matchesGlob;
 

@@ -21,10 +21,6 @@ std::optional<std::string> onlyWord(Words words) {
     return !word.empty() && words.isEmpty() ? std::optional(word) : std::nullopt;
 }
 
-std::string quoted(const std::string& text) {
-    return "\"" + helper::escapedJson(text) + "\"";
-}
-
 // [for TIME] [request N]
 bool readRefusal(Words words, Refusal* refusal) {
     std::string_view word = words.next();
@@ -43,7 +39,7 @@ bool readRefusal(Words words, Refusal* refusal) {
 }
 
 CommandResult cannotBeRefused(const std::string& request) {
-    return failed(quoted(request) + " is no URI and no request that can be refused");
+    return failed(helper::quoted(request) + " is no URI and no request that can be refused");
 }
 
 }  // namespace
@@ -73,7 +69,7 @@ CommandOutcome answer(Words words) {
         return std::nullopt;
     }
     if (!isUri(uri)) {
-        return failed(quoted(uri) + " is no URI");
+        return failed(helper::quoted(uri) + " is no URI");
     }
     answerFromNowOn(uri, std::string(words.rest()));
     return CommandResult();
@@ -85,7 +81,7 @@ CommandOutcome silence(Words words) {
         return std::nullopt;
     }
     if (!isUri(*uri)) {
-        return failed(quoted(*uri) + " is no URI");
+        return failed(helper::quoted(*uri) + " is no URI");
     }
     answerFromNowOn(*uri, std::nullopt);
     return CommandResult();

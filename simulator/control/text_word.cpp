@@ -4,8 +4,6 @@
 
 #include <algorithm>
 
-#include "helper/json/writer.h"
-
 namespace tavsim {
 namespace {
 
@@ -47,10 +45,6 @@ std::optional<std::string> contentOf(std::string_view word) {
     std::string_view content;
     const bool isString = parser.parse(word.data(), word.size()).get(content) == simdjson::SUCCESS;
     return isString ? std::optional<std::string>(content) : std::nullopt;
-}
-
-std::string quoted(std::string_view text) {
-    return "\"" + helper::escapedJson(text) + "\"";
 }
 
 }  // namespace tavsim

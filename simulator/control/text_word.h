@@ -16,9 +16,6 @@ std::string_view takeWord(std::string_view* text);
 // when it begins with a quote and is no JSON string.
 std::optional<std::string> contentOf(std::string_view word);
 
-// For messages.
-std::string quoted(std::string_view text);
-
 }  // namespace tavsim
 
 #endif

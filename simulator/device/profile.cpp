@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <string_view>
 
+#include "helper/file.h"
 #include "helper/json/reader.h"
 #include "helper/json/writer.h"
 #include "helper/suggestion.h"
@@ -25,7 +26,7 @@ constexpr std::string_view kRefusable[] = {"keyboard", "minimize",     "touch", 
 // Faster than this the heading would be noise.
 constexpr double kFastestTurn = 36000.0;
 
-constexpr std::uintmax_t kLargestFile = 16 << 20;
+constexpr size_t kLargestFile = 16 << 20;
 constexpr size_t kMostFiles = 16;
 
 bool isFileName(std::string_view name) {
@@ -64,8 +65,7 @@ json::Reader refusals(std::set<std::string>* target) {
             const json::Reader name = json::text(&request);
             name(each);
             if (!canBeRefused(request)) {
-                each.fail("\"" + helper::escapedJson(request) +
-                          "\" is nothing that the host can refuse");
+                each.fail(helper::quoted(request) + " is nothing that the host can refuse");
             }
             target->insert(request);
         });
@@ -147,25 +147,17 @@ std::string noSuchProfile(const fs::path& path) {
     }
     const std::string name = path.stem();
     const std::string meant = helper::suggestion(name, profileNames());
-    return "no device \"" + helper::escapedJson(name) + "\"" +
+    return "no device " + helper::quoted(name) +
            (meant.empty() ? "; `tavsim devices` lists those that there are" : meant);
 }
 
-// Reads a file whole.
-bool readFile(const std::string& path, std::string* content, std::string* error) {
+std::optional<std::string> readDocument(const std::string& path, std::string* error) {
     std::error_code problem;
-    if (!fs::is_regular_file(path, problem)) {
+    if (!fs::exists(path, problem)) {
         *error = noSuchProfile(path);
-        return false;
+        return std::nullopt;
     }
-    simdjson::padded_string document;
-    if (fs::file_size(path, problem) > kLargestFile) {
-        *error = path + ": is larger than 16 MiB";
-    } else if (simdjson::padded_string::load(path).get(document) != simdjson::SUCCESS) {
-        *error = path + ": cannot be read";
-    }
-    content->assign(document.data(), document.size());
-    return error->empty();
+    return helper::readFile(path, kLargestFile, error);
 }
 
 // The file that is read, and behind it those that extend it.
@@ -188,7 +180,6 @@ void readBase(Profile* profile, const json::Value& name, const fs::path& folder,
     text(name);
     const fs::path path = folder / profilePath(base);
     const Files files = withFile(path, extending);
-    std::string document;
     std::string error;
     if (base.empty()) {
         name.fail("must name a profile");
@@ -196,8 +187,8 @@ void readBase(Profile* profile, const json::Value& name, const fs::path& folder,
         name.fail("the profile extends itself");
     } else if (files.size() > kMostFiles) {
         name.fail("more than 16 profiles extend one another");
-    } else if (!readFile(path, &document, &error) ||
-               !readOver(profile, document, path, files, &error)) {
+    } else if (const auto document = readDocument(path, &error);
+               !document || !readOver(profile, *document, path, files, &error)) {
         name.fail(error);
     }
 }
@@ -245,13 +236,8 @@ std::optional<Profile> parseProfile(const std::string& document, const std::stri
 }
 
 std::optional<Profile> readProfile(const std::string& path, std::string* error) {
-    std::string document;
-    std::string problem;
-    if (!readFile(path, &document, &problem)) {
-        *error = problem;
-        return std::nullopt;
-    }
-    std::optional<Profile> profile = parseProfile(document, path, error);
+    const std::optional<std::string> document = readDocument(path, error);
+    std::optional<Profile> profile = document ? parseProfile(*document, path, error) : std::nullopt;
     if (profile) {
         profile->name = fs::path(path).stem();
     }

@@ -75,7 +75,7 @@ std::optional<SDLKey> keyNamed(std::string_view name, std::string* error) {
             return static_cast<SDLKey>(key);
         }
     }
-    *error = "no key \"" + helper::escapedJson(name) + "\"" + helper::suggestion(name, names);
+    *error = "no key " + helper::quoted(name) + helper::suggestion(name, names);
     return std::nullopt;
 }
 

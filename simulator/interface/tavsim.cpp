@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <filesystem>
 #include <iterator>
 #include <utility>
 
+#include "helper/file.h"
 #include "simulator/control/commands.h"
 #include "simulator/control/pattern.h"
 #include "simulator/device/edge.h"
@@ -123,8 +123,8 @@ int TAVSim_Start(const char* profile, const TAVSim_Options* options) try {
     }
     if (!chosen.pageFile.empty()) {
         read->plugin = true;
-        if (std::error_code problem; !std::filesystem::is_regular_file(chosen.pageFile, problem)) {
-            return fail(kFailed, chosen.pageFile + ": no such page script");
+        if (error = helper::whyNoFile(chosen.pageFile); !error.empty()) {
+            return fail(kFailed, error);
         }
     }
     return device().start(std::move(*read), chosen, &error) ? 0 : fail(kFailed, error);

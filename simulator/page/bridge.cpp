@@ -7,6 +7,7 @@
 #include <memory>
 #include <optional>
 
+#include "helper/file.h"
 #include "helper/items.h"
 #include "platform/napp.h"
 #include "simulator/device/edge.h"
@@ -21,6 +22,8 @@ namespace tavsim {
 
 namespace {
 
+constexpr size_t kLargestScript = 16 << 20;
+
 // What the host knows of the plug-in.
 struct Bridge {
     std::string pageFile;
@@ -34,25 +37,14 @@ Bridge& bridge() {
     return instance;
 }
 
-bool readFile(const std::string& path, std::string* content) {
-    const std::unique_ptr<FILE, int (*)(FILE*)> file(std::fopen(path.c_str(), "re"), std::fclose);
-    if (file == nullptr) {
-        return false;
-    }
-    char block[4096];
-    while (const size_t size = std::fread(block, 1, sizeof block, file.get())) {
-        content->append(block, size);
-    }
-    return std::ferror(file.get()) == 0;
-}
-
 // False when there is no process to be had for the page. A script that cannot be read leaves the
 // host without a page, which is no reason to refuse the plug-in.
 bool openPage(const std::string& pageFile) {
     const std::string name = std::filesystem::path(pageFile).filename();
-    std::string source;
-    if (!readFile(pageFile, &source)) {
-        printLine(stderr, name + ": cannot be read: " + std::strerror(errno));
+    std::string error;
+    const std::optional<std::string> source = helper::readFile(pageFile, kLargestScript, &error);
+    if (!source) {
+        printLine(stderr, error);
         return true;
     }
     const auto page = std::make_shared<Page>(name);
@@ -63,7 +55,7 @@ bool openPage(const std::string& pageFile) {
     bridge().page = page;
     helper::ItemWriter items;
     items.writeText(name);
-    items.writeText(source);
+    items.writeText(*source);
     page->post(now(), PageMessageKind::RunScript, items);
     return true;
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "helper/json/writer.h"
 #include "simulator/control/command_functions.h"
 #include "simulator/device/journal.h"
 
@@ -22,7 +23,7 @@ void showJournal() {
 }  // namespace
 
 std::string nameOf(const Step& step) {
-    return step.place + ": " + step.text;
+    return step.place + ": " + helper::shortened(step.text);
 }
 
 std::string whatIsThere(const std::string& state) {

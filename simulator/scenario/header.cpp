@@ -51,7 +51,7 @@ const char* readLimit(std::string_view value, const Line& /*line*/, Scenario* sc
     scenario->limit = seconds;
     return isNumber && seconds > 0 && seconds <= kLongestLimit
                ? nullptr
-               : "the limit is a number of seconds above 0";
+               : "the limit is a number of seconds above 0 and at most 604800";
 }
 
 struct HeaderStatement {

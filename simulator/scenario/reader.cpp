@@ -1,10 +1,9 @@
 #include "simulator/scenario/reader.h"
 
 #include <algorithm>
-#include <cstdint>
 #include <filesystem>
-#include <fstream>
 
+#include "helper/file.h"
 #include "simulator/control/text_word.h"
 #include "simulator/scenario/statements.h"
 
@@ -27,14 +26,14 @@ class Reader {
 public:
     explicit Reader(Scenario* scenario) : m_scenario(scenario) {}
 
-    // False, with a line in problem(), when the file or one that it includes is malformed. `name`
-    // is what the line calls it by.
-    bool readFile(const std::string& file, const std::string& name, int depth);
+    // False, with a line in problem(), when the file or one that it includes is malformed. `prefix`
+    // begins the line where the file cannot be loaded.
+    bool readFile(const std::string& file, const std::string& prefix, int depth);
 
     const std::string& problem() const { return m_problem; }
 
 private:
-    std::string load(const std::string& file, std::string* content);
+    std::optional<std::string> load(const std::string& file, const std::string& prefix);
     bool readStatement(const Line& line, int depth);
     bool include(const Line& line, std::string_view file, int depth);
     bool failAt(const std::string& place, const std::string& problem);
@@ -44,33 +43,27 @@ private:
     size_t m_bytes = 0;
 };
 
-// The reason why not; empty when it is loaded.
-std::string Reader::load(const std::string& file, std::string* content) {
-    std::error_code failure;
-    if (!fs::is_regular_file(file, failure)) {
-        return failure ? failure.message() : "no file of text";
-    }
-    const size_t room = kMostBytes - m_bytes + 1;
-    const std::uintmax_t size = fs::file_size(file, failure);
-    content->resize(static_cast<size_t>(std::min<std::uintmax_t>(size, room)));
-    std::ifstream stream(file, std::ios::binary);
-    if (!stream.read(content->data(), static_cast<std::streamsize>(content->size()))) {
-        return "cannot be read";
-    }
-    m_bytes += content->size();
+// Nothing, with a line in problem() that begins with `prefix`, when it cannot be loaded.
+std::optional<std::string> Reader::load(const std::string& file, const std::string& prefix) {
+    std::string error;
+    std::optional<std::string> content = helper::readFile(file, kMostBytes, &error);
+    m_bytes += content ? content->size() : 0;
     if (m_bytes > kMostBytes) {
-        return "more than 1 MiB, with what is included";
+        error = file + ": more than 1 MiB, with what is included";
+    } else if (content && content->find('\0') != std::string::npos) {
+        error = file + ": no text: it has a zero byte";
     }
-    return content->find('\0') == std::string::npos ? "" : "no text: it has a zero byte";
+    m_problem = error.empty() ? "" : prefix + error;
+    return error.empty() ? content : std::nullopt;
 }
 
-bool Reader::readFile(const std::string& file, const std::string& name, int depth) {
-    std::string content;
-    if (const std::string reason = load(file, &content); !reason.empty()) {
-        return failAt(name, reason);
+bool Reader::readFile(const std::string& file, const std::string& prefix, int depth) {
+    const std::optional<std::string> content = load(file, prefix);
+    if (!content) {
+        return false;
     }
     const std::string folder = fs::path(file).parent_path();
-    std::string_view rest = content;
+    std::string_view rest = *content;
     for (int number = 1; !rest.empty(); ++number) {
         const std::string_view text = rest.substr(0, rest.find('\n'));
         rest.remove_prefix(std::min(text.size() + 1, rest.size()));
@@ -106,7 +99,7 @@ bool Reader::include(const Line& line, std::string_view file, int depth) {
                                       " files deep; does a file include itself?");
     }
     const std::string path = fs::path(inFolder(line.folder, file)).lexically_normal();
-    return readFile(path, line.place + ": include: " + path, depth + 1);
+    return readFile(path, line.place + ": include: ", depth + 1);
 }
 
 bool Reader::failAt(const std::string& place, const std::string& problem) {
@@ -119,7 +112,7 @@ bool Reader::failAt(const std::string& place, const std::string& problem) {
 std::optional<Scenario> readScenario(const std::string& file, std::string* error) {
     Scenario scenario;
     Reader reader(&scenario);
-    if (!reader.readFile(file, file, 0)) {
+    if (!reader.readFile(file, {}, 0)) {
         *error = reader.problem();
         return std::nullopt;
     }

@@ -1,6 +1,7 @@
 // The steps of a scenario: when, and what.
 #include <filesystem>
 
+#include "helper/json/writer.h"
 #include "helper/suggestion.h"
 #include "simulator/control/commands.h"
 #include "simulator/control/text_word.h"
@@ -55,7 +56,7 @@ std::optional<Milliseconds> takeTime(std::string_view* text, std::string* error)
     const std::string_view word = takeWord(text);
     const std::optional<Milliseconds> time = readTime(word);
     if (!time) {
-        *error = quoted(word) + ": " + kTimeUsage;
+        *error = helper::quoted(word) + ": " + kTimeUsage;
     }
     return time;
 }
@@ -174,7 +175,7 @@ std::optional<Action> readExpectation(std::string_view text, const Line& line, s
         return readEntry(text, 0, error);
     }
     const std::string meant = helper::suggestion(word, kExpectNames);
-    *error = meant.empty() ? kExpectUsage : "expect: no " + quoted(word) + meant;
+    *error = meant.empty() ? kExpectUsage : "expect: no " + helper::quoted(word) + meant;
     return std::nullopt;
 }
 

@@ -12,6 +12,7 @@ refuses_profile() {
 }
 refuses_profile 'not JSON: *' '{"machine": '
 refuses_profile 'machien: unknown field; did you mean "machine"[?]' '{"machien": "cinnabar"}'
+refuses_profile 'machine: stands there twice' $'\xEF\xBB\xBF{"machine": "cinnabar", "machine": "fern"}'
 refuses_profile 'compass.interval: must be *' '{"compass": {"interval": "soon"}}'
 run "$tavsim" run --device "$work/missing.json" "$ends" print started
 expect 2 '' "tavsim: $work/missing.json: no such device profile"
@@ -19,8 +20,16 @@ run "$tavsim" run --device no-such-device "$ends" print started
 expect 2 '' "tavsim: no device \"no-such-device\"; \`tavsim devices\` *"
 run "$tavsim" run --device cinabar "$ends" print started
 expect 2 '' 'tavsim: no device "cinabar"; did you mean "cinnabar"[?]'
+for option in device page scenario; do
+    run timeout 60 "$tavsim" run --$option /dev/zero "$ends" print started
+    expect 2 '' "*/dev/zero: is no regular file"
+done
+run "$tavsim" run --timeout 1e9 "$ends" print started
+expect 2 '' $'*: must be a number of seconds above 0 and at most 604800\n*'
+run "$tavsim" run ''
+expect 2 '' 'tavsim: run: no program given'
 run "$tavsim" run --page "$work/missing.js" "$ends" print started
-expect 2 '' "tavsim: $work/missing.js: no such page script"
+expect 2 '' "tavsim: $work/missing.js: no such file"
 run "$tavsim" run --journal "$work/missing/journal" "$ends" print started
 expect 2 '' "tavsim: $work/missing/journal: the journal cannot be written there"
 run "$tavsim" run --journal "$work" "$ends" print started
