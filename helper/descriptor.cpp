@@ -13,33 +13,36 @@ constexpr int kOutOfTheWay = 512;  // half of how many a process may have by def
 
 }  // namespace
 
+std::optional<FileIdentity> identityOf(int number) {
+    struct stat64 status;
+    if (number < 0 || fstat64(number, &status) != 0) {  // for none, errno stays
+        return std::nullopt;
+    }
+    return FileIdentity{status.st_dev, status.st_ino};
+}
+
 Descriptor::Descriptor(int number) : m_number(number) {
     const int high = fcntl(number, F_DUPFD_CLOEXEC, kOutOfTheWay);
     if (high >= 0) {
         ::close(number);
         m_number = high;
     }
-    struct stat status;
-    if (fstat(m_number, &status) == 0) {
-        m_device = status.st_dev;
-        m_inode = status.st_ino;
-    }
+    m_identity = identityOf(m_number);
 }
 
 Descriptor& Descriptor::operator=(Descriptor&& other) noexcept {
-    if (this != &other) {
+    // A lost descriptor's number may be the new one's by now.
+    if (m_number != other.m_number) {
         close();
-        m_number = std::exchange(other.m_number, -1);
-        m_device = other.m_device;
-        m_inode = other.m_inode;
     }
+    m_number = std::exchange(other.m_number, -1);
+    m_identity = other.m_identity;
     return *this;
 }
 
 bool Descriptor::isOurs() const {
-    struct stat status;
-    return m_number >= 0 && fstat(m_number, &status) == 0 && status.st_dev == m_device &&
-           status.st_ino == m_inode;
+    const std::optional<FileIdentity> now = identityOf(m_number);
+    return now && now == m_identity;
 }
 
 void Descriptor::close() {

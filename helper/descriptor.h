@@ -4,7 +4,19 @@
 
 #include <sys/types.h>
 
+#include <optional>
+
 namespace helper {
+
+// What stands behind a descriptor.
+struct FileIdentity {
+    dev_t device;
+    ino64_t inode;
+    bool operator==(const FileIdentity&) const = default;
+};
+
+// Nothing when the number is no descriptor.
+std::optional<FileIdentity> identityOf(int number);
 
 // Owns a descriptor, at a high number, where it is in nobody's way. A program may still close all
 // descriptors that it finds and be given the number for a file of its own: whoever uses the number
@@ -21,6 +33,9 @@ public:
 
     int number() const { return m_number; }
 
+    // What it was opened for, also when it is lost.
+    const std::optional<FileIdentity>& identity() const { return m_identity; }
+
     // Whether there is one, and the number still stands for what it stood for.
     bool isOurs() const;
 
@@ -29,8 +44,7 @@ public:
 
 private:
     int m_number = -1;
-    dev_t m_device = 0;
-    ino_t m_inode = 0;
+    std::optional<FileIdentity> m_identity;
 };
 
 }  // namespace helper

@@ -6,18 +6,26 @@
 #include <cerrno>
 #include <filesystem>
 #include <string_view>
+#include <utility>
 
 namespace helper {
+namespace {
+
+constexpr int kAppending = O_WRONLY | O_APPEND | O_CLOEXEC | O_LARGEFILE;
+
+}  // namespace
 
 bool LineFile::open(const std::string& path) {
+    constexpr mode_t kForAll = 0666;
+    const int file = ::open(path.c_str(), kAppending | O_CREAT, kForAll);
+    if (file < 0) {
+        return false;
+    }
+    m_file = Descriptor(file);
     // The program may change its folder before the file has to be opened again.
     std::error_code problem;
     m_path = std::filesystem::absolute(path, problem);
-    if (openAgain()) {
-        return true;
-    }
-    m_path.clear();
-    return false;
+    return true;
 }
 
 bool LineFile::append(std::string line) {
@@ -40,13 +48,18 @@ void LineFile::close() {
     m_file.close();
 }
 
+// A path such as /dev/fd/3 may lead to a file of the program's own by now.
 bool LineFile::openAgain() {
-    constexpr mode_t kForAll = 0666;
-    const int file = ::open(m_path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, kForAll);
-    if (file < 0) {
+    const int number = ::open(m_path.c_str(), kAppending);
+    if (number < 0) {
         return false;
     }
-    m_file = Descriptor(file);
+    Descriptor file(number);
+    if (file.identity() != m_file.identity()) {
+        errno = EBADF;
+        return false;
+    }
+    m_file = std::move(file);
     return true;
 }
 

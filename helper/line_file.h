@@ -9,7 +9,7 @@
 namespace helper {
 
 // Lines are appended, each whole and at once, so that processes can share the file. A program that
-// closes all descriptors does not end it.
+// closes all descriptors does not end it, unless the file is no longer where it was.
 class LineFile {
 public:
     // False, with errno, when the file cannot be written.
