@@ -95,9 +95,9 @@ TEST_F(Calls, Core) {
         CALL(tav::g_calledInit);
     }
     CALL(TAV_GetKOBVersion());
-    CALL(tav::fail("someFunction", TAV_ENETWORK, "%s is %d", "seven", 7));
+    CALL(TAV_FAIL("someFunction", TAV_ENETWORK, "%s is %d", "seven", 7));
     show("TAV_GetError()", [] {
-        tav::failNull("otherFunction", "nothing");
+        std::ignore = TAV_FAIL("otherFunction", nullptr, "nothing");
         return TAV_GetError();
     });
     for (const int status : {-1, 0, 1, 2, 99, 100, 101, 102, 103}) {

@@ -47,28 +47,28 @@ int sendFirewallRule(const char* function, const char* labelFormat, const char* 
 
 int launch(const char* function, const tav::HStringPtr& payload) {
     if (payload == nullptr) {
-        return tav::fail(function, TAV_ECONNECTION, tav::kServiceUnreachable);
+        return TAV_FAIL(function, TAV_ECONNECTION, tav::kServiceUnreachable);
     }
     return tav::sendRequest(function, kLaunchUri, HString_toStr(payload.get()));
 }
 
 int checkMessage(const char* function, const char* subject, const char* body) {
     if (subject == nullptr) {
-        return tav::fail(function, TAV_INVALIDINPUT, "Subject is null");
+        return TAV_FAIL(function, TAV_INVALIDINPUT, "Subject is null");
     }
     if (body == nullptr) {
-        return tav::fail(function, TAV_INVALIDINPUT, "Body is null");
+        return TAV_FAIL(function, TAV_INVALIDINPUT, "Body is null");
     }
     return TAV_NOERROR;
 }
 
 int checkRecipients(const char* function, int count, const char* const* recipients) {
     if (recipients == nullptr) {
-        return tav::fail(function, TAV_INVALIDINPUT, "recipients is null");
+        return TAV_FAIL(function, TAV_INVALIDINPUT, "recipients is null");
     }
     for (int index = 0; index < count; ++index) {
         if (recipients[index] == nullptr) {
-            return tav::fail(function, TAV_INVALIDINPUT, "bad recipient");
+            return TAV_FAIL(function, TAV_INVALIDINPUT, "bad recipient");
         }
         HTracker_funcTrack("tav_f", function, "Recipient %d: %s", index, recipients[index]);
     }
@@ -92,10 +92,10 @@ tav::HStringPtr formatEmailTo(const char* subject, const char* body, int count,
 int TAV_Vibrate(int periodMS, int durationMS) {
     HTracker_funcTrack("tav_f", __func__, "%d, %d", periodMS, durationMS);
     if (durationMS < 0) {
-        return tav::fail(__func__, TAV_INVALIDINPUT, "durationMS must be >= 0");
+        return TAV_FAIL(__func__, TAV_INVALIDINPUT, "durationMS must be >= 0");
     }
     if (periodMS < 0) {
-        return tav::fail(__func__, TAV_INVALIDINPUT, "periodMS must be >= 0");
+        return TAV_FAIL(__func__, TAV_INVALIDINPUT, "periodMS must be >= 0");
     }
     if (durationMS == 0) {
         return TAV_NOERROR;
@@ -109,7 +109,7 @@ int TAV_SetFirewallPortStatus(int port, SDL_bool enable) {
     const Sint32 enabled = tav::rawValue(enable);
     HTracker_funcTrack("tav_f", __func__, "%d, %s", port, tav::trueOrFalse(enabled));
     if (port <= kHighestReservedPort) {
-        return tav::fail(__func__, TAV_INVALIDINPUT, "port must be greater than 1024");
+        return TAV_FAIL(__func__, TAV_INVALIDINPUT, "port must be greater than 1024");
     }
     const int result = sendFirewallRule(__func__, kTcpLabel, kTcpPayload, port, enabled != 0);
     if (result != TAV_NOERROR) {
@@ -129,7 +129,7 @@ int TAV_NotifyMusicPlaying(SDL_bool musicPlaying) {
 
 int TAV_LaunchBrowser(const char* url) {
     if (url == nullptr) {
-        return tav::fail(__func__, TAV_INVALIDINPUT, "NULL URL sent to TAV_LaunchBrowser");
+        return TAV_FAIL(__func__, TAV_INVALIDINPUT, "NULL URL sent to TAV_LaunchBrowser");
     }
     HTracker_funcTrack("tav_f", __func__, "%s", url);
     return launch(__func__, tav::formatPayload(kBrowserPayload, url));

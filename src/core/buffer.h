@@ -15,10 +15,10 @@ inline constexpr char kLengthInvalid[] = "buffer length is invalid";
 inline int checkBuffer(const char* function, const char* buffer, int length,
                        const char* lengthMessage) {
     if (buffer == nullptr) {
-        return fail(function, TAV_INVALIDINPUT, "buffer is NULL");
+        return TAV_FAIL(function, TAV_INVALIDINPUT, "buffer is NULL");
     }
     if (length <= 0) {
-        return fail(function, TAV_INVALIDINPUT, lengthMessage);
+        return TAV_FAIL(function, TAV_INVALIDINPUT, "%s", lengthMessage);
     }
     return TAV_NOERROR;
 }

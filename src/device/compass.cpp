@@ -27,7 +27,7 @@ void compassCallback(Sint32 intValue, double doubleValue1, double doubleValue2) 
 int TAV_EnableCompass(SDL_bool activate) {
     HTracker_funcTrack("tav_f", __func__, "--");
     if (TAV_IsPlugin()) {
-        return tav::fail(__func__, TAV_EOTHER, "Compass currently not supported for Plugins");
+        return TAV_FAIL(__func__, TAV_EOTHER, "Compass currently not supported for Plugins");
     }
     const Sint32 active = tav::rawValue(activate);
     if (NApp_EnableCompass(active != 0) == 0) {
@@ -40,15 +40,15 @@ int TAV_EnableCompass(SDL_bool activate) {
 int TAV_GetCompass(TAV_CompassReading* reading) {
     HTracker_funcTrack("tav_f", __func__, "--");
     if (tav::g_calledInit == 0) {
-        return tav::fail(__func__, TAV_UNINIT,
-                         "You must call TAV_Init before calling TAV_GetCompass");
+        return TAV_FAIL(__func__, TAV_UNINIT,
+                        "You must call TAV_Init before calling TAV_GetCompass");
     }
     if (tav::g_bCompassActive == 0) {
-        return tav::fail(__func__, TAV_UNINIT,
-                         "You must call TAV_EnableCompass before calling TAV_GetCompass");
+        return TAV_FAIL(__func__, TAV_UNINIT,
+                        "You must call TAV_EnableCompass before calling TAV_GetCompass");
     }
     if (reading == nullptr) {
-        return tav::fail(__func__, TAV_INVALIDINPUT, "Sent-in value was NULL");
+        return TAV_FAIL(__func__, TAV_INVALIDINPUT, "Sent-in value was NULL");
     }
     *reading = tav::g_compass;
     return TAV_NOERROR;

@@ -58,7 +58,7 @@ int getDeviceScreenMetrics(Sint32 hardwareId, TAV_ScreenMetrics* metrics) {
     }
     HTracker_funcTrack("tav_1", __func__, "returning unknown hardware");
     *metrics = {};
-    return tav::fail(__func__, TAV_EOTHER, "unknown hardware");
+    return TAV_FAIL(__func__, TAV_EOTHER, "unknown hardware");
 }
 
 }  // namespace
@@ -87,7 +87,7 @@ const char* TAV_GetHardware(void) {
 int TAV_GetScreenMetrics(TAV_ScreenMetrics* outMetrics) {
     HTracker_funcTrack("tav_f", __func__, "(NON-HAL) %p", static_cast<void*>(outMetrics));
     if (outMetrics == nullptr) {
-        return tav::fail(__func__, TAV_INVALIDINPUT, "outMetrics must not be NULL");
+        return TAV_FAIL(__func__, TAV_INVALIDINPUT, "outMetrics must not be NULL");
     }
     return getDeviceScreenMetrics(TAV_GetHardwareID(), outMetrics);
 }

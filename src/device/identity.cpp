@@ -12,7 +12,6 @@ namespace {
 
 using tav::checkBuffer;
 using tav::convertFromNAppError;
-using tav::fail;
 
 constexpr char kUniqueIdFile[] = "/proc/nduid";
 constexpr int kUniqueIdMinimumLength = 64;
@@ -35,18 +34,18 @@ int TAV_GetUniqueID(char* buffer, int bufferLength) {
         return error;
     }
     if (bufferLength < kUniqueIdMinimumLength) {
-        return fail(__func__, TAV_STRINGTOOSMALL, "buffer must be at least 64 bytes in length");
+        return TAV_FAIL(__func__, TAV_STRINGTOOSMALL, "buffer must be at least 64 bytes in length");
     }
     buffer[0] = '\0';
     const File file(std::fopen(kUniqueIdFile, "rb"));
     if (file == nullptr) {
-        return fail(__func__, TAV_EDATAACCESS, "could not access ID file");
+        return TAV_FAIL(__func__, TAV_EDATAACCESS, "could not access ID file");
     }
     std::size_t length =
         std::fread(buffer, 1, static_cast<std::size_t>(bufferLength) - 1, file.get());
     buffer[length] = '\0';
     if (length == 0) {
-        return fail(__func__, TAV_EDATAACCESS, "could not read ID file");
+        return TAV_FAIL(__func__, TAV_EDATAACCESS, "could not read ID file");
     }
     if (buffer[length - 1] == '\n') {
         buffer[length - 1] = '\0';
@@ -61,8 +60,8 @@ int TAV_GetCallingPath(char* buffer, int bufferLength) {
         return error;
     }
     if (bufferLength < static_cast<int>(sizeof kCallingPath)) {
-        return fail(__func__, TAV_STRINGTOOSMALL,
-                    "buffer too small. Required length 3, buffer length %d", bufferLength);
+        return TAV_FAIL(__func__, TAV_STRINGTOOSMALL,
+                        "buffer too small. Required length 3, buffer length %d", bufferLength);
     }
     std::memcpy(buffer, kCallingPath, sizeof kCallingPath);
     return TAV_NOERROR;
@@ -76,7 +75,7 @@ int TAV_GetDataFilePath(const char* dataFileName, char* buffer, int bufferLength
         return error;
     }
     if (dataFileName == nullptr) {
-        return fail(__func__, TAV_INVALIDINPUT, "dataFileName is NULL");
+        return TAV_FAIL(__func__, TAV_INVALIDINPUT, "dataFileName is NULL");
     }
     return convertFromNAppError(NApp_GetDataFilePath(dataFileName, buffer, bufferLength));
 }
@@ -89,10 +88,10 @@ int TAV_GetAppinfoValue(const char* name, char* buffer, int bufferLength) {
         return error;
     }
     if (name == nullptr) {
-        return fail(__func__, TAV_INVALIDINPUT, "name is NULL");
+        return TAV_FAIL(__func__, TAV_INVALIDINPUT, "name is NULL");
     }
     if (*name == '\0') {
-        return fail(__func__, TAV_INVALIDINPUT, "name must not be blank");
+        return TAV_FAIL(__func__, TAV_INVALIDINPUT, "name must not be blank");
     }
     return convertFromNAppError(NApp_GetAppinfoValue(name, buffer, bufferLength));
 }

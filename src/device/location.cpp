@@ -136,7 +136,7 @@ int TAV_EnableLocationTracking(SDL_bool activate) {
     state.callId = bus->ksCallWithSubscription(kTrackingUri, payload, tav::kForLibrary,
                                                tav::gpsCallback, &state);
     if (state.callId == tav::kNoCall) {
-        return tav::fail(__func__, TAV_ECONNECTION, tav::kServiceUnreachable);
+        return TAV_FAIL(__func__, TAV_ECONNECTION, tav::kServiceUnreachable);
     }
     state.tracking = tracking;
     state.failure = TAV_NOERROR;
@@ -146,15 +146,15 @@ int TAV_EnableLocationTracking(SDL_bool activate) {
 int TAV_GetLocation(TAV_Location* location) {
     HTracker_funcTrack("tav_f", __func__, "%p", static_cast<void*>(location));
     if (location == nullptr) {
-        return tav::fail(__func__, TAV_INVALIDINPUT, "location is NULL");
+        return TAV_FAIL(__func__, TAV_INVALIDINPUT, "location is NULL");
     }
     const tav::gpsCallbackContext& state = tav::g_GPSContext;
     if (state.tracking == 0) {
-        return tav::fail(__func__, TAV_UNINIT,
-                         "GPS tracking is not on (call TAV_EnableLocationTracking)");
+        return TAV_FAIL(__func__, TAV_UNINIT,
+                        "GPS tracking is not on (call TAV_EnableLocationTracking)");
     }
     if (state.failure != TAV_NOERROR) {
-        return tav::fail(__func__, state.failure, "GPS failure");
+        return TAV_FAIL(__func__, state.failure, "GPS failure");
     }
     *location = state.location;
     return TAV_NOERROR;

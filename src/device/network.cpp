@@ -11,8 +11,6 @@
 
 namespace {
 
-using tav::fail;
-
 // Only a handle for requests to the kernel.
 class Socket {
 public:
@@ -57,17 +55,17 @@ bool readNetInfo(const char* interfaceName, TAV_NetInfo* info) {
 int TAV_GetNetInfo(const char* interfaceName, TAV_NetInfo* info) {
     HTracker_funcTrack("tav_f", __func__, "%s, %p", interfaceName, static_cast<void*>(info));
     if (interfaceName == nullptr) {
-        return fail(__func__, TAV_INVALIDINPUT, "interface name is NULL");
+        return TAV_FAIL(__func__, TAV_INVALIDINPUT, "interface name is NULL");
     }
     if (*interfaceName == '\0') {
-        return fail(__func__, TAV_INVALIDINPUT, "interface name is empty");
+        return TAV_FAIL(__func__, TAV_INVALIDINPUT, "interface name is empty");
     }
     if (info == nullptr) {
-        return fail(__func__, TAV_INVALIDINPUT, "interface info is NULL");
+        return TAV_FAIL(__func__, TAV_INVALIDINPUT, "interface info is NULL");
     }
     *info = {};
     if (!readNetInfo(interfaceName, info)) {
-        return fail(__func__, TAV_ENETWORK, "Could not access network information");
+        return TAV_FAIL(__func__, TAV_ENETWORK, "Could not access network information");
     }
     return TAV_NOERROR;
 }

@@ -9,8 +9,6 @@
 
 namespace {
 
-using tav::fail;
-
 constexpr char kVersionProperty[] = "com.vire.properties.version";
 
 // How many bits a long has depends on the device; a number that is too large is cut to 32.
@@ -53,12 +51,12 @@ void parseVersion(char* text, TAV_OSVersion* version) {
 int TAV_GetOSVersion(TAV_OSVersion* version) {
     HTracker_funcTrack("tav_f", __func__, "%p", static_cast<void*>(version));
     if (version == nullptr) {
-        return fail(__func__, TAV_INVALIDINPUT, "sent-in version pointer is NULL");
+        return TAV_FAIL(__func__, TAV_INVALIDINPUT, "sent-in version pointer is NULL");
     }
     *version = {};
     char text[sizeof version->versionText];
     if (tav::getKoraPrefSystemValue(kVersionProperty, text, sizeof text) != TAV_NOERROR) {
-        return fail(__func__, TAV_EOTHER, "Unable to extract OS version information");
+        return TAV_FAIL(__func__, TAV_EOTHER, "Unable to extract OS version information");
     }
     std::memcpy(version->versionText, text, std::strlen(text));
     parseVersion(text, version);

@@ -19,7 +19,6 @@
 namespace {
 
 using tav::checkBuffer;
-using tav::fail;
 using tav::getPrefsDBField;
 using tav::kLengthNotPositive;
 
@@ -88,23 +87,23 @@ int getPrefsDBField(const char* key, const char* member, char* buffer, int buffe
                        bufferLength);
     const Database database = openPreferences();
     if (database == nullptr) {
-        return fail(__func__, TAV_EDATAACCESS, "Could not open preferences database");
+        return TAV_FAIL(__func__, TAV_EDATAACCESS, "Could not open preferences database");
     }
     char query[kQuerySize];
     std::snprintf(query, sizeof query, kQueryFormat, key);
     const Statement statement = prepare(database, query);
     if (statement == nullptr) {
-        return fail(__func__, TAV_EDATAACCESS, "Could not prepare access from database");
+        return TAV_FAIL(__func__, TAV_EDATAACCESS, "Could not prepare access from database");
     }
     const bool found = sqlite3_step(statement.get()) == SQLITE_ROW;
     const char* value = found ? valueText(statement) : nullptr;
     if (value == nullptr) {
-        return fail(__func__, TAV_EDATAACCESS, "Could not access from database");
+        return TAV_FAIL(__func__, TAV_EDATAACCESS, "Could not access from database");
     }
     const int status = NApp_GetJsonValue(value, member, buffer, bufferLength);
     const int error = convertFromNAppError(status);
     if (status == NAPP_BUFFER_TOO_SMALL) {
-        return fail(__func__, error, "The sent-in string was too small to hold the result");
+        return TAV_FAIL(__func__, error, "The sent-in string was too small to hold the result");
     }
     return error;
 }
@@ -138,25 +137,25 @@ int TAV_GetDeviceName(char* buffer, int bufferLength) {
     }
     const Database database = openPreferences();
     if (database == nullptr) {
-        return fail(__func__, TAV_EDATAACCESS, "Could not open preferences database");
+        return TAV_FAIL(__func__, TAV_EDATAACCESS, "Could not open preferences database");
     }
     const Statement statement = prepare(database, kDeviceNameQuery);
     if (statement == nullptr) {
-        return fail(__func__, TAV_EDATAACCESS, "Could not prep device name statement");
+        return TAV_FAIL(__func__, TAV_EDATAACCESS, "Could not prep device name statement");
     }
     if (sqlite3_step(statement.get()) != SQLITE_ROW) {
-        return fail(__func__, TAV_EOTHER, "Device has no name. Bypassed first use?");
+        return TAV_FAIL(__func__, TAV_EOTHER, "Device has no name. Bypassed first use?");
     }
     const char* text = valueText(statement);
     if (text == nullptr || *text == '\0') {
-        return fail(__func__, TAV_EDATAACCESS, "Could not parse device name");
+        return TAV_FAIL(__func__, TAV_EDATAACCESS, "Could not parse device name");
     }
     const std::string_view name = withoutQuotes(text);
     const int requiredLength = static_cast<int>(name.size()) + 1;
     if (bufferLength < requiredLength) {
-        return fail(__func__, TAV_STRINGTOOSMALL,
-                    "buffer too small. Required length %d, buffer length %d", requiredLength,
-                    bufferLength);
+        return TAV_FAIL(__func__, TAV_STRINGTOOSMALL,
+                        "buffer too small. Required length %d, buffer length %d", requiredLength,
+                        bufferLength);
     }
     std::memcpy(buffer, name.data(), name.size());
     buffer[name.size()] = '\0';
@@ -199,7 +198,7 @@ int TAV_GetLanguage(char* buffer, int bufferLength) {
     }
     const std::size_t requiredLength = std::strlen(language) + std::strlen(country) + 2;
     if (std::cmp_less(bufferLength, requiredLength)) {
-        return fail(__func__, TAV_STRINGTOOSMALL, "string buffer too small");
+        return TAV_FAIL(__func__, TAV_STRINGTOOSMALL, "string buffer too small");
     }
     std::snprintf(buffer, static_cast<std::size_t>(bufferLength), "%s_%s", language, country);
     return TAV_NOERROR;

@@ -232,7 +232,7 @@ int TAV_RegisterJSHandler(const char* methodName, TAV_JSHandler handler) {
     if (JSHandlerEntry* entry = g_jsHandlers.find(methodName)) {
         entry->handler = handler;
     } else if (!g_jsHandlers.add(methodName, handler)) {
-        return tav::fail(__func__, TAV_NOERROR, tav::kOutOfMemory);
+        return TAV_FAIL(__func__, TAV_NOERROR, tav::kOutOfMemory);
     }
     return TAV_NOERROR;
 }
@@ -240,9 +240,9 @@ int TAV_RegisterJSHandler(const char* methodName, TAV_JSHandler handler) {
 int TAV_JSRegistrationComplete(void) {
     HTracker_funcTrack("tav_f", __func__, "--");
     if (!NApp_RegisterKiteHandlers(tav::jsGetMethodsCallback, tav::jsMethodCallback)) {
-        return tav::fail(__func__, TAV_ECONNECTION,
-                         "Could not register JS Handlers. Either this was not launched as a "
-                         "plugin, or the IPC is not yet set up.");
+        return TAV_FAIL(__func__, TAV_ECONNECTION,
+                        "Could not register JS Handlers. Either this was not launched as a "
+                        "plugin, or the IPC is not yet set up.");
     }
     tav::g_jsRegistrationComplete = true;
     return TAV_NOERROR;

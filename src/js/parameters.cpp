@@ -76,7 +76,7 @@ int TAV_JSReply(TAV_JSParameters* parameters, const char* reply) {
     parameters->reply = copy;
     parameters->isException = 0;
     if (copy == nullptr) {
-        return tav::fail(__func__, TAV_NOERROR, tav::kOutOfMemory);
+        return TAV_FAIL(__func__, TAV_NOERROR, tav::kOutOfMemory);
     }
     return TAV_NOERROR;
 }

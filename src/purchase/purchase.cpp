@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <new>
+#include <tuple>
 
 #include "core/handles.h"
 #include "core/report.h"
@@ -66,7 +67,7 @@ tav::HStringPtr dispatch(const char* uri, const char* payload, bool waitWithoutT
     const char* text = HString_toStr(reply.get());
     const tav::HStringPtr value(HJson_getValueFromStr(text, kReturnValue));
     if (value != nullptr && isFalse(value.get())) {
-        return tav::failNull(__func__, "Failure on dispatch: %s", text);
+        return TAV_FAIL(__func__, nullptr, "Failure on dispatch: %s", text);
     }
     return reply;
 }
@@ -77,7 +78,7 @@ Record* request(const char* function, const char* uri, const char* payload,
     // Comes first: what was bought must not be lost for want of memory.
     std::unique_ptr<Record> record(new (std::nothrow) Record);
     if (record == nullptr) {
-        return tav::failNull(function, tav::kNoString);
+        return TAV_FAIL(function, nullptr, tav::kNoString);
     }
     record->json = dispatch(uri, payload, waitWithoutTimeOut);
     return record->json != nullptr ? record.release() : nullptr;
@@ -87,7 +88,7 @@ template <typename Record>
 Record* request(const char* function, const char* uri, const tav::HStringPtr& payload,
                 bool waitWithoutTimeOut) {
     if (payload == nullptr) {
-        return tav::failNull(function, tav::kNoString);
+        return TAV_FAIL(function, nullptr, tav::kNoString);
     }
     return request<Record>(function, uri, HString_toStr(payload.get()), waitWithoutTimeOut);
 }
@@ -95,7 +96,7 @@ Record* request(const char* function, const char* uri, const tav::HStringPtr& pa
 template <typename Record>
 const char* recordText(const char* function, const Record* record, const char* missing) {
     if (record == nullptr) {
-        return tav::failNull(function, missing);
+        return TAV_FAIL(function, nullptr, "%s", missing);
     }
     return HString_toStr(record->json.get());
 }
@@ -103,7 +104,7 @@ const char* recordText(const char* function, const Record* record, const char* m
 template <typename Record>
 void freeRecord(const char* function, Record* record, const char* missing) {
     if (record == nullptr) {
-        tav::failNull(function, missing);
+        std::ignore = TAV_FAIL(function, nullptr, "%s", missing);
         return;
     }
     delete record;
@@ -117,10 +118,10 @@ TAV_ItemCollection* TAV_GetAvailableItems(void) {
 
 TAV_ItemReceipt* TAV_PurchaseItem(const char* itemID, int qty, const char* vendorData) {
     if (itemID == nullptr) {
-        return tav::failNull(__func__, kItemIdMissing);
+        return TAV_FAIL(__func__, nullptr, kItemIdMissing);
     }
     if (qty != kQuantity) {
-        return tav::failNull(__func__, "qty must be set to 1");
+        return TAV_FAIL(__func__, nullptr, "qty must be set to 1");
     }
     const tav::HStringPtr payload =
         vendorData != nullptr
@@ -131,7 +132,7 @@ TAV_ItemReceipt* TAV_PurchaseItem(const char* itemID, int qty, const char* vendo
 
 TAV_ItemInfo* TAV_GetItemInfo(const char* itemID) {
     if (itemID == nullptr) {
-        return tav::failNull(__func__, kItemIdMissing);
+        return TAV_FAIL(__func__, nullptr, kItemIdMissing);
     }
     const tav::HStringPtr payload = tav::formatPayload(kItemInfoPayload, itemID, kMaxReceipts);
     return request<TAV_ItemInfo>(__func__, kItemInfoUri, payload, false);
@@ -139,7 +140,7 @@ TAV_ItemInfo* TAV_GetItemInfo(const char* itemID) {
 
 TAV_ItemReceipt* TAV_GetPendingPurchaseInfo(const char* orderNo) {
     if (orderNo == nullptr) {
-        return tav::failNull(__func__, "orderNo is NULL");
+        return TAV_FAIL(__func__, nullptr, "orderNo is NULL");
     }
     const tav::HStringPtr payload = tav::formatPayload(kPendingPurchasePayload, orderNo);
     return request<TAV_ItemReceipt>(__func__, kPendingPurchaseUri, payload, false);

@@ -1,6 +1,7 @@
 #include "services/blocking_call.h"
 
 #include <cstdint>
+#include <tuple>
 #include <utility>
 
 #include "SDL.h"
@@ -33,18 +34,18 @@ void blockingCallCallback(int token, const char* reply, void* context) {
 HStringPtr blockingKSCall(const char* uri, const char* payload, bool option, int timeoutMs) {
     BlockingCallContext call{HStringPtr(HString_alloc())};
     if (call.reply == nullptr) {
-        return failNull(__func__, kNoString);
+        return TAV_FAIL(__func__, nullptr, kNoString);
     }
     HKSCaller* bus = NApp_GetKSCaller();
     const int token = bus->ksCallWithResponse(uri, payload, option, blockingCallCallback, &call);
     if (token == kNoCall) {
-        return failNull(__func__, "failed to dispatch call");
+        return TAV_FAIL(__func__, nullptr, "failed to dispatch call");
     }
     // Counted in 64 bits, because a wait without limit may last for weeks.
     std::int64_t elapsedMs = 0;
     do {
         if (call.done && call.reply == nullptr) {
-            return failNull(__func__, kNoString);
+            return TAV_FAIL(__func__, nullptr, kNoString);
         }
         if (call.done) {
             return std::move(call.reply);
@@ -53,7 +54,7 @@ HStringPtr blockingKSCall(const char* uri, const char* payload, bool option, int
         SDL_Delay(kPollPeriodMs);
         elapsedMs += kPollPeriodMs;
     } while (timeoutMs <= 0 || elapsedMs < timeoutMs);
-    failNull(__func__, "Timed out waiting for response to call");
+    std::ignore = TAV_FAIL(__func__, nullptr, "Timed out waiting for response to call");
     bus->ksCancelCall(token);
     return nullptr;
 }

@@ -24,7 +24,7 @@ inline constexpr char kServiceUnreachable[] = "Unable to communicate with app ca
 // name.
 inline int sendRequest(const char* function, const char* uri, const char* payload) {
     if (NApp_GetKSCaller()->ksCall(uri, payload, kForLibrary) == kNoCall) {
-        return fail(function, TAV_ECONNECTION, kServiceUnreachable);
+        return TAV_FAIL(function, TAV_ECONNECTION, kServiceUnreachable);
     }
     return TAV_NOERROR;
 }

@@ -74,24 +74,24 @@ int TAV_ServiceCallWithCallback(const char* uri, const char* payload, TAV_Servic
                        reinterpret_cast<void*>(callback), userData, tav::trueOrFalse(oneShot));
     if (callback == nullptr) {
         if (NApp_GetKSCaller()->ksCall(uri, payload, tav::kForApplication) == tav::kNoCall) {
-            return tav::fail(__func__, TAV_ECONNECTION, kNotDispatched);
+            return TAV_FAIL(__func__, TAV_ECONNECTION, kNotDispatched);
         }
         return TAV_NOERROR;
     }
     std::unique_ptr<UserCallbackContext> call(new (std::nothrow) UserCallbackContext);
     if (call == nullptr) {
-        return tav::fail(__func__, TAV_ECONNECTION, kNotDispatched);
+        return TAV_FAIL(__func__, TAV_ECONNECTION, kNotDispatched);
     }
     call->callback = callback;
     call->userData = userData;
     call->removeAfterResponse = oneShot;
     call->token = dispatch(uri, payload, call.get());
     if (call->token == tav::kNoCall) {
-        return tav::fail(__func__, TAV_ECONNECTION, kNotDispatched);
+        return TAV_FAIL(__func__, TAV_ECONNECTION, kNotDispatched);
     }
     if (!g_openCalls.append(call.get())) {
         NApp_GetKSCaller()->ksCancelCall(call->token);
-        return tav::fail(__func__, TAV_ECONNECTION, kNotDispatched);
+        return TAV_FAIL(__func__, TAV_ECONNECTION, kNotDispatched);
     }
     std::ignore = call.release();  // the registry has it now
     return TAV_NOERROR;
