@@ -1,4 +1,4 @@
-// Everything that stands in front of SDL, SQLite and libc, in one table.
+// What every implementation puts in front of SDL, SQLite and libc, in one table.
 #ifndef TAV_FRONT_FUNCTIONS_H
 #define TAV_FRONT_FUNCTIONS_H
 
