@@ -14,8 +14,8 @@
 #include <string_view>
 #include <utility>
 
-#include "helper/end_program.h"
 #include "helper/line_file.h"
+#include "helper/print_line.h"
 #include "platform/htracker.h"
 
 namespace helper {
@@ -89,11 +89,12 @@ void startTrace() {
         for (const std::string_view tag : kKnownTags) {
             known += (known.empty() ? "" : ", ") + std::string(tag);
         }
-        endProgram("TAV_TRACE: \"" + unknown + "\" is none of " + known);
+        traceCannotBeHad("TAV_TRACE: \"" + unknown + "\" is none of " + known);
     }
     if (path != nullptr && !trace().file.open(path)) {
-        endProgram("TAV_TRACE_FILE: cannot write " + std::string(path) + ": " +
-                   std::strerror(errno));
+        traceCannotBeHad("TAV_TRACE_FILE: cannot write " + std::string(path) + ": " +
+                         std::strerror(errno));
+        return;
     }
     trace().written = written;
 }
@@ -108,13 +109,15 @@ void listen() {
 void write(const std::string& line) {
     LineFile& file = trace().file;
     if (!file.isOpen()) {
-        std::fwrite((line + '\n').data(), 1, line.size() + 1, stderr);
+        printLine(stderr, line);
         return;
     }
     if (!file.append(line)) {
-        const std::string reason = std::strerror(errno);
-        g_listening = Listening::No;
-        endProgram("TAV_TRACE_FILE: cannot write " + file.path() + ": " + reason);
+        const std::string problem = file.path() + ": " + std::strerror(errno);
+        file.close();
+        trace().written = Tags("");
+        updateListening();
+        traceCannotBeHad("TAV_TRACE_FILE: cannot write " + problem);
     }
 }
 

@@ -13,6 +13,10 @@ void keepTrace(const std::string& tags);
 // The lines kept since the last look.
 std::vector<std::string> takeTraceLines();
 
+// Defined by each implementation of platform/: what becomes of a program whose trace, or a part of
+// it, cannot be had. When it returns, that is left out.
+void traceCannotBeHad(const std::string& problem);
+
 }  // namespace helper
 
 #endif

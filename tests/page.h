@@ -114,6 +114,7 @@ protected:
     Output watch(const std::function<void()>& before = [] {}) {
         testing::internal::CaptureStdout();
         testing::internal::CaptureStderr();
+        device.acceptStreams();
         before();
         device.advance(1000);
         return {testing::internal::GetCapturedStdout(), testing::internal::GetCapturedStderr()};

@@ -112,6 +112,7 @@ TEST_F(PageTest, ApplicationCallsThePage) {
 // The page's calls while one of its own calls is under way wait until the script has finished, and
 // then for the next pump.
 TEST_F(PageTest, ScriptRunsToCompletionWhileAMethodPolls) {
+    testing::internal::CaptureStdout();
     openPage(
         "component.on('note', function (text) {"
         "  console.log('note', text);"
@@ -120,7 +121,6 @@ TEST_F(PageTest, ScriptRunsToCompletionWhileAMethodPolls) {
         "setTimeout(function () { console.log('timer') }, 20);"
         "console.log(component.pollThenReply('outer'));"
         "console.log('end of script')");
-    testing::internal::CaptureStdout();
     device.pump();
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "[page] polled\n[page] end of script\n");
     const Output output = watch();

@@ -116,8 +116,8 @@ TEST_F(ServiceProgramTest, OneThatMisbehavesIsStoppedAndItsRequestsFail) {
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.what);
-        startProgram();
         testing::internal::CaptureStderr();
+        startProgram();
         call("1");  // its reply is on its way
         call(std::string(R"({"do":")") + row.what + "\"}");
         call("3", kOtherUri);
@@ -144,8 +144,8 @@ TEST_F(ServiceProgramTest, OneThatStaysOnIsKilledWithTheDevice) {
 }
 
 TEST_F(ServiceProgramTest, OneThatCannotBeRunIsNamed) {
-    startWith({"./no such program"});
     testing::internal::CaptureStderr();
+    startWith({"./no such program"});
     call("1");
     call("2");
     pass(0);

@@ -1,21 +1,23 @@
 #include "linux/host/in_front.h"
 
-#include <cstdio>
+#include <string>
 
 #include "front/in_front.h"
+#include "helper/print_line.h"
 
 namespace tavlinux {
 namespace {
 
 constexpr char kRemedy[] =
-    "tav: this program finds %s before libtav's own, so it would receive no replies, readings or "
-    "events, and its requests are refused. Start it with `tavsim run --real`, or link it with the "
-    "output of `pkg-config --libs tav` before SDL.\n";
+    " before libtav's own, so it would receive no replies, readings or events, and its requests "
+    "are "
+    "refused. Start it with `tavsim run --real`, or link it with the output of `pkg-config --libs "
+    "tav` before SDL.";
 
 bool look() {
     const char* overtaken = front::firstOvertaken();
     if (overtaken != nullptr) {
-        std::fprintf(stderr, kRemedy, overtaken);
+        helper::printLine(stderr, std::string("tav: this program finds ") + overtaken + kRemedy);
     }
     return overtaken == nullptr;
 }

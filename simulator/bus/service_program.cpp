@@ -11,11 +11,11 @@
 #include <optional>
 
 #include "helper/json/writer.h"
+#include "helper/print_line.h"
 #include "simulator/bus/bus.h"
 #include "simulator/device/service_reader.h"
 #include "simulator/process/child_process.h"
 #include "simulator/process/line_socket.h"
-#include "simulator/process/print_line.h"
 #include "simulator/time/clock.h"
 #include "simulator/time/queue.h"
 
@@ -118,7 +118,7 @@ bool ServiceProgram::start() {
     helper::Descriptor output;
     const int socket = m_process.startProgram(m_command.words, m_command.folder, &output);
     if (socket < 0) {
-        printLine(stderr, name() + ": cannot be run: " + std::strerror(errno));
+        helper::printLine(stderr, name() + ": cannot be run: " + std::strerror(errno));
         return false;
     }
     m_socket.emplace(helper::Descriptor(socket), std::move(output));
@@ -241,7 +241,7 @@ void ServiceProgram::queue(int delay, const std::function<void(ServiceProgram&)>
 
 // A call whose reply is on its way is as good as answered.
 void ServiceProgram::endWith(const std::string& reason) {
-    printLine(stderr, name() + ": stopped: " + reason);
+    helper::printLine(stderr, name() + ": stopped: " + reason);
     m_process.end();  // first, or it would complain that nobody listens to it
     m_socket.reset();
     m_awaited = 0;

@@ -6,11 +6,11 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <iterator>
 #include <list>
 
 #include "helper/descriptor.h"
+#include "helper/print_line.h"
 #include "simulator/control/control_client.h"
 #include "simulator/control/running_devices.h"
 #include "simulator/control/socket_address.h"
@@ -41,10 +41,6 @@ bool isListening() {
 }
 
 bool listenInRoot(std::string* error) {
-    if (isDeviceRunning(rootFolder())) {
-        *error = rootFolder() + ": another program is running on this device";
-        return false;
-    }
     const ControlAddress address(rootFolder());
     unlink(address.path());
     control().listener =
@@ -64,8 +60,7 @@ bool listenInRoot(std::string* error) {
 void listenAgain() {
     std::string error;
     if (!listenInRoot(&error)) {
-        std::fprintf(stderr, "tavsim: the program has closed the control socket: %s\n",
-                     error.c_str());
+        helper::printLine(stderr, "tavsim: the program has closed the control socket: " + error);
         control().owner = 0;
     }
 }
@@ -109,6 +104,10 @@ void accept() {
 }  // namespace
 
 bool startControl(std::string* error) {
+    if (isDeviceRunning(rootFolder())) {
+        *error = rootFolder() + ": another program is running on this device";
+        return false;
+    }
     if (!describeDevice()) {
         *error = rootFolder() + ": the device's description cannot be written there";
         return false;

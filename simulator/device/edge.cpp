@@ -5,7 +5,7 @@
 #include <exception>
 #include <new>
 
-#include "helper/end_program.h"
+#include "simulator/device/end_program.h"
 
 namespace tavsim {
 
@@ -27,9 +27,9 @@ void endProgramByException() {
     } catch (const abi::__forced_unwind&) {
         throw;  // the application ends the thread
     } catch (const std::exception& problem) {
-        helper::endProgram(problem.what());
+        endProgram(problem.what());
     } catch (...) {
-        helper::endProgram("an exception of unknown kind");
+        endProgram("an exception of unknown kind");
     }
 }
 

@@ -6,9 +6,9 @@
 #include <cstring>
 #include <utility>
 
-#include "helper/end_program.h"
 #include "helper/line_file.h"
 #include "simulator/device/edge.h"
+#include "simulator/device/end_program.h"
 #include "simulator/time/clock.h"
 
 namespace tavsim {
@@ -50,7 +50,7 @@ void write(const std::string& line) {
     const std::string reason = std::strerror(errno);
     const std::string path = file.path();
     file.close();
-    helper::endProgram(path + ": the journal cannot be written: " + reason);
+    endProgram(path + ": the journal cannot be written: " + reason);
 }
 
 }  // namespace

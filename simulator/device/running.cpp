@@ -1,15 +1,16 @@
 #include "simulator/device/running.h"
 
 #include <atomic>
-#include <cstdio>
 #include <cstdlib>
 #include <mutex>
 
 #include "front/events.h"
 #include "front/in_front.h"
-#include "helper/end_program.h"
 #include "helper/faults.h"
+#include "helper/print_line.h"
+#include "helper/trace.h"
 #include "simulator/device/edge.h"
+#include "simulator/device/end_program.h"
 
 namespace tavsim {
 namespace {
@@ -28,7 +29,7 @@ std::string environment(const char* name, const char* otherwise = "") {
 bool saysWhetherInFront() {
     const std::string problem = whyNotInFront();
     if (!problem.empty()) {
-        std::fprintf(stderr, "tavsim: %s\n", problem.c_str());
+        helper::printLine(stderr, "tavsim: " + problem);
     }
     return problem.empty();
 }
@@ -39,13 +40,13 @@ void startFromEnvironment() {
     std::string error;
     if (!environmentSetup(&newProfile, &options, &error) ||
         !startDevice(std::move(newProfile), options, &error)) {
-        helper::endProgram(error);
+        endProgram(error);
     }
     const std::string fault = environment("TAVSIM_FAIL");
     if (!fault.empty() && !helper::setFaultFromText(fault)) {
-        helper::endProgram("TAVSIM_FAIL: \"" + fault +
-                           "\" is not allocation, dispatch, host or read, a colon and a number, "
-                           "with or without a + behind it");
+        endProgram("TAVSIM_FAIL: \"" + fault +
+                   "\" is not allocation, dispatch, host or read, a colon and a number, "
+                   "with or without a + behind it");
     }
 }
 
@@ -131,3 +132,7 @@ bool changeDevice(const std::function<bool()>& change) {
 }
 
 }  // namespace tavsim
+
+void helper::traceCannotBeHad(const std::string& problem) {
+    tavsim::endProgram(problem);
+}

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "helper/faults.h"
+#include "helper/print_line.h"
 #include "helper/trace.h"
 #include "simulator/bus/bus.h"
 #include "simulator/control/control.h"
@@ -106,6 +107,7 @@ bool Device::start(Profile newProfile, const Options& options, std::string* erro
                : !options.recordFile.empty() ? Pace::Paced
                                              : Pace::Real);
     removeAllTimers();
+    acceptStreams();
     std::string problem;
     return startDevice(std::move(newProfile), options, error != nullptr ? error : &problem);
 }
@@ -135,6 +137,10 @@ void Device::pump() {
 
 void Device::listen(const std::string& tags) {
     helper::keepTrace(tags);
+}
+
+void Device::acceptStreams() {
+    helper::acceptStreams();
 }
 
 std::vector<std::string> Device::takeTrace() {

@@ -44,6 +44,10 @@ public:
     // Delivers what is due now, as polling SDL's events does.
     void pump();
 
+    // Lines of the device's own go where standard output and standard error lead now, as from a
+    // start on: a test that catches them has led them elsewhere.
+    void acceptStreams();
+
     // Trace lines: tag, function and text with a blank between them. Tags as in TAV_TRACE:
     // names with commas between, or "all"; empty stops listening. The lines stay in memory.
     void listen(const std::string& tags);

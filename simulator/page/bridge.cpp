@@ -9,13 +9,13 @@
 
 #include "helper/file.h"
 #include "helper/items.h"
+#include "helper/print_line.h"
 #include "platform/napp.h"
 #include "simulator/device/edge.h"
 #include "simulator/device/journal.h"
 #include "simulator/device/running.h"
 #include "simulator/host/host.h"
 #include "simulator/page/page.h"
-#include "simulator/process/print_line.h"
 #include "simulator/time/clock.h"
 
 namespace tavsim {
@@ -44,12 +44,12 @@ bool openPage(const std::string& pageFile) {
     std::string error;
     const std::optional<std::string> source = helper::readFile(pageFile, kLargestScript, &error);
     if (!source) {
-        printLine(stderr, error);
+        helper::printLine(stderr, error);
         return true;
     }
     const auto page = std::make_shared<Page>(name);
     if (!page->start()) {
-        printLine(stderr, name + ": cannot be run: " + std::strerror(errno));
+        helper::printLine(stderr, name + ": cannot be run: " + std::strerror(errno));
         return false;
     }
     bridge().page = page;

@@ -5,8 +5,8 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "helper/print_line.h"
 #include "simulator/page/page_process.h"
-#include "simulator/process/print_line.h"
 #include "simulator/time/queue.h"
 
 namespace tavsim {
@@ -108,7 +108,7 @@ void Page::handle(const helper::Message& message) {
         break;
     case PageMessageKind::ConsoleLine: {
         FILE* stream = items.readBool() ? stderr : stdout;
-        printLine(stream, "[page] " + items.readString());
+        helper::printLine(stream, "[page] " + items.readString());
         break;
     }
     case PageMessageKind::SetTimer: {
@@ -117,7 +117,7 @@ void Page::handle(const helper::Message& message) {
         break;
     }
     case PageMessageKind::Problem:
-        printLine(stderr, items.readString());
+        helper::printLine(stderr, items.readString());
         break;
     case PageMessageKind::Broken:
         endWith(items.readString());
@@ -184,7 +184,7 @@ nanoseconds Page::processorTime() const {
 }
 
 void Page::endWith(const std::string& reason) {
-    printLine(stderr, m_name + ": stopped: " + reason);
+    helper::printLine(stderr, m_name + ": stopped: " + reason);
     end();
 }
 

@@ -14,6 +14,8 @@
 #include <thread>
 #include <utility>
 
+#include "helper/print_line.h"
+
 namespace tavsim {
 namespace {
 
@@ -119,6 +121,9 @@ int ChildProcess::startProgram(const std::vector<std::string>& command, const st
         const int input = fcntl(end, F_DUPFD, STDERR_FILENO + 1);
         dup2(fcntl(theirOutput.number(), F_DUPFD, STDERR_FILENO + 1), STDOUT_FILENO);
         dup2(input, STDIN_FILENO);
+        if (!helper::isStreamKept(stderr)) {
+            dup2(open("/dev/null", O_WRONLY), STDERR_FILENO);
+        }
         close_range(STDERR_FILENO + 1, ~0u, CLOSE_RANGE_CLOEXEC);
         if (chdir(folder.c_str()) == 0) {
             execvpe(arguments[0], arguments.data(), environment.data());

@@ -1,9 +1,9 @@
 #include "simulator/scenario/failure.h"
 
 #include <algorithm>
-#include <cstdio>
 
 #include "helper/json/writer.h"
+#include "helper/print_line.h"
 #include "simulator/control/command_functions.h"
 #include "simulator/device/journal.h"
 
@@ -14,10 +14,10 @@ constexpr size_t kLinesShown = 10;
 
 void showJournal() {
     const auto& lines = journalLines();
-    std::fputs(lines.empty() ? "  the journal is empty\n" : "  the journal ends with\n", stderr);
+    helper::printLine(stderr, lines.empty() ? "  the journal is empty" : "  the journal ends with");
     const size_t shown = std::min(lines.size(), kLinesShown);
     std::for_each(lines.end() - static_cast<std::ptrdiff_t>(shown), lines.end(),
-                  [](const std::string& line) { std::fprintf(stderr, "  %s\n", line.c_str()); });
+                  [](const std::string& line) { helper::printLine(stderr, "  " + line); });
 }
 
 }  // namespace
@@ -36,7 +36,7 @@ std::string whatIsThere(const std::string& state) {
 }
 
 void tellFailure(const Step& step, const std::string& reason) {
-    std::fprintf(stderr, "%s: %s\n", nameOf(step).c_str(), reason.c_str());
+    helper::printLine(stderr, nameOf(step) + ": " + reason);
     showJournal();
 }
 

@@ -1,11 +1,11 @@
 #include "simulator/scenario/player.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
 
+#include "helper/print_line.h"
 #include "simulator/control/command_functions.h"
 #include "simulator/device/claim.h"
 #include "simulator/device/journal.h"
@@ -170,7 +170,8 @@ bool Player::isDone(const CommandLine& command) {
     if (!result.error.empty()) {
         fail(carriedOut, result.error);
     } else if (!result.output.empty()) {
-        std::fprintf(stderr, "%s: %s", nameOf(carriedOut).c_str(), result.output.c_str());
+        const std::string output = result.output.substr(0, result.output.rfind('\n'));
+        helper::printLine(stderr, nameOf(carriedOut) + ": " + output);
     }
     m_busyUntil = after(now(), result.lasts);
     return true;

@@ -8,10 +8,10 @@
 
 #include "SDL.h"
 #include "front/next.h"
-#include "helper/end_program.h"
 #include "helper/line_file.h"
 #include "simulator/control/commands.h"
 #include "simulator/device/claim.h"
+#include "simulator/device/end_program.h"
 #include "simulator/device/root.h"
 #include "simulator/device/running.h"
 #include "simulator/device/trusted_folder.h"
@@ -48,7 +48,7 @@ void append(const std::string& line) {
         const std::string path = recording().file.path();
         const std::string reason = std::strerror(errno);
         recording().file.close();
-        helper::endProgram(path + ": the recording cannot be written: " + reason);
+        endProgram(path + ": the recording cannot be written: " + reason);
     }
 }
 

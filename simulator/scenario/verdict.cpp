@@ -2,10 +2,10 @@
 
 #include <unistd.h>
 
-#include "helper/end_program.h"
 #include "helper/file.h"
 #include "helper/json/reader.h"
 #include "helper/json/writer.h"
+#include "simulator/device/end_program.h"
 #include "simulator/device/trusted_folder.h"
 
 namespace json = helper::json;
@@ -42,7 +42,7 @@ void VerdictFile::note(Outcome outcome, const std::string& step) {
                                  .endObject()
                                  .take();
     if (!m_file.append(line)) {
-        helper::endProgram(m_file.path() + ": the scenario's verdict cannot be written");
+        endProgram(m_file.path() + ": the scenario's verdict cannot be written");
     }
 }
 

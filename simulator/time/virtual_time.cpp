@@ -1,8 +1,8 @@
 #include "simulator/time/virtual_time.h"
 
-#include <cstdio>
 #include <utility>
 
+#include "helper/print_line.h"
 #include "simulator/time/timers.h"
 
 namespace tavsim {
@@ -14,7 +14,7 @@ constexpr char kNeverWaits[] =
     "tavsim: the program polls without waiting, so from now on a millisecond of virtual time "
     "passes "
     "with every 1000 calls of SDL_PollEvent, SDL_PumpEvents or SDL_GetTicks. SDL_Delay and "
-    "SDL_WaitEvent let time pass at once.\n";
+    "SDL_WaitEvent let time pass at once.";
 
 // In paced time it would stand still, where its looks take long.
 constexpr int kLooksInVain = 50;
@@ -22,14 +22,14 @@ constexpr Milliseconds kLongestLag = 1000;
 
 constexpr char kNeverWaitsForReal[] =
     "tavsim: the program does not wait with SDL_Delay or SDL_WaitEvent, so the times of this "
-    "recording depend on this machine\n";
+    "recording depend on this machine";
 
 int g_looks = 0;
 bool g_firing = false;
 
 void sayOnce(const char* text, bool* said) {
     if (!std::exchange(*said, true)) {
-        std::fputs(text, stderr);
+        helper::printLine(stderr, text);
     }
 }
 

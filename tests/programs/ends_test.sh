@@ -116,6 +116,23 @@ run "$tavsim" ctl state
 expect_end 0 quit ''
 expect_nothing_left 'a program that forks'
 
+# A program that closes all descriptors loses nothing, and its own file gets nothing, not even the
+# reason where the journal is lost for good.
+export TAV_TRACE=tav_f TAV_TRACE_FILE=$work/trace
+closes=(--journal "$work/journal" "$waits" close "$work/own")
+"$tavsim" run --record "$work/recording" "${closes[@]}" >"$work/said" 2>"$work/told" &
+runner=$!
+wait_until "$tavsim" ctl quit
+expect_end 0 quit ''
+run "$tavsim" run --scenario "$work/recording" "${closes[@]}"
+expect 0 quit ''
+run "$tavsim" run --journal /dev/fd/9 "${closes[@]:2}" 9>"$work/lost"
+expect 2 '' ''
+unset TAV_TRACE TAV_TRACE_FILE
+grep -q '"visible":0' "$work/journal" || fail "the journal: $(<"$work/journal")"
+[ "$(grep -c TAV_Quit "$work/trace")" -eq 2 ] || fail "the trace: $(<"$work/trace")"
+[ ! -s "$work/own" ] || fail "the program's file: $(<"$work/own")"
+
 # Of two programs in one run that are there at once, each has a device and a journal; one after the
 # other they are on the same device.
 cat >"$work/both" <<EOF

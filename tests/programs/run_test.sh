@@ -153,6 +153,11 @@ if [ "$TAV_LINUX" = ON ]; then
     expect 0 $'--device\nnothing' ''
     run "$tavsim" run --real no-such-program
     expect 127 '' 'tavsim: no-such-program: No such file or directory'
+    # Nor does a trace that cannot be had end it.
+    for where in TAV_TRACE_FILE={"$work/missing/trace",/dev/full}; do
+        run env TAV_TRACE=tav_x,tav_f "$where" "$tavsim" run --real "$programs/service_reply_linux"
+        expect 2 unknown 'tav: TAV_TRACE: "tav_x" is none of *'$'\n'"tav: *cannot write *"$'\nno call: *'
+    done
     run "$tavsim" run --real cat /proc/nduid
     [ "$status" -ne 0 ] || fail 'a program without the library sees its files'
 fi

@@ -1,6 +1,8 @@
 /* Shows the keyboard, asks a service and runs until it is asked to quit, or for a minute. With the
-   argument "fork" it first starts a process that ends at once, with "thread" it ends
-   its first thread and stays. */
+   argument "fork" it first starts a process that ends at once, with "thread" it ends its first
+   thread and stays, with "close FILE" it closes all descriptors and has its file behind their
+   numbers. */
+#include <fcntl.h>
 #include <pthread.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -13,6 +15,7 @@
 
 #define STEP 5
 #define LONGEST 60000
+#define MOST_USED 700
 
 static void *stay(void *unused)
 {
@@ -41,6 +44,13 @@ int main(int argc, char *argv[])
         pthread_t thread;
         pthread_create(&thread, NULL, stay, NULL);
         pthread_exit(NULL);
+    }
+    if (argc > 2 && strcmp(argv[1], "close") == 0) {
+        close(STDERR_FILENO);
+        waited = open(argv[2], O_WRONLY | O_CREAT, 0600);
+        closefrom(STDERR_FILENO + 1);
+        TAV_SetKeyboardState(SDL_FALSE);
+        while (dup2(STDERR_FILENO, ++waited) < MOST_USED) {}
     }
     for (waited = 0; waited < LONGEST; waited += STEP) {
         SDL_Event event;
