@@ -3,7 +3,7 @@
 #include <cstring>
 #include <new>
 
-#include "helper/faults.h"
+#include "helper/failing.h"
 #include "helper/items.h"
 
 struct HDataReader::Message {
@@ -11,7 +11,7 @@ struct HDataReader::Message {
 
     // Every read begins here, so that a fault can strike each of them.
     helper::ItemReader& next() {
-        if (helper::faultStrikes(helper::Fault::Read)) {
+        if (helper::fails(helper::Operation::Read)) {
             items.fail();
         }
         return items;

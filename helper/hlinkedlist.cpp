@@ -5,7 +5,7 @@
 #include <new>
 #include <unordered_map>
 
-#include "helper/faults.h"
+#include "helper/failing.h"
 
 // Beside the list a hash table says where each pointer stands, and a look-up by number begins at
 // the last one. So the length of the list does not make replies slow.
@@ -62,7 +62,7 @@ HLinkedList::~HLinkedList() {
 }
 
 int HLinkedList::append(void* element) try {
-    if (helper::faultStrikes(helper::Fault::Allocation)) {
+    if (helper::fails(helper::Operation::Allocation)) {
         return 0;
     }
     m_elements->append(element);

@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "helper/faults.h"
+#include "helper/failing.h"
 
 namespace {
 
@@ -26,7 +26,7 @@ bool reserve(HString* string, size_t length) {
 }  // namespace
 
 HString* HString_alloc() {
-    if (helper::faultStrikes(helper::Fault::Allocation)) {
+    if (helper::fails(helper::Operation::Allocation)) {
         return nullptr;
     }
     HString* string = static_cast<HString*>(std::calloc(1, sizeof(HString)));
@@ -39,7 +39,7 @@ HString* HString_alloc() {
 }
 
 int HString_append(HString* string, const char* format, ...) {
-    if (string == nullptr || helper::faultStrikes(helper::Fault::Allocation)) {
+    if (string == nullptr || helper::fails(helper::Operation::Allocation)) {
         return 0;
     }
     va_list arguments;

@@ -14,8 +14,8 @@
 #include <string_view>
 #include <utility>
 
-#include "helper/line_file.h"
-#include "helper/print_line.h"
+#include "base/line_file.h"
+#include "base/print_line.h"
 #include "platform/htracker.h"
 
 namespace helper {
@@ -57,7 +57,7 @@ struct Trace {
     Tags kept{""};
     std::vector<std::string> lines;
     Tags written{""};
-    LineFile file;  // standard error when it is not open
+    base::LineFile file;  // standard error when it is not open
 };
 
 // Never destroyed: libraries that are unloaded late still trace.
@@ -107,7 +107,7 @@ void listen() {
 }
 
 void write(const std::string& line) {
-    LineFile& file = trace().file;
+    base::LineFile& file = trace().file;
     if (!file.isOpen()) {
         printLine(stderr, line);
         return;

@@ -33,7 +33,7 @@ expect_in docs/testing.md '^    def \K[a-z]\w*' python/tavsim/run.py
 # Profile fields, and what a service's program says, are rows of tables: {"field", handler}.
 expect_in docs/simulator.md '\{+"\K\w+(?=",( (json::)?\w+\(&| \[|$))' simulator/device/{profile,service_reader}.cpp simulator/bus/program_line.cpp
 for text in docs/simulator.md "$page"; do
-    expect_in "$text" '"\K(TAVSIM_[A-Z]|TAV_TRACE)[A-Z_]*(?=")' helper/*.cpp helper/*/*.cpp simulator/*/*.cpp tools/*.cpp tools/*/*.cpp
+    expect_in "$text" '"\K(TAVSIM_[A-Z]|TAV_TRACE)[A-Z_]*(?=")' helper/*.cpp base/*.cpp simulator/*/*.cpp tools/*.cpp tools/*/*.cpp
     expect_in "$text" '"\K--[a-z-]+(?=")' tools/*.cpp tools/*/*.cpp
 done
 

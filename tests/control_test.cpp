@@ -9,7 +9,7 @@
 #include <fstream>
 #include <thread>
 
-#include "helper/message_socket.h"
+#include "base/message_socket.h"
 #include "platform/hkscaller.h"
 #include "platform/napp.h"
 #include "simulator/control/protocol.h"
@@ -18,8 +18,8 @@
 
 namespace {
 
-using helper::Message;
-using helper::MessageSocket;
+using base::Message;
+using base::MessageSocket;
 using tavsim::ControlMessage;
 using testing::ElementsAre;
 using testing::HasSubstr;

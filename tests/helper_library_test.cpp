@@ -5,8 +5,8 @@
 #include <random>
 #include <vector>
 
+#include "base/suggestion.h"
 #include "device_test.h"
-#include "helper/suggestion.h"
 #include "platform/hjson.h"
 #include "platform/hlinkedlist.h"
 #include "platform/hstring.h"
@@ -77,9 +77,9 @@ TEST(SuggestionTest, NamesTheNearestAndNothingThatIsFar) {
     for (const auto& row : rows) {
         const std::string expected =
             row.meant == nullptr ? "" : std::string("; did you mean \"") + row.meant + "\"?";
-        EXPECT_EQ(helper::suggestion(row.word, names), expected) << row.word;
+        EXPECT_EQ(base::suggestion(row.word, names), expected) << row.word;
     }
-    EXPECT_EQ(helper::suggestion(std::string(1 << 20, 'q'), names), "");
+    EXPECT_EQ(base::suggestion(std::string(1 << 20, 'q'), names), "");
 }
 
 // Beside a model, in phases that fill and empty it from every side, with elements that are in it

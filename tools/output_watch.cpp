@@ -33,14 +33,14 @@ OutputWatch::OutputWatch(std::vector<std::string> globs)
 }
 
 bool OutputWatch::open() {
-    m_end = helper::Descriptor(eventfd(0, EFD_CLOEXEC));
+    m_end = base::Descriptor(eventfd(0, EFD_CLOEXEC));
     for (const int target : {STDOUT_FILENO, STDERR_FILENO}) {
         int ends[2];
         if (m_end.number() < 0 || pipe2(ends, O_CLOEXEC) != 0) {
             return false;
         }
         fcntl(ends[0], F_SETFL, O_NONBLOCK);
-        m_streams.push_back({helper::Descriptor(ends[0]), helper::Descriptor(ends[1]), target, {}});
+        m_streams.push_back({base::Descriptor(ends[0]), base::Descriptor(ends[1]), target, {}});
     }
     return true;
 }

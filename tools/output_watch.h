@@ -6,7 +6,7 @@
 #include <thread>
 #include <vector>
 
-#include "helper/descriptor.h"
+#include "base/descriptor.h"
 #include "tools/process/process.h"
 
 namespace tools {
@@ -34,8 +34,8 @@ public:
 
 private:
     struct Stream {
-        helper::Descriptor ours;
-        helper::Descriptor programs;
+        base::Descriptor ours;
+        base::Descriptor programs;
         int target;
         std::string line;  // which is not at its end yet
     };
@@ -48,7 +48,7 @@ private:
     std::vector<std::string> m_globs;
     std::vector<bool> m_seen;
     std::vector<Stream> m_streams;
-    helper::Descriptor m_end;  // readable when it is time to stop
+    base::Descriptor m_end;  // readable when it is time to stop
     std::thread m_thread;
 };
 

@@ -4,8 +4,8 @@
 #include <filesystem>
 #include <fstream>
 
+#include "base/json/writer.h"
 #include "environment.h"
-#include "helper/json/writer.h"
 #include "simulator/device/profile.h"
 #include "simulator/scenario/recorder.h"
 
@@ -26,7 +26,7 @@ std::string asWord(const std::string& text) {
     const bool isPlain = !text.empty() && text.find('"') == std::string::npos &&
                          std::none_of(text.begin(), text.end(),
                                       [](unsigned char c) { return c <= ' ' || c == 0x7f; });
-    return isPlain ? text : "\"" + helper::escapedJson(text) + "\"";
+    return isPlain ? text : "\"" + base::escapedJson(text) + "\"";
 }
 
 }  // namespace

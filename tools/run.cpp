@@ -9,8 +9,8 @@
 #include <filesystem>
 #include <optional>
 
+#include "base/file.h"
 #include "environment.h"
-#include "helper/file.h"
 #include "judge.h"
 #include "output_watch.h"
 #include "program.h"
@@ -62,7 +62,7 @@ std::string whyNoSetup(const RunRequest& request) {
         return error;
     }
     if (!request.page.empty()) {
-        error = helper::whyNoFile(request.page);
+        error = base::whyNoFile(request.page);
     }
     if (!error.empty()) {
         return error;

@@ -8,8 +8,8 @@
 #include <string_view>
 #include <vector>
 
-#include "helper/json/writer.h"
-#include "helper/suggestion.h"
+#include "base/json/writer.h"
+#include "base/suggestion.h"
 #include "run.h"
 #include "simulator/control/commands.h"
 #include "simulator/device/profile.h"
@@ -41,7 +41,7 @@ int listDevices() {
 }
 
 int listDevicesAsJson() {
-    helper::JsonWriter json;
+    base::JsonWriter json;
     json.beginArray();
     for (const std::string& name : tavsim::profileNames()) {
         const std::string file = tavsim::profilePath(name);
@@ -125,7 +125,7 @@ std::string unknownOption(const CLI::App& app, const std::string& word) {
             names.push_back("--" + name);
         }
     }
-    return "no option \"" + given + "\"" + helper::suggestion(given, names);
+    return "no option \"" + given + "\"" + base::suggestion(given, names);
 }
 
 // What is wrong with the first word; empty when it is a command or an option.
@@ -138,7 +138,7 @@ std::string whyNoCommand(const CLI::App& app, const std::string& word) {
         names.push_back(command->get_name());
     }
     const bool isKnown = std::find(names.begin(), names.end(), word) != names.end();
-    return isKnown ? "" : "no command \"" + word + "\"" + helper::suggestion(word, names);
+    return isKnown ? "" : "no command \"" + word + "\"" + base::suggestion(word, names);
 }
 
 CLI::App* addTest(CLI::App& app, tools::TestRequest* request) {

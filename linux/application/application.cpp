@@ -7,7 +7,7 @@
 #include <filesystem>
 #include <vector>
 
-#include "helper/json/text.h"
+#include "base/json/text.h"
 
 namespace fs = std::filesystem;
 
@@ -18,7 +18,7 @@ std::optional<std::string> memberOfFile(const fs::path& file, const std::string&
     simdjson::dom::parser parser;
     simdjson::dom::element value;
     const bool isThere = parser.load(file.string())[member].get(value) == simdjson::SUCCESS;
-    return isThere ? std::optional(helper::textOf(value)) : std::nullopt;
+    return isThere ? std::optional(base::textOf(value)) : std::nullopt;
 }
 
 fs::path folderOfExecutable() {

@@ -6,7 +6,7 @@
 #include <set>
 #include <string_view>
 
-#include "helper/json/writer.h"
+#include "base/json/writer.h"
 #include "linux/bus/connection.h"
 
 namespace tavlinux {
@@ -15,7 +15,7 @@ namespace {
 constexpr std::string_view kTypeSuffix = ":type";
 
 struct Output {
-    helper::JsonWriter json;
+    base::JsonWriter json;
     bool isComplete = true;
 
     void value(GVariant* value);

@@ -2,14 +2,14 @@
 
 #include <utility>
 
-#include "helper/json/writer.h"
+#include "base/json/writer.h"
 #include "platform/htracker.h"
 
 namespace tavlinux {
 
 std::string failure(const std::string& text) {
     HTracker_funcTrack("tav_e", "HKSCaller", "%s", text.c_str());
-    return helper::JsonWriter()
+    return base::JsonWriter()
         .beginObject()
         .member("returnValue", false)
         .member("errorCode", -1)

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <utility>
 
-#include "helper/json/kept_parser.h"
+#include "base/json/parser.h"
 #include "linux/bus/dbus_to_json.h"
 #include "linux/bus/introspection.h"
 #include "linux/bus/json_to_dbus.h"
@@ -144,7 +144,7 @@ void invoke(const std::shared_ptr<Request>& request,
     simdjson::dom::element payload;
     const std::string_view text =
         request->payload.empty() ? std::string_view("{}") : std::string_view(request->payload);
-    if (!helper::parse(parser, text, false, &payload)) {
+    if (!base::parse(parser, text, false, &payload)) {
         const bool isNumber = parser.parse(text).error() == simdjson::NUMBER_ERROR;
         request->reply(failure(isNumber ? kBadNumber : "the payload is no JSON"));
         return;

@@ -9,8 +9,8 @@
 #include <string_view>
 
 #include "SDL.h"
+#include "base/json/text.h"
 #include "front/next.h"
-#include "helper/json/text.h"
 #include "linux/application/application.h"
 #include "linux/application/machine.h"
 #include "linux/host/compass.h"
@@ -100,7 +100,7 @@ int NApp_GetJsonValue(const char* json, const char* member, char* buffer, int bu
     }
     std::optional<std::string> text;
     if (object[member].get(value) == simdjson::SUCCESS) {
-        text = helper::textOf(value);
+        text = base::textOf(value);
     }
     return tavlinux::answerLookUp(text, buffer, bufferLength);
 }

@@ -2,8 +2,8 @@
 
 #include <string>
 
+#include "base/print_line.h"
 #include "front/in_front.h"
-#include "helper/print_line.h"
 
 namespace tavlinux {
 namespace {
@@ -17,7 +17,7 @@ constexpr char kRemedy[] =
 bool look() {
     const char* overtaken = front::firstOvertaken();
     if (overtaken != nullptr) {
-        helper::printLine(stderr, std::string("tav: this program finds ") + overtaken + kRemedy);
+        base::printLine(stderr, std::string("tav: this program finds ") + overtaken + kRemedy);
     }
     return overtaken == nullptr;
 }

@@ -8,7 +8,7 @@
 #include <map>
 #include <memory>
 
-#include "helper/json/writer.h"
+#include "base/json/writer.h"
 #include "linux/bus/connection.h"
 
 namespace tavlinux {
@@ -103,7 +103,7 @@ std::map<std::string, std::string> preferences() {
     if (language.code.empty()) {
         return values;
     }
-    values["locale"] = helper::JsonWriter()
+    values["locale"] = base::JsonWriter()
                            .beginObject()
                            .member("languageCode", language.code)
                            .member("countryCode", language.country)
@@ -112,7 +112,7 @@ std::map<std::string, std::string> preferences() {
     if (language.country.empty()) {
         return values;
     }
-    values["region"] = helper::JsonWriter()
+    values["region"] = base::JsonWriter()
                            .beginObject()
                            .member("countryCode", language.country)
                            .member("countryName", countryName(language.country))

@@ -1,7 +1,7 @@
 #include "helper/trace.h"
 
-#include "helper/print_line.h"
+#include "base/print_line.h"
 
-void helper::traceCannotBeHad(const std::string& problem) {
+void base::traceCannotBeHad(const std::string& problem) {
     printLine(stderr, "tav: " + problem);
 }

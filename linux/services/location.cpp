@@ -1,6 +1,6 @@
 #include "linux/services/location.h"
 
-#include "helper/json/writer.h"
+#include "base/json/writer.h"
 #include "linux/services/geoclue.h"
 
 namespace tavlinux {
@@ -11,7 +11,7 @@ constexpr int kNotStarted = 1;
 constexpr double kUnknown = -1.0;
 
 std::string fixReply(const Position& position) {
-    return helper::JsonWriter()
+    return base::JsonWriter()
         .beginObject()
         .member("errorCode", 0)
         .member("latitude", position.latitude)
@@ -30,7 +30,7 @@ std::string problemReply(const GError* problem) {
         problem != nullptr &&
         g_error_matches(problem, G_DBUS_ERROR, G_DBUS_ERROR_ACCESS_DENIED) != FALSE;
     const char* text = problem != nullptr ? problem->message : "GeoClue gave no client";
-    return helper::JsonWriter()
+    return base::JsonWriter()
         .beginObject()
         .member("errorCode", isDenied ? kNotAllowed : kNotStarted)
         .member("errorText", text)

@@ -4,13 +4,13 @@
 
 namespace tavsim {
 
-helper::JsonWriter successReply() {
-    helper::JsonWriter reply;
+base::JsonWriter successReply() {
+    base::JsonWriter reply;
     reply.beginObject().member("returnValue", true);
     return reply;
 }
 
-Answer oneReply(helper::JsonWriter& reply, int delay) {
+Answer oneReply(base::JsonWriter& reply, int delay) {
     return {{reply.take()}, delay, 0};
 }
 

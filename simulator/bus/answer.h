@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "helper/json/writer.h"
+#include "base/json/writer.h"
 #include "simulator/device/profile.h"
 
 namespace tavsim {
@@ -24,9 +24,9 @@ struct Answer {
 };
 
 // An object that says that the request was carried out, for more members and its end.
-helper::JsonWriter successReply();
+base::JsonWriter successReply();
 
-Answer oneReply(helper::JsonWriter& reply, int delay = 0);
+Answer oneReply(base::JsonWriter& reply, int delay = 0);
 Answer success();
 Answer failure(const std::string& reason, int delay = 0);
 

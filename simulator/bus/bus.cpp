@@ -4,7 +4,6 @@
 #include <unordered_map>
 #include <utility>
 
-#include "helper/faults.h"
 #include "platform/hkscaller.h"
 #include "platform/napp.h"
 #include "simulator/bus/payment.h"
@@ -12,6 +11,7 @@
 #include "simulator/bus/service_program.h"
 #include "simulator/bus/services.h"
 #include "simulator/device/edge.h"
+#include "simulator/device/faults.h"
 #include "simulator/device/journal.h"
 #include "simulator/device/refusals.h"
 #include "simulator/device/running.h"
@@ -102,7 +102,7 @@ std::optional<ServiceCommand> programOf(const std::string& uri) {
 bool refusesDispatch(const std::string& uri) {
     const Service* service = profileService(uri);
     const bool refused = isRefused(uri) || (service != nullptr && service->refuse);
-    return helper::faultStrikes(helper::Fault::Dispatch) || refused;
+    return faultStrikes(Fault::Dispatch) || refused;
 }
 
 int dispatch(Kind kind, const char* uri, const char* payload, bool option,

@@ -8,7 +8,7 @@ namespace tavsim {
 namespace {
 
 std::string fixReply(const Fix& fix) {
-    return helper::JsonWriter()
+    return base::JsonWriter()
         .beginObject()
         .member("errorCode", 0)
         .member("latitude", fix.latitude)
@@ -35,7 +35,7 @@ Answer startTracking(const simdjson::dom::object& /*request*/) {
 }
 
 std::string locationErrorReply(int code) {
-    return helper::JsonWriter().beginObject().member("errorCode", code).endObject().take();
+    return base::JsonWriter().beginObject().member("errorCode", code).endObject().take();
 }
 
 void announce(const Report& report) {

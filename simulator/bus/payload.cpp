@@ -1,8 +1,8 @@
 #include "simulator/bus/payload.h"
 
-#include "helper/glob.h"
-#include "helper/json/text.h"
-#include "helper/json/writer.h"
+#include "base/glob.h"
+#include "base/json/text.h"
+#include "base/json/writer.h"
 
 namespace dom = simdjson::dom;
 
@@ -27,8 +27,8 @@ bool isAsSaid(const std::optional<dom::element>& member, const PayloadPattern& p
     if (!member) {
         return !pattern.isGlob && pattern.text == "null";
     }
-    const std::string text = helper::comparableText(*member);
-    return pattern.isGlob ? helper::matchesGlob(text, pattern.text) : text == pattern.text;
+    const std::string text = base::comparableText(*member);
+    return pattern.isGlob ? base::matchesGlob(text, pattern.text) : text == pattern.text;
 }
 
 std::string fillText(std::string_view text, const Insertions& insertions) {
@@ -50,7 +50,7 @@ std::string fillText(std::string_view text, const Insertions& insertions) {
     }
 }
 
-void fillString(helper::JsonWriter& writer, std::string_view text, const Insertions& insertions) {
+void fillString(base::JsonWriter& writer, std::string_view text, const Insertions& insertions) {
     const bool isOne = text.starts_with(kOpening) && text.find('}') == text.size() - 1;
     if (isOne) {
         text.remove_prefix(kOpening.size());
@@ -61,7 +61,7 @@ void fillString(helper::JsonWriter& writer, std::string_view text, const Inserti
     }
 }
 
-void fillValue(helper::JsonWriter& writer, dom::element value, const Insertions& insertions) {
+void fillValue(base::JsonWriter& writer, dom::element value, const Insertions& insertions) {
     dom::object object;
     dom::array list;
     std::string_view text;
@@ -119,7 +119,7 @@ std::string fillTemplate(const std::string& text, const Insertions& insertions) 
     if (!isJson || !(root.is_object() || root.is_array())) {
         return fillText(text, insertions);
     }
-    helper::JsonWriter writer;
+    base::JsonWriter writer;
     fillValue(writer, root, insertions);
     return writer.take();
 }

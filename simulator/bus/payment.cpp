@@ -12,7 +12,7 @@ namespace {
 constexpr int kDelay = 200;
 constexpr int kFirstOrder = 1001;
 
-void writeItem(helper::JsonWriter& reply, const Item& item) {
+void writeItem(base::JsonWriter& reply, const Item& item) {
     reply.beginObject()
         .member("itemId", item.id)
         .member("title", item.title)
@@ -50,7 +50,7 @@ Answer receipt(const Item& item) {
 }  // namespace
 
 Answer availableItems(const dom::object&) {
-    helper::JsonWriter reply = successReply();
+    base::JsonWriter reply = successReply();
     reply.key("items").beginArray();
     for (const Item& item : profile().items) {
         writeItem(reply, item);
@@ -63,7 +63,7 @@ Answer itemInfo(const dom::object& request) {
     if (item == nullptr) {
         return noSuchItem();
     }
-    helper::JsonWriter reply = successReply();
+    base::JsonWriter reply = successReply();
     writeItem(reply.key("item"), *item);
     return oneReply(reply.key("receipts").beginArray().endArray().endObject(), kDelay);
 }

@@ -5,7 +5,7 @@
 #include <random>
 #include <utility>
 
-#include "helper/json/text.h"
+#include "base/json/text.h"
 #include "simulator/bus/payload.h"
 #include "simulator/device/running.h"
 #include "simulator/time/clock.h"
@@ -56,7 +56,7 @@ int drawDelay(const Service& answering, Course& course) {
 }
 
 Insertion inserted(const dom::element& value) {
-    return {simdjson::minify(value), helper::textOf(value)};
+    return {simdjson::minify(value), base::textOf(value)};
 }
 
 Insertion inserted(int64_t number) {

@@ -1,12 +1,12 @@
 #include "simulator/bus/program_line.h"
 
-#include "helper/json/reader.h"
-#include "helper/json/writer.h"
+#include "base/json/reader.h"
+#include "base/json/writer.h"
 #include "simulator/device/service_reader.h"
 #include "simulator/time/clock.h"
 
 namespace dom = simdjson::dom;
-namespace json = helper::json;
+namespace json = base::json;
 
 namespace tavsim {
 namespace {
@@ -18,7 +18,7 @@ json::Reader given(std::optional<Reply>* target, json::Reader (*read)(Reply*)) {
 }  // namespace
 
 std::string requestLine(int token, int turn, const ServiceRequest& request) {
-    helper::JsonWriter line;
+    base::JsonWriter line;
     line.beginObject()
         .member("id", token)
         .member("turn", turn)
@@ -37,7 +37,7 @@ std::string requestLine(int token, int turn, const ServiceRequest& request) {
 }
 
 std::string cancelLine(int token) {
-    return helper::JsonWriter()
+    return base::JsonWriter()
         .beginObject()
         .member("id", token)
         .member("cancel", true)

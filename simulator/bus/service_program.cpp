@@ -10,8 +10,8 @@
 #include <memory>
 #include <optional>
 
-#include "helper/json/writer.h"
-#include "helper/print_line.h"
+#include "base/json/writer.h"
+#include "base/print_line.h"
 #include "simulator/bus/bus.h"
 #include "simulator/device/service_reader.h"
 #include "simulator/process/child_process.h"
@@ -115,13 +115,13 @@ bool ServiceProgram::start() {
         return isAlive();
     }
     m_hasStarted = true;
-    helper::Descriptor output;
+    base::Descriptor output;
     const int socket = m_process.startProgram(m_command.words, m_command.folder, &output);
     if (socket < 0) {
-        helper::printLine(stderr, name() + ": cannot be run: " + std::strerror(errno));
+        base::printLine(stderr, name() + ": cannot be run: " + std::strerror(errno));
         return false;
     }
-    m_socket.emplace(helper::Descriptor(socket), std::move(output));
+    m_socket.emplace(base::Descriptor(socket), std::move(output));
     return true;
 }
 
@@ -241,7 +241,7 @@ void ServiceProgram::queue(int delay, const std::function<void(ServiceProgram&)>
 
 // A call whose reply is on its way is as good as answered.
 void ServiceProgram::endWith(const std::string& reason) {
-    helper::printLine(stderr, name() + ": stopped: " + reason);
+    base::printLine(stderr, name() + ": stopped: " + reason);
     m_process.end();  // first, or it would complain that nobody listens to it
     m_socket.reset();
     m_awaited = 0;
@@ -257,7 +257,7 @@ std::string ServiceProgram::name() const {
     for (const std::string& word : m_command.words) {
         words += (words.empty() ? "" : " ") + word;
     }
-    return helper::escapedJson(words);
+    return base::escapedJson(words);
 }
 
 using Programs = std::map<ServiceCommand, std::shared_ptr<ServiceProgram>>;

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <filesystem>
 
-#include "helper/json/writer.h"
-#include "helper/suggestion.h"
+#include "base/json/writer.h"
+#include "base/suggestion.h"
 #include "simulator/control/command_functions.h"
 #include "simulator/control/usage.h"
 #include "simulator/time/clock.h"
@@ -98,8 +98,8 @@ std::string unknownCommand(std::string_view word, std::vector<std::string> names
     if (!relatives.empty()) {
         return relatives;
     }
-    const std::string meant = helper::suggestion(word, names);
-    return "no command " + helper::quoted(word) + (meant.empty() ? "; there are " + all : meant);
+    const std::string meant = base::suggestion(word, names);
+    return "no command " + base::quoted(word) + (meant.empty() ? "; there are " + all : meant);
 }
 
 const Command* findCommand(std::string_view name) {

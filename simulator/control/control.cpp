@@ -9,8 +9,8 @@
 #include <iterator>
 #include <list>
 
-#include "helper/descriptor.h"
-#include "helper/print_line.h"
+#include "base/descriptor.h"
+#include "base/print_line.h"
 #include "simulator/control/control_client.h"
 #include "simulator/control/running_devices.h"
 #include "simulator/control/socket_address.h"
@@ -24,7 +24,7 @@ constexpr size_t kMostClients = 16;
 using Clients = std::list<ControlClient>;
 
 struct Control {
-    helper::Descriptor listener;
+    base::Descriptor listener;
     Clients clients;
     pid_t owner = 0;  // 0: not listening
     bool serving = false;
@@ -44,7 +44,7 @@ bool listenInRoot(std::string* error) {
     const ControlAddress address(rootFolder());
     unlink(address.path());
     control().listener =
-        helper::Descriptor(socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+        base::Descriptor(socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
     const int listener = control().listener.number();
     // Between bind and chmod nobody listens yet, so nobody can connect.
     const bool listens = address.bindTo(listener) &&
@@ -60,7 +60,7 @@ bool listenInRoot(std::string* error) {
 void listenAgain() {
     std::string error;
     if (!listenInRoot(&error)) {
-        helper::printLine(stderr, "tavsim: the program has closed the control socket: " + error);
+        base::printLine(stderr, "tavsim: the program has closed the control socket: " + error);
         control().owner = 0;
     }
 }

@@ -19,7 +19,7 @@ ControlClient::ControlClient(int socket) : m_socket(socket, kLongestCommand) {
 
 void ControlClient::serve() {
     // Looked for behind the command too, because that shows whether the client is still there.
-    const std::optional<helper::Message> message = m_socket.receiveNow();
+    const std::optional<base::Message> message = m_socket.receiveNow();
     if (message && !m_isAnswered) {
         answer(*message);
     }
@@ -52,7 +52,7 @@ void ControlClient::end() {
     m_socket.sendQueued(kLongestSilence);
 }
 
-void ControlClient::answer(const helper::Message& message) {
+void ControlClient::answer(const base::Message& message) {
     m_isAnswered = true;
     const bool isCommand = message.kind == static_cast<uint8_t>(ControlMessage::Command) &&
                            message.content.find('\n') == std::string::npos;

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <tuple>
 
-#include "helper/message_socket.h"
+#include "base/message_socket.h"
 #include "simulator/control/protocol.h"
 
 namespace tavsim {
@@ -35,13 +35,13 @@ public:
     void end();
 
 private:
-    void answer(const helper::Message& message);
+    void answer(const base::Message& message);
     void follow();
     void say(ControlMessage kind, std::string_view content = {});
 
     using SteadyClock = std::chrono::steady_clock;
 
-    helper::MessageSocket m_socket;
+    base::MessageSocket m_socket;
     SteadyClock::time_point m_lastSign = SteadyClock::now();  // of the client being there
     bool m_isAnswered = false;
     bool m_follows = false;

@@ -1,7 +1,7 @@
 // Commands for what the device is, and what the application has made of it.
 #include <simdjson.h>
 
-#include "helper/json/writer.h"
+#include "base/json/writer.h"
 #include "simulator/bus/bus.h"
 #include "simulator/control/command_functions.h"
 #include "simulator/device/journal.h"
@@ -29,7 +29,7 @@ bool isJson(std::string_view text) {
 
 std::string stateAsJson() {
     const std::optional<std::string>& machine = profile().machine;
-    helper::JsonWriter json;
+    base::JsonWriter json;
     json.beginObject().member("machine", machine ? machine->c_str() : nullptr);
     json.member("plugin", profile().plugin).member("openCalls", openBusCalls({}).size());
     json.key("refused").beginArray();
@@ -100,7 +100,7 @@ CommandOutcome state(Words words) {
     std::string lines;
     for (const auto& [name, value] : stateValues()) {
         // Texts of the application can hold anything, and stay on their line.
-        lines += helper::escapedJson(name) + ": " + helper::escapedJson(value) + "\n";
+        lines += base::escapedJson(name) + ": " + base::escapedJson(value) + "\n";
     }
     return CommandResult{{}, lines, false};
 }

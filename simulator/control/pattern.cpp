@@ -8,8 +8,8 @@
 #include <cstdint>
 #include <limits>
 
-#include "helper/json/text.h"
-#include "helper/json/writer.h"
+#include "base/json/text.h"
+#include "base/json/writer.h"
 #include "simulator/control/text_word.h"
 
 namespace dom = simdjson::dom;
@@ -29,12 +29,12 @@ constexpr char kWithin[] = "within";
 std::optional<MemberPattern> readMember(std::string_view word, std::string* error) {
     const size_t equals = word.find('=');
     if (equals == std::string_view::npos || equals == 0) {
-        *error = helper::quoted(word) + " is not MEMBER=GLOB";
+        *error = base::quoted(word) + " is not MEMBER=GLOB";
         return std::nullopt;
     }
     const std::optional<std::string> glob = contentOf(word.substr(equals + 1));
     if (!glob) {
-        *error = helper::quoted(word) + ": what begins with a quote must be a JSON string";
+        *error = base::quoted(word) + ": what begins with a quote must be a JSON string";
         return std::nullopt;
     }
     return MemberPattern{std::string(word.substr(0, equals)), *glob};
@@ -43,7 +43,7 @@ std::optional<MemberPattern> readMember(std::string_view word, std::string* erro
 bool hasMember(const dom::object& entry, const MemberPattern& pattern) {
     dom::element value;
     return entry.at_key(pattern.member).get(value) == simdjson::SUCCESS &&
-           matchesGlob(helper::textOf(value), pattern.glob);
+           matchesGlob(base::textOf(value), pattern.glob);
 }
 
 }  // namespace
@@ -88,12 +88,12 @@ std::optional<Awaited> readAwaited(std::string_view text, std::string* error) {
         const std::string_view time = takeWord(&text);
         awaited.within = readTime(time);
         if (!awaited.within) {
-            *error = helper::quoted(time) + ": " + kTimeUsage;
+            *error = base::quoted(time) + ": " + kTimeUsage;
             return std::nullopt;
         }
     }
     if (!text.empty()) {
-        *error = helper::quoted(text) + " stands behind the end";
+        *error = base::quoted(text) + " stands behind the end";
         return std::nullopt;
     }
     return awaited;

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "helper/glob.h"
+#include "base/glob.h"
 #include "platform/visibility.h"
 #include "simulator/time/clock.h"
 
@@ -19,7 +19,7 @@ TAV_PLATFORM_API std::optional<Milliseconds> readTime(std::string_view word);
 inline constexpr char kTimeUsage[] =
     "a time is a number with ms, s or min, such as 1.5s, of at most 49 days";
 
-using helper::matchesGlob;
+using base::matchesGlob;
 
 // What one entry of the journal must have: each of these members, with a value that its glob
 // matches. Of values that are no strings it is the JSON text that counts.

@@ -10,8 +10,8 @@
 #include <fstream>
 #include <iterator>
 
-#include "helper/file.h"
-#include "helper/json/writer.h"
+#include "base/file.h"
+#include "base/json/writer.h"
 #include "simulator/control/socket_address.h"
 #include "simulator/device/fresh_root.h"
 #include "simulator/device/root.h"
@@ -50,7 +50,7 @@ RunningDevice describedIn(const std::string& root) {
     RunningDevice device;
     device.root = root;
     std::string error;
-    const auto text = helper::readFile(root + kDescription, kMostBytes, &error);
+    const auto text = base::readFile(root + kDescription, kMostBytes, &error);
     if (!text || parser.parse(*text).get(description) != simdjson::SUCCESS) {
         return device;
     }
@@ -72,14 +72,14 @@ RunningDevice describedIn(const std::string& root) {
 bool describeDevice() {
     const std::string path = rootFolder() + kDescription;
     unlink(path.c_str());
-    return helper::createFile(path, helper::JsonWriter()
-                                            .beginObject()
-                                            .member("device", profile().name)
-                                            .member("program", commandLine())
-                                            .member("process", getpid())
-                                            .endObject()
-                                            .take() +
-                                        "\n");
+    return base::createFile(path, base::JsonWriter()
+                                          .beginObject()
+                                          .member("device", profile().name)
+                                          .member("program", commandLine())
+                                          .member("process", getpid())
+                                          .endObject()
+                                          .take() +
+                                      "\n");
 }
 
 void announceDevice() {

@@ -1,12 +1,12 @@
 // Commands for what the device's services and its host answer.
 #include <vector>
 
-#include "helper/faults.h"
-#include "helper/json/writer.h"
+#include "base/json/writer.h"
 #include "simulator/bus/bus.h"
 #include "simulator/bus/profile_services.h"
 #include "simulator/control/command_functions.h"
 #include "simulator/control/pattern.h"
+#include "simulator/device/faults.h"
 #include "simulator/device/refusals.h"
 #include "simulator/device/running.h"
 #include "simulator/time/clock.h"
@@ -39,7 +39,7 @@ bool readRefusal(Words words, Refusal* refusal) {
 }
 
 CommandResult cannotBeRefused(const std::string& request) {
-    return failed(helper::quoted(request) + " is no URI and no request that can be refused");
+    return failed(base::quoted(request) + " is no URI and no request that can be refused");
 }
 
 }  // namespace
@@ -69,7 +69,7 @@ CommandOutcome answer(Words words) {
         return std::nullopt;
     }
     if (!isUri(uri)) {
-        return failed(helper::quoted(uri) + " is no URI");
+        return failed(base::quoted(uri) + " is no URI");
     }
     answerFromNowOn(uri, std::string(words.rest()));
     return CommandResult();
@@ -81,7 +81,7 @@ CommandOutcome silence(Words words) {
         return std::nullopt;
     }
     if (!isUri(*uri)) {
-        return failed(helper::quoted(*uri) + " is no URI");
+        return failed(base::quoted(*uri) + " is no URI");
     }
     answerFromNowOn(*uri, std::nullopt);
     return CommandResult();
@@ -117,7 +117,7 @@ CommandOutcome allow(Words words) {
 }
 
 CommandOutcome fail(Words words) {
-    const bool isSet = helper::setFaultFromText(std::string(words.rest()));
+    const bool isSet = setFaultFromText(std::string(words.rest()));
     return isSet ? CommandOutcome(CommandResult()) : std::nullopt;
 }
 

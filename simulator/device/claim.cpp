@@ -62,7 +62,7 @@ pid_t namedIn(const std::string& text) {
     return static_cast<pid_t>(std::strtol(text.c_str(), nullptr, 10));
 }
 
-bool hasEnded(const helper::Descriptor& process) {
+bool hasEnded(const base::Descriptor& process) {
     pollfd ready{process.number(), POLLIN, 0};
     return poll(&ready, 1, 0) > 0;
 }
@@ -77,7 +77,7 @@ bool lives(const std::string& text) {
     if (opened < 0) {
         return errno != ESRCH && errno != EINVAL && errno != ENOENT;
     }
-    const helper::Descriptor process(opened);
+    const base::Descriptor process(opened);
     const std::string now = nameOf(namedIn(text));
     const bool isKnown = (text + now).find(kUnknown) == std::string::npos;
     return !hasEnded(process) && (text == now || !isKnown);

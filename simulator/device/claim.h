@@ -10,7 +10,7 @@
 
 #include <string>
 
-#include "helper/descriptor.h"
+#include "base/descriptor.h"
 #include "platform/visibility.h"
 
 namespace tavsim {
@@ -41,7 +41,7 @@ public:
     int descriptor() const { return m_folder.number(); }
 
 private:
-    helper::Descriptor m_folder;
+    base::Descriptor m_folder;
 };
 
 }  // namespace tavsim

@@ -8,7 +8,7 @@
 #include <string>
 #include <utility>
 
-#include "helper/print_line.h"
+#include "base/print_line.h"
 
 namespace tavsim {
 
@@ -16,7 +16,7 @@ namespace tavsim {
 [[noreturn]] inline void endProgram(const std::string& reason) {
     constexpr int kBadSetup = 2;
     static bool isEnding = false;
-    helper::printLine(stderr, "tavsim: " + reason);
+    base::printLine(stderr, "tavsim: " + reason);
     if (std::exchange(isEnding, true)) {
         _exit(kBadSetup);  // what runs at the exit has the same problem again
     }

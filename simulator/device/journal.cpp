@@ -6,7 +6,7 @@
 #include <cstring>
 #include <utility>
 
-#include "helper/line_file.h"
+#include "base/line_file.h"
 #include "simulator/device/edge.h"
 #include "simulator/device/end_program.h"
 #include "simulator/time/clock.h"
@@ -21,7 +21,7 @@ struct Journal {
     std::deque<std::string> lines;
     size_t bytes = 0;  // of the lines
     std::int64_t length = 0;
-    helper::LineFile file;
+    base::LineFile file;
     pid_t owner = 0;  // of the file; a fork of the application keeps no journal in it
     std::function<void(const std::string&)> observer;
 };
@@ -43,7 +43,7 @@ void keep(const std::string& line) {
 }
 
 void write(const std::string& line) {
-    helper::LineFile& file = journal().file;
+    base::LineFile& file = journal().file;
     if (!file.isOpen() || journal().owner != getpid() || file.append(line)) {
         return;
     }

@@ -7,7 +7,7 @@
 #include <functional>
 #include <string>
 
-#include "helper/json/writer.h"
+#include "base/json/writer.h"
 
 namespace tavsim {
 
@@ -30,7 +30,7 @@ public:
     JournalEntry& outcome(const std::string& value) { return member("outcome", value); }
 
 private:
-    helper::JsonWriter m_line;
+    base::JsonWriter m_line;
 };
 
 // Starts an empty journal that is also appended to the file, if there is one. False, with a line in

@@ -7,14 +7,14 @@
 #include <filesystem>
 #include <string_view>
 
-#include "helper/file.h"
-#include "helper/json/reader.h"
-#include "helper/json/writer.h"
-#include "helper/suggestion.h"
+#include "base/file.h"
+#include "base/json/reader.h"
+#include "base/json/writer.h"
+#include "base/suggestion.h"
 #include "simulator/device/service_reader.h"
 
 namespace fs = std::filesystem;
-namespace json = helper::json;
+namespace json = base::json;
 
 namespace tavsim {
 namespace {
@@ -65,7 +65,7 @@ json::Reader refusals(std::set<std::string>* target) {
             const json::Reader name = json::text(&request);
             name(each);
             if (!canBeRefused(request)) {
-                each.fail(helper::quoted(request) + " is nothing that the host can refuse");
+                each.fail(base::quoted(request) + " is nothing that the host can refuse");
             }
             target->insert(request);
         });
@@ -146,8 +146,8 @@ std::string noSuchProfile(const fs::path& path) {
         return path.string() + ": no such device profile";
     }
     const std::string name = path.stem();
-    const std::string meant = helper::suggestion(name, profileNames());
-    return "no device " + helper::quoted(name) +
+    const std::string meant = base::suggestion(name, profileNames());
+    return "no device " + base::quoted(name) +
            (meant.empty() ? "; `tavsim devices` lists those that there are" : meant);
 }
 
@@ -157,7 +157,7 @@ std::optional<std::string> readDocument(const std::string& path, std::string* er
         *error = noSuchProfile(path);
         return std::nullopt;
     }
-    return helper::readFile(path, kLargestFile, error);
+    return base::readFile(path, kLargestFile, error);
 }
 
 // The file that is read, and behind it those that extend it.

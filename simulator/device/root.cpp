@@ -8,9 +8,9 @@
 #include <memory>
 #include <new>
 
+#include "base/file.h"
 #include "front/fixed_paths.h"
 #include "front/next.h"
-#include "helper/file.h"
 #include "simulator/device/claim.h"
 #include "simulator/device/fresh_root.h"
 #include "simulator/device/trusted_folder.h"
@@ -42,7 +42,7 @@ bool isThere(const std::string& path) {
 }
 
 bool writeFile(const std::string& path, const std::string& content) {
-    return isThere(path) || helper::createFile(path, content);
+    return isThere(path) || base::createFile(path, content);
 }
 
 struct DatabaseCloser {

@@ -4,13 +4,13 @@
 #include <cstdlib>
 #include <mutex>
 
+#include "base/print_line.h"
 #include "front/events.h"
 #include "front/in_front.h"
-#include "helper/faults.h"
-#include "helper/print_line.h"
 #include "helper/trace.h"
 #include "simulator/device/edge.h"
 #include "simulator/device/end_program.h"
+#include "simulator/device/faults.h"
 
 namespace tavsim {
 namespace {
@@ -29,7 +29,7 @@ std::string environment(const char* name, const char* otherwise = "") {
 bool saysWhetherInFront() {
     const std::string problem = whyNotInFront();
     if (!problem.empty()) {
-        helper::printLine(stderr, "tavsim: " + problem);
+        base::printLine(stderr, "tavsim: " + problem);
     }
     return problem.empty();
 }
@@ -43,7 +43,7 @@ void startFromEnvironment() {
         endProgram(error);
     }
     const std::string fault = environment("TAVSIM_FAIL");
-    if (!fault.empty() && !helper::setFaultFromText(fault)) {
+    if (!fault.empty() && !setFaultFromText(fault)) {
         endProgram("TAVSIM_FAIL: \"" + fault +
                    "\" is not allocation, dispatch, host or read, a colon and a number, "
                    "with or without a + behind it");
@@ -133,6 +133,6 @@ bool changeDevice(const std::function<bool()>& change) {
 
 }  // namespace tavsim
 
-void helper::traceCannotBeHad(const std::string& problem) {
+void base::traceCannotBeHad(const std::string& problem) {
     tavsim::endProgram(problem);
 }

@@ -2,10 +2,10 @@
 
 #include <utility>
 
-#include "helper/json/text.h"
-#include "helper/json/writer.h"
+#include "base/json/text.h"
+#include "base/json/writer.h"
 
-namespace json = helper::json;
+namespace json = base::json;
 
 namespace tavsim {
 namespace {
@@ -38,7 +38,7 @@ json::Reader delay(Service* service) {
 
 json::Reader payloadPattern(PayloadPattern* pattern) {
     return [pattern](const json::Value& value) {
-        *pattern = {helper::comparableText(value.element()), value.element().is_string()};
+        *pattern = {base::comparableText(value.element()), value.element().is_string()};
     };
 }
 
@@ -120,7 +120,7 @@ json::Reader serviceReader(Service* service, const std::string& folder) {
 json::Reader replyReader(Reply* reply) {
     return [reply](const json::Value& value) {
         if (!value.element().is_null()) {
-            *reply = helper::textOf(value.element());
+            *reply = base::textOf(value.element());
         }
     };
 }
@@ -135,7 +135,7 @@ json::Reader errorReader(Reply* reply) {
 }
 
 std::string errorReply(int code, const std::string& text) {
-    return helper::JsonWriter()
+    return base::JsonWriter()
         .beginObject()
         .member("returnValue", false)
         .member("errorCode", code)

@@ -4,19 +4,19 @@
 
 #include <string>
 
-#include "helper/json/reader.h"
+#include "base/json/reader.h"
 #include "simulator/device/profile.h"
 
 namespace tavsim {
 
 // Programs run in the folder.
-helper::json::Reader serviceReader(Service* service, const std::string& folder);
+base::json::Reader serviceReader(Service* service, const std::string& folder);
 
 // A string is sent as it stands, null as a null text, anything else as JSON.
-helper::json::Reader replyReader(Reply* reply);
+base::json::Reader replyReader(Reply* reply);
 
 // Reads the code and the text of an error.
-helper::json::Reader errorReader(Reply* reply);
+base::json::Reader errorReader(Reply* reply);
 
 // The reply of a service that could not do what it was asked to.
 std::string errorReply(int code, const std::string& text);

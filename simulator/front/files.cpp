@@ -7,8 +7,8 @@
 #include <string_view>
 
 #include "front/fixed_paths.h"
-#include "helper/faults.h"
 #include "simulator/device/edge.h"
+#include "simulator/device/faults.h"
 #include "simulator/device/journal.h"
 #include "simulator/device/root.h"
 #include "simulator/device/running.h"
@@ -55,7 +55,7 @@ std::optional<std::string> placeOf(const char* devicePath) try {
     const std::string& root = tavsim::rootFolder();
     // A folder opens for reading, and then every read of it fails.
     const bool unreadable =
-        std::string_view(devicePath) == kUniqueId && helper::faultStrikes(helper::Fault::Read);
+        std::string_view(devicePath) == kUniqueId && tavsim::faultStrikes(tavsim::Fault::Read);
     return unreadable ? root : root + devicePath;
 } catch (...) {
     return tavsim::refused(kNowhere);

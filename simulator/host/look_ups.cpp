@@ -6,14 +6,14 @@
 
 #include <cstring>
 
-#include "helper/faults.h"
-#include "helper/json/kept_parser.h"
-#include "helper/json/text.h"
+#include "base/json/parser.h"
+#include "base/json/text.h"
 #include "platform/hhardware.h"
 #include "platform/kpsystem.h"
 #include "platform/napp.h"
 #include "platform/sdl_nimbo.h"
 #include "simulator/device/edge.h"
+#include "simulator/device/faults.h"
 #include "simulator/device/journal.h"
 #include "simulator/device/root.h"
 #include "simulator/device/running.h"
@@ -55,7 +55,7 @@ int failLookUp(int status, char* buffer, int bufferLength) {
 int lookUp(const char* function, const char* key, const std::string* value, char* buffer,
            int bufferLength) {
     int status = NAPP_SUCCESS;
-    if (helper::faultStrikes(helper::Fault::HostRequest)) {
+    if (tavsim::faultStrikes(tavsim::Fault::HostRequest)) {
         status = failLookUp(NAPP_FAILURE, buffer, bufferLength);
     } else if (value == nullptr) {
         status = failLookUp(NAPP_NO_SUCH_VALUE, buffer, bufferLength);
@@ -71,14 +71,14 @@ std::optional<Values> membersOf(const char* json, const char* member) {
     static simdjson::dom::parser& parser = *new simdjson::dom::parser;
     simdjson::dom::element root;
     simdjson::dom::object object;
-    if (member == nullptr || json == nullptr || !helper::parse(parser, json, false, &root) ||
+    if (member == nullptr || json == nullptr || !base::parse(parser, json, false, &root) ||
         root.get(object) != simdjson::SUCCESS) {
         return std::nullopt;
     }
     Values members;
     simdjson::dom::element value;
     if (object[std::string_view(member)].get(value) == simdjson::SUCCESS) {
-        members[member] = helper::textOf(value);
+        members[member] = base::textOf(value);
     }
     return members;
 }
@@ -131,7 +131,7 @@ const char* NApp_GetPortabilityValue(const char* key) try {
 
 int NApp_GetProcSelfExe(char* buffer, int bufferLength) try {
     const std::optional<std::string>& executable = running().executable;
-    if (helper::faultStrikes(helper::Fault::HostRequest) ||
+    if (tavsim::faultStrikes(tavsim::Fault::HostRequest) ||
         !tavsim::hasRoom(buffer, bufferLength)) {
         return 0;
     }
@@ -158,7 +158,7 @@ int KPSystemCopyStringValue(const char* key, char** value) try {
     tavsim::JournalEntry("host", __func__)
         .member("key", key)
         .outcome(tavsim::lookUpOutcome(property));
-    if (helper::faultStrikes(helper::Fault::HostRequest) || property == nullptr) {
+    if (tavsim::faultStrikes(tavsim::Fault::HostRequest) || property == nullptr) {
         return -1;
     }
     *value = g_strdup(property->c_str());

@@ -1,10 +1,10 @@
 // What the application asks the host and SDL's hooks to do.
 #include "SDL.h"
 #include "front/next.h"
-#include "helper/faults.h"
 #include "platform/napp.h"
 #include "platform/sdl_nimbo.h"
 #include "simulator/device/edge.h"
+#include "simulator/device/faults.h"
 #include "simulator/device/journal.h"
 #include "simulator/device/refusals.h"
 #include "simulator/device/running.h"
@@ -17,7 +17,7 @@ namespace tavsim {
 bool hostAccepts(const char* request) {
     running();
     const bool refused = isRefused(request);
-    return !helper::faultStrikes(helper::Fault::HostRequest) && !refused;
+    return !faultStrikes(Fault::HostRequest) && !refused;
 }
 
 const char* acceptance(bool accepts) {

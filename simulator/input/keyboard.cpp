@@ -2,9 +2,9 @@
 
 #include <glib.h>
 
+#include "base/json/writer.h"
+#include "base/suggestion.h"
 #include "front/next.h"
-#include "helper/json/writer.h"
-#include "helper/suggestion.h"
 #include "simulator/input/events.h"
 
 namespace tavsim {
@@ -75,7 +75,7 @@ std::optional<SDLKey> keyNamed(std::string_view name, std::string* error) {
             return static_cast<SDLKey>(key);
         }
     }
-    *error = "no key " + helper::quoted(name) + helper::suggestion(name, names);
+    *error = "no key " + base::quoted(name) + base::suggestion(name, names);
     return std::nullopt;
 }
 

@@ -5,11 +5,11 @@
 #include <csignal>
 #include <utility>
 
-#include "helper/faults.h"
-#include "helper/print_line.h"
+#include "base/print_line.h"
 #include "helper/trace.h"
 #include "simulator/bus/bus.h"
 #include "simulator/control/control.h"
+#include "simulator/device/faults.h"
 #include "simulator/device/journal.h"
 #include "simulator/device/refusals.h"
 #include "simulator/device/root.h"
@@ -53,9 +53,9 @@ void takeHangUpAsRequestToEnd() {
 
 bool startRooms(const Options& options, std::string* error) {
     g_startedBy = getpid();
-    for (const Fault fault : {helper::Fault::Allocation, helper::Fault::Dispatch,
-                              helper::Fault::HostRequest, helper::Fault::Read}) {
-        helper::failNthFault(fault, 0);
+    for (const Fault fault :
+         {Fault::Allocation, Fault::Dispatch, Fault::HostRequest, Fault::Read}) {
+        failNthFault(fault, 0);
     }
     if (!prepareRoot(profile(), options.root, error)) {
         return false;
@@ -140,7 +140,7 @@ void Device::listen(const std::string& tags) {
 }
 
 void Device::acceptStreams() {
-    helper::acceptStreams();
+    base::acceptStreams();
 }
 
 std::vector<std::string> Device::takeTrace() {
@@ -164,15 +164,15 @@ bool Device::deliverCompass(const CompassReading& reading) {
 }
 
 void Device::failNth(Fault fault, int n) {
-    helper::failNthFault(fault, n);
+    failNthFault(fault, n);
 }
 
 void Device::failFrom(Fault fault, int n) {
-    helper::failFaultsFrom(fault, n);
+    failFaultsFrom(fault, n);
 }
 
 int Device::occurrences(Fault fault) const {
-    return helper::faultOccurrences(fault);
+    return faultOccurrences(fault);
 }
 
 bool startDevice(Profile newProfile, const Options& options, std::string* error) {

@@ -9,15 +9,13 @@
 #include <string>
 #include <vector>
 
-#include "helper/faults.h"
+#include "simulator/device/faults.h"
 #include "simulator/device/profile.h"
 #include "simulator/device/root.h"
 #include "simulator/device/running.h"
 #include "simulator/time/clock.h"
 
 namespace tavsim {
-
-using helper::Fault;
 
 class TAV_PLATFORM_API Device {
 public:

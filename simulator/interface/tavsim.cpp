@@ -5,7 +5,7 @@
 #include <iterator>
 #include <utility>
 
-#include "helper/file.h"
+#include "base/file.h"
 #include "simulator/control/commands.h"
 #include "simulator/control/pattern.h"
 #include "simulator/device/edge.h"
@@ -123,7 +123,7 @@ int TAVSim_Start(const char* profile, const TAVSim_Options* options) try {
     }
     if (!chosen.pageFile.empty()) {
         read->plugin = true;
-        if (error = helper::whyNoFile(chosen.pageFile); !error.empty()) {
+        if (error = base::whyNoFile(chosen.pageFile); !error.empty()) {
             return fail(kFailed, error);
         }
     }

@@ -7,9 +7,9 @@
 #include <memory>
 #include <optional>
 
-#include "helper/file.h"
+#include "base/file.h"
+#include "base/print_line.h"
 #include "helper/items.h"
-#include "helper/print_line.h"
 #include "platform/napp.h"
 #include "simulator/device/edge.h"
 #include "simulator/device/journal.h"
@@ -42,14 +42,14 @@ Bridge& bridge() {
 bool openPage(const std::string& pageFile) {
     const std::string name = std::filesystem::path(pageFile).filename();
     std::string error;
-    const std::optional<std::string> source = helper::readFile(pageFile, kLargestScript, &error);
+    const std::optional<std::string> source = base::readFile(pageFile, kLargestScript, &error);
     if (!source) {
-        helper::printLine(stderr, error);
+        base::printLine(stderr, error);
         return true;
     }
     const auto page = std::make_shared<Page>(name);
     if (!page->start()) {
-        helper::printLine(stderr, name + ": cannot be run: " + std::strerror(errno));
+        base::printLine(stderr, name + ": cannot be run: " + std::strerror(errno));
         return false;
     }
     bridge().page = page;

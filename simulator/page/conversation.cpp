@@ -7,8 +7,8 @@
 #include <string>
 #include <utility>
 
+#include "base/message_socket.h"
 #include "helper/items.h"
-#include "helper/message_socket.h"
 #include "simulator/page/engine_text.h"
 
 namespace tavsim {
@@ -16,10 +16,10 @@ namespace tavsim {
 namespace {
 
 struct Conversation {
-    helper::MessageSocket device{kPageSocket};
+    base::MessageSocket device{kPageSocket};
     PageMessageKind kind = PageMessageKind::Idle;
     helper::ItemWriter written;
-    helper::Message received;
+    base::Message received;
     helper::ItemReader unread{{}};
     std::string text;
 };
@@ -65,7 +65,7 @@ void sendMessage() {
 }
 
 PageMessageKind receiveMessage() {
-    std::optional<helper::Message> message = conversation().device.receive();
+    std::optional<base::Message> message = conversation().device.receive();
     if (!message) {
         endWithoutDevice();
     }

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "helper/print_line.h"
+#include "base/print_line.h"
 #include "simulator/page/page_process.h"
 #include "simulator/time/queue.h"
 
@@ -29,7 +29,7 @@ constexpr char kClosed[] = "the application closed its connection to the page";
 // Between two looks at the processor time of a script that sends nothing.
 constexpr milliseconds kShortestWait(10);
 
-PageMessageKind kindOf(const helper::Message& message) {
+PageMessageKind kindOf(const base::Message& message) {
     return static_cast<PageMessageKind>(message.kind);
 }
 
@@ -85,11 +85,11 @@ void Page::deliver(Event event) {
     }
 }
 
-void Page::serve(const helper::Message& event) {
+void Page::serve(const base::Message& event) {
     const nanoseconds limit = processorTime() + kLimit;
     m_socket->send(event.kind, event.content);
     while (isAlive()) {
-        const std::optional<helper::Message> message = nextMessage(limit);
+        const std::optional<base::Message> message = nextMessage(limit);
         if (!message || kindOf(*message) == PageMessageKind::Idle) {
             return;
         }
@@ -97,7 +97,7 @@ void Page::serve(const helper::Message& event) {
     }
 }
 
-void Page::handle(const helper::Message& message) {
+void Page::handle(const base::Message& message) {
     helper::ItemReader items(message.content);
     switch (kindOf(message)) {
     case PageMessageKind::MethodList:
@@ -108,7 +108,7 @@ void Page::handle(const helper::Message& message) {
         break;
     case PageMessageKind::ConsoleLine: {
         FILE* stream = items.readBool() ? stderr : stdout;
-        helper::printLine(stream, "[page] " + items.readString());
+        base::printLine(stream, "[page] " + items.readString());
         break;
     }
     case PageMessageKind::SetTimer: {
@@ -117,7 +117,7 @@ void Page::handle(const helper::Message& message) {
         break;
     }
     case PageMessageKind::Problem:
-        helper::printLine(stderr, items.readString());
+        base::printLine(stderr, items.readString());
         break;
     case PageMessageKind::Broken:
         endWith(items.readString());
@@ -154,7 +154,7 @@ void Page::setTimer(int timer, int delay) {
     post(after(now(), delay), PageMessageKind::TimerDue, items);
 }
 
-std::optional<helper::Message> Page::nextMessage(nanoseconds limit) {
+std::optional<base::Message> Page::nextMessage(nanoseconds limit) {
     while (true) {
         const nanoseconds left = limit - processorTime();
         if (left <= nanoseconds(0)) {
@@ -162,7 +162,7 @@ std::optional<helper::Message> Page::nextMessage(nanoseconds limit) {
             return std::nullopt;
         }
         const auto wait = std::max(duration_cast<milliseconds>(left), kShortestWait);
-        std::optional<helper::Message> message = m_socket->receive(wait);
+        std::optional<base::Message> message = m_socket->receive(wait);
         if (message) {
             return message;
         }
@@ -184,7 +184,7 @@ nanoseconds Page::processorTime() const {
 }
 
 void Page::endWith(const std::string& reason) {
-    helper::printLine(stderr, m_name + ": stopped: " + reason);
+    base::printLine(stderr, m_name + ": stopped: " + reason);
     end();
 }
 

@@ -9,8 +9,8 @@
 #include <utility>
 #include <vector>
 
+#include "base/message_socket.h"
 #include "helper/items.h"
-#include "helper/message_socket.h"
 #include "platform/napp.h"
 #include "simulator/page/page_message.h"
 #include "simulator/process/child_process.h"
@@ -48,13 +48,13 @@ public:
 private:
     struct Event {
         Milliseconds due;
-        helper::Message message;
+        base::Message message;
     };
 
     void queue(Event event);
     void deliver(Event event);
-    void serve(const helper::Message& event);
-    void handle(const helper::Message& message);
+    void serve(const base::Message& event);
+    void handle(const base::Message& message);
     void answer(const HDataWriter& writer);
     void answerMethodList();
     void answerMethodCall(const std::string& call);
@@ -62,14 +62,14 @@ private:
 
     // Waits for the script, which may use the processor up to the limit; without a value, ends the
     // page.
-    std::optional<helper::Message> nextMessage(std::chrono::nanoseconds limit);
+    std::optional<base::Message> nextMessage(std::chrono::nanoseconds limit);
 
     std::chrono::nanoseconds processorTime() const;
     void endWith(const std::string& reason);
 
     const std::string m_name;
     NativeMethods m_methods;
-    std::optional<helper::MessageSocket> m_socket;
+    std::optional<base::MessageSocket> m_socket;
     ChildProcess m_process;
     bool m_isBusy = false;
     std::vector<Event> m_waiting;

@@ -14,7 +14,7 @@
 #include <thread>
 #include <utility>
 
-#include "helper/print_line.h"
+#include "base/print_line.h"
 
 namespace tavsim {
 namespace {
@@ -40,13 +40,13 @@ void leaveApplication(pid_t application) {
     }
 }
 
-bool connect(helper::Descriptor* one, helper::Descriptor* other) {
+bool connect(base::Descriptor* one, base::Descriptor* other) {
     int ends[2];
     if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) {
         return false;
     }
-    *one = helper::Descriptor(ends[0]);
-    *other = helper::Descriptor(ends[1]);
+    *one = base::Descriptor(ends[0]);
+    *other = base::Descriptor(ends[1]);
     return true;
 }
 
@@ -107,11 +107,11 @@ int ChildProcess::start(const std::function<void(int socket)>& run) {
 }
 
 int ChildProcess::startProgram(const std::vector<std::string>& command, const std::string& folder,
-                               helper::Descriptor* output) {
+                               base::Descriptor* output) {
     // Closed by the program's start, without a word.
-    helper::Descriptor problem;
-    helper::Descriptor theirs;
-    helper::Descriptor theirOutput;
+    base::Descriptor problem;
+    base::Descriptor theirs;
+    base::Descriptor theirOutput;
     if (!connect(&problem, &theirs) || !connect(output, &theirOutput)) {
         return -1;
     }
@@ -121,7 +121,7 @@ int ChildProcess::startProgram(const std::vector<std::string>& command, const st
         const int input = fcntl(end, F_DUPFD, STDERR_FILENO + 1);
         dup2(fcntl(theirOutput.number(), F_DUPFD, STDERR_FILENO + 1), STDOUT_FILENO);
         dup2(input, STDIN_FILENO);
-        if (!helper::isStreamKept(stderr)) {
+        if (!base::isStreamKept(stderr)) {
             dup2(open("/dev/null", O_WRONLY), STDERR_FILENO);
         }
         close_range(STDERR_FILENO + 1, ~0u, CLOSE_RANGE_CLOEXEC);

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "helper/descriptor.h"
+#include "base/descriptor.h"
 
 namespace tavsim {
 
@@ -29,7 +29,7 @@ public:
     // The same for a program, in this folder. It is not on the device. The connection is its
     // standard input; what it writes on its standard output comes to `output`.
     int startProgram(const std::vector<std::string>& command, const std::string& folder,
-                     helper::Descriptor* output);
+                     base::Descriptor* output);
 
     pid_t number() const { return m_process; }
 

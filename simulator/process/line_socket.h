@@ -9,7 +9,7 @@
 #include <string_view>
 #include <utility>
 
-#include "helper/descriptor.h"
+#include "base/descriptor.h"
 
 namespace tavsim {
 
@@ -18,7 +18,7 @@ namespace tavsim {
 // the lines looks at what is left over.
 class LineSocket {
 public:
-    LineSocket(helper::Descriptor toProgram, helper::Descriptor fromProgram)
+    LineSocket(base::Descriptor toProgram, base::Descriptor fromProgram)
         : m_toProgram(std::move(toProgram)), m_fromProgram(std::move(fromProgram)) {}
 
     // True for good when the other end has closed one of the two or has ended and all that it said
@@ -47,8 +47,8 @@ public:
     void endSending();
 
 private:
-    helper::Descriptor m_toProgram;
-    helper::Descriptor m_fromProgram;
+    base::Descriptor m_toProgram;
+    base::Descriptor m_fromProgram;
     bool m_isUnread = false;  // nobody is there to read what is sent
     bool m_isGone = false;
     std::string m_incoming;

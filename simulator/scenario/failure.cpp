@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "helper/json/writer.h"
-#include "helper/print_line.h"
+#include "base/json/writer.h"
+#include "base/print_line.h"
 #include "simulator/control/command_functions.h"
 #include "simulator/device/journal.h"
 
@@ -14,16 +14,16 @@ constexpr size_t kLinesShown = 10;
 
 void showJournal() {
     const auto& lines = journalLines();
-    helper::printLine(stderr, lines.empty() ? "  the journal is empty" : "  the journal ends with");
+    base::printLine(stderr, lines.empty() ? "  the journal is empty" : "  the journal ends with");
     const size_t shown = std::min(lines.size(), kLinesShown);
     std::for_each(lines.end() - static_cast<std::ptrdiff_t>(shown), lines.end(),
-                  [](const std::string& line) { helper::printLine(stderr, "  " + line); });
+                  [](const std::string& line) { base::printLine(stderr, "  " + line); });
 }
 
 }  // namespace
 
 std::string nameOf(const Step& step) {
-    return step.place + ": " + helper::shortened(step.text);
+    return step.place + ": " + base::shortened(step.text);
 }
 
 std::string whatIsThere(const std::string& state) {
@@ -36,7 +36,7 @@ std::string whatIsThere(const std::string& state) {
 }
 
 void tellFailure(const Step& step, const std::string& reason) {
-    helper::printLine(stderr, nameOf(step) + ": " + reason);
+    base::printLine(stderr, nameOf(step) + ": " + reason);
     showJournal();
 }
 

@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <memory>
 
-#include "helper/print_line.h"
+#include "base/print_line.h"
 #include "simulator/control/command_functions.h"
 #include "simulator/device/claim.h"
 #include "simulator/device/journal.h"
@@ -171,7 +171,7 @@ bool Player::isDone(const CommandLine& command) {
         fail(carriedOut, result.error);
     } else if (!result.output.empty()) {
         const std::string output = result.output.substr(0, result.output.rfind('\n'));
-        helper::printLine(stderr, nameOf(carriedOut) + ": " + output);
+        base::printLine(stderr, nameOf(carriedOut) + ": " + output);
     }
     m_busyUntil = after(now(), result.lasts);
     return true;

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 
-#include "helper/file.h"
+#include "base/file.h"
 #include "simulator/control/text_word.h"
 #include "simulator/scenario/statements.h"
 
@@ -46,7 +46,7 @@ private:
 // Nothing, with a line in problem() that begins with `prefix`, when it cannot be loaded.
 std::optional<std::string> Reader::load(const std::string& file, const std::string& prefix) {
     std::string error;
-    std::optional<std::string> content = helper::readFile(file, kMostBytes, &error);
+    std::optional<std::string> content = base::readFile(file, kMostBytes, &error);
     m_bytes += content ? content->size() : 0;
     if (m_bytes > kMostBytes) {
         error = file + ": more than 1 MiB, with what is included";

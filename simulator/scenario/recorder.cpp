@@ -7,8 +7,8 @@
 #include <cstring>
 
 #include "SDL.h"
+#include "base/line_file.h"
 #include "front/next.h"
-#include "helper/line_file.h"
 #include "simulator/control/commands.h"
 #include "simulator/device/claim.h"
 #include "simulator/device/end_program.h"
@@ -26,7 +26,7 @@ constexpr char kQuit[] = "quit";
 constexpr char kNameless[] = "unknown key";  // SDL's name of what is no key
 
 struct Recording {
-    helper::LineFile file;
+    base::LineFile file;
     pid_t owner = 0;  // a fork of the application is not recorded
     Milliseconds last = 0;
     bool isMinimized = false;
@@ -123,7 +123,7 @@ std::string commandFor(const SDL_Event& event) {
 
 // Leaves the mark too.
 bool wasRecorded() {
-    helper::LineFile mark;
+    base::LineFile mark;
     const std::string path = rootFolder() + kRecordingMark;
     return (access(path.c_str(), F_OK) == 0 && isClaimed(rootFolder(), kRunClaim)) ||
            !mark.open(path);

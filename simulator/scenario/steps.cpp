@@ -1,8 +1,8 @@
 // The steps of a scenario: when, and what.
 #include <filesystem>
 
-#include "helper/json/writer.h"
-#include "helper/suggestion.h"
+#include "base/json/writer.h"
+#include "base/suggestion.h"
 #include "simulator/control/commands.h"
 #include "simulator/control/text_word.h"
 #include "simulator/control/words.h"
@@ -56,7 +56,7 @@ std::optional<Milliseconds> takeTime(std::string_view* text, std::string* error)
     const std::string_view word = takeWord(text);
     const std::optional<Milliseconds> time = readTime(word);
     if (!time) {
-        *error = helper::quoted(word) + ": " + kTimeUsage;
+        *error = base::quoted(word) + ": " + kTimeUsage;
     }
     return time;
 }
@@ -174,8 +174,8 @@ std::optional<Action> readExpectation(std::string_view text, const Line& line, s
     if (word.find('=') != std::string_view::npos) {
         return readEntry(text, 0, error);
     }
-    const std::string meant = helper::suggestion(word, kExpectNames);
-    *error = meant.empty() ? kExpectUsage : "expect: no " + helper::quoted(word) + meant;
+    const std::string meant = base::suggestion(word, kExpectNames);
+    *error = meant.empty() ? kExpectUsage : "expect: no " + base::quoted(word) + meant;
     return std::nullopt;
 }
 

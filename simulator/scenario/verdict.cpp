@@ -2,13 +2,13 @@
 
 #include <unistd.h>
 
-#include "helper/file.h"
-#include "helper/json/reader.h"
-#include "helper/json/writer.h"
+#include "base/file.h"
+#include "base/json/reader.h"
+#include "base/json/writer.h"
 #include "simulator/device/end_program.h"
 #include "simulator/device/trusted_folder.h"
 
-namespace json = helper::json;
+namespace json = base::json;
 
 namespace tavsim {
 namespace {
@@ -34,7 +34,7 @@ bool VerdictFile::open(const std::string& root) {
 }
 
 void VerdictFile::note(Outcome outcome, const std::string& step) {
-    const std::string line = helper::JsonWriter()
+    const std::string line = base::JsonWriter()
                                  .beginObject()
                                  .member("outcome", nameOf(outcome))
                                  .member("step", step)
@@ -49,7 +49,7 @@ void VerdictFile::note(Outcome outcome, const std::string& step) {
 Verdict readVerdict(const std::string& root) {
     Verdict verdict;
     std::string error;
-    std::string text = helper::readFile(root + kVerdict, kMostBytes, &error).value_or("");
+    std::string text = base::readFile(root + kVerdict, kMostBytes, &error).value_or("");
     text.resize(text.find_last_not_of('\n') + 1);
     const std::string last = text.substr(text.rfind('\n') + 1);
     const json::Reader reader = json::fields(

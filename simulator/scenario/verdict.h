@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "helper/line_file.h"
+#include "base/line_file.h"
 #include "platform/visibility.h"
 #include "simulator/time/clock.h"
 
@@ -32,7 +32,7 @@ public:
     void note(Outcome outcome, const std::string& step = {});
 
 private:
-    helper::LineFile m_file;
+    base::LineFile m_file;
 };
 
 TAV_PLATFORM_API Verdict readVerdict(const std::string& root);

@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <memory>
 
-#include "helper/file.h"
+#include "base/file.h"
 
 namespace tavsim {
 namespace {
@@ -64,11 +64,11 @@ bool writePng(const Picture& picture, const std::string& path, std::string* erro
         *error = path + ": the picture cannot be made a PNG";
         return false;
     }
-    return helper::writeFile(path, bytes, error);
+    return base::writeFile(path, bytes, error);
 }
 
 std::optional<Picture> readPng(const std::string& path, int width, int height, std::string* error) {
-    const std::optional<std::string> bytes = helper::readFile(path, kLargestFile, error);
+    const std::optional<std::string> bytes = base::readFile(path, kLargestFile, error);
     if (!bytes) {
         return std::nullopt;
     }

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "helper/print_line.h"
+#include "base/print_line.h"
 #include "simulator/time/timers.h"
 
 namespace tavsim {
@@ -29,7 +29,7 @@ bool g_firing = false;
 
 void sayOnce(const char* text, bool* said) {
     if (!std::exchange(*said, true)) {
-        helper::printLine(stderr, text);
+        base::printLine(stderr, text);
     }
 }
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "helper/file.h"
+#include "base/file.h"
 #include "simulator/world/earth.h"
 #include "simulator/world/recordings.h"
 #include "simulator/world/walk.h"
@@ -91,7 +91,7 @@ std::optional<Track> parseTrack(const std::string& content, const std::string& s
 }
 
 std::optional<Track> readTrack(const std::string& path, std::string* problem) {
-    const std::optional<std::string> content = helper::readFile(path, kLargestTrack, problem);
+    const std::optional<std::string> content = base::readFile(path, kLargestTrack, problem);
     return content ? parseTrack(*content, path, problem) : std::nullopt;
 }
 

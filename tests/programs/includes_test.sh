@@ -29,8 +29,9 @@ rooms=(
     linux/bus
     linux/application
     front
-    helper/json
     helper
+    base/json
+    base
     platform
 )
 
@@ -42,7 +43,7 @@ inclusions() {
 
 standard='^<[a-z_]+>$'
 system='^<((sys|net|netinet|arpa)/[a-z]+|unistd|strings)\.h>$'
-others='^<(sqlite3|glib|sanitizer/asan_interface)\.h>$'
+others='^<(sqlite3|glib)\.h>$'
 is_the_librarys() {
     local name=${1:1:-1}
     case $1 in
@@ -77,8 +78,8 @@ while read -r file header; do
     [ -n "$from" ] || fail "$folder is none of the rooms"
     [[ -n $to && $to -ge $from ]] || fail "$file includes $header"
     count=$((count + 1))
-done < <(inclusions tools simulator linux front helper platform)
-! grep -rn '"linux/' tools simulator front helper platform --include='*.cpp' --include='*.h' ||
+done < <(inclusions tools simulator linux front helper base platform)
+! grep -rn '"linux/' tools simulator front helper base platform --include='*.cpp' --include='*.h' ||
     fail 'something else includes what is for Linux'
 ! grep -rn '"simulator/' linux || fail 'what is for Linux includes the simulator'
 [ "$count" -gt 100 ] || fail "only $count inclusions were found in the rooms"

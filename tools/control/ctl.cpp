@@ -7,7 +7,7 @@
 #include <cstring>
 #include <optional>
 
-#include "helper/message_socket.h"
+#include "base/message_socket.h"
 #include "simulator/control/protocol.h"
 #include "simulator/control/words.h"
 #include "tools/control/reach.h"
@@ -29,12 +29,12 @@ int complain(const std::string& text) {
 
 class Answer {
 public:
-    Answer(helper::MessageSocket& device, milliseconds timeout)
+    Answer(base::MessageSocket& device, milliseconds timeout)
         : m_device(device), m_timeout(timeout) {}
 
     // Prints what comes, and gives the exit status.
     int print() {
-        while (const std::optional<helper::Message> message = m_device.receive(m_timeout)) {
+        while (const std::optional<base::Message> message = m_device.receive(m_timeout)) {
             if (const std::optional<int> status = take(*message)) {
                 return *status;
             }
@@ -45,7 +45,7 @@ public:
     }
 
 private:
-    std::optional<int> take(const helper::Message& message) {
+    std::optional<int> take(const base::Message& message) {
         switch (static_cast<ControlMessage>(message.kind)) {
         case ControlMessage::Refused:
             std::fprintf(stderr, "tavsim: %s\n", message.content.c_str());
@@ -80,8 +80,8 @@ private:
         return std::nullopt;
     }
 
-    helper::MessageSocket& m_device;
-    helper::MessageSocket::Limit m_timeout;  // none while the journal is followed
+    base::MessageSocket& m_device;
+    base::MessageSocket::Limit m_timeout;  // none while the journal is followed
     std::string m_output;
 };
 
@@ -117,7 +117,7 @@ int control(const ControlRequest& request) {
     if (reached.connection < 0) {
         return complain(reached.problem);
     }
-    helper::MessageSocket device(reached.connection, kLongestMessage);
+    base::MessageSocket device(reached.connection, kLongestMessage);
     const auto left = [end] {
         return std::max(milliseconds(0),
                         std::chrono::ceil<milliseconds>(end - std::chrono::steady_clock::now()));

@@ -9,7 +9,7 @@
 #include <cstring>
 #include <vector>
 
-#include "helper/json/writer.h"
+#include "base/json/writer.h"
 #include "simulator/control/running_devices.h"
 #include "simulator/control/socket_address.h"
 
@@ -24,7 +24,7 @@ constexpr milliseconds kBetweenTries(20);
 // In one line.
 std::string description(const RunningDevice& device) {
     const std::string name = device.device.empty() ? "unnamed" : device.device;
-    return helper::escapedJson(name + ": " + device.program);
+    return base::escapedJson(name + ": " + device.program);
 }
 
 // Negative, with errno, on failure.
@@ -98,7 +98,7 @@ void printRunningDevices() {
 }
 
 void printRunningDevicesAsJson() {
-    helper::JsonWriter json;
+    base::JsonWriter json;
     json.beginArray();
     for (const RunningDevice& device : tavsim::runningDevices()) {
         json.beginObject().member("root", device.root).member("device", device.device);

@@ -9,8 +9,8 @@
 #include <optional>
 #include <string>
 
-#include "helper/message_socket.h"
-#include "helper/suggestion.h"
+#include "base/message_socket.h"
+#include "base/suggestion.h"
 #include "simulator/control/pattern.h"
 #include "simulator/control/protocol.h"
 #include "simulator/control/words.h"
@@ -64,7 +64,7 @@ std::string firstMatch(std::string_view lines, const tavsim::Pattern& pattern) {
 
 // What the message says about the wait; nothing while that goes on. Any answer will do for an empty
 // pattern.
-std::optional<int> take(const helper::Message& message, const tavsim::Pattern& pattern) {
+std::optional<int> take(const base::Message& message, const tavsim::Pattern& pattern) {
     std::string line;
     switch (static_cast<ControlMessage>(message.kind)) {
     case ControlMessage::Refused:
@@ -120,11 +120,11 @@ int Wait::forAnswer(const std::string& root, const tavsim::Pattern& pattern) con
     if (reached.connection < 0) {
         return complain(reached.problem, kNotReached);
     }
-    helper::MessageSocket device(reached.connection, kLongestMessage);
+    base::MessageSocket device(reached.connection, kLongestMessage);
     device.send(static_cast<uint8_t>(ControlMessage::Command),
                 pattern.empty() ? "state" : "journal --follow", left());
     while (left() > milliseconds(0)) {
-        const std::optional<helper::Message> message = device.receive(left());
+        const std::optional<base::Message> message = device.receive(left());
         if (!message) {
             break;
         }
@@ -168,7 +168,7 @@ int waitFor(const ControlRequest& request, std::string_view line) {
     const std::optional<tavsim::Awaited> awaited =
         isEntry ? tavsim::readAwaited(line, &error) : readLimit(words, &error);
     if (!awaited) {
-        return complain(error + (isEntry ? helper::suggestion(first, {kReady, kEnded}) : ""),
+        return complain(error + (isEntry ? base::suggestion(first, {kReady, kEnded}) : ""),
                         kNotReached);
     }
     const Wait wait(awaited->within ? milliseconds(*awaited->within)

@@ -9,7 +9,7 @@
 #include <fstream>
 #include <thread>
 
-#include "helper/descriptor.h"
+#include "base/descriptor.h"
 
 extern "C" {  // which the header itself lacks
 #include <sys/pidfd.h>
@@ -53,7 +53,7 @@ bool Members::has(pid_t process) const {
 
 bool Members::send(pid_t process, int signal) const {
     // Opened first, so that no other process can come by the number meanwhile.
-    const helper::Descriptor handle(process > 0 ? pidfd_open(process, 0) : -1);
+    const base::Descriptor handle(process > 0 ? pidfd_open(process, 0) : -1);
     return handle.isOurs() && has(process) &&
            pidfd_send_signal(handle.number(), signal, nullptr, 0) == 0;
 }

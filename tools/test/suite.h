@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "helper/descriptor.h"
+#include "base/descriptor.h"
 #include "tools/process/signals.h"
 #include "tools/test/reporter.h"
 #include "tools/test/result.h"
@@ -43,7 +43,7 @@ private:
     const std::vector<std::string>& m_scenarios;
     const Signals& m_signals;
     size_t m_jobs;
-    helper::Descriptor m_signalled;
+    base::Descriptor m_signalled;
     Reporter m_reporter;
     std::list<TestRun> m_running;
     std::vector<TestResult> m_results;

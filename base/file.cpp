@@ -1,4 +1,4 @@
-#include "helper/file.h"
+#include "base/file.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -10,7 +10,7 @@
 
 namespace fs = std::filesystem;
 
-namespace helper {
+namespace base {
 namespace {
 
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
@@ -83,4 +83,4 @@ bool createFile(const std::string& path, const std::string& content) {
     return close(file) == 0 && written == static_cast<ssize_t>(content.size());
 }
 
-}  // namespace helper
+}  // namespace base

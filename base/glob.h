@@ -1,10 +1,10 @@
 // Patterns of text.
-#ifndef TAV_HELPER_GLOB_H
-#define TAV_HELPER_GLOB_H
+#ifndef TAV_BASE_GLOB_H
+#define TAV_BASE_GLOB_H
 
 #include <string_view>
 
-namespace helper {
+namespace base {
 
 // Whether all of the text is as the glob says: * stands for any characters, ? for any one byte.
 inline bool matchesGlob(std::string_view text, std::string_view glob) {
@@ -29,6 +29,6 @@ inline bool matchesGlob(std::string_view text, std::string_view glob) {
     return glob.find_first_not_of('*', in) == std::string_view::npos;
 }
 
-}  // namespace helper
+}  // namespace base
 
 #endif

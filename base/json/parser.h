@@ -1,12 +1,12 @@
 // Parsing with a parser that is kept for the next text.
-#ifndef TAV_HELPER_JSON_KEPT_PARSER_H
-#define TAV_HELPER_JSON_KEPT_PARSER_H
+#ifndef TAV_BASE_JSON_PARSER_H
+#define TAV_BASE_JSON_PARSER_H
 
 #include <simdjson.h>
 
 #include <string_view>
 
-namespace helper {
+namespace base {
 
 // False where the text is no JSON, or memory is exhausted. The parser then begins anew, as it would
 // take what it got of its memory for all of it. The text is copied unless it has room behind its
@@ -20,6 +20,6 @@ inline bool parse(simdjson::dom::parser& parser, std::string_view text, bool isP
     return error == simdjson::SUCCESS;
 }
 
-}  // namespace helper
+}  // namespace base
 
 #endif

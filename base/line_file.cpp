@@ -1,4 +1,4 @@
-#include "helper/line_file.h"
+#include "base/line_file.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -8,7 +8,7 @@
 #include <string_view>
 #include <utility>
 
-namespace helper {
+namespace base {
 namespace {
 
 constexpr int kAppending = O_WRONLY | O_APPEND | O_CLOEXEC | O_LARGEFILE;
@@ -63,4 +63,4 @@ bool LineFile::openAgain() {
     return true;
 }
 
-}  // namespace helper
+}  // namespace base

@@ -1,8 +1,8 @@
-#include "helper/suggestion.h"
+#include "base/suggestion.h"
 
 #include <algorithm>
 
-namespace helper {
+namespace base {
 namespace {
 
 // No name is as long, and comparing takes time with the square of the length.
@@ -57,4 +57,4 @@ std::string suggestion(std::string_view word, const std::vector<std::string>& na
     return nearest == nullptr ? std::string() : "; did you mean \"" + *nearest + "\"?";
 }
 
-}  // namespace helper
+}  // namespace base

@@ -1,10 +1,10 @@
 // Failures on demand.
-#ifndef TAV_HELPER_FAULTS_H
-#define TAV_HELPER_FAULTS_H
+#ifndef TAV_SIMULATOR_DEVICE_FAULTS_H
+#define TAV_SIMULATOR_DEVICE_FAULTS_H
 
 #include <string>
 
-namespace helper {
+namespace tavsim {
 
 // Things that can be made to fail.
 enum class Fault {
@@ -27,6 +27,6 @@ int faultOccurrences(Fault fault);
 // false for anything else.
 bool setFaultFromText(const std::string& text);
 
-}  // namespace helper
+}  // namespace tavsim
 
 #endif

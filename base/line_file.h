@@ -1,12 +1,12 @@
 // A file of lines that a process writes beside its own work.
-#ifndef TAV_HELPER_LINE_FILE_H
-#define TAV_HELPER_LINE_FILE_H
+#ifndef TAV_BASE_LINE_FILE_H
+#define TAV_BASE_LINE_FILE_H
 
 #include <string>
 
-#include "helper/descriptor.h"
+#include "base/descriptor.h"
 
-namespace helper {
+namespace base {
 
 // Lines are appended, each whole and at once, so that processes can share the file. A program that
 // closes all descriptors does not end it, unless the file is no longer where it was.
@@ -27,6 +27,6 @@ private:
     Descriptor m_file;
 };
 
-}  // namespace helper
+}  // namespace base
 
 #endif

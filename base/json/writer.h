@@ -1,12 +1,12 @@
 // Writes JSON texts.
-#ifndef TAV_HELPER_JSON_WRITER_H
-#define TAV_HELPER_JSON_WRITER_H
+#ifndef TAV_BASE_JSON_WRITER_H
+#define TAV_BASE_JSON_WRITER_H
 
 #include <concepts>
 #include <string>
 #include <string_view>
 
-namespace helper {
+namespace base {
 
 // The text as the inside of a JSON string. What is no UTF-8 in it is replaced.
 std::string escapedJson(std::string_view text);
@@ -54,6 +54,6 @@ private:
     std::string m_text;
 };
 
-}  // namespace helper
+}  // namespace base
 
 #endif

@@ -9,8 +9,8 @@
 //     json::read(content, "track.json", json::list(&fixes, fix), &error);
 //
 // What is not in the file keeps its value. A target must outlive the reading.
-#ifndef TAV_HELPER_JSON_READER_H
-#define TAV_HELPER_JSON_READER_H
+#ifndef TAV_BASE_JSON_READER_H
+#define TAV_BASE_JSON_READER_H
 
 #include <simdjson.h>
 
@@ -23,7 +23,7 @@
 #include <utility>
 #include <vector>
 
-namespace helper::json {
+namespace base::json {
 
 // A value of a document, and its place in it, such as services.vire://x/y.delay.
 class Value {
@@ -121,6 +121,6 @@ Reader members(std::map<std::string, Target>* target, Function memberReader) {
     };
 }
 
-}  // namespace helper::json
+}  // namespace base::json
 
 #endif

@@ -1,14 +1,14 @@
 // The textual form of JSON values.
-#ifndef TAV_HELPER_JSON_TEXT_H
-#define TAV_HELPER_JSON_TEXT_H
+#ifndef TAV_BASE_JSON_TEXT_H
+#define TAV_BASE_JSON_TEXT_H
 
 #include <simdjson.h>
 
 #include <string>
 
-#include "helper/json/writer.h"
+#include "base/json/writer.h"
 
-namespace helper {
+namespace base {
 
 // The content of a string, the JSON text of any other value.
 inline std::string textOf(simdjson::dom::element value) {
@@ -26,6 +26,6 @@ inline std::string comparableText(simdjson::dom::element value) {
     return isNumber ? JsonWriter().value(number).take() : textOf(value);
 }
 
-}  // namespace helper
+}  // namespace base
 
 #endif

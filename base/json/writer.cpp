@@ -1,4 +1,4 @@
-#include "helper/json/writer.h"
+#include "base/json/writer.h"
 
 #include <glib.h>
 
@@ -7,7 +7,7 @@
 #include <cstdio>
 #include <memory>
 
-namespace helper {
+namespace base {
 namespace {
 
 constexpr size_t kMostShown = 200;  // bytes
@@ -126,4 +126,4 @@ void JsonWriter::separate() {
     }
 }
 
-}  // namespace helper
+}  // namespace base

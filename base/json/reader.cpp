@@ -1,14 +1,14 @@
-#include "helper/json/reader.h"
+#include "base/json/reader.h"
 
 #include <set>
 #include <sstream>
 
-#include "helper/json/writer.h"
-#include "helper/suggestion.h"
+#include "base/json/writer.h"
+#include "base/suggestion.h"
 
 namespace dom = simdjson::dom;
 
-namespace helper::json {
+namespace base::json {
 namespace {
 
 template <typename Number>
@@ -175,4 +175,4 @@ void eachMember(const Value& object,
     }
 }
 
-}  // namespace helper::json
+}  // namespace base::json

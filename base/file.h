@@ -1,11 +1,11 @@
 // Whole files.
-#ifndef TAV_HELPER_FILE_H
-#define TAV_HELPER_FILE_H
+#ifndef TAV_BASE_FILE_H
+#define TAV_BASE_FILE_H
 
 #include <optional>
 #include <string>
 
-namespace helper {
+namespace base {
 
 // Empty for a regular file. For what is none, one line that begins with the path.
 std::string whyNoFile(const std::string& path);
@@ -22,6 +22,6 @@ bool writeFile(const std::string& path, const std::string& content, std::string*
 // when there is something of that name, be it a link; and when the file cannot be written whole.
 bool createFile(const std::string& path, const std::string& content);
 
-}  // namespace helper
+}  // namespace base
 
 #endif

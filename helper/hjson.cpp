@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "helper/json/kept_parser.h"
-#include "helper/json/text.h"
+#include "base/json/parser.h"
+#include "base/json/text.h"
 
 namespace dom = simdjson::dom;
 
@@ -27,7 +27,7 @@ struct HJson {
             padded.resize(length + simdjson::SIMDJSON_PADDING);
         }
         std::memcpy(padded.data(), text, length);
-        return helper::parse(parser, {padded.data(), length}, true, &root);
+        return base::parse(parser, {padded.data(), length}, true, &root);
     }
 
     bool find(const char* key, dom::element& value) const {
@@ -122,7 +122,7 @@ HString* HJson_getValueFromStr(const char* text, const char* key) try {
     if (json == nullptr || !json->find(key, value)) {
         return nullptr;
     }
-    const std::string valueText = helper::textOf(value);
+    const std::string valueText = base::textOf(value);
     HString* result = HString_alloc();
     if (result != nullptr && HString_append(result, "%s", valueText.c_str()) == 0) {
         HString_free(result);

@@ -1,4 +1,4 @@
-#include "helper/descriptor.h"
+#include "base/descriptor.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -6,7 +6,7 @@
 
 #include <utility>
 
-namespace helper {
+namespace base {
 namespace {
 
 constexpr int kOutOfTheWay = 512;  // half of how many a process may have by default
@@ -52,4 +52,4 @@ void Descriptor::close() {
     m_number = -1;
 }
 
-}  // namespace helper
+}  // namespace base

@@ -1,10 +1,10 @@
-#include "helper/print_line.h"
+#include "base/print_line.h"
 
 #include <unistd.h>
 
-#include "helper/descriptor.h"
+#include "base/descriptor.h"
 
-namespace helper {
+namespace base {
 namespace {
 
 struct Streams {
@@ -37,4 +37,4 @@ void acceptStreams() {
     streams() = {};
 }
 
-}  // namespace helper
+}  // namespace base

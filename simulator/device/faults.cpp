@@ -1,10 +1,12 @@
-#include "helper/faults.h"
+#include "simulator/device/faults.h"
 
 #include <atomic>
 #include <charconv>
 #include <limits>
 
-namespace helper {
+#include "helper/failing.h"
+
+namespace tavsim {
 namespace {
 
 struct Plan {
@@ -23,7 +25,13 @@ Plan& planOf(Fault fault) {
     return g_plans[static_cast<int>(fault)];
 }
 
+// The helper library's operations count with the device's own.
+bool helperFails(helper::Operation operation) {
+    return faultStrikes(operation == helper::Operation::Read ? Fault::Read : Fault::Allocation);
+}
+
 void setPlan(Plan& plan, int first, int last) {
+    helper::g_isToFail = helperFails;
     plan.first = first;
     plan.last = last;
     plan.occurred = 0;
@@ -70,4 +78,4 @@ bool setFaultFromText(const std::string& text) {
     return false;
 }
 
-}  // namespace helper
+}  // namespace tavsim

@@ -1,11 +1,11 @@
 // Lines of our own on the application's standard output and standard error.
-#ifndef TAV_HELPER_PRINT_LINE_H
-#define TAV_HELPER_PRINT_LINE_H
+#ifndef TAV_BASE_PRINT_LINE_H
+#define TAV_BASE_PRINT_LINE_H
 
 #include <cstdio>
 #include <string>
 
-namespace helper {
+namespace base {
 
 // Whether the stream leads where it led when the library was loaded. A program that closes its
 // standard streams is given their numbers for files of its own.
@@ -18,6 +18,6 @@ void printLine(FILE* stream, const std::string& line);
 // From now on the streams may lead where they lead now.
 void acceptStreams();
 
-}  // namespace helper
+}  // namespace base
 
 #endif

@@ -1,12 +1,12 @@
 // A file descriptor in a process that is not ours alone.
-#ifndef TAV_HELPER_DESCRIPTOR_H
-#define TAV_HELPER_DESCRIPTOR_H
+#ifndef TAV_BASE_DESCRIPTOR_H
+#define TAV_BASE_DESCRIPTOR_H
 
 #include <sys/types.h>
 
 #include <optional>
 
-namespace helper {
+namespace base {
 
 // What stands behind a descriptor.
 struct FileIdentity {
@@ -47,6 +47,6 @@ private:
     std::optional<FileIdentity> m_identity;
 };
 
-}  // namespace helper
+}  // namespace base
 
 #endif

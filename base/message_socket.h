@@ -1,6 +1,6 @@
 // Whole messages over a socket.
-#ifndef TAV_HELPER_MESSAGE_SOCKET_H
-#define TAV_HELPER_MESSAGE_SOCKET_H
+#ifndef TAV_BASE_MESSAGE_SOCKET_H
+#define TAV_BASE_MESSAGE_SOCKET_H
 
 #include <chrono>
 #include <cstddef>
@@ -9,9 +9,9 @@
 #include <string>
 #include <string_view>
 
-#include "helper/descriptor.h"
+#include "base/descriptor.h"
 
-namespace helper {
+namespace base {
 
 // What a message is about, as a number that its two ends agree on, and what it says.
 struct Message {
@@ -71,6 +71,6 @@ private:
     size_t m_sent = 0;  // bytes of it
 };
 
-}  // namespace helper
+}  // namespace base
 
 #endif

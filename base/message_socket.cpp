@@ -1,4 +1,4 @@
-#include "helper/message_socket.h"
+#include "base/message_socket.h"
 
 #include <poll.h>
 #include <sys/socket.h>
@@ -9,7 +9,7 @@
 #include <cstring>
 #include <utility>
 
-namespace helper {
+namespace base {
 namespace {
 
 using SteadyClock = std::chrono::steady_clock;
@@ -127,4 +127,4 @@ bool MessageSocket::waitFor(short event, int milliseconds) const {
     return poll(&waiting, 1, milliseconds) != 0;
 }
 
-}  // namespace helper
+}  // namespace base
