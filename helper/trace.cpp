@@ -109,7 +109,7 @@ void listen() {
 void write(const std::string& line) {
     base::LineFile& file = trace().file;
     if (!file.isOpen()) {
-        printLine(stderr, line);
+        base::printLine(stderr, line);
         return;
     }
     if (!file.append(line)) {

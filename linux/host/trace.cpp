@@ -2,6 +2,6 @@
 
 #include "base/print_line.h"
 
-void base::traceCannotBeHad(const std::string& problem) {
-    printLine(stderr, "tav: " + problem);
+void helper::traceCannotBeHad(const std::string& problem) {
+    base::printLine(stderr, "tav: " + problem);
 }

@@ -133,6 +133,6 @@ bool changeDevice(const std::function<bool()>& change) {
 
 }  // namespace tavsim
 
-void base::traceCannotBeHad(const std::string& problem) {
+void helper::traceCannotBeHad(const std::string& problem) {
     tavsim::endProgram(problem);
 }
