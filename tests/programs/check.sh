@@ -61,16 +61,47 @@ expect() {
     has_form "$err" "$3" || fail "$command: complained: $err"$'\n'"expected: $3"
 }
 
+# says STATUS OUTPUT ERRORS ARGUMENTS…: the same for tavsim with these arguments.
+says() {
+    run "$tavsim" "${@:4}"
+    expect "${@:1:3}"
+}
+
+# complains ERROR ARGUMENTS…: tavsim begins nothing with these arguments.
+complains() { says 2 '' "tavsim: $1" "${@:2}"; }
+
 # Tries a command until it succeeds.
 wait_until() {
     local tries
     for ((tries = 0; tries < 600; ++tries)); do
-        if "$@" >/dev/null 2>&1; then
-            return
-        fi
+        ! "$@" >/dev/null 2>&1 || return 0
         sleep 0.1
     done
     fail "$*: did not come true within a minute"
+}
+
+# Asks a process to end, and says whether it has.
+ends_when_asked() {
+    kill -TERM "$1" 2>/dev/null
+    ! kill -0 "$1" 2>/dev/null
+}
+
+# script FILE COMMANDS: a program that runs them in a shell.
+script() {
+    printf '#!/bin/sh\n%s\n' "$2" >"$1"
+    chmod +x "$1"
+}
+
+# A display without a screen. SDL tries it before it opens it for good, and is not to find it reset; what
+# its own library keeps is not the program's.
+start_display() {
+    echo 'leak:libX11' >"$work/suppressions"
+    export LSAN_OPTIONS=suppressions=$work/suppressions:print_suppressions=0
+    Xvfb -displayfd 3 -noreset -nolisten tcp -screen 0 800x600x24 3>"$work/display" 2>"$work/Xvfb.log" &
+    display=$!
+    wait_until test -s "$work/display"
+    DISPLAY=:$(<"$work/display")
+    export DISPLAY
 }
 
 expect_nothing_left() {

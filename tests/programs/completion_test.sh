@@ -5,12 +5,10 @@ source "$TAV_SOURCE/tools/completion.bash"
 
 # offers EXPECTED WORD...: what is offered, sorted, for the last word; an = is a word to bash.
 offers() {
-    local expected=$1
-    shift
-    COMP_WORDS=("$tavsim" "$@") COMP_CWORD=$#
+    COMP_WORDS=("$tavsim" "${@:2}") COMP_CWORD=$(($# - 1))
     _tavsim
     offered=$(printf '%s\n' "${COMPREPLY[@]}" | sort | paste -sd ' ')
-    has_form "$offered" "$expected" || fail "tavsim $*: offers $offered in place of $expected"
+    has_form "$offered" "$1" || fail "tavsim ${*:2}: offers $offered in place of $1"
 }
 offers 'ctl' c
 offers '* ctl devices run test' ''

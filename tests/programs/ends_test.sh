@@ -2,14 +2,14 @@
 # How runs end, whoever ends them, and what becomes of their folders and of the processes in them.
 source "$(dirname "$0")/check.sh"
 waits=$programs/wait_for_quit
+stubborn=(sh -c 'trap "" TERM; echo ready; exec sleep 600')
 
 # Starts a run in the background and waits until its program is on the device.
 start() {
     "$tavsim" run "$@" >"$work/said" 2>"$work/told" &
     runner=$!
     "$tavsim" ctl wait ready within 60s
-    program=$(cd "$TMPDIR"/tavsim-*/* && readlink .device)
-    program=${program%% *}
+    read -r program _ < <(readlink "$TMPDIR"/tavsim-*/*/.device)
     [ "$(stat -c %a "$TMPDIR"/tavsim-*/*/running.json)" = 600 ] || fail 'others can read what runs'
 }
 
@@ -24,8 +24,7 @@ expect_end() {
 is_gone() { [[ $(ps -o stat= -p "$1") != [^Z]* ]]; }
 nothing_is_left() { [ -z "$(find "$TMPDIR" -mindepth 1)" ]; }
 
-run "$tavsim" run "$programs/service_reply"
-expect 0 $'*\npercent 72' ''
+says 0 $'*\npercent 72' '' run "$programs/service_reply"
 expect_nothing_left 'a program with a device'
 
 start "$waits"
@@ -35,18 +34,15 @@ expect_nothing_left 'a killed program'
 
 # A run that is asked to end hands that on to its program, for which SDL makes it a quit event; and
 # to the one on the device, where a script has started that.
-printf '#!/bin/sh\n%s\nexit 3\n' "$waits" >"$work/script"
-chmod +x "$work/script"
-while read -r what signal expected; do
-    start "$what"
-    kill -"$signal" "$runner"
-    expect_end "$expected" '*' ''
-    is_gone "$program" || fail "$what: still runs after SIG$signal"
+script "$work/script" "$waits
+exit 3"
+for row in "0 $waits" "143 $work/script"; do
+    start "${row#* }"
+    kill -TERM "$runner"
+    expect_end "${row%% *}" '*' ''
+    is_gone "$program" || fail "$row: still runs after SIGTERM"
     expect_nothing_left 'a run that was asked to end'
-done <<EOF
-$waits TERM 0
-$work/script TERM 143
-EOF
+done
 
 # No request is lost while the run or its program starts.
 for ((n = 0; n < 20; ++n)); do
@@ -60,35 +56,23 @@ done
 expect_nothing_left 'runs that were asked to end at once'
 
 # A second request kills a program that does not listen.
-"$tavsim" run "$programs/ends" stubborn >"$work/said" 2>"$work/told" &
+"$tavsim" run "${stubborn[@]}" >"$work/said" 2>"$work/told" &
 runner=$!
 wait_until grep -q ready "$work/said"
-has_ended_when_asked() {
-    kill -TERM "$runner" 2>/dev/null
-    ! kill -0 "$runner" 2>/dev/null
-}
-wait_until has_ended_when_asked
-expect_end 137 ready "tavsim: $programs/ends: was asked *second time*"$'\n''*did not use*'
+wait_until ends_when_asked "$runner"
+expect_end 137 ready $'tavsim: sh: was asked *second time*\n*did not use*'
 
 # The time-out: first politely.
-run "$tavsim" run --timeout 0.3 "$waits"
-expect 124 '*' "tavsim: $waits: ended after 0.3 seconds*"
+says 124 '*' "tavsim: $waits: ended after 0.3 seconds*" run --timeout 0.3 "$waits"
 deaf() { (trap '' TERM && exec "$@"); }
-run deaf "$tavsim" run --timeout 0.1 "$programs/ends" stubborn
-expect 124 ready 'tavsim: *: ended after 0.1 seconds*'$'\n''*did not use*'
-run "$tavsim" run --timeout 600 "$programs/ends" status 5
-expect 5 '' '*did not use*'
+run deaf "$tavsim" run --timeout 0.1 "${stubborn[@]}"
+expect 124 ready $'tavsim: *: ended after 0.1 seconds*\n*did not use*'
+says 5 '' '*did not use*' run --timeout 600 sh -c 'exit 5'
 expect_nothing_left 'runs with a time-out'
 
 # Nothing outlives a run that is killed or asked to end: no second device, and nothing else that
 # holds the output open.
-cat >"$work/many" <<EOF
-#!/bin/sh
-setsid sleep 600 &
-"$waits" &
-exec "$waits"
-EOF
-chmod +x "$work/many"
+script "$work/many" "setsid sleep 600 & $waits & exec $waits"
 mkfifo "$work/pipe"
 many_run() {
     local devices=("$TMPDIR"/tavsim-*/*)
@@ -110,9 +94,7 @@ done
 
 # A fork that ends leaves the device alone.
 start "$waits" fork
-run "$tavsim" ctl state
-[ "$status" -eq 0 ] || fail "the device of a program that forks: $err"
-"$tavsim" ctl quit
+says 0 '' '' ctl quit
 expect_end 0 quit ''
 expect_nothing_left 'a program that forks'
 
@@ -124,10 +106,8 @@ closes=(--journal "$work/journal" "$waits" close "$work/own")
 runner=$!
 wait_until "$tavsim" ctl quit
 expect_end 0 quit ''
-run "$tavsim" run --scenario "$work/recording" "${closes[@]}"
-expect 0 quit ''
-run "$tavsim" run --journal /dev/fd/9 "${closes[@]:2}" 9>"$work/lost"
-expect 2 '' ''
+says 0 quit '' run --scenario "$work/recording" "${closes[@]}"
+says 2 '' '' run --journal /dev/fd/9 "${closes[@]:2}" 9>"$work/lost"
 unset TAV_TRACE TAV_TRACE_FILE
 grep -q '"visible":0' "$work/journal" || fail "the journal: $(<"$work/journal")"
 [ "$(grep -c TAV_Quit "$work/trace")" -eq 2 ] || fail "the trace: $(<"$work/trace")"
@@ -135,18 +115,13 @@ grep -q '"visible":0' "$work/journal" || fail "the journal: $(<"$work/journal")"
 
 # Of two programs in one run that are there at once, each has a device and a journal; one after the
 # other they are on the same device.
-cat >"$work/both" <<EOF
-#!/bin/sh
-"$programs/service_reply"
-"$waits" &
-"$tavsim" ctl wait ready within 60s
-"$programs/service_reply"
-"$tavsim" ctl --root "\$TAVSIM_ROOT" quit
-wait
-EOF
-chmod +x "$work/both"
-run "$tavsim" run --journal "$work/journal" "$work/both"
-expect 0 $'*\npercent 72\n*\npercent 72\nquit' ''
+script "$work/both" "$programs/service_reply
+$waits &
+$tavsim ctl wait ready within 60s
+$programs/service_reply
+$tavsim ctl --root \"\$TAVSIM_ROOT\" quit
+wait"
+says 0 $'*\npercent 72\n*\npercent 72\nquit' '' run --journal "$work/journal" "$work/both"
 registrations() { cat "$@" | grep -c NApp_registerTAV; }
 [ "$(registrations "$work/journal")" -eq 2 ] || fail "the journal: $(<"$work/journal")"
 [ "$(registrations "$work/journal".*)" -eq 1 ] || fail "the journals: $(ls "$work")"
@@ -165,10 +140,8 @@ wait "$killed" 2>/dev/null || true
 start "$waits"
 [ ! -e "$stale" ] || fail 'the folder of a killed program is still there'
 [ -f "$work/precious/file" ] || fail 'a link was followed'
-run "$tavsim" run "$programs/service_reply"
-expect 0 $'*\npercent 72' ''
-run "$tavsim" ctl quit
-expect 0 '' ''
+says 0 $'*\npercent 72' '' run "$programs/service_reply"
+says 0 '' '' ctl quit
 expect_end 0 quit ''
 expect_nothing_left 'tidying up'
 TAVSIM_CONTROL=1 "$waits" thread >/dev/null &

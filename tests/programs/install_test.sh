@@ -89,8 +89,6 @@ fi
 rm -rf "$odd"
 # Some distributions drop libraries that a program calls nothing of. One that leaves SDL's events to
 # another library calls nothing of the platform's, and needs it in front all the same.
-"$CC" "${flags[@]}" "${compiling[@]}" -Wl,--as-needed -o as_needed service_reply.c "${linking[@]}"
-works ./as_needed
 printf '#include "tav.h"\nint main(void) { return TAV_GetKOBVersion() != 300; }\n' >silent.c
 "$CC" "${flags[@]}" "${compiling[@]}" -Wl,--as-needed -o silent silent.c "${linking[@]}"
 grep -q "NEEDED.*lib$platform" <<<"$(readelf -d silent)" ||
@@ -100,14 +98,16 @@ read -ra linking < <(pkg-config --libs sdl tav)
 "$CC" "${flags[@]}" "${compiling[@]}" -o both service_reply.c "${linking[@]}"
 works ./both
 
+builds_and_passes() {
+    cmake -S "$1" -B "$1/build" -G Ninja -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_C_COMPILER="$CC" \
+        -DCMAKE_C_FLAGS="${TAV_FLAGS:-}" "${@:2}" >"$work/log" &&
+        cmake --build "$1/build" >>"$work/log" &&
+        ctest --test-dir "$1/build" --output-on-failure >>"$work/log" || fail "$1: $(<"$work/log")"
+}
 # Applications with their tests: with the device in the process of the tests, and with scenarios.
 for example in station-alarm cache-hunt; do
     cp -R "$TAV_SOURCE/examples/$example" "$work/$example"
-    cmake -S "$work/$example" -B "$work/$example/build" -G Ninja -DCMAKE_PREFIX_PATH="$prefix" \
-        -DCMAKE_C_COMPILER="$CC" -DCMAKE_C_FLAGS="${TAV_FLAGS:-}" >"$work/log" &&
-        cmake --build "$work/$example/build" >>"$work/log" &&
-        ctest --test-dir "$work/$example/build" --output-on-failure >>"$work/log" ||
-        fail "$example: $(<"$work/log")"
+    builds_and_passes "$work/$example"
     expect_nothing_left "$example"
 done
 
@@ -115,12 +115,8 @@ cp "$TAV_SOURCE/tests/programs/consumer.cmake" CMakeLists.txt
 printf 'expect output lute\nexpect output "percent *"\n' >replies.scenario
 for linker_flags in '' -Wl,--as-needed; do
     rm -rf build
-    cmake -S . -B build -G Ninja -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_C_COMPILER="$CC" \
-        -DCMAKE_C_FLAGS="${TAV_FLAGS:-}" -DCMAKE_EXE_LINKER_FLAGS="$linker_flags" >"$work/log" ||
-        fail "find_package: $(<"$work/log")"
-    cmake --build build >"$work/log" || fail "find_package: $(<"$work/log")"
+    builds_and_passes . -DCMAKE_EXE_LINKER_FLAGS="$linker_flags"
     works build/consumer
-    ctest --test-dir build >"$work/log" || fail "ctest: $(<"$work/log")"
 done
 echo 'expect output harp' >>replies.scenario
 run ctest --test-dir build --output-on-failure

@@ -9,6 +9,11 @@ play() {
     printf 'program %s\n%s\n' "$waits" "$1" >scenario
     run "$tavsim" run --virtual-time --scenario scenario "${@:2}"
 }
+# plays STATUS OUTPUT ERRORS STEPS [ARGUMENTS…]: and what comes of it.
+plays() {
+    play "${@:4}"
+    expect "${@:1:3}"
+}
 
 # All kinds of steps. The journal is the same each time, and in real time but for its times.
 mkdir sub
@@ -33,8 +38,7 @@ for name in first second real; do
     time=--virtual-time
     [ $name != real ] || time=
     # shellcheck disable=SC2086
-    run "$tavsim" run $time --journal $name --scenario scenario
-    expect 0 quit ''
+    says 0 quit '' run $time --journal $name --scenario scenario
 done
 cmp first second || fail 'two runs differ'
 grep -q '"at":1500,.*"intValue":3,' first || fail "the journal: $(<first)"
@@ -74,35 +78,25 @@ expect 3 $'*\npercent 72' 'scenario:2: expect output percent: no such line was p
 scenario:3: expect output no[*]: no such line was printed
 scenario:4: expect status 7: it is 0'
 printf '"$1"\nprintf half\n' >unended
-play 'expect output half' sh unended "$programs/service_reply"
-expect 0 $'*\npercent 72\nhalf' ''
-play 'expect output percent*' "$programs/service_reply" 0
-expect 3 '*' 'scenario:2: expect output percent[*]: *
-scenario: expect status 0: it is 1'
-play 'expect status 1' "$programs/service_reply" 0
-expect 0 '*' ''
+plays 0 $'*\npercent 72\nhalf' '' 'expect output half' sh unended "$programs/service_reply"
+plays 3 '*' 'scenario:2: expect output percent[*]: *
+scenario: expect status 0: it is 1' 'expect output percent*' "$programs/service_reply" 0
+plays 0 '*' '' 'expect status 1' "$programs/service_reply" 0
 
 # The command line comes before the header; without steps that wait the program ends by itself.
-play $'device nonsense\nrefuse keyboard' --device fern "$programs/service_reply"
-expect 0 $'*\npercent 52' ''
-grep -v '^program' scenario >headless
-run "$tavsim" run --scenario headless --device fern
-expect 2 '' 'tavsim: run: no program given'
+plays 0 $'*\npercent 52' '' $'device nonsense\nrefuse keyboard' \
+    --device fern "$programs/service_reply"
 
 # A malformed scenario, or one for what there is not: nothing is started.
-play 'locaton 1 2'
-expect 2 '' 'scenario:2: no command "locaton"; did you mean "location"[?]'
-play 'device nonsense'
-expect 2 '' 'tavsim: no device "nonsense"; *'
-run "$tavsim" run --scenario none "$waits"
-expect 2 '' 'none: no such file'
+plays 2 '' 'scenario:2: no command "locaton"; did you mean "location"[?]' 'locaton 1 2'
+plays 2 '' 'tavsim: no device "nonsense"; *' 'device nonsense'
+says 2 '' 'none: no such file' run --scenario none "$waits"
 echo 'expect output x' >expecting
 if [ -z "${TAV_FLAGS:-}" ]; then
     run_with_descriptors 6 "$tavsim" run --scenario expecting "$waits"
     expect 2 '' "tavsim: no pipe for the program's output: Too many open files"
 fi
-run "$tavsim" run --scenario <(echo quit) "$waits"
-expect 2 '' '*: is no regular file'
+says 2 '' '*: is no regular file' run --scenario <(echo quit) "$waits"
 
 # Ends that no step had part in: the step that was waiting is named.
 printf 'limit 0.3\nprogram %s\nat 99s: quit' "$waits" >scenario
@@ -120,12 +114,10 @@ kill -KILL $!
 EOF
 run "$tavsim" run --scenario scenario --timeout 60 sh killed "$waits" "$tavsim"
 expect 3 '' 'scenario:3: at 99s: quit: the application ended before this, which was waited for since * ms'
-play 'quit' "$programs/ends" status 0
-expect 3 '' $'tavsim: *did not use *\nscenario: was not played*'
+plays 3 '' $'tavsim: *did not use *\nscenario: was not played*' quit true
 
 # Only the first device plays: neither a fork, nor another program at the same time or later.
-play 'after 1s: quit' "$waits" fork
-expect 0 quit ''
+plays 0 quit '' 'after 1s: quit' "$waits" fork
 printf '"$1"\n"$1" 5\n' >twice
 play $'expect within 1s what=call*\nexpect within 1s what=reply\nexpect status 1' \
     sh twice "$programs/service_reply"
@@ -141,8 +133,7 @@ for command in 'key tap c' 'compass 1 77 0.5' 'tap 60 300' 'drag 10 10 90 90 100
 done
 "$tavsim" ctl key tap escape
 wait "$runner" || fail 'a run that is recorded did not end well'
-run "$tavsim" run --virtual-time --scenario session --journal played
-expect 0 '*' '*'
+says 0 '*' '*' run --virtual-time --scenario session --journal played
 cmp recorded played || fail "another journal: $(<session)"
 grep -q '^expect ended within ' session || fail "the recording: $(<session)"
 
