@@ -37,9 +37,9 @@ _ASKED_S = 5.0  # how long the program has when it is asked to quit
 class Run:
     """A program that runs on a simulated device, from the start on.
 
-    As a context manager it ends the program at the block's end, as end() does, and as close() does
-    where the block ends by an exception; what wait() has raised is not raised again. Whatever still runs when Python ends is ended with it; where
-    Python is killed, the limit does that.
+    As a context manager it ends the program at the block's end, as end() does, or as close() does
+    after an exception. What wait() has raised is not raised again. Whatever still runs when Python
+    ends is ended with it; where Python is killed, the limit does that.
     """
 
     def __init__(
@@ -140,9 +140,8 @@ class Run:
     def command(self, line: str, *, within: float = 10.0) -> str:
         """Carries out a command of `tavsim ctl` and returns what it prints.
 
-        The application does so the next time that it handles SDL's events, for which it has that
-        many seconds.
-        Raises Error when the command is refused, or the application does not answer in time.
+        The application does so when it next handles SDL's events. Raises Error when the command is
+        refused, or the application does not answer within so many seconds.
         """
         deadline = time.monotonic() + within
         while not (self._root / "control").exists() and time.monotonic() < deadline:
@@ -239,19 +238,14 @@ class Run:
         return status
 
     def end(self) -> int:
-        """Asks the program to quit, kills it when it still runs 5 seconds later.
-
-        Returns its status, as wait() does.
-        """
+        """Asks the program to quit, kills it 5 seconds later, returns its status as wait() does."""
         end(self._process, patience=_ASKED_S)
         return self.wait()
 
     def close(self) -> None:
         """Ends the program if it still runs, patient for a moment only, and removes its files.
 
-        A root folder that was given stays.
-
-        Journal, status and what the program has written can still be read.
+        A root folder that was given stays. Journal, status and output can still be read.
         """
         if not self._finish.alive:
             return
