@@ -15,7 +15,7 @@ constexpr int kOutOfTheWay = 512;  // half of how many a process may have by def
 
 std::optional<FileIdentity> identityOf(int number) {
     struct stat64 status;
-    if (number < 0 || fstat64(number, &status) != 0) {  // for none, errno stays
+    if (number < 0 || fstat64(number, &status) != 0) {  // a negative number leaves errno alone
         return std::nullopt;
     }
     return FileIdentity{status.st_dev, status.st_ino};
@@ -31,7 +31,7 @@ Descriptor::Descriptor(int number) : m_number(number) {
 }
 
 Descriptor& Descriptor::operator=(Descriptor&& other) noexcept {
-    // A lost descriptor's number may be the new one's by now.
+    // If this descriptor was closed behind our back, the new one may have its number.
     if (m_number != other.m_number) {
         close();
     }

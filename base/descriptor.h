@@ -1,4 +1,4 @@
-// A file descriptor in a process that is not ours alone.
+// File descriptors in a process that we share with an application.
 #ifndef TAV_BASE_DESCRIPTOR_H
 #define TAV_BASE_DESCRIPTOR_H
 
@@ -8,23 +8,23 @@
 
 namespace base {
 
-// What stands behind a descriptor.
+// The file that a descriptor refers to.
 struct FileIdentity {
     dev_t device;
     ino64_t inode;
     bool operator==(const FileIdentity&) const = default;
 };
 
-// Nothing when the number is no descriptor.
+// Nothing when the number is not an open descriptor.
 std::optional<FileIdentity> identityOf(int number);
 
-// Owns a descriptor, at a high number, where it is in nobody's way. A program may still close all
-// descriptors that it finds and be given the number for a file of its own: whoever uses the number
-// asks first whether it is still ours.
+// Owns a file descriptor and moves it to a high number, where programs do not expect one. A program
+// may still close all descriptors that it finds, and then get the same number for a file of its
+// own. So callers check isOurs() before they use the number.
 class Descriptor {
 public:
     Descriptor() = default;
-    explicit Descriptor(int number);  // takes it over; negative for none
+    explicit Descriptor(int number);  // takes ownership; negative for none
     ~Descriptor() { close(); }
     Descriptor(Descriptor&& other) noexcept { *this = static_cast<Descriptor&&>(other); }
     Descriptor& operator=(Descriptor&& other) noexcept;
@@ -33,13 +33,13 @@ public:
 
     int number() const { return m_number; }
 
-    // What it was opened for, also when it is lost.
+    // The file that it was opened for, even after the program has closed the descriptor.
     const std::optional<FileIdentity>& identity() const { return m_identity; }
 
-    // Whether there is one, and the number still stands for what it stood for.
+    // Whether there is a descriptor, and its number still refers to the same file.
     bool isOurs() const;
 
-    // Leaves alone what is not ours any more.
+    // Does not close a number that the program uses by now.
     void close();
 
 private:

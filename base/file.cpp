@@ -31,7 +31,7 @@ std::string whyNoFile(const std::string& path) {
 }
 
 std::optional<std::string> readFile(const std::string& path, size_t mostBytes, std::string* error) {
-    // What is no regular file may never end, or never even open.
+    // Reading a pipe or a device may never end, and even opening it may block.
     if (std::string reason = whyNoFile(path); !reason.empty()) {
         *error = std::move(reason);
         return std::nullopt;

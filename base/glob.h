@@ -1,4 +1,4 @@
-// Patterns of text.
+// Glob patterns.
 #ifndef TAV_BASE_GLOB_H
 #define TAV_BASE_GLOB_H
 
@@ -6,7 +6,7 @@
 
 namespace base {
 
-// Whether all of the text is as the glob says: * stands for any characters, ? for any one byte.
+// Whether the glob matches the whole text: * stands for any characters, ? for any one byte.
 inline bool matchesGlob(std::string_view text, std::string_view glob) {
     size_t at = 0;
     size_t in = 0;

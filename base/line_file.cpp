@@ -22,7 +22,8 @@ bool LineFile::open(const std::string& path) {
         return false;
     }
     m_file = Descriptor(file);
-    // The program may change its folder before the file has to be opened again.
+    // Absolute, because the program may change its working directory before the file is opened
+    // again.
     std::error_code problem;
     m_path = std::filesystem::absolute(path, problem);
     return true;
@@ -48,7 +49,7 @@ void LineFile::close() {
     m_file.close();
 }
 
-// A path such as /dev/fd/3 may lead to a file of the program's own by now.
+// A path such as /dev/fd/3 may refer to one of the program's own files by now.
 bool LineFile::openAgain() {
     const int number = ::open(m_path.c_str(), kAppending);
     if (number < 0) {

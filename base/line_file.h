@@ -1,4 +1,4 @@
-// A file of lines that a process writes beside its own work.
+// A log file that is written from inside an application.
 #ifndef TAV_BASE_LINE_FILE_H
 #define TAV_BASE_LINE_FILE_H
 
@@ -8,8 +8,8 @@
 
 namespace base {
 
-// Lines are appended, each whole and at once, so that processes can share the file. A program that
-// closes all descriptors does not end it, unless the file is no longer where it was.
+// Each line is appended with one write, so that processes can share the file. If the program closes
+// the descriptor, the file is opened again, as long as the path still refers to the same file.
 class LineFile {
 public:
     // False, with errno, when the file cannot be written.

@@ -16,7 +16,7 @@ using SteadyClock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
 constexpr size_t kHeaderSize = sizeof(uint8_t) + sizeof(uint64_t);
-constexpr size_t kStep = size_t{64} * 1024;  // memory is taken in such steps
+constexpr size_t kStep = size_t{64} * 1024;  // memory is allocated in such steps
 constexpr int kForEver = -1;
 
 uint64_t contentLength(const std::string& header) {
@@ -105,7 +105,7 @@ size_t MessageSocket::sendNow() {
     return taken;
 }
 
-// Receives until there are so many bytes of the message, or as many as there are now.
+// Receives until the message has so many bytes, or no more bytes are available now.
 bool MessageSocket::receiveTo(size_t size) {
     while (m_incoming.size() < size && !m_isGone) {
         const size_t before = m_incoming.size();
@@ -121,7 +121,7 @@ bool MessageSocket::receiveTo(size_t size) {
     return m_incoming.size() >= size;
 }
 
-// False when it has not happened in time.
+// False when the time has passed.
 bool MessageSocket::waitFor(short event, int milliseconds) const {
     pollfd waiting = {m_socket.number(), event, 0};
     return poll(&waiting, 1, milliseconds) != 0;

@@ -1,4 +1,4 @@
-// Whole messages over a socket.
+// Messages over a stream socket.
 #ifndef TAV_BASE_MESSAGE_SOCKET_H
 #define TAV_BASE_MESSAGE_SOCKET_H
 
@@ -13,48 +13,49 @@
 
 namespace base {
 
-// What a message is about, as a number that its two ends agree on, and what it says.
+// A message: its kind, a number that both ends agree on, and its content.
 struct Message {
     uint8_t kind = 0;
     std::string content;
 };
 
 // One end of a connection. A message travels as its kind, the content's length as 8 bytes in the
-// machine's order, and the content. Nothing is believed of what comes: memory is taken as the bytes
-// arrive, and an end that announces a longer message than is allowed counts as gone. Never reads
-// further than to the end of the message that it hands out, so that the socket can be polled.
+// machine's order, and the content. The other end is not trusted: memory is allocated as the bytes
+// arrive, and the connection counts as closed when a longer message than allowed is announced.
+// Never reads beyond the end of the message that it returns, so that the socket can be polled.
 class MessageSocket {
 public:
     using Limit = std::optional<std::chrono::milliseconds>;
 
     static constexpr uint64_t kAnyLength = UINT64_MAX;
 
-    // Takes the connected socket over.
+    // Takes ownership of the connected socket.
     explicit MessageSocket(int socket, uint64_t longestMessage = kAnyLength)
         : m_socket(socket), m_longest(longestMessage) {}
 
     int socket() const { return m_socket.number(); }
 
-    // True for good when the other end has closed the connection or breaks the rules, or the
-    // process has lost the socket.
+    // True, and true from then on, when the other end has closed the connection or broken the
+    // protocol, or the program has closed our descriptor.
     bool isGone() const { return m_isGone; }
 
-    // False when the process has lost the socket.
+    // False when the program has closed our descriptor.
     bool isOurs() const { return m_socket.isOurs(); }
 
-    // Waits for the next message, for ever when no time is given. Without a value the other end is
-    // gone, or nothing whole has come in time.
+    // Waits for the next message, without limit when no time is given. Nothing when the connection
+    // is closed, or no whole message has come in time.
     std::optional<Message> receive(Limit longestWait = {});
 
-    // The same without waiting, for what is there.
+    // The same without waiting.
     std::optional<Message> receiveNow();
 
-    // Waits until all is sent, for ever when no time is given. False when the other end is gone, or
-    // has taken nothing for that long.
+    // Waits until everything is sent, without limit when no time is given. False when the
+    // connection is closed, or the other end has read nothing for that long.
     bool send(uint8_t kind, std::string_view content, Limit longestSilence = {});
     bool sendQueued(Limit longestSilence);
 
-    // The same without waiting: sends what the other end takes, and tells how many bytes it took.
+    // The same without waiting: sends as much as the socket accepts, and returns the number of
+    // bytes.
     void queue(uint8_t kind, std::string_view content);
     size_t sendNow();
     size_t queued() const { return m_outgoing.size() - m_sent; }
@@ -66,7 +67,7 @@ private:
     Descriptor m_socket;
     uint64_t m_longest;
     bool m_isGone = false;
-    std::string m_incoming;  // from the header on
+    std::string m_incoming;  // starts with the header
     std::string m_outgoing;
     size_t m_sent = 0;  // bytes of it
 };

@@ -1,4 +1,4 @@
-// Lines of our own on the application's standard output and standard error.
+// Our own lines on the application's standard output and standard error.
 #ifndef TAV_BASE_PRINT_LINE_H
 #define TAV_BASE_PRINT_LINE_H
 
@@ -7,15 +7,16 @@
 
 namespace base {
 
-// Whether the stream leads where it led when the library was loaded. A program that closes its
-// standard streams is given their numbers for files of its own.
+// Whether the stream still refers to the same file as when the library was loaded. A program that
+// closes its standard streams gets their descriptors for files of its own, which must not get our
+// lines.
 bool isStreamKept(FILE* stream);
 
-// Prints behind what the application has printed before, or drops the line where the stream is
+// Prints after everything that the application has printed so far. Drops the line if the stream is
 // not kept.
 void printLine(FILE* stream, const std::string& line);
 
-// From now on the streams may lead where they lead now.
+// From now on the files that the streams refer to now are the right ones.
 void acceptStreams();
 
 }  // namespace base

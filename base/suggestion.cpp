@@ -5,15 +5,15 @@
 namespace base {
 namespace {
 
-// No name is as long, and comparing takes time with the square of the length.
+// No name is that long, and the time to compare grows with the square of the length.
 constexpr size_t kLongestWord = 64;
 
-// More in a longer word: two from seven letters on. One may be wrong in any.
+// How many typing errors a word may contain: one; two from seven letters on; three from eleven on.
 size_t mostMistakes(std::string_view word) {
     return std::max<size_t>(1, (word.size() + 1) / 4);
 }
 
-// How many letters have to be put in, left out, replaced, or swapped with their neighbour.
+// The edit distance: letters inserted, deleted, replaced, or swapped with their neighbour.
 size_t distance(std::string_view left, std::string_view right) {
     std::vector<size_t> beforeLast(right.size() + 1);
     std::vector<size_t> last(right.size() + 1);
@@ -48,7 +48,7 @@ std::string suggestion(std::string_view word, const std::vector<std::string>& na
     const std::string* nearest = nullptr;
     for (const std::string& name : names) {
         const size_t mistakes = distance(word, name);
-        // Two words that share no letter are not near, however short.
+        // Two words without a common letter are not near, however short they are.
         if (mistakes < least && mistakes < std::max(word.size(), name.size())) {
             least = mistakes;
             nearest = &name;

@@ -1,4 +1,4 @@
-// The name that a misspelt one was meant to be.
+// Suggestions for misspelt names.
 #ifndef TAV_BASE_SUGGESTION_H
 #define TAV_BASE_SUGGESTION_H
 
@@ -8,8 +8,8 @@
 
 namespace base {
 
-// To be said behind an error about `word`: `; did you mean "location"?` with the nearest of the
-// names, the first of those that are as near. Empty when none is near.
+// The end of an error message about `word`: `; did you mean "location"?` with the nearest of the
+// names, the first one of several. Empty when none is near.
 std::string suggestion(std::string_view word, const std::vector<std::string>& names);
 
 }  // namespace base

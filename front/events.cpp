@@ -7,7 +7,7 @@
 namespace front {
 namespace {
 
-// 1 with an event, 0 without, below 0 where there is no queue.
+// 1 with an event, 0 without, negative when SDL has no event queue.
 int nextEvent(SDL_Event* event) {
     static const auto pumpEvents = TAV_FRONT_NEXT(SDL_PumpEvents);
     static const auto peepEvents = TAV_FRONT_NEXT(SDL_PeepEvents);

@@ -1,5 +1,5 @@
-// SDL's event functions, in front of SDL: while the application handles events, the implementation
-// of platform/ has its turn.
+// Interposes SDL's event functions, so that the implementation of platform/ runs while the
+// application handles events.
 #ifndef TAV_FRONT_EVENTS_H
 #define TAV_FRONT_EVENTS_H
 
@@ -9,29 +9,30 @@ union SDL_Event;
 
 namespace front {
 
-// What follows is defined by the implementation, and is called for SDL 1.2 only.
+// The following is defined by the implementation, and used with SDL 1.2 only.
 
-// False as long as it takes part in nothing, so that a program that does not use the library pays
-// nothing either. Its first value is the implementation's to choose.
+// False until the implementation has something to do, so that a program that does not use the
+// library pays nothing. The implementation chooses the initial value.
 extern std::atomic<bool> g_isAwake;
 
-// From now on, and for good, the implementation may take part.
+// Sets it for good.
 inline void wake() {
     g_isAwake = true;
 }
 
-// Whether it takes part on the calling thread. Asked with every poll of one that is awake, so it
+// Whether there is anything to do on the calling thread. Called with every poll once awake, so it
 // must cost next to nothing.
 bool takesPart();
 
-// Delivers what is due.
+// Makes the deliveries that are due.
 void deliver();
 
-// The application, or the library while it waits for a reply, takes this event off SDL's queue.
+// Called when the application, or the library while it waits for a reply, has taken this event off
+// SDL's queue.
 void taken(const SDL_Event& event);
 
-// The application waits, and there is no event: returns when a delivery may be due, or after a few
-// milliseconds, as an event may come from elsewhere.
+// Called while the application waits and there is no event. Returns when a delivery may be due, or
+// after a few milliseconds, because SDL may have an event.
 void waitForNext();
 
 }  // namespace front

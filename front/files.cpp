@@ -14,12 +14,12 @@
 namespace front {
 namespace {
 
-// Leaves a folder of the device's again, and the root folder as well.
+// Such a path leaves the device's folder, and could leave the root folder too.
 bool climbs(std::string_view path) {
     return path.find("/../") != std::string_view::npos || path.ends_with("/..");
 }
 
-// Most paths are none of the device's; they must cost nothing and start nothing.
+// Most paths are not the device's. For these, this must cost nothing and must not start the device.
 const char* realPath(const char* path, bool isDevices, std::string* place) {
     if (!isDevices) {
         return path;
@@ -39,8 +39,8 @@ const char* realPath(const char* path, std::string* place) {
 }  // namespace
 }  // namespace front
 
-// The functions are named by their symbols: the headers of libc declare them with attributes that
-// do not hold here, and by other symbols where files are large.
+// The functions are defined by their symbol names: the headers of libc declare them with attributes
+// that do not hold here, and with other symbols where large-file support is on.
 #define TAV_FRONT_DECLARE(name, Result, Parameters) \
     extern "C" TAV_PLATFORM_API Result front_##name Parameters asm(#name)
 
@@ -78,7 +78,7 @@ uid_t front_getuid() {
     return front::deviceUser(real());
 }
 
-// The library's own calls come by a second name of the same functions.
+// Aliases of the same functions for the library's own calls.
 #define TAV_FRONT_DEFINE_FOR_LIBRARY(name)                                                       \
     extern "C" TAV_PLATFORM_API decltype(front_##name) front_wrapped_##name asm("__wrap_" #name) \
         __attribute__((alias(#name)));

@@ -1,4 +1,5 @@
-// The device's fixed paths, its rescan command and its user, in front of libc and SQLite.
+// Interposes functions of libc and SQLite, to redirect the device's fixed paths, its rescan command
+// and its user id.
 #ifndef TAV_FRONT_FILES_H
 #define TAV_FRONT_FILES_H
 
@@ -9,18 +10,18 @@
 
 namespace front {
 
-// What follows is defined by the implementation of platform/. It is called on any thread, and
-// before the implementation's own constructors have run.
+// The following is defined by the implementation of platform/. It is called on any thread, even
+// before the implementation's static constructors have run.
 
-// Where the device's file of this fixed path really is. Nothing: the path means what it says,
-// because this process takes no part.
+// The real path of this file of the device. Nothing when the process does not use the library: the
+// path is then not redirected.
 std::optional<std::string> placeOf(const char* devicePath);
 
-// The user that the application runs as, on the device.
+// The user id of the application on the device.
 uid_t deviceUser(uid_t realUser);
 
-// Carries out the rescan command in place of the shell and waits for it; the result is that of
-// system(). Nothing: this process takes no part.
+// Carries out the rescan command instead of the shell and waits for it; the result is as of
+// system(). Nothing when the process does not use the library.
 std::optional<int> rescan(int (*realSystem)(const char* command));
 
 }  // namespace front

@@ -11,13 +11,14 @@ inline constexpr char kTemplates[] = "/usr/vire/ks2/templates";
 inline constexpr char kRescanProgram[] = "/usr/bin/ks-control";
 inline constexpr char kRescanCommand[] = "/usr/bin/ks-control scan-services";
 
-// Where nothing can be: what a path that is refused leads to.
+// A path at which no file can exist. Refused paths are redirected to it.
 inline constexpr char kNowhere[] = "/dev/null/none";
 
-// Whether a path is one of these, or below one that is a folder.
+// Whether a path is one of these, or is inside of one that is a folder.
 bool isDevicePath(const char* path);
 
-// Whether a folder is one of these or one above the roles, which the library makes as well.
+// Whether a folder is one of these, or a parent of the roles' folder, which the library creates
+// too.
 bool isDeviceFolder(const char* path);
 
 }  // namespace front

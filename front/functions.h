@@ -1,11 +1,11 @@
-// What every implementation puts in front of SDL, SQLite and libc, in one table.
+// The table of functions of SDL, SQLite and libc that every implementation interposes.
 #ifndef TAV_FRONT_FUNCTIONS_H
 #define TAV_FRONT_FUNCTIONS_H
 
 // clang-format off
 
-// Functions that take a path: name, result, parameters, and the arguments that the function behind
-// receives once `path` is the real one.
+// Functions that take a path: name, result, parameters, and the arguments for the original function
+// once `path` is redirected.
 #define TAV_FRONT_PATH_FUNCTIONS(ROW)                                                              \
     ROW(fopen,          FILE*, (const char* path, const char* mode), (path, mode))                 \
     ROW(fopen64,        FILE*, (const char* path, const char* mode), (path, mode))                 \
@@ -46,7 +46,7 @@
                                const char* system), (path, database, flags, system))               \
     TAV_FRONT_TIME64_FUNCTIONS(ROW)
 
-// Where a time is 32 bits unless a program asks for more, those that do have names of their own.
+// Where time_t has 32 bits by default, programs that ask for 64 bits call functions of other names.
 #if __SIZEOF_LONG__ == 4
 #define TAV_FRONT_TIME64_FUNCTIONS(ROW)                                                            \
     ROW(__stat64_time64,    int, (const char* path, void* status), (path, status))                 \
@@ -59,13 +59,13 @@
 #define TAV_FRONT_TIME64_LIBRARY_FUNCTIONS(NAME)
 #endif
 
-// Functions that do more than that, each defined where it belongs.
+// Functions that need more than another path. Each is defined where it belongs.
 #define TAV_FRONT_OTHER_FUNCTIONS(NAME)                                                            \
     NAME(mkdir) NAME(system) NAME(getuid)                                                          \
     NAME(SDL_PumpEvents) NAME(SDL_PollEvent) NAME(SDL_WaitEvent)
 
-// Those of them that the library itself calls. It is linked so that its calls have names of their own
-// (--wrap), which no other library has.
+// The functions of this table that the library itself calls. It is linked with --wrap, so that its
+// calls use symbols that no other library defines.
 #define TAV_FRONT_LIBRARY_FUNCTIONS(NAME)                                                          \
     NAME(fopen) NAME(fopen64) NAME(stat) NAME(stat64) NAME(mkdir) NAME(system) NAME(getuid)        \
     NAME(sqlite3_open) TAV_FRONT_TIME64_LIBRARY_FUNCTIONS(NAME)

@@ -13,8 +13,8 @@ namespace {
 constexpr const char* kNames[] = {TAV_FRONT_PATH_FUNCTIONS(TAV_FRONT_PATH_NAME)
                                       TAV_FRONT_OTHER_FUNCTIONS(TAV_FRONT_NAME)};
 
-// Another library may stand before this one and pass calls on, as sanitizers do; what must not be
-// found first is the very function that comes behind.
+// Another library may come before this one and pass calls on, as sanitizers do. But symbol lookup
+// must not find the original function first.
 bool isOvertaken(const char* name) {
     void* found = dlsym(RTLD_DEFAULT, name);
     return found != nullptr && found == reinterpret_cast<void*>(nextFunction<void()>(name));
@@ -22,7 +22,7 @@ bool isOvertaken(const char* name) {
 
 }  // namespace
 
-// Also where a program loads the library by itself, and its names are known to nobody else.
+// The second look-up is for a program that loads the library with RTLD_LOCAL.
 bool usesLibrary() {
     if (dlsym(RTLD_DEFAULT, "TAV_Init") != nullptr) {
         return true;

@@ -5,16 +5,16 @@
 namespace front {
 namespace {
 
-// The versions that have functions which stand in front; the one of the device first.
+// The versions of SDL that have the interposed functions; the device's version first.
 constexpr const char* kSdlLibraries[] = {"libSDL-1.2.so.0", "libSDL2-2.0.so.0", "libSDL3.so.0"};
 
-// A program that loads SDL by itself may keep its names from everyone else.
+// For a program that loads SDL with RTLD_LOCAL.
 void* findInLoadedSdl(const char* name) {
     for (const char* library : kSdlLibraries) {
         void* loaded = dlopen(library, RTLD_LAZY | RTLD_NOLOAD);
         void* found = loaded != nullptr ? dlsym(loaded, name) : nullptr;
         if (found != nullptr) {
-            return found;  // and the library stays
+            return found;  // the handle is kept, so SDL stays loaded
         }
     }
     return nullptr;
@@ -39,8 +39,8 @@ void* findNext(const char* name) {
     if (void* sdls = findInLoadedSdl(name)) {
         return sdls;
     }
-    // Behind nothing at all stands a library that was linked last; then its own functions are the
-    // ones that nobody calls, and the others are found from the start.
+    // No library comes after one that was linked last. Nobody calls its functions then, and a
+    // search from the start finds the others.
     return dlsym(RTLD_DEFAULT, name);
 }
 
@@ -50,7 +50,7 @@ bool isFirst() {
 }
 
 bool isSdl12() {
-    // The others lack the function by which a window was named.
+    // Other versions lack SDL_WM_SetCaption.
     static const bool is =
         objectOf(findNext("SDL_PollEvent")) == objectOf(findNext("SDL_WM_SetCaption"));
     return is;

@@ -1,10 +1,10 @@
-// The functions behind those that stand in front, and those of SDL that these need.
+// Look-up of the original functions behind the interposed ones, and of other functions of SDL.
 //
-// Two implementations of platform/ can be in a process, as when a simulated device is put in front
-// of a program that was linked with what is for Linux. Then the one behind is left out.
+// A process can contain two implementations of platform/, as when a simulated device is preloaded
+// into a program that was linked with the one for Linux. The look-up then skips the second one.
 //
-// What stands in front is not linked with SDL: a program that has none, or another version, shall
-// not get SDL 1.2 because it inherited the preloading.
+// Implementations are not linked with SDL: a program without SDL, or with another version, must not
+// get SDL 1.2 just because it inherited the preloading.
 #ifndef TAV_FRONT_NEXT_H
 #define TAV_FRONT_NEXT_H
 
@@ -19,19 +19,19 @@ Function* nextFunction(const char* name) {
     return reinterpret_cast<Function*>(findNext(name));
 }
 
-// The same for one that is declared: TAV_FRONT_NEXT(SDL_Delay).
+// The same for a declared function: TAV_FRONT_NEXT(SDL_Delay).
 #define TAV_FRONT_NEXT(function) front::nextFunction<decltype(function)>(#function)
 
-// Whether no other implementation of platform/ is found before this one.
+// Whether symbol lookup finds no other implementation of platform/ before this one.
 bool isFirst();
 
-// Whether the SDL of this process is version 1.2. Others have functions of the same names, and a
-// program that uses them is none of ours.
+// Whether the SDL of this process is version 1.2. Other versions have functions of the same names,
+// and a program that uses them does not use the library.
 bool isSdl12();
 
 }  // namespace front
 
-// findNext() for an implementation in front of this one.
+// findNext() for an implementation that comes before this one.
 extern "C" TAV_PLATFORM_API void* tav_front_next(const char* name);
 
 #endif

@@ -1,4 +1,4 @@
-// Failures on demand, for an implementation that wants to see what they lead to.
+// Fault injection, for an implementation that offers it.
 #ifndef TAV_HELPER_FAILING_H
 #define TAV_HELPER_FAILING_H
 
@@ -6,11 +6,11 @@
 
 namespace helper {
 
-// HString_alloc, HString_append and HLinkedList::append, and what else makes an HString; or a read
-// of HDataReader.
+// Allocation is HString_alloc, HString_append, HLinkedList::append and whatever else makes an
+// HString. Read is a read of HDataReader.
 enum class Operation { Allocation, Read };
 
-// Whether this one is to fail. Asked each time on any thread; null for never.
+// Whether this operation must fail. Called for each one, on any thread; null for never.
 inline std::atomic<bool (*)(Operation)> g_isToFail = nullptr;
 
 inline bool fails(Operation operation) {

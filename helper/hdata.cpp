@@ -9,7 +9,7 @@
 struct HDataReader::Message {
     helper::ItemReader items;
 
-    // Every read begins here, so that a fault can strike each of them.
+    // Every read begins here, so that a fault can be injected into each of them.
     helper::ItemReader& next() {
         if (helper::fails(helper::Operation::Read)) {
             items.fail();

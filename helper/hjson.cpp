@@ -14,8 +14,8 @@
 
 namespace dom = simdjson::dom;
 
-// A parser with the document that it last read. Parsers are kept for the next text, since making
-// one costs more than parsing a short reply.
+// A parser with the document that it parsed last. Parsers are reused, because making one costs more
+// than parsing a short reply.
 struct HJson {
     dom::parser parser;
     std::vector<char> padded;
@@ -38,7 +38,7 @@ struct HJson {
 namespace {
 
 constexpr size_t kParsersKept = 4;
-constexpr size_t kBytesKept = 1 << 20;  // a parser that read a larger text gives its memory back
+constexpr size_t kBytesKept = 1 << 20;  // after a larger text, the parser is destroyed
 
 std::vector<std::unique_ptr<HJson>>& idleParsers() {
     static auto& parsers = *new std::vector<std::unique_ptr<HJson>>;
@@ -92,7 +92,7 @@ void HJson_free(HJson* json) try {
         giveBack(std::unique_ptr<HJson>(json));
     }
 } catch (const std::bad_alloc&) {
-    // It is not kept then.
+    // The parser is destroyed then.
 }
 
 int HJson_getBool(const HJson* json, const char* key) {
@@ -100,7 +100,7 @@ int HJson_getBool(const HJson* json, const char* key) {
 }
 
 int HJson_getInt(const HJson* json, const char* key) {
-    // A double holds every 32-bit integer exactly.
+    // A double represents every 32-bit integer exactly.
     const double value = valueOr<double>(json, key, 0.0);
     constexpr double lowest = std::numeric_limits<int>::min();
     constexpr double highest = std::numeric_limits<int>::max();

@@ -7,14 +7,14 @@
 
 #include "helper/failing.h"
 
-// Beside the list a hash table says where each pointer stands, and a look-up by number begins at
-// the last one. So the length of the list does not make replies slow.
+// A hash table beside the list finds a pointer's node, and a look-up by index starts at the node of
+// the last one. So replies do not become slower as the list grows.
 struct HLinkedList::Elements {
     using Place = std::list<void*>::iterator;
 
     std::list<void*> list;
     std::unordered_multimap<const void*, Place> places;
-    Place last = list.end();  // the place that was asked for by number, and that number
+    Place last = list.end();  // the node that was last looked up by index, and its index
     int lastNumber = 0;
 
     Place placeOf(int number) {
@@ -27,7 +27,7 @@ struct HLinkedList::Elements {
         return last;
     }
 
-    // A pointer may stand in the list several times.
+    // The list may contain a pointer several times; the first one counts.
     Place find(const void* element) {
         switch (places.count(element)) {
         case 0:

@@ -1,9 +1,9 @@
-// The typed items of a message: the encoding behind HDataReader and HDataWriter, and what the
-// simulator's own processes tell each other with.
+// The typed items of a message: the encoding of HDataReader and HDataWriter, which the simulator's
+// own processes use as well.
 //
 // An item is a tag byte and its value in the machine's byte order: 'i' and 4 bytes, 'b' and a byte
-// that is 0 or 1, 's' with an 8-byte length and that many bytes without a zero, 'n' alone for a
-// null string.
+// that is 0 or 1, 's' with an 8-byte length and that many bytes without a NUL, 'n' alone for a null
+// string.
 #ifndef TAV_HELPER_ITEMS_H
 #define TAV_HELPER_ITEMS_H
 
@@ -17,8 +17,8 @@ namespace helper {
 // A text, or null.
 using Text = std::optional<std::string_view>;
 
-// Reads what was written, in the same order, and trusts none of it. After a failure every further
-// read fails too. The texts stay where the message is.
+// Reads items in the order in which they were written. The message is not trusted. After a failure
+// every further read fails too. Texts are not copied: they point into the message.
 class ItemReader {
 public:
     explicit ItemReader(std::string_view message) : m_rest(message) {}
@@ -26,7 +26,7 @@ public:
     int32_t readInt();         // 0 on failure
     bool readBool();           // false on failure
     Text readText();           // null on failure
-    std::string readString();  // a text's copy; empty for null and on failure
+    std::string readString();  // a copy of the text; empty for null and on failure
 
     void fail() { m_successful = false; }
     bool isSuccessful() const { return m_successful; }
@@ -43,7 +43,7 @@ class ItemWriter {
 public:
     void writeInt(int32_t value);
     void writeBool(bool value);
-    void writeText(Text text);  // up to its first zero byte
+    void writeText(Text text);  // up to its first NUL byte
 
     const std::string& message() const { return m_message; }
 

@@ -42,7 +42,7 @@ public:
     bool empty() const { return m_names.empty(); }
     bool contains(const char* tag) const { return m_all || m_names.contains(tag); }
 
-    // A name of nothing that is traced; empty when there is none.
+    // A tag that does not exist; empty when all of them do.
     std::string firstUnknown() const {
         const auto found = std::find_if_not(m_names.begin(), m_names.end(), isKnownTag);
         return found != m_names.end() ? *found : std::string();
@@ -60,7 +60,7 @@ struct Trace {
     base::LineFile file;  // standard error when it is not open
 };
 
-// Never destroyed: libraries that are unloaded late still trace.
+// Never destroyed, because libraries that are unloaded later still trace.
 Trace& trace() {
     static Trace& instance = *new Trace;
     return instance;
@@ -74,9 +74,9 @@ void updateListening() {
     g_listening = nobody ? Listening::No : Listening::Yes;
 }
 
-// Takes up what the environment asks for.
+// Starts the trace that the environment asks for.
 void startTrace() {
-    g_listening = Listening::No;  // what runs at the end of the program traces too
+    g_listening = Listening::No;  // valid also at exit, where destructors still trace
     const char* tags = std::getenv("TAV_TRACE");
     const char* path = std::getenv("TAV_TRACE_FILE");
     if (tags == nullptr) {
@@ -133,7 +133,7 @@ std::string formatted(const char* format, va_list arguments) {
     return text;
 }
 
-// A line for which there is no memory is lost.
+// When memory is exhausted, the line is lost.
 void record(const char* tag, const char* function, const char* format, va_list arguments) try {
     Trace& listeners = trace();
     const bool isKept = listeners.kept.contains(tag);

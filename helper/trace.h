@@ -1,4 +1,4 @@
-// Who listens to the library's traces.
+// Access to the library's trace.
 #ifndef TAV_HELPER_TRACE_H
 #define TAV_HELPER_TRACE_H
 
@@ -7,14 +7,14 @@
 
 namespace helper {
 
-// Keeps the lines of these tags in memory: names with commas between, or "all"; empty stops.
+// Keeps the lines of these tags in memory: names separated by commas, or "all". Empty stops it.
 void keepTrace(const std::string& tags);
 
-// The lines kept since the last look.
+// The lines that were kept since the last call.
 std::vector<std::string> takeTraceLines();
 
-// Defined by each implementation of platform/: what becomes of a program whose trace, or a part of
-// it, cannot be had. When it returns, that is left out.
+// Defined by each implementation of platform/. Called when the trace, or a part of it, cannot be
+// written. If it returns, the program goes on without that part.
 void traceCannotBeHad(const std::string& problem);
 
 }  // namespace helper

@@ -16,15 +16,13 @@ public:
     HDataReader(const HDataReader&) = delete;
     HDataReader& operator=(const HDataReader&) = delete;
 
-    /* Copies a string into a buffer of `size` bytes, terminated. One that is too long is cut to
-     * size - 1 bytes; it counts as read, and the next read begins behind the whole of it. A null
-     * string reads as the empty one. On failure the buffer holds the empty string; a null buffer or
-     * a size below 1 is a failure. */
+    /* Copies a string into a buffer of `size` bytes, terminated. A longer string is cut to size - 1
+     * bytes; the next read begins after the whole of it. A null string reads as the empty one. A
+     * null buffer or a size below 1 is a failure. On failure the buffer holds the empty string. */
     void readStr(char* buffer, int size);
 
-    /* A string in fresh storage, terminated, to be released with delete[]; null on failure, which
-     * exhausted memory is too, and for an item that the sender wrote as a null string, which is no
-     * failure. */
+    /* A new terminated string, to be released with delete[]. Null on failure, such as exhausted
+     * memory. Null, too, for a null string, which is not a failure. */
     char* allocReadStr();
 
     /* The value; 0 and false on failure. */

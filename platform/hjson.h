@@ -11,16 +11,16 @@ extern "C" {
 
 typedef struct HJson HJson;
 
-/* Parses a text. The handle is released with HJson_free, needs the text no longer, and may live
- * beside other handles. Null when the text is null or is not one complete JSON value in UTF-8, or
- * memory is exhausted. */
+/* Parses a text. The handle is released with HJson_free, does not refer to the text, and is
+ * independent of other handles. Null when the text is null or is not one complete JSON value in
+ * UTF-8, or memory is exhausted. */
 TAV_PLATFORM_API HJson* HJson_create(const char* text);
 
 /* Releases a handle; null is allowed. */
 TAV_PLATFORM_API void HJson_free(HJson* json);
 
-/* The member's value. An absent member, a null key and a value of another type answer 0. A number
- * with a fraction asked for as an integer loses the fraction; one outside 32 bits answers 0. */
+/* The member's value; 0 for an absent member, a null key or a value of another type. As an integer,
+ * a number loses its fraction, and a number outside of 32 bits gives 0. */
 TAV_PLATFORM_API int HJson_getBool(const HJson* json, const char* key);
 TAV_PLATFORM_API int HJson_getInt(const HJson* json, const char* key);
 TAV_PLATFORM_API double HJson_getDouble(const HJson* json, const char* key);

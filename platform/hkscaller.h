@@ -14,8 +14,8 @@ typedef void (*HKSReplyFunction)(int token, const char* reply, void* context);
 
 /* Requests to services. The texts are copied where they are needed later; nothing is validated.
  * The option tells the bus in whose name a request goes out: true for a feature of the library,
- * false for the application itself. A token is never -1, and no two open calls have the same; -1
- * answers that the request could not be dispatched, and then no reply follows. */
+ * false for the application itself. A token is never -1, and no two open calls have the same. The
+ * result -1 means that the request could not be dispatched, and then no reply follows. */
 class TAV_PLATFORM_API HKSCaller {
 public:
     /* Sends a request whose replies nobody receives. */

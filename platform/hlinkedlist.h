@@ -4,11 +4,11 @@
 
 #include "visibility.h"
 
-/* The list owns none of the things that its pointers point to: removing, clearing and destroying
- * leave them alone. Indices run from 0; one outside the list answers null or does nothing.
+/* The list does not own what its pointers point to. Indices run from 0; one outside of the list
+ * gives null or does nothing.
  *
- * The library asks for a pointer, and removes it, with every reply, and for indices one after the
- * other. None of that may take longer because the list is long, or service calls do. */
+ * With every reply the library looks a pointer up and removes it, and it also iterates by index.
+ * These must take constant time, or service calls become slower as the list grows. */
 class TAV_PLATFORM_API HLinkedList {
 public:
     HLinkedList() noexcept;

@@ -10,7 +10,7 @@
 extern "C" {
 #endif
 
-/* Made by HString_alloc only. The fields may be read and are changed by the functions alone. */
+/* Made by HString_alloc only. Callers may read the fields; only the functions change them. */
 typedef struct HString {
     char* text;    /* always terminated */
     size_t length; /* in bytes, the terminator not counted */

@@ -9,8 +9,8 @@ extern "C" {
 #endif
 
 /* Looks a property up. On success returns 0 and stores a new terminated string, which the caller
- * releases with g_free. Any other result is a failure, and the pointer is then as it was before:
- * the caller, who hands in a null pointer, releases whatever stands there after either. */
+ * releases with g_free. Any other result is a failure, which leaves the pointer as it was. The
+ * caller passes in a null pointer, and releases the result in both cases. */
 TAV_PLATFORM_API int KPSystemCopyStringValue(const char* key, char** value);
 
 #ifdef __cplusplus

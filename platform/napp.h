@@ -29,7 +29,7 @@ struct TAVCallbacks {
     NApp_CompassCallback compassCallback;
 };
 
-/* Takes over the callbacks. The record is the caller's and is not kept. The result means nothing.
+/* Stores the callbacks; the record is the caller's and is not kept. The result means nothing.
  */
 TAV_PLATFORM_API int NApp_registerTAV(const TAVCallbacks* callbacks);
 
@@ -41,7 +41,7 @@ TAV_PLATFORM_API int NApp_GetAppinfoValue(const char* key, char* buffer, int buf
 TAV_PLATFORM_API int NApp_GetDataFilePath(const char* name, char* buffer, int bufferLength);
 
 /* The value of a member of a JSON object, as text: the content of a string, the JSON text of
- * anything else. The text may be anything; one that is no JSON object is a failure. */
+ * anything else. A text that is not a JSON object is a failure. */
 TAV_PLATFORM_API int NApp_GetJsonValue(const char* json, const char* member, char* buffer,
                                        int bufferLength);
 

@@ -1,4 +1,4 @@
-// Parsing with a parser that is kept for the next text.
+// Parsing with a parser that is reused for many texts.
 #ifndef TAV_BASE_JSON_PARSER_H
 #define TAV_BASE_JSON_PARSER_H
 
@@ -8,9 +8,9 @@
 
 namespace base {
 
-// False where the text is no JSON, or memory is exhausted. The parser then begins anew, as it would
-// take what it got of its memory for all of it. The text is copied unless it has room behind its
-// end for simdjson's padding.
+// False when the text is not JSON, or memory is exhausted. In the latter case the parser is
+// replaced by a new one, because it would believe that it got all of its memory. A text without
+// simdjson's padding after its end is copied.
 inline bool parse(simdjson::dom::parser& parser, std::string_view text, bool isPadded,
                   simdjson::dom::element* root) {
     const auto error = parser.parse(text.data(), text.size(), !isPadded).get(*root);

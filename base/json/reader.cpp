@@ -28,7 +28,7 @@ std::vector<std::string> namesOf(const std::map<std::string_view, Reader>& known
 
 }  // namespace
 
-// Names are escaped, since one may hold a line break and an error is one line.
+// Names are escaped, because a name may contain a line break and an error is one line.
 Value Value::member(std::string_view name, Element element) const {
     return {element, m_place + (m_place.empty() ? "" : ".") + escapedJson(shortened(name)),
             m_problem};

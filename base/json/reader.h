@@ -1,5 +1,5 @@
-// Reads JSON files of a known form. A reader says what a value must be and where it goes, and
-// readers are put together from readers:
+// Reads JSON files of a known form. A reader says which type a value must have and where it is
+// stored. Readers are composed of readers:
 //
 //     json::Reader fix(Fix* fix) {
 //         return json::fields({{"latitude", json::number(&fix->latitude, -90, 90)},
@@ -8,7 +8,7 @@
 //     std::vector<Fix> fixes;
 //     json::read(content, "track.json", json::list(&fixes, fix), &error);
 //
-// What is not in the file keeps its value. A target must outlive the reading.
+// A target whose member is missing in the file keeps its value. Targets must outlive the reading.
 #ifndef TAV_BASE_JSON_READER_H
 #define TAV_BASE_JSON_READER_H
 
@@ -25,7 +25,7 @@
 
 namespace base::json {
 
-// A value of a document, and its place in it, such as services.vire://x/y.delay.
+// A value of a document, and its path in it, such as services.vire://x/y.delay.
 class Value {
 public:
     using Element = simdjson::dom::element;
@@ -39,7 +39,7 @@ public:
     Value member(std::string_view name, Element element) const;
     Value at(size_t index, Element element) const;
 
-    // Says what is wrong with the value. What is said first counts.
+    // Reports what is wrong with the value. Only the first report is kept.
     void fail(const std::string& what) const;
 
 private:
@@ -50,12 +50,12 @@ private:
 
 using Reader = std::function<void(const Value&)>;
 
-// Reads a document. Where that fails, `error` is one line that names the source and the place, and
-// some targets may have been written to.
+// Reads a document. On failure `error` is one line that names the source and the path, and some
+// targets may have been written to.
 bool read(const std::string& document, const std::string& source, const Reader& reader,
           std::string* error);
 
-// A string without zero bytes.
+// A string without NUL bytes.
 Reader text(std::string* target);
 Reader text(std::optional<std::string>* target);
 
@@ -68,7 +68,7 @@ Reader number(double* target, double lowest = std::numeric_limits<double>::lowes
 Reader integer(int* target, int lowest = std::numeric_limits<int>::min(),
                int highest = std::numeric_limits<int>::max());
 
-// One of these words, each with what it stands for.
+// One of these words, each with the value that it stands for.
 template <typename Meaning>
 Reader word(Meaning* target, std::vector<std::pair<std::string_view, Meaning>> words) {
     return [target, words = std::move(words)](const Value& value) {
@@ -86,10 +86,10 @@ Reader word(Meaning* target, std::vector<std::pair<std::string_view, Meaning>> w
     };
 }
 
-// An object with these members only.
+// An object with no other members than these.
 Reader fields(std::map<std::string_view, Reader> known);
 
-// A list of exactly these values.
+// A list with exactly these elements.
 Reader sequence(std::vector<Reader> values);
 
 // Calls the function with each value of a list or object.
@@ -97,8 +97,8 @@ void eachElement(const Value& list, const Reader& function);
 void eachMember(const Value& object,
                 const std::function<void(std::string_view name, const Value&)>& function);
 
-// A list of any length, whose values replace what the target holds. The function makes the reader
-// of an element.
+// A list of any length, whose values replace the target's content. The function makes the reader of
+// an element.
 template <typename Target, typename Function>
 Reader list(std::vector<Target>* target, Function elementReader) {
     return [target, elementReader](const Value& value) {
@@ -110,7 +110,7 @@ Reader list(std::vector<Target>* target, Function elementReader) {
     };
 }
 
-// An object with any names, whose values are added to what the target holds.
+// An object with any names, whose values are added to the target.
 template <typename Target, typename Function>
 Reader members(std::map<std::string, Target>* target, Function memberReader) {
     return [target, memberReader](const Value& value) {

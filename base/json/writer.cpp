@@ -56,7 +56,7 @@ std::string shortened(std::string_view text) {
     if (text.size() <= kMostShown) {
         return std::string(text);
     }
-    // No character is cut in two.
+    // A UTF-8 character is not split.
     const auto isWithin = [&](size_t at) { return (text[at] & 0xC0) == 0x80; };
     size_t end = kMostShown / 2;
     size_t start = text.size() - kMostShown / 2;

@@ -8,15 +8,15 @@
 
 namespace base {
 
-// The text as the inside of a JSON string. What is no UTF-8 in it is replaced.
+// The text escaped as the inside of a JSON string. Invalid UTF-8 in it is replaced.
 std::string escapedJson(std::string_view text);
 
-// For messages, which stay one line that can be read: the text, but of a long one without its
-// middle, and the same in quotes and escaped.
+// For messages, which must stay one readable line: the text, a long one without its middle; and the
+// same in quotes and escaped.
 std::string shortened(std::string_view text);
 std::string quoted(std::string_view text);
 
-// Builds one JSON text from left to right; commas and escapes come by themselves.
+// Builds one JSON text from left to right, with commas and escapes where they are needed:
 //
 //     JsonWriter().beginObject().member("port", 80).key("tags").beginArray().value("a").endArray()…
 class JsonWriter {
@@ -26,13 +26,13 @@ public:
     JsonWriter& beginArray() { return open('['); }
     JsonWriter& endArray() { return close(']'); }
 
-    // The name of the member whose value comes next.
+    // The name of a member; its value must follow.
     JsonWriter& key(std::string_view name);
 
     JsonWriter& value(std::string_view text);
-    JsonWriter& value(const char* text);  // a null pointer shows as null
+    JsonWriter& value(const char* text);  // a null pointer is written as null
     JsonWriter& value(bool flag);
-    JsonWriter& value(double number);  // in its shortest form; null when JSON cannot spell it
+    JsonWriter& value(double number);  // in its shortest form; null for infinity and NaN
     JsonWriter& value(std::integral auto number) { return raw(std::to_string(number)); }
 
     // A value that is JSON already.

@@ -6,8 +6,8 @@
 
 namespace tav {
 
-// The event points at live state, which must outlive every event. An event that SDL has no room
-// for, or no queue, is lost: the state itself can still be asked for.
+// The event points at live state, which must outlive every event. When SDL's queue is full, or
+// there is none, the event is lost; the state can still be queried.
 inline void pushUserEvent(int code, void* state) {
     SDL_Event event{};
     event.user.type = SDL_USEREVENT;

@@ -6,7 +6,7 @@
 
 namespace tav {
 
-// 1 from the first TAV_Init on; TAV_Quit leaves it.
+// 1 from the first TAV_Init on; TAV_Quit does not change it.
 extern Sint32 g_calledInit;
 
 }  // namespace tav

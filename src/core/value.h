@@ -1,4 +1,4 @@
-// Values from outside whose type promises less than 32 bits.
+// Values from outside whose type does not allow every bit pattern.
 #ifndef TAV_CORE_VALUE_H
 #define TAV_CORE_VALUE_H
 
@@ -8,8 +8,8 @@
 
 namespace tav {
 
-// An enumeration in a caller's hands can hold any 32-bit value, also one that reading it as the
-// enumeration would make undefined; so it is taken as the integer it is.
+// A caller can store any 32-bit value in an enumeration, even one for which reading the enumeration
+// is undefined behaviour. So it is copied as an integer.
 template <typename Enumeration>
 Sint32 rawValue(const Enumeration& value) {
     static_assert(sizeof(Enumeration) == sizeof(Sint32));

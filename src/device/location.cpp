@@ -40,7 +40,7 @@ bool validateValue(const HJson* reply, const char* name) {
     return false;
 }
 
-// Looks at every member, so that the trace names all that are missing.
+// Reads every member, so that the trace names each missing one.
 bool isComplete(const HJson* reply) {
     bool complete = true;
     for (const Member& member : kMembers) {

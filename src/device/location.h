@@ -7,12 +7,12 @@
 
 namespace tav {
 
-// Events point at this state, so it never moves, and a location event's pointer is read as a
-// TAV_Location.
+// Events point at this state, so it never moves. The application reads a location event's pointer
+// as a TAV_Location.
 struct gpsCallbackContext {
     gpsCallbackContext();
 
-    // Forgets fix, failure and tracking; the open call stays.
+    // Clears fix, failure and tracking, but not the open call.
     void clear();
 
     TAV_Location location;

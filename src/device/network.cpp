@@ -11,7 +11,7 @@
 
 namespace {
 
-// Only a handle for requests to the kernel.
+// The socket is only a handle for requests to the kernel.
 class Socket {
 public:
     Socket() : m_descriptor(socket(AF_INET, SOCK_STREAM, 0)) {}
@@ -25,7 +25,7 @@ public:
 
     bool isOpen() const { return m_descriptor >= 0; }
 
-    // One address of the interface that the record names.
+    // Requests one address of the interface that the record names.
     bool readAddress(unsigned long request, ifreq* interface, Uint32* address) const {
         if (ioctl(m_descriptor, request, interface) < 0) {
             return false;

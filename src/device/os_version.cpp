@@ -11,7 +11,7 @@ namespace {
 
 constexpr char kVersionProperty[] = "com.vire.properties.version";
 
-// How many bits a long has depends on the device; a number that is too large is cut to 32.
+// The size of a long depends on the device. A number that is too large is truncated to 32 bits.
 Sint32 parseNumber(const char* text) {
     constexpr long kMin = std::numeric_limits<Sint32>::min();
     constexpr long kMax = std::numeric_limits<Sint32>::max();
@@ -29,7 +29,7 @@ void cutAtBlank(char* text) {
     text[std::strcspn(text, " ")] = '\0';
 }
 
-// Cuts the text into its numbers. The second dot may stand in a later word than the first.
+// Splits the text into its numbers. The second dot may be in a later word than the first.
 void parseVersion(char* text, TAV_OSVersion* version) {
     char* firstDot = std::strchr(text, '.');
     if (firstDot == nullptr) {

@@ -47,7 +47,7 @@ using GlibText = std::unique_ptr<char, GlibDeleter>;
 Database openPreferences() {
     sqlite3* handle = nullptr;
     const int result = sqlite3_open(kDatabase, &handle);
-    Database database(handle);  // a failed open leaves a handle too
+    Database database(handle);  // to be closed even when opening failed
     if (result != SQLITE_OK) {
         return nullptr;
     }
@@ -62,7 +62,7 @@ Statement prepare(const Database& database, const char* query) {
     return Statement(statement);
 }
 
-// Null where the row has no such column, or a null in it. Valid as long as the statement.
+// Null when the row has no such column, or null in it. Valid as long as the statement.
 const char* valueText(const Statement& statement) {
     return reinterpret_cast<const char*>(sqlite3_column_text(statement.get(), kValueColumn));
 }

@@ -4,8 +4,9 @@
 
 namespace tav {
 
-// Copies a member of a preference whose value is a JSON object. Failures are reported, except what
-// the host says of the member (other than that it does not fit), for which there is no message.
+// Copies a member of a preference whose value is a JSON object. Failures are reported, except those
+// of the host's look-up of the member, which have no message (other than that the value does not
+// fit).
 int getPrefsDBField(const char* key, const char* member, char* buffer, int bufferLength);
 
 // Copies a system property. Leaves it to the caller to report a failure.

@@ -28,7 +28,7 @@ constexpr char kUnknownFunction[] = "Unknown Function";
 
 struct JSHandlerEntry {
     TAV_JSHandler handler;
-    JSHandlerEntry* next;  // with the same last bits of the hash, in the order of registration
+    JSHandlerEntry* next;  // in the same bucket of the hash table, in the order of registration
     std::size_t hash;      // of the stored name
     char name[kStoredNameSize];
 };
@@ -37,8 +37,9 @@ std::size_t hashOf(const char* name) {
     return std::hash<std::string_view>()(name);
 }
 
-// Owns its entries. Names are unique, as far as the cut of long ones allows. The list has the order
-// of registration; chains through the same entries find a name, and need no memory of their own.
+// Owns its entries. Names are unique, apart from long ones that are equal once they are cut. The
+// list has the order of registration. The chains of a hash table link the same entries, so a
+// look-up by name is fast and the chains need no allocation.
 class HandlerRegistry {
 public:
     ~HandlerRegistry() { clear(); }
@@ -73,7 +74,7 @@ public:
         while (*end != nullptr) {
             end = &(*end)->next;
         }
-        *end = entry.release();  // the list and its chain have it now
+        *end = entry.release();  // owned by the list and in its chain from here on
         return true;
     }
 
@@ -94,9 +95,8 @@ private:
 
 HandlerRegistry g_jsHandlers;
 
-// The parameters of one call. There is room for a few, and it grows with those that are really
-// there: the count that the page sends, which is anything it likes, must not decide how much memory
-// is taken.
+// The parameters of one call. There is room for a few, and it grows with those that really arrive.
+// The count that the page sends is not trusted and must not decide how much memory is allocated.
 class ParameterList {
 public:
     ParameterList() = default;
@@ -114,7 +114,7 @@ public:
     int size() const { return m_size; }
     char** texts() const { return m_size > 0 ? m_texts : nullptr; }
 
-    // Takes the text over in either case. False when memory is exhausted.
+    // Takes ownership of the text in either case. False when memory is exhausted.
     bool append(std::unique_ptr<char[]> text) {
         if (static_cast<std::size_t>(m_size) == m_capacity && !grow()) {
             return false;
@@ -145,7 +145,7 @@ private:
     int m_size = 0;
 };
 
-// Reads what was announced, or what is there where the message ends before. False when memory is
+// Reads the announced parameters, or fewer when the message ends before. False when memory is
 // exhausted.
 bool readParameters(HDataReader& reader, int announced, ParameterList* parameters) {
     while (parameters->size() < announced) {
@@ -165,7 +165,7 @@ TAV_JSHandler findHandler(const char* name) {
     return entry != nullptr ? entry->handler : nullptr;
 }
 
-// False when memory does not suffice to perform the call.
+// False when there is not enough memory to perform the call.
 bool callHandler(TAV_JSHandler handler, HDataReader& reader, TAV_JSParameters* call) {
     call->count = reader.readInt();
     call->reply = tav::g_emptyAnswer;
@@ -204,7 +204,7 @@ bool jsMethodCallback(HDataReader* reader, HDataWriter* writer) {
     if (!reader->isSuccessful()) {
         return false;
     }
-    // From here on the entry is not touched: its handler may delete it.
+    // The handler may delete the entry, so it is not used from here on.
     const TAV_JSHandler handler = findHandler(name);
     bool isPerformed = true;
     if (handler == nullptr) {

@@ -10,8 +10,8 @@ namespace tav {
 // Set by the first successful TAV_JSRegistrationComplete; nothing clears it.
 extern bool g_jsRegistrationComplete;
 
-// The answer of a call that the page makes, until its handler gives one: the empty text, which
-// takes no memory and is never released.
+// The answer to a call of the page until its handler sets one: the empty text, which is never
+// released.
 extern char g_emptyAnswer[];
 
 // Writes the number of methods, then their names in the order of registration. Always true.

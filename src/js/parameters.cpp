@@ -50,7 +50,8 @@ const char* TAV_GetJSParamString(TAV_JSParameters* parameters, int index) {
 
 int TAV_GetJSParamInt(TAV_JSParameters* parameters, int index) {
     HTracker_funcTrack("tav_f", __func__, "%p, %d", static_cast<void*>(parameters), index);
-    // A long may be wider than the result: what does not fit becomes the nearest value that does.
+    // A long may be wider than the result. A value that does not fit becomes the nearest one that
+    // does.
     const long value = std::strtol(parameterText(parameters, index), nullptr, 10);
     return static_cast<int>(
         std::clamp<long>(value, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
@@ -68,7 +69,7 @@ int TAV_JSReply(TAV_JSParameters* parameters, const char* reply) {
     }
     const char* text = reply != nullptr ? reply : "";
     const bool isOwned = parameters->reply != tav::g_emptyAnswer;
-    // Copied before the old reply goes: the new one may be part of it.
+    // Copied before the old reply is released, because the new one may be a part of it.
     char* copy = !isOwned && *text == '\0' ? parameters->reply : copyText(text);
     if (isOwned) {
         delete[] parameters->reply;

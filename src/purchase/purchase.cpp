@@ -11,7 +11,7 @@
 #include "services/bus.h"
 #include "tav.h"
 
-// The application releases each record itself, and the record its reply.
+// The application releases each record, and the record owns its reply.
 struct TAV_ItemCollection {
     tav::HStringPtr json;
 };
@@ -57,7 +57,7 @@ bool isFalse(const HString* value) {
     return strcasecmp(HString_toStr(value), "false") == 0;
 }
 
-// A reply whose value is absent, or cannot be had, is a success.
+// A reply without the value, or whose value cannot be read, counts as a success.
 tav::HStringPtr dispatch(const char* uri, const char* payload, bool waitWithoutTimeOut) {
     const int timeoutMs = waitWithoutTimeOut ? kNoTimeout : kTimeoutMs;
     tav::HStringPtr reply = tav::blockingKSCall(uri, payload, tav::kForApplication, timeoutMs);
@@ -75,7 +75,7 @@ tav::HStringPtr dispatch(const char* uri, const char* payload, bool waitWithoutT
 template <typename Record>
 Record* request(const char* function, const char* uri, const char* payload,
                 bool waitWithoutTimeOut) {
-    // Comes first: what was bought must not be lost for want of memory.
+    // Allocated first: a purchase must not be lost because memory is exhausted.
     std::unique_ptr<Record> record(new (std::nothrow) Record);
     if (record == nullptr) {
         return TAV_FAIL(function, nullptr, tav::kNoString);

@@ -13,8 +13,8 @@ constexpr char kVantorPublic[] = "/usr/vire/ks2/templates/Vantor.pub";
 constexpr char kVantorPrivate[] = "/usr/vire/ks2/templates/Vantor.prv";
 constexpr char kVantorExecutable[] = "js";
 
-// Room for every path that there can be. An id that does not fit names no file, cut or whole, since
-// no file name is that long.
+// Room for every possible path. An id that does not fit is longer than any file name, so no file
+// can have it as its name, whether the path is cut or not.
 constexpr int kPathSize = 4096;
 
 void generateRole(const char* templatePath, const char* directory, const char* appId,
@@ -26,7 +26,7 @@ void generateRole(const char* templatePath, const char* directory, const char* a
 
 void generateRoles(const char* publicTemplate, const char* privateTemplate, const char* appId,
                    const char* exePath) {
-    // Such an id would put its role files outside the store.
+    // With such an id, the role files would be outside of the store.
     if (std::strchr(appId, '/') != nullptr) {
         return;
     }

@@ -8,15 +8,14 @@
 
 namespace tav {
 
-// What kobGenerateRole does, without copies of the texts.
+// kobGenerateRole without copies of the texts.
 void generateKobRoles(const char* appId, const char* exePath);
 
 }  // namespace tav
 
-// Both make sure that the role store is there and write the application's public and private role
-// file, where they are missing. The id is a plain file name: one with a '/' changes nothing. Both
-// families write the same files, so the first one that an application meets decides. Visible to
-// other modules of the platform.
+// Both create the role store and the application's public and private role file, where they are
+// missing. The id is a plain file name; with a '/' in it, nothing happens. Both families write the
+// same files, so the first one that runs decides. Visible to other modules of the platform.
 
 // From the development kit's templates, which name the application's executable.
 TAV_API void kobGenerateRole(std::string appId, std::string exePath);

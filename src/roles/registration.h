@@ -4,9 +4,9 @@
 
 #include "tav.h"
 
-// Has the roles of the running application generated, which only the root user can do. TAV_NOERROR
-// once the generation was run, whatever came of it; TAV_EOTHER, with the reason in the trace alone,
-// when it was not. Visible to other modules of the platform.
+// Generates the roles of the running application, which only the root user can do. TAV_NOERROR when
+// the generation was run, whatever its outcome. TAV_EOTHER when it was not; only the trace has the
+// reason. Visible to other modules of the platform.
 TAV_API int registerRoleFile();
 
 #endif

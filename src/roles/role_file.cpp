@@ -33,7 +33,7 @@ bool isMissing(const char* path) {
     return stat(path, &status) != 0 && errno == ENOENT;
 }
 
-// An ancestor that is there already makes its mkdir fail, which does no harm.
+// mkdir fails for a parent that exists already, which does no harm.
 void createStoreWithAncestors() {
     char path[sizeof tav::kRoleStore];
     std::snprintf(path, sizeof path, "%s", tav::kRoleStore);
@@ -46,7 +46,7 @@ void createStoreWithAncestors() {
     mkdir(path, kDirectoryMode);
 }
 
-// A line of a template, in storage of getline() that grows with what is inserted.
+// A line of a template, in getline()'s buffer, which grows with each insertion.
 struct Line {
     char* text = nullptr;
     std::size_t capacity = 0;
@@ -77,14 +77,14 @@ struct Line {
     }
 };
 
-// Replaces every placeholder, also one that an insertion completes together with the text beside
-// it: such a one begins less than a placeholder's length before the insertion. A value that holds
-// its own placeholder is not searched again.
+// Replaces every placeholder. An insertion may complete another placeholder together with the text
+// beside it. That one begins less than a placeholder's length before the insertion, so the search
+// goes back this far. A value that contains its own placeholder is not searched again.
 //
-// Values made of pieces of the placeholder can complete new ones for ever, hence the limit. No
-// other value comes near it: one that completes nothing needs a replacement for each placeholder of
-// the line, which has as many bytes, and one that is shorter than the placeholder makes the line
-// shorter each time.
+// The number of replacements is limited, because a value that consists of pieces of the placeholder
+// can complete new ones without end. Other values do not reach the limit. If a value completes no
+// placeholder, there is one replacement for each placeholder of the line. If it is shorter than the
+// placeholder, each replacement makes the line shorter.
 //
 // False when memory is exhausted.
 bool replaceAll(Line* line, std::string_view placeholder, std::string_view value) {
@@ -106,8 +106,8 @@ bool replaceAll(Line* line, std::string_view placeholder, std::string_view value
     return true;
 }
 
-// The text behind the template's last '\n' is a line too, even when it is empty. False when reading
-// fails, as it does for a directory, or memory.
+// The text after the template's last '\n' is a line too, even when it is empty. False when reading
+// fails, as it does for a directory, or memory is exhausted.
 bool copyTemplate(std::FILE* source, std::FILE* target, std::string_view appId,
                   std::string_view exePath) {
     Line line;
@@ -132,19 +132,20 @@ bool copyTemplate(std::FILE* source, std::FILE* target, std::string_view appId,
     return true;
 }
 
-// The role file is there from the moment it is opened, so a reader can meet it empty or in part
-// until it is closed, and two processes that start together both write it, with the same text. The
-// bus reads role files when it is told to, and each writer tells it after its own file is complete.
+// There is a harmless race: the role file exists as soon as it is opened, so a reader can see it
+// empty or incomplete, and two processes that start together both write it, with the same text. The
+// bus reads role files when it is told to, and each writer tells it only after its file is
+// complete.
 void writeRoleFile(const char* templatePath, const char* rolePath, const char* appId,
                    const char* exePath) {
     const FilePtr source = openFile(templatePath, "r");
-    // Opened without a template too: the empty file keeps later starts from trying again.
+    // Opened even without a template: the empty file keeps later starts from trying again.
     const FilePtr target = openFile(rolePath, "w");
     if (source == nullptr || target == nullptr) {
         return;
     }
     if (!copyTemplate(source.get(), target.get(), appId, exePath)) {
-        std::remove(rolePath);  // what is there is never written again, so it must be complete
+        std::remove(rolePath);  // an existing file is never written again, so it must be complete
     }
 }
 
@@ -170,7 +171,7 @@ void generateRoleFile(const char* templatePath, const char* rolePath, const char
         return;
     }
     writeRoleFile(templatePath, rolePath, appId, exePath);
-    // Waits for the command. It may be missing or fail, and nobody here could do anything about it.
+    // Waits for the command. It may be missing or fail, which cannot be helped here.
     std::ignore = std::system(kRescanCommand);
 }
 

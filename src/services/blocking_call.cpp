@@ -12,7 +12,7 @@ namespace {
 
 constexpr int kPollPeriodMs = 50;
 
-// Polling is what lets the bus deliver replies.
+// The bus delivers replies during SDL_PollEvent.
 void dropEvents() {
     for (SDL_Event event; SDL_PollEvent(&event) != 0;) {}
 }
@@ -41,7 +41,7 @@ HStringPtr blockingKSCall(const char* uri, const char* payload, bool option, int
     if (token == kNoCall) {
         return TAV_FAIL(__func__, nullptr, "failed to dispatch call");
     }
-    // Counted in 64 bits, because a wait without limit may last for weeks.
+    // 64 bits, because a wait without a time-out may last for weeks.
     std::int64_t elapsedMs = 0;
     do {
         if (call.done && call.reply == nullptr) {

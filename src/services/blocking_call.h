@@ -6,14 +6,15 @@
 
 namespace tav {
 
-// What a waiting call shares with its reply function; it lives as long as the wait.
+// State that a blocking call shares with its reply function, for as long as it waits.
 struct BlockingCallContext {
-    HStringPtr reply;  // null once a reply did not fit into memory
+    HStringPtr reply;  // null after a reply for which there was no memory
     bool done = false;
 };
 
-// Sends the request and waits for its reply, at most for the time-out where that is above 0. Events
-// that SDL queues meanwhile are dropped. Null after a failure, which is reported.
+// Sends the request and waits for its reply: at most for the time-out, or without limit when that
+// is 0 or less. Drops the events that SDL queues meanwhile. Null after a failure, which is
+// reported.
 HStringPtr blockingKSCall(const char* uri, const char* payload, bool option, int timeoutMs);
 
 void blockingCallCallback(int token, const char* reply, void* context);

@@ -1,4 +1,4 @@
-// What every request over the message bus has in common.
+// Helpers for all requests over the message bus.
 #ifndef TAV_SERVICES_BUS_H
 #define TAV_SERVICES_BUS_H
 
@@ -10,7 +10,7 @@
 
 namespace tav {
 
-// In place of a token: no call, or one that could not be dispatched.
+// The token of no call, and of a request that could not be dispatched.
 inline constexpr int kNoCall = -1;
 
 // The bus caller's option: in whose name a request goes out.
@@ -29,7 +29,7 @@ inline int sendRequest(const char* function, const char* uri, const char* payloa
     return TAV_NOERROR;
 }
 
-// A payload of any length, for text that a caller gave. Null when memory is exhausted.
+// A payload of any length, for text from a caller. Null when memory is exhausted.
 template <typename... Arguments>
 HStringPtr formatPayload(const char* format, Arguments... arguments) {
     HStringPtr payload(HString_alloc());

@@ -58,7 +58,8 @@ void userCallback(int token, const char* reply, void* context) {
     const std::uint64_t serial = call->serial;
     TAV_ServiceParameters parameters = {reply, 0, 0};
     call->callback(&parameters, call->userData);
-    // The application may have removed the call, and another may live at its address by now.
+    // The pointer may be dangling: the application may have removed the call, and another one may
+    // have been allocated at its address.
     if (isOneShot && isOpen(call) && call->serial == serial) {
         g_openCalls.remove(call);
         delete call;
@@ -93,7 +94,7 @@ int TAV_ServiceCallWithCallback(const char* uri, const char* payload, TAV_Servic
         NApp_GetKSCaller()->ksCancelCall(call->token);
         return TAV_FAIL(__func__, TAV_ECONNECTION, kNotDispatched);
     }
-    std::ignore = call.release();  // the registry has it now
+    std::ignore = call.release();  // owned by the registry from here on
     return TAV_NOERROR;
 }
 

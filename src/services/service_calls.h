@@ -17,15 +17,16 @@ struct UserCallbackContext {
     void* userData = nullptr;
     int token;
     Sint32 removeAfterResponse = 1;  // 0 for a subscription
-    std::uint64_t serial;            // no other call ever has the same
+    std::uint64_t serial;            // unique for all calls of the process
 };
 
-// Hands a reply on to the function of the call that it belongs to.
+// Passes a reply to the function of the call that it belongs to.
 void userCallback(int token, const char* reply, void* context);
 
 }  // namespace tav
 
-// Forgets all open calls and cancels none. Visible to other modules of the platform.
+// Removes all open calls from the registry without cancelling them. Visible to other modules of the
+// platform.
 TAV_API void TAV_ServicesQuit();
 
 #endif
