@@ -4,6 +4,7 @@ import json
 import os
 import shutil
 import subprocess
+import sys
 import tempfile
 import time
 
@@ -32,25 +33,27 @@ class OnPrivateBuses(dbusmock.DBusTestCase):
         self.program = shutil.copy(DRIVER, self.folder)
 
     def environment(self, **changes):
-        environment = dict(os.environ, SDL_VIDEODRIVER="dummy", LANG="C", HOME=self.folder,
-                           XDG_RUNTIME_DIR=self.folder, XDG_DATA_HOME=self.folder + "/share",
-                           XDG_CONFIG_HOME=self.folder + "/config")
-        for name in ("LC_ALL", "LC_MESSAGES"):
-            environment.pop(name, None)
-        environment.update(changes)
+        environment = dict(os.environ, SDL_VIDEODRIVER="dummy", LANG="C", LC_ALL=None,
+                           LC_MESSAGES=None, HOME=self.folder, XDG_RUNTIME_DIR=self.folder,
+                           XDG_DATA_HOME=self.folder + "/share",
+                           XDG_CONFIG_HOME=self.folder + "/config") | changes
         return {name: value for name, value in environment.items() if value is not None}
 
     def start(self, *arguments, **changes):
         return self.start_program(self.program, *arguments, **changes)
 
-    def start_program(self, *command, **changes):
+    def start_program(self, *command, stderr=subprocess.PIPE, **changes):
         process = subprocess.Popen(command, env=self.environment(**changes), stdout=subprocess.PIPE,
-                                   stderr=subprocess.PIPE, text=True)
-        self.addCleanup(process.stderr.close)
-        self.addCleanup(process.stdout.close)
-        self.addCleanup(process.wait)
+                                   stderr=stderr, text=True)
+        self.addCleanup(process.__exit__, None, None, None)
         self.addCleanup(process.kill)
         return process
+
+    def start_service(self, *command, **changes):
+        """Starts one of the programs in this folder, or another program, as a service."""
+        if command[0].endswith(".py"):
+            command = (sys.executable, HERE + "/" + command[0], *command[1:])
+        return self.start_program(*command, stderr=subprocess.DEVNULL, **changes)
 
     def finish(self, process):
         lines = process.stdout.read().splitlines()
@@ -69,10 +72,13 @@ class OnPrivateBuses(dbusmock.DBusTestCase):
         """Starts a mock, which ends with the test, and returns its object."""
         server = self.spawn_server(name, path, interface, on_system, stdout=subprocess.DEVNULL)
         self.addCleanup(self.stop, server)
-        bus = self.system if on_system else self.session
-        mock = dbus.Interface(bus.get_object(name, path), dbusmock.MOCK_IFACE)
+        mock = self.mock(name, path, on_system)
         mock.server = server
         return mock
+
+    def mock(self, name, path, on_system=False):
+        bus = self.system if on_system else self.session
+        return dbus.Interface(bus.get_object(name, path), dbusmock.MOCK_IFACE)
 
     @staticmethod
     def stop(server):
@@ -81,9 +87,8 @@ class OnPrivateBuses(dbusmock.DBusTestCase):
 
     def start_bus(self, address):
         """A bus of the test's own, which it may end, too."""
-        server = subprocess.Popen(["dbus-daemon", "--session", "--nofork", "--nopidfile",
-                                   "--address=" + address], stderr=subprocess.DEVNULL)
-        self.addCleanup(self.stop, server)
+        server = self.start_service("dbus-daemon", "--session", "--nofork", "--nopidfile",
+                                    "--address=" + address)
         self.wait_for(lambda: self.has_owner(address, "org.freedesktop.DBus"))
         return server
 

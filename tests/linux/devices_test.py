@@ -1,12 +1,10 @@
 """Location, compass and motor."""
 
 import os
-import subprocess
 from unittest import mock
 
 import dbus
 import dbus.bus
-import dbusmock
 
 from buses import DRIVER, OnPrivateBuses
 
@@ -30,8 +28,7 @@ class Location(OnPrivateBuses):
         manager.AddObject(CLIENT_PATH, GEOCLUE + ".Client",
                           {"DesktopId": "", "RequestedAccuracyLevel": dbus.UInt32(0)},
                           [("Stop", "", "", "")])
-        client = dbus.Interface(self.system.get_object("com.example.GeoClue", CLIENT_PATH),
-                                dbusmock.MOCK_IFACE)
+        client = self.mock("com.example.GeoClue", CLIENT_PATH, True)
         update = ('self.EmitSignal("", "LocationUpdated", "oo", '
                   '[dbus.ObjectPath("/"), dbus.ObjectPath("/location")])')
         client.AddMethod(GEOCLUE + ".Client", "Start", "", "", on_start or update)
@@ -113,8 +110,7 @@ if not {answer}:
     self.EmitSignal("", "LocationUpdated", "oa{{sv}}", [args[0], {self.VALUES}])""")
             self.assertEqual(self.run_driver("location", "1"), ["tracking 0", expected])
             session = self.calls(desktop)[-1][1][0]
-            closed = dbus.Interface(self.session.get_object(portal, session), dbusmock.MOCK_IFACE)
-            self.assertEqual(self.calls(closed), [("Close", [])])
+            self.assertEqual(self.calls(self.mock(portal, session)), [("Close", [])])
 
     def test_geoclue_is_the_compass_where_there_is_no_other(self):
         _, client = self.geoclue()
@@ -133,10 +129,8 @@ class Sensors(OnPrivateBuses):
         devices = self.folder + "/devices"
         with open(devices, "w") as file:
             file.write(self.DEVICE)
-        server = subprocess.Popen(["umockdev-run", "--device", devices, "--",
-                                   "/usr/sbin/iio-sensor-proxy"],
-                                  env=dict(os.environ, FAKE_COMPASS="1"),
-                                  stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        server = self.start_service("umockdev-run", "--device", devices, "--",
+                                    "/usr/sbin/iio-sensor-proxy", FAKE_COMPASS="1")
         self.addCleanup(self.stop, server)
         self.wait_for_bus_object("net.hadess.SensorProxy", self.COMPASS, True)
         return server
@@ -168,10 +162,7 @@ class Sensors(OnPrivateBuses):
 
 class Feedback(OnPrivateBuses):
     def test_the_real_daemon_takes_the_event(self):
-        server = subprocess.Popen(["/usr/libexec/feedbackd"],
-                                  env=dict(os.environ, GSETTINGS_BACKEND="memory"),
-                                  stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-        self.addCleanup(self.stop, server)
+        self.start_service("/usr/libexec/feedbackd", GSETTINGS_BACKEND="memory")
         self.wait_for_bus_object("org.sigxcpu.Feedback", "/org/sigxcpu/Feedback")
         self.assertEqual(self.reply("call", "vire://com.vire.vibrate/vibrate",
                                     '{"period":200,"duration":500}'), {"returnValue": True})

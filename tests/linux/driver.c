@@ -11,7 +11,7 @@
  *     location N | compass N   N fixes or failures, N readings
  *     wait FILE                until the file is there, with events handled
  *     browse URL | mail SUBJECT BODY TO | vibrate PERIOD DURATION | port NUMBER FLAG | pause
- *     keyboard FLAG | timeout FLAG | banners FLAG | refusals | about | purchase | minimize
+ *     keyboard FLAG | timeout FLAG | banners FLAG | refusals | about | minimize
  */
 #include <malloc.h>
 #include <stdio.h>
@@ -86,8 +86,7 @@ static void waitFor(int count)
 
 static void outcome(const char *what, int code)
 {
-    printf("%s %d%s%s\n", what, code, code != TAV_NOERROR ? " " : "",
-           code != TAV_NOERROR ? TAV_GetError() : "");
+    printf(code != TAV_NOERROR ? "%s %d %s\n" : "%s %d\n", what, code, TAV_GetError());
 }
 
 static int call(const char *uri, const char *payload, SDL_bool once)
@@ -139,6 +138,7 @@ static void refusals(char *a[])
     outcome("pause UI", TAV_CustomPauseUiEnable(SDL_TRUE));
     outcome("touch", TAV_SetTouchAggression(1));
     outcome("JavaScript", TAV_JSRegistrationComplete());
+    outcome("item", TAV_GetItemInfo("extra") == NULL);
     printf("plugin %d\n", TAV_IsPlugin());
 }
 
@@ -162,21 +162,6 @@ static void about(char *a[])
     printf("%s\n", text);
     TAV_GetDataFilePath("appinfo.json", text, sizeof text);
     printf("%s\n", text);
-}
-
-static void minimize(char *a[])
-{
-    (void)a;
-    SDL_SetVideoMode(64, 64, 0, SDL_SWSURFACE);
-    outcome("minimize", TAV_Minimize());
-}
-
-static void purchase(char *a[])
-{
-    TAV_ItemInfo *item = TAV_GetItemInfo("extra");
-
-    (void)a;
-    printf("item %s\n", item != NULL ? TAV_GetItemJSON(item) : TAV_GetError());
 }
 
 static void callOnce(char *a[])
@@ -249,8 +234,7 @@ static const struct {
 } commands[] = {{"call", 2, callOnce},   {"subscribe", 3, subscribe}, {"abandon", 2, abandon},
                 {"cancel", 3, cancel},   {"repeat", 3, repeat},       {"location", 1, location},
                 {"compass", 1, compass}, {"wait", 1, waitForFile},    {"refusals", 0, refusals},
-                {"about", 0, about},     {"purchase", 0, purchase},   {"thread", 2, callOnce},
-                {"fork", 2, callInFork}, {"minimize", 0, minimize}};
+                {"about", 0, about},     {"thread", 2, callOnce},     {"fork", 2, callInFork}};
 
 #define TAKE(NAME, ARGUMENTS, CALL) \
     if (strcmp(a[0], NAME) == 0) {  \
@@ -273,6 +257,7 @@ static int perform(char *a[])
     TAKE("timeout", 1, TAV_ScreenTimeoutEnable(atoi(a[1])))
     TAKE("banners", 1, TAV_BannerMessagesEnable(atoi(a[1])))
     TAKE("pause", 0, TAV_NotifyMusicPlaying(SDL_TRUE))
+    TAKE("minimize", 0, SDL_SetVideoMode(64, 64, 0, 0) != NULL ? TAV_Minimize() : -1)
     for (i = 0; i < sizeof commands / sizeof *commands; ++i) {
         if (strcmp(a[0], commands[i].name) == 0) {
             commands[i].perform(a + 1);

@@ -13,30 +13,28 @@ using tavlinux::jsonFromResult;
 
 namespace {
 
-// The arguments of a method, named a, b, … ; of the last, unless there is one only, nothing is
-// known but the type.
+// The arguments of a method: the first is named a, those between b, c and so on, the last has no
+// name.
 class Arguments {
 public:
-    explicit Arguments(const std::vector<std::string>& types) : m_types(types) {
+    explicit Arguments(const std::vector<std::string>& types) {
+        std::string xml = "<node><interface name='x.y'><method name='m'>";
         for (size_t i = 0; i < types.size(); ++i) {
-            m_names.push_back(i == 0 || i + 1 < types.size() ? std::string(1, char('a' + i)) : "");
+            const bool isNamed = i == 0 || i + 1 < types.size();
+            xml += "<arg type='" + types[i] + "'";
+            xml += isNamed ? std::string(" name='") + char('a' + i) + "'/>" : "/>";
         }
-        for (size_t i = 0; i < types.size(); ++i) {
-            m_infos.push_back({1, m_names[i].data(), m_types[i].data(), nullptr});
-        }
-        for (GDBusArgInfo& info : m_infos) {
-            m_pointers.push_back(&info);
-        }
-        m_pointers.push_back(nullptr);
+        m_node =
+            g_dbus_node_info_new_for_xml((xml + "</method></interface></node>").c_str(), nullptr);
     }
+    ~Arguments() { g_dbus_node_info_unref(m_node); }
+    Arguments(const Arguments&) = delete;
+    Arguments& operator=(const Arguments&) = delete;
 
-    GDBusArgInfo* const* get() const { return m_pointers.data(); }
+    GDBusArgInfo* const* get() const { return m_node->interfaces[0]->methods[0]->in_args; }
 
 private:
-    std::vector<std::string> m_types;
-    std::vector<std::string> m_names;
-    std::vector<GDBusArgInfo> m_infos;
-    std::vector<GDBusArgInfo*> m_pointers;
+    GDBusNodeInfo* m_node;
 };
 
 struct Unref {

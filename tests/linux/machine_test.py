@@ -8,7 +8,6 @@ import dbus
 from buses import OnPrivateBuses
 
 
-
 class Machine(OnPrivateBuses):
     def describe(self):
         with open(self.folder + "/appinfo.json", "w") as file:

@@ -2,7 +2,6 @@
 
 import os
 import re
-import subprocess
 import sys
 
 from buses import BUILD, HERE, OnPrivateBuses
@@ -17,8 +16,7 @@ class Programs(OnPrivateBuses):
         return self.finish(self.start_program(*command, **changes))
 
     def device_services(self):
-        server = subprocess.Popen([sys.executable, HERE + "/device_services.py", "0"])
-        self.addCleanup(self.stop, server)
+        self.start_service("device_services.py", "0")
         for name in ("battery", "clock"):
             self.wait_for_bus_object("com.vire." + name, "/com/vire/" + name)
 

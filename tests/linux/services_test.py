@@ -3,13 +3,9 @@
 import json
 import os
 import subprocess
-import sys
 import time
 
-import dbus
-
-from buses import HERE, LONGEST_RUN, OnPrivateBuses
-
+from buses import LONGEST_RUN, OnPrivateBuses
 
 
 class Services(OnPrivateBuses):
@@ -70,10 +66,8 @@ class Services(OnPrivateBuses):
                              "subscribe", uri, '{"subscribe":true}', "2")
         time_limit = time.monotonic() + LONGEST_RUN
         mock.AddProperty(self.NAME, "Rain", 0.0)
-        value = 0.0
         while process.poll() is None and time.monotonic() < time_limit:
-            value += 1.0
-            mock.UpdateProperties(self.NAME, {"Rain": value})
+            mock.UpdateProperties(self.NAME, {"Rain": time.monotonic()})
         lines = self.finish(process)
         self.assertEqual(len(lines), 2)
         first = json.loads(lines[0].removeprefix("reply "))
@@ -116,12 +110,11 @@ class Services(OnPrivateBuses):
 
     def test_hostile_services_harm_nobody(self):
         asked = self.folder + "/asked"
-        server = subprocess.Popen([sys.executable, HERE + "/hostile_service.py", self.NAME, asked])
-        self.addCleanup(self.stop, server)
+        self.start_service("hostile_service.py", self.NAME, asked)
         self.wait_for_bus_object(self.NAME, "/com/example/Weather")
-        self.assertFalse(self.reply("call", self.URI + "garbage/Ask", "{}")["returnValue"])
-        self.assertFalse(self.reply("call", self.URI + "types/Ask", "{}")["returnValue"])
-        self.assertFalse(self.reply("call", self.URI + "signature/Ask", '{"a":1}')["returnValue"])
+        for path in ("garbage", "types", "signature"):
+            reply = self.reply("call", f"{self.URI}{path}/Ask", '{"a":1}')
+            self.assertFalse(reply["returnValue"], path)
         large = self.reply("call", self.URI + "large/Ask", "{}")
         self.assertEqual(len(large["a"]), 1000000)
         self.assertEqual(self.reply("call", self.URI + "other/Ask", "{}"),
@@ -135,14 +128,9 @@ class Services(OnPrivateBuses):
 
 
 class BusThatDisappears(OnPrivateBuses):
-    def service(self, *command):
-        server = subprocess.Popen(
-            [sys.executable, *command], stderr=subprocess.DEVNULL,
-            env=self.environment(DBUS_SESSION_BUS_ADDRESS=self.address))
-        self.addCleanup(self.stop, server)
-
     def hostile(self, asked):
-        self.service(HERE + "/hostile_service.py", "com.example.Weather", asked)
+        self.start_service("hostile_service.py", "com.example.Weather", asked,
+                           DBUS_SESSION_BUS_ADDRESS=self.address)
         self.wait_for(lambda: self.has_owner(self.address, "com.example.Weather"))
 
     def test_calls_fail_until_there_is_one_again(self):
@@ -171,7 +159,7 @@ class BusThatDisappears(OnPrivateBuses):
         process = None
         for first in ("0", "1000000"):
             server = self.start_bus(self.address)
-            self.service(HERE + "/device_services.py", first)
+            self.start_service("device_services.py", first, DBUS_SESSION_BUS_ADDRESS=self.address)
             self.wait_for(lambda: self.has_owner(self.address, "com.vire.clock"))
             process = process or self.start("subscribe", "vire://com.vire.clock/ticks", "{}", "999",
                                             DBUS_SESSION_BUS_ADDRESS=self.address)

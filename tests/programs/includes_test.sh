@@ -6,34 +6,12 @@ source "$(dirname "$0")/check.sh"
 cd "$TAV_SOURCE"
 
 # From top to bottom.
-rooms=(
-    tools
-    tools/test
-    tools/control
-    tools/process
-    simulator/interface
-    simulator/front
-    simulator/scenario
-    simulator/control
-    simulator/input
-    simulator/screen
-    simulator/page
-    simulator/bus
-    simulator/host
-    simulator/world
-    simulator/device
-    simulator/process
-    simulator/time
-    linux/host
-    linux/services
-    linux/bus
-    linux/application
-    front
-    helper
-    base/json
-    base
-    platform
-)
+rooms=(tools tools/test tools/control tools/process
+    simulator/interface simulator/front simulator/scenario simulator/control simulator/input
+    simulator/screen simulator/page simulator/bus simulator/host simulator/world simulator/device
+    simulator/process simulator/time
+    linux/host linux/services linux/bus linux/application
+    front helper base/json base platform)
 
 # The inclusions of some folders, each as a line "FILE HEADER".
 inclusions() {
@@ -55,9 +33,7 @@ is_the_librarys() {
 }
 
 declare -A place
-for index in "${!rooms[@]}"; do
-    place[${rooms[index]}]=$index
-done
+for index in "${!rooms[@]}"; do place[${rooms[index]}]=$index; done
 
 count=0
 while read -r file header; do
