@@ -1,4 +1,4 @@
-// What the services of the bus make their answers of.
+// Helpers for services of the bus to make their answers.
 #ifndef TAV_SIMULATOR_BUS_ANSWER_H
 #define TAV_SIMULATOR_BUS_ANSWER_H
 
@@ -14,24 +14,24 @@
 
 namespace tavsim {
 
-// What comes back on one request; its first reply is worked out when the request arrives.
+// The answer to one request. Its first reply is computed when the request arrives.
 struct Answer {
     std::vector<Reply> replies;
     int delay = 0;
     int every = 0;
-    bool isEndless = false;  // behind the last reply, a subscription is answered anew
+    bool isEndless = false;  // after the last reply, a subscription is answered again
     bool isFilled = false;   // the replies are templates
 };
 
-// An object that says that the request was carried out, for more members and its end.
+// Begins an object that says that the request was carried out. The caller adds members and ends it.
 base::JsonWriter successReply();
 
 Answer oneReply(base::JsonWriter& reply, int delay = 0);
 Answer success();
 Answer failure(const std::string& reason, int delay = 0);
 
-// Members of a request, which holds anything. A text that is not there counts as empty, a flag as
-// false, and a number without a value is not a whole number of that range.
+// Members of a request, which is not trusted. A missing text is empty, a missing flag is false. A
+// number without a value is not a whole number in that range.
 std::string textMember(const simdjson::dom::object& request, const char* name);
 bool flagMember(const simdjson::dom::object& request, const char* name);
 std::optional<int64_t> numberMember(const simdjson::dom::object& request, const char* name,

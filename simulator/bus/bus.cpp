@@ -25,7 +25,8 @@ enum class Kind { OneWay, OneReply, Subscription };
 
 constexpr const char* kKindNames[] = {"call", "callWithResponse", "subscribe"};
 
-// The library takes all events of a moment before it sees that its request has been answered.
+// The library takes all events of this moment off SDL's queue before it sees the answer to its
+// request.
 constexpr Milliseconds kSameMoment = 10;
 
 struct Call {
@@ -34,13 +35,13 @@ struct Call {
     Kind kind;
     HKSReplyFunction replyFunction;
     void* context;
-    int version = 0;  // grows when what is on its way shall not arrive any more
+    int version = 0;  // incremented to drop pending replies
 };
 
 struct Bus {
     std::unordered_map<int, Call> open;  // by token
     int lastToken = 0;
-    std::optional<Milliseconds> paymentAnswered;  // when it last was
+    std::optional<Milliseconds> paymentAnswered;  // the time of the last payment answer
 };
 
 Bus& bus() {
@@ -55,7 +56,7 @@ Answer answerTo(const Call& call) {
                : deviceServiceAnswer(call.uri, call.payload);
 }
 
-// The open call; null when what its service was about to answer does not count any more.
+// The open call; null when the pending replies of this version are to be dropped.
 const Call* findCall(int token, int version) {
     const auto found = bus().open.find(token);
     const bool counts = found != bus().open.end() && found->second.version == version;
@@ -69,7 +70,8 @@ void startNextRound(int token, Milliseconds due) {
     scheduleReplies(token, call, answerTo(call), due);
 }
 
-// Queues one round of replies, which share one list, and behind a subscription's last the next.
+// Queues one round of replies, which share one list. After the last reply to a subscription, the
+// next round is queued.
 void scheduleReplies(int token, const Call& call, const Answer& answer, Milliseconds first) {
     const size_t count = call.kind == Kind::Subscription
                              ? answer.replies.size()
@@ -199,8 +201,8 @@ bool deliverReply(int token, const Reply& reply) {
     if (found == bus().open.end()) {
         return false;
     }
-    // The reply function may cancel this call or start others, so nothing of the record is used
-    // after it.
+    // The reply function may cancel this call or start others. The record may be dangling
+    // afterwards, so it is not used.
     const HKSReplyFunction replyFunction = found->second.replyFunction;
     void* context = found->second.context;
     const char* text = reply ? reply->c_str() : nullptr;

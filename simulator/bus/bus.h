@@ -10,22 +10,22 @@
 
 namespace tavsim {
 
-// Withdraws every call.
+// Cancels every call.
 void clearBus();
 
 // In the order of dispatch.
 std::vector<int> openBusCalls(const std::string& uri);
 
-// Whether a request waits for the payment service, or did so until this moment.
+// Whether a request waits for the payment service, or got its answer at this very moment.
 bool isPaymentOpen();
 bool isPaymentAwaited();
 
-// From now on the service answers with this text, which its open subscriptions receive at once, in
-// the place of what was on its way to them. Without a text it answers nothing, and what is on its
-// way to anybody does not arrive.
+// From now on the service answers with this text. Its open subscriptions receive it at once,
+// instead of their pending replies. Without a text it answers nothing, and all pending replies are
+// dropped.
 void answerFromNowOn(const std::string& uri, const std::optional<std::string>& text);
 
-// Hands a reply to an open call now; false when the token stands for none.
+// Delivers a reply to an open call now; false when there is no open call with this token.
 bool deliverReply(int token, const Reply& reply);
 
 }  // namespace tavsim

@@ -40,7 +40,7 @@ std::string locationErrorReply(int code) {
 
 void announce(const Report& report) {
     if (profileService(kLocationUri) != nullptr) {
-        return;  // which answers in place of this one
+        return;  // which replaces this service
     }
     for (const int token : openBusCalls(kLocationUri)) {
         deliverReply(token, replyOf(report));

@@ -1,4 +1,4 @@
-// The location service, which tells where the device is.
+// The location service, which sends the device's position.
 #ifndef TAV_SIMULATOR_BUS_LOCATION_H
 #define TAV_SIMULATOR_BUS_LOCATION_H
 

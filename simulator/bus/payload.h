@@ -1,4 +1,4 @@
-// What is in a request, for services that answer to it.
+// Access to a request's payload, for the services.
 #ifndef TAV_SIMULATOR_BUS_PAYLOAD_H
 #define TAV_SIMULATOR_BUS_PAYLOAD_H
 
@@ -14,12 +14,12 @@
 
 namespace tavsim {
 
-// A payload, which can be anything; one that is no JSON has no members.
+// A payload, which is not trusted. One that is not JSON has no members.
 class Payload {
 public:
     explicit Payload(const std::string& text);
 
-    // A member, or one further in: "item", "item.id", "items.0.id".
+    // A member by its name or path: "item", "item.id", "items.0.id".
     std::optional<simdjson::dom::element> member(std::string_view path) const;
 
     bool matches(const std::map<std::string, PayloadPattern>& patterns) const;
@@ -29,15 +29,15 @@ private:
     std::optional<simdjson::dom::element> m_root;
 };
 
-// What is put in the place of a ${NAME}: as JSON, and in the midst of a text.
+// The replacement of a ${NAME}: as JSON, and as text inside a longer string.
 struct Insertion {
     std::string json = "null";
     std::string text;
 };
 using Insertions = std::function<Insertion(std::string_view name)>;
 
-// Fills a template. One that is a JSON object or list stays one: a string of it that is nothing but
-// a ${NAME} becomes the value. Two $ in front of the brace stand for one.
+// Fills in a template. A template that is a JSON object or list stays valid: a string that consists
+// only of a ${NAME} becomes the value. $${ stands for a literal ${.
 std::string fillTemplate(const std::string& text, const Insertions& insertions);
 
 }  // namespace tavsim

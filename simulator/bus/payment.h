@@ -14,7 +14,7 @@ Answer itemInfo(const simdjson::dom::object& request);
 Answer purchaseItem(const simdjson::dom::object& request);
 Answer pendingPurchase(const simdjson::dom::object& request);
 
-// The user leaves: every purchase that still waits for an answer is refused.
+// The application is asked to quit: every purchase that waits for an answer is refused.
 void refuseOpenPurchases();
 
 }  // namespace tavsim

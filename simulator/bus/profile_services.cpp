@@ -15,11 +15,11 @@ namespace dom = simdjson::dom;
 namespace tavsim {
 namespace {
 
-// What has become of a service.
+// The progress of a service.
 struct Course {
     explicit Course(int seed) : generator(static_cast<unsigned>(seed)) {}
 
-    std::map<size_t, size_t> turns;  // of each case's replies, which successive calls get in turn
+    std::map<size_t, size_t> turns;  // of each case, the reply of the next single call
     int64_t sent = 0;
     std::mt19937 generator;
 };

@@ -1,4 +1,4 @@
-// What the device and a service's program say to each other: one JSON object a line.
+// The protocol between the device and a service's program: one JSON object a line.
 #ifndef TAV_SIMULATOR_BUS_PROGRAM_LINE_H
 #define TAV_SIMULATOR_BUS_PROGRAM_LINE_H
 
@@ -16,7 +16,7 @@ struct ServiceRequest {
     bool wantsReply = true;
 };
 
-// The turn is 1 for a request that is new, more for one that the program wanted to hear again.
+// The turn is 1 for a new request, and more when the program asked for the request again.
 std::string requestLine(int token, int turn, const ServiceRequest& request);
 std::string cancelLine(int token);
 
@@ -24,8 +24,8 @@ struct ProgramLine {
     int id = 0;  // the request's token
     std::optional<Reply> reply;
     int delay = 0;      // milliseconds until then
-    int again = 0;      // milliseconds until the program wants to hear the request again; 0: never
-    bool more = false;  // the program has not yet said all that it has to say now
+    int again = 0;      // milliseconds until the program gets the request again; 0: never
+    bool more = false;  // another line about this request follows at once
 };
 
 // Without a value, `error` says what is wrong with the line.

@@ -27,15 +27,15 @@ using std::chrono::milliseconds;
 
 constexpr std::chrono::seconds kLongestAnswer(5);
 constexpr std::chrono::seconds kLongestEnd(1);
-constexpr milliseconds kBetweenLooks(10);  // at whether it has ended
+constexpr milliseconds kBetweenLooks(10);  // between two checks whether it has ended
 constexpr size_t kLongestLine = 1 << 20;
 constexpr size_t kMostUnread = 16 << 20;
 constexpr int kMostQueued = 10000;
 
 constexpr char kHasEnded[] = "the service's program has ended";
 
-// One program. It is known as long as the device runs, also when its process has ended: a second
-// process would know nothing of what the first one was asked.
+// One program. It is kept as long as the device runs, even when its process has ended: a second
+// process would not know the requests of the first one.
 class ServiceProgram : public std::enable_shared_from_this<ServiceProgram> {
 public:
     explicit ServiceProgram(ServiceCommand command) : m_command(std::move(command)) {}
@@ -73,7 +73,7 @@ private:
     std::map<int, Request> m_requests;  // that can have replies, by token
     int m_lastToken = 0;
     int m_awaited = 0;  // token of the request whose answer the device waits for
-    int m_queued = 0;   // what the program has said and is not yet due
+    int m_queued = 0;   // answers of the program that are not due yet
 };
 
 void ServiceProgram::ask(int token, const ServiceRequest& request) {
@@ -142,7 +142,7 @@ void ServiceProgram::askAgain(int token) {
     }
 }
 
-// Virtual time stands still meanwhile, so that each run is the same.
+// Virtual time stands still during the wait, so that each run is the same.
 void ServiceProgram::awaitAnswer(int token) {
     m_awaited = token;
     const SteadyClock::time_point limit = SteadyClock::now() + kLongestAnswer;
@@ -239,10 +239,10 @@ void ServiceProgram::queue(int delay, const std::function<void(ServiceProgram&)>
     });
 }
 
-// A call whose reply is on its way is as good as answered.
+// A call with a pending reply counts as answered.
 void ServiceProgram::endWith(const std::string& reason) {
     base::printLine(stderr, name() + ": stopped: " + reason);
-    m_process.end();  // first, or it would complain that nobody listens to it
+    m_process.end();  // first, or it would report a broken pipe
     m_socket.reset();
     m_awaited = 0;
     for (const auto& [token, request] : m_requests) {
@@ -263,7 +263,7 @@ std::string ServiceProgram::name() const {
 using Programs = std::map<ServiceCommand, std::shared_ptr<ServiceProgram>>;
 
 Programs& programs() {
-    // Never destroyed: the device ends them later than static objects are destroyed.
+    // Never destroyed, because the device ends the programs after static objects are destroyed.
     static Programs& instance = *new Programs;
     return instance;
 }

@@ -1,4 +1,4 @@
-// Programs of the user's own that answer requests.
+// The user's own programs that answer requests.
 #ifndef TAV_SIMULATOR_BUS_SERVICE_PROGRAM_H
 #define TAV_SIMULATOR_BUS_SERVICE_PROGRAM_H
 
@@ -7,17 +7,17 @@
 
 namespace tavsim {
 
-// Hands a request to its program, which is started if it does not run yet. In virtual time, waits
-// for the program's word. Its replies come by themselves while the call is open.
+// Passes a request to its program, which is started if it does not run yet. In virtual time, waits
+// for the program's answer. Its replies are delivered while the call is open.
 void askServiceProgram(const ServiceCommand& command, int token, const ServiceRequest& request);
 
-// The call is closed, or its program shall not answer it any more.
+// The call is closed, or its program must not answer it any more.
 void forgetServiceRequest(int token);
 
-// Takes what programs say unasked.
+// Reads the lines that programs have sent meanwhile.
 void serveServicePrograms();
 
-// Lets all programs end; kills those that do not.
+// Ends all programs, and kills those that do not end.
 void endServicePrograms();
 
 }  // namespace tavsim

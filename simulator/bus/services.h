@@ -8,7 +8,7 @@
 
 namespace tavsim {
 
-// Carries the request out. The journal shows what it changed.
+// Carries the request out. The journal gets its changes of state.
 Answer deviceServiceAnswer(const std::string& uri, const std::string& payload);
 
 }  // namespace tavsim

@@ -1,4 +1,4 @@
-// Failures on demand.
+// Fault injection.
 #ifndef TAV_SIMULATOR_DEVICE_FAULTS_H
 #define TAV_SIMULATOR_DEVICE_FAULTS_H
 
@@ -6,7 +6,7 @@
 
 namespace tavsim {
 
-// Things that can be made to fail.
+// The kinds of operations that can be made to fail.
 enum class Fault {
     Allocation,   // HString_alloc, HString_append, what else makes an HString, HLinkedList::append
     Dispatch,     // the three calls of HKSCaller
@@ -14,17 +14,17 @@ enum class Fault {
     Read          // HDataReader, the unique-id file
 };
 
-// Counts one occurrence; true when it is to fail.
+// Counts one operation; true when it must fail.
 bool faultStrikes(Fault fault);
 
-// Both count anew, from 1. Nothing fails where n is 0.
+// Both restart the count; the next operation is number 1. With n = 0 nothing fails.
 void failNthFault(Fault fault, int n);
 void failFaultsFrom(Fault fault, int n);
 
 int faultOccurrences(Fault fault);
 
-// "allocation:3", "dispatch:1", "host:2" or "read:1", with a + behind it for all from that one on;
-// false for anything else.
+// Reads "allocation:3", "dispatch:1", "host:2" or "read:1"; a + at the end stands for all from that
+// one on. False for anything else.
 bool setFaultFromText(const std::string& text);
 
 }  // namespace tavsim

@@ -16,7 +16,7 @@ namespace {
 
 constexpr int kTries = 100;
 
-// In a temporary folder that everybody writes to, somebody else may have taken the name.
+// In a temporary folder that everybody can write to, another user may have taken the name.
 bool isOwnFolder(const std::string& path) {
     struct stat status;
     return lstat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode) &&
@@ -59,12 +59,13 @@ bool makeFreshRootsFolder() {
 
 std::string makeFreshRoot(const char* claimName) {
     const std::string parent = freshRootsFolder();
-    // Another run that ends can take the parent away at any moment.
+    // There is a race: another run that ends may remove the parent folder at any moment.
     for (int tries = 0; tries < kTries; ++tries) {
         if (!makeFreshRootsFolder()) {
             continue;
         }
-        // As long as it is locked, a folder without a claim is not one that is just being made.
+        // While this lock is held, no folder is just being created, so one without a claim is
+        // stale.
         const LockedFolder locked(parent);
         if (locked.descriptor() < 0) {
             continue;
@@ -84,14 +85,14 @@ std::string makeFreshRoot(const char* claimName) {
 }
 
 void removeFreshRoot(const std::string& path) {
-    // Locked, so that nobody else removes it as a stale one at the same time.
+    // Locked, so that no other process removes it as a stale folder at the same time.
     const fs::path parent = fs::path(path).parent_path();
     const LockedFolder locked(parent);
     std::error_code problem;
     fs::remove_all(path, problem);
     if (locked.descriptor() >= 0) {
         removeStaleRoots(parent);
-        // Stays where it holds the folders of other runs.
+        // Fails if it contains the folders of other runs.
         fs::remove(parent, problem);
     }
 }

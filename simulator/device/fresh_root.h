@@ -1,4 +1,4 @@
-// Root folders that are made for one run and go with it.
+// Temporary root folders, each created for one run and removed after it.
 #ifndef TAV_SIMULATOR_DEVICE_FRESH_ROOT_H
 #define TAV_SIMULATOR_DEVICE_FRESH_ROOT_H
 
@@ -8,17 +8,17 @@
 
 namespace tavsim {
 
-// Where they are made.
+// The folder in which they are created.
 TAV_PLATFORM_API std::string freshRootsFolder();
 
-// False when it is not there and cannot be made, or is not the user's own.
+// False when it does not exist and cannot be created, or does not belong to the user.
 bool makeFreshRootsFolder();
 
-// Makes a private folder there with this claim of the process on it, and tidies up the folders of
-// processes that were killed. Empty when none can be made.
+// Creates a private folder there with this claim of the process on it, and removes the stale
+// folders of processes that were killed. Empty when none can be created.
 TAV_PLATFORM_API std::string makeFreshRoot(const char* claim);
 
-// Removes a folder that makeFreshRoot made, and tidies up likewise.
+// Removes a folder that makeFreshRoot created, and the stale ones.
 TAV_PLATFORM_API void removeFreshRoot(const std::string& path);
 
 }  // namespace tavsim

@@ -22,7 +22,7 @@ struct Journal {
     size_t bytes = 0;  // of the lines
     std::int64_t length = 0;
     base::LineFile file;
-    pid_t owner = 0;  // of the file; a fork of the application keeps no journal in it
+    pid_t owner = 0;  // the process that writes the file; a fork of the application does not
     std::function<void(const std::string&)> observer;
 };
 

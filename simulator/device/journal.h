@@ -1,4 +1,4 @@
-// What the application did to the device, one JSON object a line.
+// The journal: what the application did to the device, one JSON object a line.
 #ifndef TAV_SIMULATOR_DEVICE_JOURNAL_H
 #define TAV_SIMULATOR_DEVICE_JOURNAL_H
 
@@ -33,15 +33,15 @@ private:
     base::JsonWriter m_line;
 };
 
-// Starts an empty journal that is also appended to the file, if there is one. False, with a line in
-// `error`, when the file cannot be written. When that happens later, the program ends.
+// Starts an empty journal, which is also appended to the file, if one is given. False, with a line
+// in `error`, when the file cannot be written. A write error later ends the program.
 bool startJournal(const std::string& file, std::string* error);
 void stopJournal();
 
-// Called with each new line, when the journal has it. Replaces the one before; empty: nobody.
+// Called with each new line, after it was added. Replaces the listener before; empty for none.
 void observeJournal(std::function<void(const std::string& line)> observer);
 
-// The last 10000 lines, or fewer where they are long, and how many there have been in all.
+// The last 10000 lines, or fewer if they are long, and the number of lines since the start.
 const std::deque<std::string>& journalLines();
 std::int64_t journalLength();
 

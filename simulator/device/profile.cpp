@@ -23,7 +23,7 @@ constexpr std::string_view kRefusable[] = {"keyboard", "minimize",     "touch", 
                                            "bridge",   "orientation",  "gestures", "banners",
                                            "pauseUi",  "screenTimeout"};
 
-// Faster than this the heading would be noise.
+// A faster turn would only be noise.
 constexpr double kFastestTurn = 36000.0;
 
 constexpr size_t kLargestFile = 16 << 20;
@@ -122,7 +122,7 @@ json::Reader item(Item* item) {
 
 json::Reader fieldsOf(Profile* profile, const std::string& folder) {
     const auto service = [folder](Service* each) { return serviceReader(each, folder); };
-    return json::fields({{"extends", [](const json::Value&) {}},  // has been read before
+    return json::fields({{"extends", [](const json::Value&) {}},  // was read before
                          {"title", json::text(&profile->title)},
                          {"machine", json::text(&profile->machine)},
                          {"root", json::flag(&profile->root)},
@@ -160,7 +160,7 @@ std::optional<std::string> readDocument(const std::string& path, std::string* er
     return base::readFile(path, kLargestFile, error);
 }
 
-// The file that is read, and behind it those that extend it.
+// The file that is being read, and after it the files that extend it.
 using Files = std::vector<fs::path>;
 
 Files withFile(const std::string& path, Files files) {
@@ -193,7 +193,7 @@ void readBase(Profile* profile, const json::Value& name, const fs::path& folder,
     }
 }
 
-// Reads a document's fields over those that the profile has.
+// Reads a document's fields; they override those that the profile has.
 bool readOver(Profile* profile, const std::string& document, const std::string& source,
               const Files& files, std::string* error) {
     const json::Reader reader = [&](const json::Value& value) {

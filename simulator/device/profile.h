@@ -1,4 +1,4 @@
-// What a simulated device is made of, and how a profile file describes it.
+// The description of a simulated device, and the reading of profile files.
 #ifndef TAV_SIMULATOR_DEVICE_PROFILE_H
 #define TAV_SIMULATOR_DEVICE_PROFILE_H
 
@@ -14,19 +14,19 @@
 
 namespace tavsim {
 
-// One reply's text; without a value the bus delivers a null text.
+// The text of one reply; without a value the bus delivers a null text.
 using Reply = std::optional<std::string>;
 
-// What a member of a request's payload must be.
+// The condition for a member of a request's payload.
 struct PayloadPattern {
-    std::string text;  // a value's JSON, or a glob for a string's content
+    std::string text;  // the JSON of a value, or a glob for the content of a string
     bool isGlob = false;
 };
 
-// A program of the user's that answers requests.
+// A program of the user that answers requests.
 struct ServiceCommand {
     std::vector<std::string> words;
-    std::string folder;  // that it runs in
+    std::string folder;  // its working directory
 
     bool operator<(const ServiceCommand& other) const {
         return std::tie(words, folder) < std::tie(other.words, other.folder);
@@ -34,9 +34,9 @@ struct ServiceCommand {
 };
 
 // A bus service. A subscription receives the replies in order, one every `every` milliseconds, and
-// where `repeat` is set begins again after the last. Calls with one reply receive them in turn,
-// a call each, and stay at the last. Without replies and without `compute` nothing ever comes. In
-// replies, ${NAME} stands for a member of the request's payload.
+// starts over after the last one if `repeat` is set. Calls with one reply receive one each, in
+// turn, and the last one from then on. Without replies and without `compute`, no reply ever comes.
+// In replies, ${NAME} stands for a member of the request's payload.
 struct Service {
     std::vector<Reply> replies;
     bool repeat = false;
@@ -44,21 +44,21 @@ struct Service {
     int every = 0;  // milliseconds between the replies to a subscription
     bool refuse = false;
 
-    // Computes each reply in place of the list. A subscription asks once, or every `every`
-    // milliseconds where that is set.
+    // Computes each reply, instead of the list. For a subscription it is called once, or every
+    // `every` milliseconds if that is set.
     std::function<Reply(const std::string& uri, const std::string& payload)> compute;
 
-    // The delay is drawn anew for each request, up to so many milliseconds longer. The same seed
-    // gives the same delays.
+    // Each request's delay is longer by a random number of milliseconds, up to this one. The same
+    // seed gives the same delays.
     int spread = 0;
     int seed = 0;
 
-    // The first case of which the payload has what `when` says answers in the service's place.
+    // The first case whose conditions the payload meets answers instead of the service.
     std::map<std::string, PayloadPattern> when =
         {};  // by the member's name or path, such as "item.id"
     std::vector<Service> cases = {};
 
-    // Answers in the service's place.
+    // Answers instead of the service.
     std::optional<ServiceCommand> program = {};
 };
 
@@ -68,8 +68,8 @@ struct CompassReading {
     double doubleValue2 = 0.0;
 };
 
-// Plays the readings, one every `interval` milliseconds, the last one for ever; or, where there are
-// none and `turn` is set, a heading in doubleValue1 that grows by `turn` degrees a second.
+// Delivers the readings, one every `interval` milliseconds; the last one repeats. Without readings,
+// if `turn` is set, delivers a heading in doubleValue1 that grows by `turn` degrees a second.
 struct Compass {
     std::vector<CompassReading> readings;
     int interval = 100;
@@ -90,7 +90,7 @@ struct Fix {
     double velocity = 0.0;
 };
 
-// The location service plays the fixes, one every `interval` milliseconds, then the error codes in
+// The location service sends the fixes, one every `interval` milliseconds, then the error codes in
 // the same way.
 struct LocationTrack {
     std::vector<Fix> fixes;
@@ -108,7 +108,7 @@ struct Item {
 };
 
 struct Profile {
-    std::string name;                    // of the file that it was read from, without ".json"
+    std::string name;                    // the name of its file, without ".json"
     std::string title;                   // what the device is, in one line, for people
     std::optional<std::string> machine;  // none: the device does not know its name
     bool root = false;                   // the application runs as the root user
@@ -129,10 +129,10 @@ struct Profile {
     std::map<std::string, Service> services;  // by URI, before the device's own services
 };
 
-// Whether it looks like a service's.
+// Whether the text looks like a service's URI.
 bool isUri(const std::string& text);
 
-// What a profile's "refuse" may hold.
+// Whether a profile's "refuse" may contain this.
 TAV_PLATFORM_API bool canBeRefused(const std::string& request);
 
 // Reads a profile. Without a value, `error` is one line that names the source and the field.

@@ -1,4 +1,4 @@
-// What the device refuses, beyond what its profile does.
+// Refusals of requests, in addition to those of the profile.
 #ifndef TAV_SIMULATOR_DEVICE_REFUSALS_H
 #define TAV_SIMULATOR_DEVICE_REFUSALS_H
 
@@ -13,18 +13,18 @@ namespace tavsim {
 struct Refusal {
     std::string request;  // as of canBeRefused
     Milliseconds until = std::numeric_limits<Milliseconds>::max();
-    int nth = 0;  // the only request that is refused, counted from 1; 0: each
+    int nth = 0;  // only the n-th request is refused, counted from 1; 0: every request
 };
 
 void addRefusal(Refusal refusal);
 
-// Takes those of this request back, the profile's too.
+// Removes the refusals of this request, the profile's too.
 void removeRefusals(const std::string& request);
 
-// Whether this request, which is now made, is refused.
+// Called for each request: whether it is refused.
 bool isRefused(const std::string& request);
 
-// What is refused at some time or now.
+// All requests that are refused now or later.
 std::set<std::string> refusedRequests();
 
 void clearRefusals();

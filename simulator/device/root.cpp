@@ -22,7 +22,8 @@ namespace {
 
 constexpr char kData[] = "/data";
 
-// Every root folder of the process, since another thread may still read the name of an earlier one.
+// All root folders of the process are kept, because another thread may still read an earlier one's
+// name.
 const std::string& kept(std::string folder) {
     static auto& folders = *new std::forward_list<std::string>;
     return folders.emplace_front(std::move(folder));
@@ -55,7 +56,7 @@ bool execute(sqlite3* database, const std::string& statements) {
     return sqlite3_exec(database, statements.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK;
 }
 
-// What a power cut may take from a simulated device is not worth waiting for the disk.
+// No syncs: a simulated device need not survive a power cut.
 DatabasePtr openDatabase(const std::string& path) {
     static const auto open = front::nextFunction<int(const char*, sqlite3**)>("sqlite3_open");
     sqlite3* opened = nullptr;
@@ -136,7 +137,7 @@ bool takeRoot(const std::string& folder, std::string* error) {
         setRoot(path, false);
         return true;
     }
-    // A program that one of the run started: two cannot be on one device.
+    // A program that another program of the run started: two programs cannot be on one device.
     if (isClaimed(path, kRunClaim)) {
         return takeFreshRoot(error);
     }

@@ -1,4 +1,4 @@
-// The folder that holds the device's files.
+// The root folder, which contains the device's files.
 #ifndef TAV_SIMULATOR_DEVICE_ROOT_H
 #define TAV_SIMULATOR_DEVICE_ROOT_H
 
@@ -9,15 +9,15 @@
 
 namespace tavsim {
 
-// Makes the folder, and in it what the profile asks for and is not there yet. It is a fresh one
-// when the path is empty, or when another program of the same run is on the device of this folder.
-// False, with a line in `error`, when that cannot be done.
+// Creates the folder, and in it the files of the profile that do not exist yet. It is a fresh one
+// when the path is empty, or when another program of the same run uses this folder. False, with a
+// line in `error`, on failure.
 bool prepareRoot(const Profile& profile, const std::string& folder, std::string* error);
 
-// Removes the folder if it is a fresh one, and leaves it to others if not.
+// Removes the folder if it is a fresh one. Otherwise releases it for other devices.
 void releaseRoot();
 
-// Empty where there is none. Can be asked on any thread.
+// Empty when there is none. May be called on any thread.
 const std::string& rootFolder();
 bool isRootFresh();
 

@@ -95,7 +95,7 @@ bool isWanted() {
 }
 
 Profile& profile() {
-    // Never destroyed: the device ends after static objects do.
+    // Never destroyed, because the device ends after static objects are destroyed.
     static Profile& instance = *new Profile;
     return instance;
 }

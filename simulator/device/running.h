@@ -1,4 +1,4 @@
-// When the device starts by itself, and from what.
+// Starting and stopping the device, also by itself from the environment.
 #ifndef TAV_SIMULATOR_DEVICE_RUNNING_H
 #define TAV_SIMULATOR_DEVICE_RUNNING_H
 
@@ -19,35 +19,35 @@ struct Options {
     bool control = false;      // listen on the control socket in the root folder
 };
 
-// Behind the functions of SDL and libc, nothing would keep the program off this machine's files,
-// and nothing would ever be delivered. Empty where the device is in front, else what to do.
+// Empty when symbol interposition works; otherwise a message that says what to do. Without it, the
+// program would reach this machine's files, and nothing would ever be delivered.
 std::string whyNotInFront();
 
-// Whether the device runs. Can be asked on any thread.
+// Whether the device runs. May be called on any thread.
 bool isStarted();
 
-// True when the device runs or should: the process uses the library. A shell that only inherited
-// the preloaded simulator is left alone.
+// Whether the device runs or should run, because the process uses the library. A shell that merely
+// inherited the preloaded simulator is left alone.
 bool isWanted();
 
-// The profile of the device, which is started from the environment if it does not run yet: once,
-// whichever thread asks first. Ends the process with status 2 and a line on standard error when
-// what the environment asks for cannot be had. Throws NotInFront, having said once what to do,
-// where the program's calls reach SDL and libc without passing the simulator.
+// The profile of the device. If the device does not run yet, it is started from the environment,
+// once, by the thread that asks first. If the environment is wrong, the process ends with status 2
+// and a line on standard error. Throws NotInFront, after printing once what to do, when
+// interposition does not work.
 Profile& running();
 
-// The profile of the device as it is, running or not.
+// The current profile of the device, whether it runs or not.
 Profile& profile();
 
-// Starts or stops the device: the change tells whether it runs afterwards, and so does the result.
-// What the change itself asks of the device finds it as far as it has come; other threads wait.
+// Starts or stops the device. The function `change` returns whether it runs afterwards, and so does
+// this one. Calls that `change` itself makes see the device as it is so far; other threads wait.
 bool changeDevice(const std::function<bool()>& change);
 
 // Starts all rooms of the device; defined where they are put together. False, with a line in
-// `error`, when that is not possible.
+// `error`, on failure.
 bool startDevice(Profile newProfile, const Options& options, std::string* error);
 
-// What TAVSIM_… variables ask for. False, with a line in `error`, when that cannot be had.
+// Reads the TAVSIM_… variables. False, with a line in `error`, when one of them is wrong.
 bool environmentSetup(Profile* newProfile, Options* options, std::string* error);
 
 }  // namespace tavsim

@@ -19,7 +19,7 @@ json::Reader only(std::vector<Reply>* replies, json::Reader (*read)(Reply*)) {
     };
 }
 
-// Milliseconds, or the fewest and the most.
+// Milliseconds, or a minimum and a maximum.
 json::Reader delay(Service* service) {
     return [service](const json::Value& value) {
         if (!value.element().is_array()) {
@@ -87,7 +87,7 @@ json::Reader answerReader(Service* service, Fields fields) {
     };
 }
 
-// A case has the service's times where it has none of its own.
+// A case without times of its own has the service's.
 void readCases(Service* service, const json::Value& value) {
     const auto caseReader = [service](Service* each) {
         each->delay = service->delay;
@@ -105,7 +105,7 @@ json::Reader serviceReader(Service* service, const std::string& folder) {
     const json::Reader known = answerReader(
         service, {{"refuse", json::flag(&service->refuse)},
                   {"seed", json::integer(&service->seed)},
-                  {"match", [](const json::Value&) {}},  // is read behind the service's times
+                  {"match", [](const json::Value&) {}},  // is read after the service's times
                   {"program", program(&service->program, folder)}});
     return [service, known](const json::Value& value) {
         *service = {};

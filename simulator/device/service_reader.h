@@ -1,4 +1,4 @@
-// How a profile describes a service.
+// Readers for the services in a profile.
 #ifndef TAV_SIMULATOR_DEVICE_SERVICE_READER_H
 #define TAV_SIMULATOR_DEVICE_SERVICE_READER_H
 
@@ -9,16 +9,16 @@
 
 namespace tavsim {
 
-// Programs run in the folder.
+// The folder is the working directory of programs.
 base::json::Reader serviceReader(Service* service, const std::string& folder);
 
-// A string is sent as it stands, null as a null text, anything else as JSON.
+// A string is sent unchanged, null as a null text, anything else as JSON.
 base::json::Reader replyReader(Reply* reply);
 
 // Reads the code and the text of an error.
 base::json::Reader errorReader(Reply* reply);
 
-// The reply of a service that could not do what it was asked to.
+// The reply of a service that could not carry out a request.
 std::string errorReply(int code, const std::string& text);
 
 }  // namespace tavsim

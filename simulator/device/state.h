@@ -1,4 +1,4 @@
-// What the application has made of the device, by name: "keyboard" is "shown", …
+// The state of the device's parts by name: "keyboard" is "shown", …
 #ifndef TAV_SIMULATOR_DEVICE_STATE_H
 #define TAV_SIMULATOR_DEVICE_STATE_H
 
@@ -7,7 +7,7 @@
 
 namespace tavsim {
 
-// Remembers the value; the journal shows the change.
+// Sets the value; the journal gets the change.
 void setState(const std::string& name, const std::string& value);
 
 const std::map<std::string, std::string>& deviceState();

@@ -23,25 +23,25 @@ constexpr char kLink[] = ": is a symbolic link, and the device follows none";
 
 constexpr char kNoFile[] = ": is neither a file nor a folder";
 
-// What the device and the library use below the root folder. What is in data is the application's.
+// Everything that the device and the library use in the root folder, except the application's data.
 constexpr const char* kUsed[] = {"/var",         "/usr",   "/proc",       kDescription,
                                  kControlSocket, kVerdict, kRecordingMark};
 constexpr char kData[] = "/data";
 
-// The user, or whoever owns the machine.
+// The user, or root.
 bool isTrusted(uid_t owner) {
     struct stat top;
     return owner == geteuid() || (stat("/", &top) == 0 && owner == top.st_uid);
 }
 
 bool canOthersWrite(const struct stat& status) {
-    // Many users are the only member of a group that has their own number.
+    // Many users are the only member of a group with their own number.
     const bool isOwnGroup = geteuid() != 0 && getegid() == geteuid() && status.st_gid == getegid();
     const mode_t others = isOwnGroup ? S_IWOTH : S_IWOTH | S_IWGRP;
     return (status.st_mode & others) != 0;
 }
 
-// A link on the way counts as what it leads to, but must not be somebody else's.
+// A symbolic link in the path counts as its target, but must not belong to another user.
 std::string whyNotOnTheWay(const std::string& path, bool isRoot) {
     struct stat own;
     struct stat status;
@@ -51,7 +51,7 @@ std::string whyNotOnTheWay(const std::string& path, bool isRoot) {
     if (!isTrusted(own.st_uid) || !isTrusted(status.st_uid)) {
         return path + kForeign;
     }
-    // In a folder such as /tmp everybody can make files, but not replace those of others.
+    // In a sticky folder such as /tmp, everybody can create files, but not replace those of others.
     const bool areOthersHarmless = !isRoot && (status.st_mode & S_ISVTX) != 0;
     return canOthersWrite(status) && !areOthersHarmless ? path + kOpen : std::string();
 }
@@ -70,7 +70,7 @@ std::string whyNotInside(const std::string& path) {
     if (!S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode) && !S_ISSOCK(status.st_mode)) {
         return path + kNoFile;
     }
-    // A file that is not run is text to the device, which believes nothing of it anyway.
+    // A file that is not executed is only read, and its content is not trusted anyway.
     const bool isText = S_ISREG(status.st_mode) && (status.st_mode & (S_IXUSR | S_IXGRP)) == 0;
     return !isText && canOthersWrite(status) ? path + kOpen : std::string();
 }
@@ -97,7 +97,7 @@ std::string whyNotUsed(const std::string& folder) {
     return reason.empty() && problem ? folder + kNotRead : reason;
 }
 
-// Why what there is of the root folder and of the way to it must not be used.
+// Why the existing part of the root folder and of its path must not be used.
 std::string whyNotTrusted(const std::string& root) {
     for (size_t end = 0; end != std::string::npos;) {
         const size_t next = root.find('/', end + 1);

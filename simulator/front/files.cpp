@@ -1,4 +1,5 @@
-// Where the simulated device has its files, what its rescan command does, and who its user is.
+// The simulated device's part of the interposed functions for files, the rescan command and the
+// user id.
 #include "front/files.h"
 
 #include <unistd.h>
@@ -53,7 +54,7 @@ std::optional<std::string> placeOf(const char* devicePath) try {
     }
     tavsim::running();
     const std::string& root = tavsim::rootFolder();
-    // A folder opens for reading, and then every read of it fails.
+    // A folder can be opened, but every read of it fails.
     const bool unreadable =
         std::string_view(devicePath) == kUniqueId && tavsim::faultStrikes(tavsim::Fault::Read);
     return unreadable ? root : root + devicePath;

@@ -1,6 +1,6 @@
-// SDL's functions that tell the state of mouse and window, in front of SDL: they know of the input
-// that was sent to the application. And its way to send itself an event, which is no input. What
-// they tell of the keyboard can be changed in SDL itself.
+// Interposes SDL's functions for the state of mouse and window, so that they know the input that
+// was sent to the application, and SDL_PushEvent, because an event that the application sends to
+// itself is not input. The keyboard's state can be changed in SDL itself.
 #include <dlfcn.h>
 
 #include "SDL.h"
@@ -42,7 +42,8 @@ bool areInOneLibrary(const void* one, const void* other) {
 
 extern "C" {
 
-// Later versions of SDL have functions of these names with more bits, which pass through here.
+// Later versions of SDL have functions of these names with wider types. Their calls pass through
+// here.
 TAV_PLATFORM_API Uint32 tavsimMouseState(int* x, int* y) __asm__("SDL_GetMouseState");
 TAV_PLATFORM_API Uint32 tavsimMouseMovement(int* x, int* y) __asm__("SDL_GetRelativeMouseState");
 
@@ -57,8 +58,8 @@ Uint32 tavsimMouseMovement(int* x, int* y) {
     return tavsim::isAsked() ? tavsim::tell(tavsim::mouseMovement(), x, y) : real(x, y);
 }
 
-// SDL comes here itself with what its window and its signals bring; and later versions, with events
-// of another form.
+// SDL itself calls this for events of its window and of signals, and later versions with events of
+// another layout.
 TAV_PLATFORM_API int SDL_PushEvent(SDL_Event* event) {
     static const auto real = TAV_FRONT_NEXT(SDL_PushEvent);
     const bool isOwn =

@@ -23,10 +23,10 @@
 namespace tavsim {
 namespace {
 
-constexpr Milliseconds kWaitStep = 10;  // between two looks at SDL's queue
+constexpr Milliseconds kWaitStep = 10;  // between two checks of SDL's queue
 // By then, the library no longer waits for a purchase and so leaves events to the application.
 constexpr Milliseconds kUntilAskedAgain = 100;
-// Serving sockets takes system calls, so it is not done with every poll.
+// Sockets are not served in every poll, because that takes system calls.
 constexpr Milliseconds kControlPause = 5;
 
 void serveOutside() {
@@ -37,15 +37,15 @@ void serveOutside() {
 void serveOutsideNowAndThen() {
     static Milliseconds served = 0;
     const Milliseconds time = realTimeAtLeast();
-    // A device that is started anew begins at 0 again.
+    // The clock of a restarted device begins at 0 again.
     if (time - served >= kControlPause || time < served) {
         served = time;
         serveOutside();
     }
 }
 
-// What commands bring about is delivered at once, but for a recording: there it comes when it comes
-// in a scenario, where commands are deliveries themselves.
+// The effects of commands are delivered at once. In a recording, they are delivered when they are
+// in a scenario, in which commands are deliveries themselves.
 void serveAndDeliver(void (*serve)()) {
     if (isTimePaced()) {
         deliverDue(serve);
@@ -55,7 +55,7 @@ void serveAndDeliver(void (*serve)()) {
     deliverDue([] {});
 }
 
-// When something falls due for which the application need not wait on the outside world.
+// The time of the next delivery or timer, for which nothing from outside is needed.
 std::optional<Milliseconds> nextMoment() {
     const std::optional<Milliseconds> delivery = nextDue();
     const std::optional<Milliseconds> timer = nextTimer();
@@ -104,8 +104,8 @@ void deliver() try {
     tavsim::endProgramByException();
 }
 
-// While the library waits for the payment service it drops the events that it takes. Who asks the
-// application to quit then would wait for ever.
+// While the library waits for the payment service, it drops the events that it takes. A request to
+// quit would be lost.
 void taken(const SDL_Event& event) try {
     tavsim::recordEvent(event);
     const std::string input = tavsim::inputCommand(event);

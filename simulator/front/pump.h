@@ -1,4 +1,4 @@
-// When the device delivers: while the application polls, waits for or pumps SDL events.
+// The event pump: it delivers while the application polls, waits for or pumps SDL events.
 #ifndef TAV_SIMULATOR_FRONT_PUMP_H
 #define TAV_SIMULATOR_FRONT_PUMP_H
 
@@ -6,10 +6,10 @@
 
 namespace tavsim {
 
-// Serves the control socket and delivers what is due.
+// Serves the control socket and makes the deliveries that are due.
 void pumpNow();
 
-// Virtual time: moves the clock from one due delivery to the next and at last to `time`.
+// In virtual time: moves the clock from one delivery to the next, and finally to `time`.
 void pumpUntil(Milliseconds time);
 
 }  // namespace tavsim

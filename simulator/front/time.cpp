@@ -1,4 +1,4 @@
-// SDL's time and timers, in front of SDL: in virtual time they run on the device's clock.
+// Interposes SDL's time and timers: in virtual time they use the device's clock.
 #include "SDL.h"
 #include "front/events.h"
 #include "front/next.h"
@@ -24,7 +24,7 @@ bool hasTimers() {
     return false;
 }
 
-// SDL_SetTimer's function has no parameter, so it is the parameter.
+// SDL_SetTimer's function has no parameter, so it is passed as the parameter.
 Uint32 callWithoutParameter(Uint32 interval, void* function) {
     return reinterpret_cast<SDL_TimerCallback>(function)(interval);
 }
@@ -73,7 +73,7 @@ TAV_PLATFORM_API SDL_bool SDL_RemoveTimer(SDL_TimerID id) {
     return tavsim::removeTimer(id) ? SDL_TRUE : SDL_FALSE;
 }
 
-// SDL's own goes through here when its timers end.
+// SDL itself calls this when its timers end.
 TAV_PLATFORM_API int SDL_SetTimer(Uint32 interval, SDL_TimerCallback function) try {
     static const auto real = TAV_FRONT_NEXT(SDL_SetTimer);
     if (!tavsim::isSimulated()) {

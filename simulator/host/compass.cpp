@@ -19,7 +19,7 @@ bool g_enabled = false;
 Milliseconds g_enabledAt = 0;
 size_t g_played = 0;
 bool g_follows = false;
-int g_run = 0;  // counts the times it was enabled; readings queued in an earlier run are void
+int g_run = 0;  // incremented each time it is enabled, to drop readings that were queued before
 
 CompassReading nextReading() {
     if (g_follows) {
@@ -49,7 +49,7 @@ void scheduleReading(Milliseconds due, int run) {
     });
 }
 
-// In place of those that are queued.
+// Replaces the queued readings.
 void startReadings() {
     ++g_run;
     if (g_enabled && hasReadings()) {

@@ -1,4 +1,4 @@
-// The compass: where it points, and to whom it says so.
+// The compass: its readings, and the callback that receives them.
 #ifndef TAV_SIMULATOR_HOST_COMPASS_H
 #define TAV_SIMULATOR_HOST_COMPASS_H
 
@@ -9,10 +9,10 @@ namespace tavsim {
 
 void setCompassCallback(NApp_CompassCallback callback);
 
-// Readings come from the profile, one each interval, while it is enabled.
+// While it is enabled, it delivers the profile's readings, one in each interval.
 void enableCompass(bool enable);
 
-// Whether the readings tell where the device is heading, in place of what the profile says.
+// Whether the readings follow the device's heading, instead of the profile.
 void letCompassFollow(bool follow);
 
 // Delivers a reading now; false when nobody has registered a callback.

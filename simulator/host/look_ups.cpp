@@ -1,4 +1,4 @@
-// What the host, the preferences library, the helper library and SDL's hooks know of the device.
+// Look-ups of the host, the preferences library, the helper library and SDL's hooks.
 #include <glib.h>
 #include <limits.h>
 #include <simdjson.h>
@@ -32,7 +32,7 @@ bool hasRoom(const char* buffer, int bufferLength) {
     return buffer != nullptr && bufferLength > 0;
 }
 
-// The host's way to fill a buffer: the value with its terminator, or the empty string.
+// Fills a buffer like the host: with the value and its terminator, or with the empty string.
 int copyValue(const std::string& value, char* buffer, int bufferLength) {
     if (!hasRoom(buffer, bufferLength)) {
         return NAPP_BUFFER_TOO_SMALL;
@@ -66,7 +66,7 @@ int lookUp(const char* function, const char* key, const std::string* value, char
     return status;
 }
 
-// The named member of a JSON object, if it has one; nothing when the text is no object.
+// The named member of a JSON object; nothing when it has none, or the text is not an object.
 std::optional<Values> membersOf(const char* json, const char* member) {
     static simdjson::dom::parser& parser = *new simdjson::dom::parser;
     simdjson::dom::element root;

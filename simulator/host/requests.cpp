@@ -1,4 +1,4 @@
-// What the application asks the host and SDL's hooks to do.
+// Requests to the host and to SDL's hooks.
 #include "SDL.h"
 #include "front/next.h"
 #include "platform/napp.h"
@@ -26,8 +26,8 @@ const char* acceptance(bool accepts) {
 
 namespace {
 
-// One request: written to the journal with its argument as it came, and carried out when the host
-// accepts it. The answer is the contract's: 1 accepted, 0 refused.
+// One request: it is written to the journal with its unchanged argument, and carried out if the
+// host accepts it. Returns what the contract prescribes: 1 accepted, 0 refused.
 template <typename Argument, typename Action>
 int request(const char* kind, const char* function, const char* name, const char* argument,
             const Argument& value, const Action& carryOut) try {
@@ -41,7 +41,7 @@ int request(const char* kind, const char* function, const char* name, const char
     return refused(0);
 }
 
-// One switch of the device's SDL.
+// A switch of the device's SDL.
 int switchHook(const char* hook, const char* name, int enable) {
     return request("sdl", hook, name, "enable", enable,
                    [=] { setState(name, enable != 0 ? "on" : "off"); });
