@@ -32,13 +32,13 @@ std::string readLink(int folder, const char* name) {
     return std::string(text, length > 0 ? static_cast<size_t>(length) : 0);
 }
 
-// When the process started, which no later process of that number has in common with it. Asked by
-// way of its first thread, since an emulator may answer a process otherwise that asks for itself.
+// When the process started. A later process with the same number has another start time. Read
+// through the first thread's entry, because an emulator may fake what a process reads about itself.
 std::string startTime(pid_t process) {
     const std::string number = std::to_string(process);
     std::ifstream file("/proc/" + number + "/task/" + number + "/stat");
     std::string text;
-    // The second field is a name in parentheses, which may hold anything.
+    // The second field is a name in parentheses, which may contain any characters.
     std::getline(file, text, '\0');
     std::istringstream fields(text.substr(text.rfind(')') + 1));
     std::string field;
@@ -48,7 +48,7 @@ std::string startTime(pid_t process) {
     return fields ? field : kUnknown;
 }
 
-// Numbers of processes mean nothing in another namespace, such as a container that shares /tmp.
+// Process numbers mean nothing in another namespace, such as a container that shares /tmp.
 std::string processNamespace() {
     return readLink(AT_FDCWD, "/proc/self/ns/pid");
 }
@@ -57,7 +57,7 @@ std::string nameOf(pid_t process) {
     return std::to_string(process) + ' ' + startTime(process) + ' ' + processNamespace();
 }
 
-// The process that a claim names, if it does.
+// The process that a claim names, if it is well-formed.
 pid_t namedIn(const std::string& text) {
     return static_cast<pid_t>(std::strtol(text.c_str(), nullptr, 10));
 }
@@ -67,7 +67,7 @@ bool hasEnded(const base::Descriptor& process) {
     return poll(&ready, 1, 0) > 0;
 }
 
-// Where that cannot be told, as without a descriptor to spare, the process lives.
+// If this cannot be found out, for example without a free descriptor, the process counts as alive.
 bool lives(const std::string& text) {
     const std::string space = text.substr(text.rfind(' ') + 1);
     if (text.empty() || space != processNamespace()) {
@@ -102,7 +102,8 @@ LockedFolder::LockedFolder(const std::string& path)
         }
         std::this_thread::sleep_for(kBetweenTries);
     }
-    // Whoever had it locked may have removed it, and somebody else made it anew.
+    // There is a race: the last holder of the lock may have removed the folder, and another process
+    // may have created it again.
     if (!isSameFolder(m_folder.number(), path)) {
         m_folder = {};
     }

@@ -1,8 +1,8 @@
-// Which process a folder with a device's files is for.
+// Claims: which process uses a folder with a device's files.
 //
-// A claim is a symbolic link in the folder that leads nowhere: its text names the process. So it
-// tells whether that process still lives, however it ended and whatever it did to its descriptors,
-// which a locked file would not.
+// A claim is a dangling symbolic link in the folder, whose target names the process. So others can
+// check whether that process still lives, even if it was killed or has closed all its descriptors.
+// A lock on a file would not survive that.
 #ifndef TAV_SIMULATOR_DEVICE_CLAIM_H
 #define TAV_SIMULATOR_DEVICE_CLAIM_H
 
@@ -19,25 +19,25 @@ namespace tavsim {
 inline constexpr char kRunClaim[] = ".run";
 inline constexpr char kDeviceClaim[] = ".device";
 
-// Claims the folder for this process, also in place of one that has ended. False when another one
-// holds the claim, or the folder cannot be written.
+// Claims the folder for this process, and replaces the claim of a process that has ended. False
+// when another process holds the claim, or the folder cannot be written.
 TAV_PLATFORM_API bool claim(const std::string& folder, const char* name);
 
 // Removes the claim, unless another process holds it.
 TAV_PLATFORM_API void removeClaim(const std::string& folder, const char* name);
 
-// Whether a process that lives holds the claim.
+// Whether a living process holds the claim.
 TAV_PLATFORM_API bool isClaimed(const std::string& folder, const char* name);
 
-// The process of this namespace that holds the claim; 0 when there is none that lives.
+// The living process of this namespace that holds the claim; 0 when there is none.
 TAV_PLATFORM_API pid_t claimant(const std::string& folder, const char* name);
 
-// Opens a folder, and keeps others from claiming it meanwhile.
+// Opens a folder, and locks it so that no other process can claim it.
 class LockedFolder {
 public:
     explicit LockedFolder(const std::string& path);
 
-    // Negative when it is no folder, others kept it locked, or it was replaced meanwhile.
+    // Negative when it is not a folder, others kept it locked, or it was replaced meanwhile.
     int descriptor() const { return m_folder.number(); }
 
 private:

@@ -1,4 +1,4 @@
-// The edge of the simulator: no exception leaves a function that others call.
+// The boundary for exceptions: none leaves a function that other code calls.
 //
 // Such a function is a function try block, and its handler calls one of these:
 //
@@ -15,11 +15,11 @@ namespace tavsim {
 // Thrown by running(): the device must not run in this process.
 struct NotInFront {};
 
-// In a handler: returns where what was asked for can be refused, because memory is exhausted or
-// the device must not run. Ends the program otherwise: the device could not go on.
+// In a handler: returns if the request can be refused, because memory is exhausted or the device
+// must not run. After any other exception the device cannot go on, and the program ends.
 void refuseOrEnd();
 
-// In a handler, where nothing can be refused.
+// In a handler of a function that cannot refuse.
 [[noreturn]] void endProgramByException();
 
 template <typename Result>

@@ -1,4 +1,4 @@
-// The end of a program that cannot have what it was started with.
+// Ends a program whose set-up is wrong.
 #ifndef TAV_SIMULATOR_DEVICE_END_PROGRAM_H
 #define TAV_SIMULATOR_DEVICE_END_PROGRAM_H
 
@@ -18,7 +18,7 @@ namespace tavsim {
     static bool isEnding = false;
     base::printLine(stderr, "tavsim: " + reason);
     if (std::exchange(isEnding, true)) {
-        _exit(kBadSetup);  // what runs at the exit has the same problem again
+        _exit(kBadSetup);  // handlers of exit() would fail again
     }
     std::exit(kBadSetup);
 }

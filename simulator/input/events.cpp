@@ -12,7 +12,7 @@ namespace {
 
 constexpr int kQueueHolds = 127;  // in SDL 1.2
 
-// Below 0 where there is no queue.
+// Negative when there is no queue.
 int queuedEvents() {
     static const auto peepEvents = TAV_FRONT_NEXT(SDL_PeepEvents);
     SDL_Event queued[kQueueHolds];

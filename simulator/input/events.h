@@ -1,4 +1,4 @@
-// How input reaches the application: through SDL's event queue.
+// Sends input to the application through SDL's event queue.
 #ifndef TAV_SIMULATOR_INPUT_EVENTS_H
 #define TAV_SIMULATOR_INPUT_EVENTS_H
 
@@ -13,12 +13,12 @@ namespace tavsim {
 bool hasEventQueue();
 inline constexpr char kNoEventQueue[] = "the application has no event queue";
 
-// Sends all of the events, as if the user had caused them: SDL's functions that tell the state of
-// keys, mouse and window know of them, and those that the application ignores or filters out go no
-// further. False, with a line in `error` and nothing done, when the queue has not the room.
+// Sends all of the events as if the user had caused them. SDL's functions for the state of keys,
+// mouse and window follow, and the application's event filter applies. False, with a line in
+// `error` and nothing done, when the queue has not enough room.
 bool sendEvents(const std::vector<SDL_Event>& events, std::string* error);
 
-// Forgets what was sent.
+// Resets the state of keys, mouse and window.
 void stopInput();
 
 }  // namespace tavsim

@@ -10,11 +10,11 @@
 namespace tavsim {
 namespace {
 
-constexpr char kNameless[] = "unknown key";  // SDL's name of what is no key
+constexpr char kNameless[] = "unknown key";  // SDL's name for a code that is not a key
 constexpr std::string_view kPlain = "`1234567890-=[]\\;',./";
 constexpr std::string_view kShifted = "~!@#$%^&*()_+{}|:\"<>?";
 constexpr std::string_view kKeypad = "0123456789./*-+\r=";  // from SDLK_KP0 on
-constexpr std::string_view kControls = "\b\t\r\x1b\x7f";    // that keys of their own send
+constexpr std::string_view kControls = "\b\t\r\x1b\x7f";    // that have keys of their own
 constexpr gunichar kHighestCharacter = 0xFFFF;              // in an event
 
 struct Modifier {
@@ -65,7 +65,7 @@ std::string nameOf(int key) {
 
 std::optional<SDLKey> keyNamed(std::string_view name, std::string* error) {
     if (!hasEventQueue()) {
-        *error = kNoEventQueue;  // nor does SDL know the names then
+        *error = kNoEventQueue;  // SDL does not know the names either, then
         return std::nullopt;
     }
     std::vector<std::string> names;
@@ -82,8 +82,8 @@ std::optional<SDLKey> keyNamed(std::string_view name, std::string* error) {
 KeyStrokes::KeyStrokes() : m_modifiers(modifiersNow()) {
 }
 
-// An event tells the modifiers without the one that it presses or releases. A lock changes with
-// each press; its events tell that it is on or off.
+// An event has the modifiers without the one that it presses or releases. A lock key changes with
+// each press; its events say whether it is on or off.
 void KeyStrokes::press(SDLKey key) {
     if (isLock(key)) {
         m_modifiers ^= modifierOf(key);
@@ -120,7 +120,7 @@ bool KeyStrokes::type(const std::string& text, std::string* error) {
     return true;
 }
 
-// With the shift key where the keyboard needs it.
+// With the shift key if the character needs it.
 void KeyStrokes::typeCharacter(Uint16 character) {
     int key = SDLK_UNKNOWN;
     bool isShifted = false;
@@ -156,7 +156,7 @@ void KeyStrokes::add(SDLKey key, Uint8 state, Uint16 unicode) {
     m_events.push_back(event);
 }
 
-// What the key types with the modifiers that are pressed; 0 for nothing.
+// The character that the key types with the pressed modifiers; 0 for none.
 Uint16 KeyStrokes::characterOf(SDLKey key) const {
     const bool shift = (m_modifiers & KMOD_SHIFT) != 0;
     if (isLetter(key)) {

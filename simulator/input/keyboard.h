@@ -1,4 +1,4 @@
-// Keys that are pressed and texts that are typed, on a keyboard with the layout of the US.
+// Pressed keys and typed texts, on a keyboard with a US layout.
 #ifndef TAV_SIMULATOR_INPUT_KEYBOARD_H
 #define TAV_SIMULATOR_INPUT_KEYBOARD_H
 
@@ -11,10 +11,11 @@
 
 namespace tavsim {
 
-// The key that SDL_GetKeyName() calls so. Without one, `error` is a line that may suggest another.
+// The key with this name of SDL_GetKeyName(). Without one, `error` is a line that may suggest
+// another.
 std::optional<SDLKey> keyNamed(std::string_view name, std::string* error);
 
-// The events of keys pressed and released one after the other.
+// Builds the events of keys that are pressed and released one after the other.
 class KeyStrokes {
 public:
     KeyStrokes();
@@ -22,7 +23,7 @@ public:
     void press(SDLKey key);
     void release(SDLKey key);
 
-    // Types a text of UTF-8. False, with a line in `error`, when no key event can carry it.
+    // Types a UTF-8 text. False, with a line in `error`, when no key event can carry it.
     bool type(const std::string& text, std::string* error);
 
     const std::vector<SDL_Event>& events() const { return m_events; }
@@ -36,7 +37,7 @@ private:
     int m_modifiers;
 };
 
-// SDL_GetKeyState() and SDL_GetModState() tell what the event did.
+// Updates the result of SDL_GetKeyState() and SDL_GetModState().
 void followKey(const SDL_KeyboardEvent& event);
 
 }  // namespace tavsim

@@ -9,7 +9,8 @@
 namespace tavsim {
 namespace {
 
-// What was sent, and the real mouse at that time. SDL has no way to change what it knows of it.
+// The state that was sent, and the real mouse at that time. SDL's own state of the mouse cannot be
+// set.
 struct Sent {
     std::mutex mutex;
     std::optional<Mouse> mouse;
@@ -19,7 +20,7 @@ struct Sent {
 };
 
 Sent& sent() {
-    // Never destroyed: threads that outlive static objects still ask.
+    // Never destroyed, because threads that outlive static objects still read it.
     static Sent& instance = *new Sent;
     return instance;
 }

@@ -1,4 +1,4 @@
-// The mouse as which SDL shows the touch screen, and how it stands after what was sent.
+// The state of the mouse, which stands for the touch screen, after the events that were sent.
 #ifndef TAV_SIMULATOR_INPUT_MOUSE_H
 #define TAV_SIMULATOR_INPUT_MOUSE_H
 
@@ -14,12 +14,12 @@ struct Mouse {
     bool operator==(const Mouse&) const = default;
 };
 
-// These two can be called on any thread.
+// These two may be called on any thread.
 
-// As it was sent last, until the real one moves.
+// The state that was sent last, until the real mouse moves.
 Mouse mouseNow();
 
-// How far it has moved since the last time that this was asked, in place of its position.
+// The motion since the last call, instead of the position.
 Mouse mouseMovement();
 
 void followMotion(const SDL_MouseMotionEvent& event);

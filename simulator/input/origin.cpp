@@ -18,7 +18,7 @@ struct Own {
 };
 
 Own& own() {
-    // Never destroyed: threads that outlive static objects still push events.
+    // Never destroyed, because threads that outlive static objects still push events.
     static Own& instance = *new Own;
     return instance;
 }
@@ -58,7 +58,7 @@ bool areOriginsTracked() {
 
 void noteOwnEvent(const SDL_Event& event) {
     if (!g_areTracked || event.type >= SDL_USEREVENT) {
-        return;  // those of the user's types nobody else makes
+        return;  // only the application pushes user events
     }
     const std::lock_guard lock(own().mutex);
     own().events.push_back(event);

@@ -1,4 +1,4 @@
-// Which events come from outside: from the window, or a signal that asks to end.
+// Tells events from outside, of the window or a signal, from those that the program pushes.
 #ifndef TAV_SIMULATOR_INPUT_ORIGIN_H
 #define TAV_SIMULATOR_INPUT_ORIGIN_H
 
@@ -6,14 +6,14 @@
 
 namespace tavsim {
 
-// Until this is asked for, nothing is noted, since it takes time.
+// Starts to note events; off by default, because it takes time.
 void trackOrigins(bool isWanted);
 bool areOriginsTracked();
 
-// Can be called on any thread. The device or the application puts this event into the queue itself.
+// The device or the application pushes this event. May be called on any thread.
 void noteOwnEvent(const SDL_Event& event);
 
-// The application takes this event. True when nobody has noted it.
+// The application takes this event off the queue. True when it comes from outside: nobody noted it.
 bool isFromOutside(const SDL_Event& event);
 
 }  // namespace tavsim

@@ -14,7 +14,7 @@ namespace tavsim {
 namespace {
 
 constexpr Milliseconds kDragStep = 20;
-constexpr int kMovesAtOnce = 10;  // of a drag that takes no time
+constexpr int kMovesAtOnce = 10;  // of a drag without a duration
 
 struct Drag {
     Point from;
@@ -25,7 +25,7 @@ struct Drag {
 
 std::optional<Drag> g_drag;
 
-// The events of what a finger does.
+// Builds the events of a finger.
 class Finger {
 public:
     bool isDown() const { return (m_mouse.buttons & SDL_BUTTON_LMASK) != 0; }
@@ -130,7 +130,7 @@ void scheduleDrag() {
              dragOn);
 }
 
-// Where the queue has not the room for a step, the finger takes it later.
+// If the queue has no room for a step, it is done later.
 void dragOn() {
     const Drag drag = *g_drag;
     const double share =

@@ -1,4 +1,4 @@
-// The touch screen. SDL shows a finger as the left button of a mouse.
+// The touch screen. To SDL, a finger is the left button of a mouse.
 #ifndef TAV_SIMULATOR_INPUT_TOUCH_H
 #define TAV_SIMULATOR_INPUT_TOUCH_H
 
@@ -13,15 +13,15 @@ struct Point {
     int y = 0;
 };
 
-// Each is false, with a line in `error` and nothing done, when the point is not on the
-// application's surface, the finger cannot do that, or the application's event queue has not the
-// room. A move without a finger is that of a mouse.
+// Each returns false, with a line in `error` and nothing done, when the point is not on the
+// application's surface, the finger is not in the right state, or the application's event queue has
+// not enough room. A move without a finger is the motion of a mouse.
 bool touchDown(const Point& point, std::string* error);
 bool touchMove(const Point& point, std::string* error);
 bool touchUp(const Point& point, std::string* error);
 bool tapScreen(const Point& point, std::string* error);
 
-// Takes its time and goes on by itself.
+// Returns at once; the finger moves as time passes.
 bool dragFinger(const Point& from, const Point& to, Milliseconds time, std::string* error);
 
 void stopTouch();

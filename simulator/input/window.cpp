@@ -14,7 +14,7 @@ constexpr Uint8 kInFront = SDL_APPACTIVE | SDL_APPINPUTFOCUS;
 
 std::atomic<bool> g_isMinimized = false;
 
-// As SDL does for a window that has lost the keyboard.
+// As SDL does when a window loses the keyboard focus.
 void releaseKeys(KeyStrokes* strokes) {
     static const auto keyState = TAV_FRONT_NEXT(SDL_GetKeyState);
     int count = 0;

@@ -1,4 +1,4 @@
-// The application's window: in front of its user, or put away.
+// The application's window: shown or minimized.
 #ifndef TAV_SIMULATOR_INPUT_WINDOW_H
 #define TAV_SIMULATOR_INPUT_WINDOW_H
 
@@ -8,7 +8,7 @@
 
 namespace tavsim {
 
-// False, with a line in `error` and nothing done, when the application's event queue has not the
+// False, with a line in `error` and nothing done, when the application's event queue has not enough
 // room.
 bool minimizeWindow(std::string* error);
 bool restoreWindow(std::string* error);
@@ -16,7 +16,7 @@ bool askToQuit(std::string* error);
 
 void followWindow(const SDL_ActiveEvent& event);
 
-// What SDL_GetAppState() tells, from what SDL's own does. Can be called on any thread.
+// The result of SDL_GetAppState(), given that of SDL's own. May be called on any thread.
 Uint8 appState(Uint8 real);
 
 void forgetWindow();

@@ -36,14 +36,14 @@ bool isSecond(const Options& options) {
     return !options.root.empty() && isRootFresh();
 }
 
-// A second program's stands beside the first one's.
+// The journal of a second program is written beside the first one's.
 std::string journalFile(const Options& options) {
     return isSecond(options) && !options.journalFile.empty()
                ? options.journalFile + "." + std::to_string(getpid())
                : options.journalFile;
 }
 
-// SDL makes a quit event of SIGTERM, but not of this one, which comes when a terminal is closed.
+// SDL turns SIGTERM into a quit event, but not SIGHUP, which comes when a terminal is closed.
 void takeHangUpAsRequestToEnd() {
     struct sigaction action;
     if (sigaction(SIGHUP, nullptr, &action) == 0 && action.sa_handler == SIG_DFL) {
@@ -97,7 +97,7 @@ void stopRooms() {
 }  // namespace
 
 Device& device() {
-    // Never destroyed: libraries that are unloaded late still use it.
+    // Never destroyed, because libraries that are unloaded later still use it.
     static Device& instance = *new Device;
     return instance;
 }
@@ -194,8 +194,8 @@ bool startDevice(Profile newProfile, const Options& options, std::string* error)
 
 namespace {
 
-// The device ends with the process: its page, its socket and its fresh root folder. It is not a
-// fork's to end.
+// The device ends with the process: its page, its socket and its fresh root folder. A fork must not
+// end it.
 __attribute__((destructor)) void stopAtExit() {
     if (getpid() == g_startedBy) {
         device().stop();

@@ -1,7 +1,7 @@
 // The simulated device, for test code and for programs that steer it.
 //
 // There is one device for the process. It starts by itself when the simulator is loaded, from the
-// environment that `tavsim run` sets; test code starts it anew as it wants it.
+// environment that `tavsim run` sets. Test code restarts it with its own profile.
 #ifndef TAV_SIMULATOR_INTERFACE_DEVICE_H
 #define TAV_SIMULATOR_INTERFACE_DEVICE_H
 
@@ -19,12 +19,12 @@ namespace tavsim {
 
 class TAV_PLATFORM_API Device {
 public:
-    // Changes take effect at once, except for what becomes files when the device starts:
+    // Changes take effect at once, except those that are written to files when the device starts:
     // preferences, unique id and role templates.
     Profile& profile = tavsim::profile();
 
-    // Starts over: these data, an empty bus and queue, an empty journal, the clock at 0. False,
-    // with a line in `error`, when the root folder cannot be prepared.
+    // Restarts the device with this data, an empty bus, queue and journal, and the clock at 0.
+    // False, with a line in `error`, when the root folder cannot be prepared.
     bool start(Profile newProfile, const Options& options = {}, std::string* error = nullptr);
 
     // Removes the root folder if the device made it, ends the page, closes the files.
@@ -36,14 +36,14 @@ public:
     // Milliseconds since the start.
     Milliseconds now() const;
 
-    // Virtual time: lets it pass and delivers everything in the order in which it falls due.
+    // Lets virtual time pass, and makes all deliveries in the order in which they fall due.
     void advance(Milliseconds milliseconds);
 
     // Delivers what is due now, as polling SDL's events does.
     void pump();
 
-    // Lines of the device's own go where standard output and standard error lead now, as from a
-    // start on: a test that catches them has led them elsewhere.
+    // For a test that has redirected standard output or standard error: the device's own lines go
+    // to the files to which they refer now.
     void acceptStreams();
 
     // Trace lines: tag, function and text with a blank between them. Tags as in TAV_TRACE:
@@ -54,22 +54,23 @@ public:
     // The last lines of the journal, each one JSON object.
     const std::deque<std::string>& journal() const;
 
-    // Tokens of the open calls and subscriptions, of one URI or of all, in the order of dispatch.
+    // The tokens of the open calls and subscriptions of one URI, or of all, in the order of
+    // dispatch.
     std::vector<int> openCalls(const std::string& uri = {}) const;
 
-    // Hands a reply to an open call now; false when the token stands for none.
+    // Delivers a reply to an open call now; false when there is no open call with this token.
     bool deliver(int token, const Reply& reply);
 
     // Delivers a compass reading now, enabled or not; false when no callback is registered.
     bool deliverCompass(const CompassReading& reading);
 
-    // Lets the n-th occurrence from now fail, counting from 1, and no other; 0 lets none fail.
+    // Lets only the n-th operation from now fail, counting from 1; 0 lets none fail.
     void failNth(Fault fault, int n);
 
-    // The same for the n-th and all after it.
+    // The same for the n-th operation and all after it.
     void failFrom(Fault fault, int n);
 
-    // How often it has occurred since one of them was called, or the start.
+    // The number of operations since one of these two was called, or since the start.
     int occurrences(Fault fault) const;
 };
 

@@ -24,7 +24,7 @@ namespace {
 
 constexpr size_t kLargestScript = 16 << 20;
 
-// What the host knows of the plug-in.
+// The host's state of the plug-in.
 struct Bridge {
     std::string pageFile;
     bool isConnected = false;
@@ -32,13 +32,13 @@ struct Bridge {
 };
 
 Bridge& bridge() {
-    // Never destroyed: the device ends the page later than static objects are destroyed.
+    // Never destroyed, because the device ends the page after static objects are destroyed.
     static Bridge& instance = *new Bridge;
     return instance;
 }
 
-// False when there is no process to be had for the page. A script that cannot be read leaves the
-// host without a page, which is no reason to refuse the plug-in.
+// False when the page's process cannot be started. If the script cannot be read, there is no page,
+// but the plug-in is not refused.
 bool openPage(const std::string& pageFile) {
     const std::string name = std::filesystem::path(pageFile).filename();
     std::string error;

@@ -6,11 +6,11 @@
 
 namespace tavsim {
 
-// Names the page's script; empty: a host that never calls. Nothing runs before the application
+// Sets the page's script; empty for a page that never calls. The script starts when the application
 // connects its methods.
 void startPage(const std::string& pageFile);
 
-// Ends the page and forgets the application's methods.
+// Ends the page and clears the application's methods.
 void stopPage();
 
 }  // namespace tavsim

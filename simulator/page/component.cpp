@@ -11,7 +11,7 @@ namespace {
 constexpr char kListeners[] = "listeners";  // the script's functions, by name
 constexpr char kMethods[] = "methods";      // the functions that stand for native methods, by name
 
-// What the engine puts on the stack when it asks for a member.
+// The indices of the values that the engine pushes when it asks for a member.
 constexpr duk_idx_t kTarget = 0;
 constexpr duk_idx_t kName = 1;
 
@@ -116,7 +116,7 @@ bool isNativeMethod(duk_context* engine) {
     return isName && !hasOwn(engine, kTarget, kName) && isListed(textAt(engine, kName));
 }
 
-// Leaves the function that stands for the native method, the same one each time.
+// Pushes the function that stands for the native method, the same one each time.
 void pushMethod(duk_context* engine) {
     pushHidden(engine, kMethods);
     duk_dup(engine, kName);

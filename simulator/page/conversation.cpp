@@ -25,7 +25,7 @@ struct Conversation {
 };
 
 Conversation& conversation() {
-    // Never destroyed: the process ends without that.
+    // Never destroyed, because the process ends without running destructors.
     static Conversation& instance = *new Conversation;
     return instance;
 }

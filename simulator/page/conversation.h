@@ -1,7 +1,8 @@
-// The page's side of what it and the device say to each other; it knows nothing of the engine.
+// The page's end of the connection with the device. It does not use the JavaScript engine.
 //
-// It keeps what its callers may not: messages while they are put together and read, and the text
-// that was read last. So it stays whole, and nothing leaks, when the engine jumps out of a caller.
+// It owns the objects that have destructors: messages while they are built and read, and the text
+// that was read last. So nothing leaks or is left half done when the engine's longjmp skips a
+// caller.
 #ifndef TAV_SIMULATOR_PAGE_CONVERSATION_H
 #define TAV_SIMULATOR_PAGE_CONVERSATION_H
 
@@ -11,32 +12,31 @@
 
 namespace tavsim {
 
-// A text in the engine's encoding, with a zero behind it, that belongs to someone else. Null when
-// there are no bytes.
+// A NUL-terminated text in the engine's encoding, which is not owned. Null when there are no bytes.
 struct EngineText {
     const char* bytes;
     size_t length;
 };
 
-// Where the page's end of the connection is.
+// Sets the page's end of the connection.
 constexpr int kPageSocket = 3;
 
-// A message to the device: first its kind, then its items, and off it goes. One that was begun and
-// left is forgotten.
+// A message to the device: begin it with its kind, write its items, then send it. One that is not
+// sent is dropped when the next begins.
 void beginMessage(PageMessageKind kind);
 void addBool(bool value);
 void addInt(int value);
 void addText(EngineText text);
 void sendMessage();
 
-// Waits for the next message from the device. These and sendMessage end the process when the
-// device is gone.
+// Waits for the next message from the device. These and sendMessage end the process when the device
+// has closed the connection.
 PageMessageKind receiveMessage();
 
 // Sends the message and receives the answer.
 void askDevice();
 
-// The items of the message that was received, in their order. After a failure all that follow fail.
+// Read the items of the received message in order. After a failure all further reads fail.
 bool readBool();        // false on failure
 int readInt();          // 0 on failure
 EngineText readText();  // null on failure; valid until the next

@@ -8,7 +8,7 @@ namespace tavsim {
 
 namespace {
 
-// Far less than would trouble the machine that the application runs on.
+// Small enough not to burden the machine.
 constexpr duk_size_t kMemoryLimit = duk_size_t{256} * 1024 * 1024;
 
 duk_size_t g_memoryInUse = 0;

@@ -1,8 +1,8 @@
-// The JavaScript engine, and values on their way into and out of it.
+// The JavaScript engine, and the conversion of values.
 //
-// The engine reports errors by jumping over the frames in between, without running destructors. So
-// who includes this file holds numbers, pointers and the engine's own values only: whatever has a
-// destructor lives in the conversation with the device, which never calls the engine.
+// The engine reports errors with longjmp, which skips stack frames without running destructors. So
+// files that include this one hold only numbers, pointers and the engine's own values. Objects with
+// destructors are in conversation.cpp, which never calls the engine.
 #ifndef TAV_SIMULATOR_PAGE_ENGINE_H
 #define TAV_SIMULATOR_PAGE_ENGINE_H
 
@@ -12,22 +12,23 @@
 
 namespace tavsim {
 
-// Null when there is no memory for it. What the script may use of that is limited.
+// Creates an engine with limited memory for the script. Null when memory is exhausted.
 duk_context* createEngine(duk_fatal_function onFatalError);
 
 // A string, or null.
 void pushText(duk_context* engine, EngineText text);
 
-// The value at the index, which must be a string and stay where it is.
+// The value at the index, which must be a string. Valid as long as it stays on the stack.
 EngineText textAt(duk_context* engine, duk_idx_t index);
 
-// Throws an error that belongs to the script's line, not to a file's of ours.
+// Throws an error at the script's line, instead of a line of our own source files.
 duk_ret_t throwError(duk_context* engine, duk_errcode_t code, const char* message);
 
-// The object of that name that is kept out of the script's reach; an empty one at first.
+// A hidden object with this name, which the script cannot reach; empty at first.
 void pushHidden(duk_context* engine, const char* name);
 
-// What the page's script finds, by name. The magic number tells functions apart that are one here.
+// Functions for the page's script, by name. The magic number distinguishes functions that share one
+// implementation.
 struct Function {
     const char* name;
     duk_c_function function;

@@ -15,7 +15,7 @@ bool isBetween(char32_t value, char32_t first, char32_t end) {
     return value >= first && value < end;
 }
 
-// How a sequence with this lead byte goes on, and the smallest value that needs it.
+// The length of a sequence with this lead byte, and the smallest value that needs it.
 struct Sequence {
     size_t length;
     char32_t leadBits;
@@ -38,8 +38,8 @@ Sequence sequenceOf(unsigned char lead) {
     return {0, 0, 0};
 }
 
-// The value in front, surrogates included, with the bytes that it takes; U+FFFD with one byte when
-// there is none.
+// The first code point, surrogates included, and its number of bytes; U+FFFD with one byte when the
+// sequence is invalid.
 struct Decoded {
     char32_t value;
     size_t length;

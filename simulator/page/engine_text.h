@@ -1,5 +1,5 @@
-// Text on its way into and out of the JavaScript engine, which keeps a character beyond U+FFFF as
-// two surrogates of three bytes each.
+// Conversion of text for the JavaScript engine, which stores a character above U+FFFF as two
+// surrogates of three bytes each.
 #ifndef TAV_SIMULATOR_PAGE_ENGINE_TEXT_H
 #define TAV_SIMULATOR_PAGE_ENGINE_TEXT_H
 
@@ -8,7 +8,7 @@
 
 namespace tavsim {
 
-// From UTF-8. A byte that belongs to no character becomes U+FFFD.
+// From UTF-8. An invalid byte becomes U+FFFD.
 std::string toEngineText(std::string_view utf8);
 
 // To UTF-8. A surrogate without its partner becomes U+FFFD.

@@ -12,7 +12,7 @@ namespace fs = std::filesystem;
 namespace tavsim {
 namespace {
 
-constexpr size_t kMostBytes = 1 << 20;  // of all files together, each as often as it is included
+constexpr size_t kMostBytes = 1 << 20;  // of all files together; an included file counts each time
 constexpr size_t kMostSteps = 10000;
 constexpr int kDeepestInclude = 16;
 constexpr char kBlanks[] = " \t\r";
@@ -26,8 +26,8 @@ class Reader {
 public:
     explicit Reader(Scenario* scenario) : m_scenario(scenario) {}
 
-    // False, with a line in problem(), when the file or one that it includes is malformed. `prefix`
-    // begins the line where the file cannot be loaded.
+    // False, with a line in problem(), when the file or one that it includes is malformed. The line
+    // begins with `prefix` when the file cannot be loaded.
     bool readFile(const std::string& file, const std::string& prefix, int depth);
 
     const std::string& problem() const { return m_problem; }

@@ -10,8 +10,8 @@
 
 namespace tavsim {
 
-// Reads the file and those that it includes. Nothing, with the first problem as a line in `error`
-// that begins with FILE:LINE or FILE, when one cannot be read or is malformed.
+// Reads the file and those that it includes. When one cannot be read or is malformed, returns
+// nothing, and `error` is a line about the first problem that begins with FILE:LINE or FILE.
 TAV_PLATFORM_API std::optional<Scenario> readScenario(const std::string& file, std::string* error);
 
 }  // namespace tavsim

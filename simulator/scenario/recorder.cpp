@@ -21,7 +21,7 @@
 namespace tavsim {
 namespace {
 
-constexpr Milliseconds kPatience = 10000;  // with an application that ends by itself
+constexpr Milliseconds kPatience = 10000;  // the time-out for an application that ends by itself
 constexpr char kQuit[] = "quit";
 constexpr char kNameless[] = "unknown key";  // SDL's name of what is no key
 
@@ -33,7 +33,7 @@ struct Recording {
     bool hasQuit = false;
 };
 
-// Never destroyed: the device ends after static objects do.
+// Never destroyed, because the device ends after static objects are destroyed.
 Recording& recording() {
     static Recording& instance = *new Recording;
     return instance;
@@ -76,7 +76,8 @@ std::string utf8Of(Uint16 character) {
     return text;
 }
 
-// A key that has no name can still type. A lock's event says whether it is on, its key does either.
+// A key without a name can still type. The event of a lock key says whether it is on; both are a
+// press.
 std::string keyCommand(const SDL_KeyboardEvent& event) {
     static const auto keyName = TAV_FRONT_NEXT(SDL_GetKeyName);
     const bool isDown = event.type == SDL_KEYDOWN;
@@ -99,7 +100,7 @@ std::string buttonCommand(const SDL_MouseButtonEvent& event) {
                : touchCommand(event.type == SDL_MOUSEBUTTONDOWN ? "down" : "up", event.x, event.y);
 }
 
-// The window appears at the start, which is nobody's doing.
+// The window appears at the start, which is not input.
 std::string windowCommand(const SDL_ActiveEvent& event) {
     const bool isMinimized = event.gain == 0;
     if ((event.state & SDL_APPACTIVE) == 0 || isMinimized == recording().isMinimized) {
@@ -121,7 +122,7 @@ std::string commandFor(const SDL_Event& event) {
     }
 }
 
-// Leaves the mark too.
+// Creates the mark too.
 bool wasRecorded() {
     base::LineFile mark;
     const std::string path = rootFolder() + kRecordingMark;

@@ -25,10 +25,10 @@ struct WhenEntry {
 };
 using Turn = std::variant<AtTime, AfterTime, WhenEntry>;
 
-// What a step does. Each but the first is an expectation.
+// The actions of steps. All except the first are expectations.
 struct CommandLine {
     std::string line;
-    std::string folder;  // of the files that it names
+    std::string folder;  // where relative paths start
 };
 struct ExpectEntry {
     Pattern pattern;
@@ -36,7 +36,7 @@ struct ExpectEntry {
 };
 struct ExpectNoEntry {
     Pattern pattern;
-    std::optional<Milliseconds> time;  // nothing: from here to the end
+    std::optional<Milliseconds> time;  // nothing: until the end
 };
 struct ExpectState {
     std::string name;

@@ -1,4 +1,4 @@
-// The statements of a scenario, a line each.
+// Reads the statements of a scenario, one per line.
 #ifndef TAV_SIMULATOR_SCENARIO_STATEMENTS_H
 #define TAV_SIMULATOR_SCENARIO_STATEMENTS_H
 
@@ -15,10 +15,10 @@ struct Line {
     std::string folder;     // of the file
 };
 
-// Where relative files are looked for from.
+// Where relative paths start.
 std::string inFolder(const std::string& folder, std::string_view file);
 
-// Whether the line is one of the header's. Reads it then; `error` says what is wrong with it.
+// Whether the line belongs to the header. If so, reads it; `error` says what is wrong with it.
 bool readHeader(const Line& line, Scenario* scenario, std::string* error);
 
 // Reads any other line, except for `include`.

@@ -1,4 +1,4 @@
-// The steps of a scenario: when, and what.
+// Reads the steps of a scenario: the condition and the action.
 #include <filesystem>
 
 #include "base/json/writer.h"
@@ -28,8 +28,8 @@ const std::vector<std::string> kStatementNames = {"include", "device", "program"
 const std::vector<std::string> kExpectNames = {"within", "never",  "state", "picture",
                                                "ended",  "output", "status"};
 
-// Takes what stands in front of the colon, if the text begins with a time or a condition. False
-// when there is no colon.
+// Takes the part before the colon off, if the text begins with a time or a condition. False when
+// the colon is missing.
 bool takeWhen(std::string_view* text, std::string* when) {
     std::string_view rest = *text;
     const std::string_view first = takeWord(&rest);
@@ -145,14 +145,14 @@ std::optional<Action> readEnd(std::string_view text, std::string* error) {
 }
 
 std::optional<Action> readCommand(std::string_view text, const Line& line, std::string* error) {
-    // The application may change its folder before the command is given.
+    // Absolute, because the application may change its working directory before the command runs.
     std::error_code problem;
     CommandLine command = {std::string(text), std::filesystem::current_path(problem) / line.folder};
     *error = whyMalformed(command.line, kStatementNames);
     return error->empty() ? std::optional<Action>(std::move(command)) : std::nullopt;
 }
 
-// What stands behind `expect`.
+// Reads the text after `expect`.
 std::optional<Action> readExpectation(std::string_view text, const Line& line, std::string* error) {
     std::string_view rest = text;
     const std::string_view word = takeWord(&rest);

@@ -1,4 +1,4 @@
-// How far a scenario has come: in a file of the root folder, which tells it also when the program
+// The progress of a scenario, in a file of the root folder, so that it is known even if the program
 // is killed.
 #ifndef TAV_SIMULATOR_SCENARIO_VERDICT_H
 #define TAV_SIMULATOR_SCENARIO_VERDICT_H
@@ -12,10 +12,10 @@
 namespace tavsim {
 
 enum class Outcome {
-    Unplayed,  // no device has begun with it
+    Unplayed,  // no device has started it
     Waiting,
-    Passed,  // all steps are done, and nothing has come that never should
-    Failed   // standard error has said why
+    Passed,  // all steps are done, and no `expect never` has failed
+    Failed   // the reason was printed on standard error
 };
 
 struct Verdict {

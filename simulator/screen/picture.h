@@ -1,4 +1,4 @@
-// Pictures, and PNG as their files.
+// Pictures, and PNG files.
 #ifndef TAV_SIMULATOR_SCREEN_PICTURE_H
 #define TAV_SIMULATOR_SCREEN_PICTURE_H
 
@@ -10,7 +10,7 @@
 
 namespace tavsim {
 
-// Rows of pixels from the top, each pixel red, green and blue.
+// Rows of pixels from the top; each pixel is red, green and blue.
 struct Picture {
     Picture(int itsWidth, int itsHeight);
 
@@ -27,21 +27,21 @@ private:
     }
 };
 
-// Whole, or not at all. False, with a line in `error`, when the file cannot be written.
+// Writes the file atomically. False, with a line in `error`, on failure.
 bool writePng(const Picture& picture, const std::string& path, std::string* error);
 
-// A picture of just that size. Without one, `error` is a line that names the file.
+// Reads a picture of exactly that size. Without one, `error` is a line that names the file.
 std::optional<Picture> readPng(const std::string& path, int width, int height, std::string* error);
 
-// How two pictures of one size differ.
+// The difference between two pictures of the same size.
 struct Difference {
-    size_t pixels = 0;  // those with a channel that differs by more than the tolerance
-    int greatest = 0;   // of all channels
+    size_t pixels = 0;  // with a channel that differs by more than the tolerance
+    int greatest = 0;   // the largest difference of all channels
 };
 Difference difference(const Picture& left, const Picture& right, int tolerance);
 
-// Both beside each other, and a third one that shows where they differ by more than the tolerance:
-// in red, on the right one in faint grey.
+// Both pictures side by side, and a third one that shows the pixels that differ by more than the
+// tolerance in red, on the second picture in faint grey.
 Picture comparison(const Picture& left, const Picture& right, int tolerance);
 
 }  // namespace tavsim

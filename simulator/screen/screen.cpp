@@ -8,7 +8,7 @@
 namespace tavsim {
 namespace {
 
-// The pixel's bytes as the number that SDL takes them for.
+// The pixel's bytes as a number, as SDL reads it.
 Uint32 pixelValue(const Uint8* bytes, int count) {
     Uint32 value = 0;
     for (int i = 0; i < count; ++i) {
@@ -47,7 +47,7 @@ std::optional<Picture> screenPicture(std::string* error) {
         *error = "the application draws with OpenGL, which leaves no pixels to see";
         return std::nullopt;
     }
-    // An application may itself hold the lock; it counts.
+    // The application may itself hold the lock. Locks of SDL are counted, so this works.
     if (lockSurface(surface) != 0) {
         *error = "the application's surface cannot be locked";
         return std::nullopt;

@@ -1,4 +1,4 @@
-// What the application shows.
+// The application's screen.
 #ifndef TAV_SIMULATOR_SCREEN_SCREEN_H
 #define TAV_SIMULATOR_SCREEN_SCREEN_H
 
@@ -9,7 +9,7 @@
 
 namespace tavsim {
 
-// Its surface at this moment. Nothing, with a line in `error`, where it has none with pixels.
+// The current content of its surface. Nothing, with a line in `error`, if it has none with pixels.
 std::optional<Picture> screenPicture(std::string* error);
 
 }  // namespace tavsim

@@ -20,7 +20,7 @@ using SteadyClock = std::chrono::steady_clock;
 
 constexpr std::chrono::milliseconds kBusy(250);
 
-// Set when the simulator is loaded, so nothing may initialize them later.
+// Set when the simulator is loaded, so no later static initialization may overwrite them.
 constinit std::atomic<pthread_t> g_thread = {};
 constinit std::atomic<Pace> g_pace = Pace::Real;
 constinit std::atomic<Milliseconds> g_virtualNow = 0;
@@ -35,8 +35,8 @@ Milliseconds realNow() {
     return sinceStart(SteadyClock::now().time_since_epoch());
 }
 
-// Waits for the machine's time. Where that is far ahead, because the program was busy, there is no
-// hurry to follow it.
+// Waits for real time. If real time is far ahead because the program was busy, the clock does not
+// hurry to catch up.
 void keepPace(Milliseconds moment) {
     const std::chrono::milliseconds ahead(moment - realNow());
     if (-ahead > kBusy) {
@@ -88,7 +88,7 @@ Milliseconds now() {
 }
 
 Milliseconds realTimeAtLeast() {
-    timespec time;  // the steady clock as of the kernel's last tick
+    timespec time;  // the steady clock at the kernel's last tick
     clock_gettime(CLOCK_MONOTONIC_COARSE, &time);
     const Milliseconds passed =
         sinceStart(std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec));

@@ -7,10 +7,10 @@
 namespace tavsim {
 namespace {
 
-// The next one in front: by when it falls due, then by when it was queued.
+// Ordered by the time when it falls due, then by the order of queueing.
 using Queue = std::map<std::pair<Milliseconds, std::uint64_t>, std::function<void()>>;
 
-// Never destroyed: the device ends after static objects do, and empties it then.
+// Never destroyed, because the device ends after static objects are destroyed, and empties it then.
 Queue& queue() {
     static Queue& instance = *new Queue;
     return instance;
@@ -29,7 +29,7 @@ void deliverBefore(const std::pair<Milliseconds, std::uint64_t>& end) {
 }  // namespace
 
 void schedule(Milliseconds due, std::function<void()> deliver) {
-    // Most fall due behind all others, and find their place at once.
+    // Most fall due after all others, so the search from the end is short.
     queue().emplace_hint(queue().end(), std::pair(due, g_nextOrder++), std::move(deliver));
 }
 

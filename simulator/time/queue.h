@@ -1,4 +1,4 @@
-// What the device delivers to the application, and when.
+// The queue of deliveries to the application.
 #ifndef TAV_SIMULATOR_DEVICE_QUEUE_H
 #define TAV_SIMULATOR_DEVICE_QUEUE_H
 
@@ -13,14 +13,15 @@ namespace tavsim {
 // time in the order in which they were queued.
 void schedule(Milliseconds due, std::function<void()> deliver);
 
-// The same for a moment that is still to come, and in front of all else that falls due then.
+// The same for a future moment, before all other deliveries of that moment.
 void scheduleFirst(Milliseconds due, std::function<void()> deliver);
 
-// Runs what is due, on the caller's thread. A delivery may itself come here: it is off the queue
-// before it runs. What is queued for now meanwhile waits for the next time, so that replies that
-// cause calls that cause replies leave the application room in between.
+// Runs the deliveries that are due, on the caller's thread. A delivery is taken off the queue
+// before it runs, so it may call this function itself. Deliveries that are queued for now meanwhile
+// wait for the next call. Otherwise replies that cause calls that are answered at once would never
+// let the application continue.
 //
-// `serve` has the turn of a delivery that was queued with scheduleFirst() for now.
+// `serve` runs at the point of a delivery that was queued with scheduleFirst() for now.
 void deliverDue(void (*serve)());
 
 // When the next delivery falls due, if there is one.

@@ -20,13 +20,13 @@ struct Timer {
 };
 
 struct Timers {
-    std::mutex mutex;  // of all that follows; not held while a timer's function runs
+    std::mutex mutex;  // guards the following; not held while a timer's function runs
     std::vector<Timer> all;
     std::uintptr_t lastId = 0;
 };
 
 Timers& timers() {
-    // Never destroyed: threads that outlive static objects still use it.
+    // Never destroyed, because threads that outlive static objects still use it.
     static Timers& instance = *new Timers;
     return instance;
 }
@@ -60,7 +60,7 @@ std::optional<Timer> first() {
 
 SDL_TimerID addTimer(Uint32 interval, SDL_NewTimerCallback function, void* parameter) {
     const std::lock_guard lock(timers().mutex);
-    // SDL's ids are pointers that nobody follows.
+    // SDL's timer ids are pointers, which are never dereferenced.
     auto* const id =
         reinterpret_cast<SDL_TimerID>(++timers().lastId);  // NOLINT(performance-no-int-to-ptr)
     const Milliseconds period = rounded(interval);

@@ -1,5 +1,5 @@
-// SDL's timers on virtual time. SDL runs them on a thread of its own, which would sleep for real;
-// these fire when the application lets time pass, on its thread.
+// SDL's timers on virtual time. SDL runs its timers on a thread of its own, which sleeps in real
+// time. These fire on the application's thread when it lets time pass.
 #ifndef TAV_SIMULATOR_TIME_TIMERS_H
 #define TAV_SIMULATOR_TIME_TIMERS_H
 
@@ -10,13 +10,13 @@
 
 namespace tavsim {
 
-// These can be called on any thread, and by a timer's function. An interval is rounded up to a
-// multiple of 10 milliseconds, as SDL does.
+// These may be called on any thread, and by a timer's function. An interval is rounded up to a
+// multiple of 10 milliseconds, as in SDL.
 SDL_TimerID addTimer(Uint32 interval, SDL_NewTimerCallback function, void* parameter);
 bool removeTimer(SDL_TimerID id);
 void removeAllTimers();
 
-// Whether SDL's timers are initialized; their end is the end of each.
+// Sets whether SDL's timers are initialized; when not, all timers are removed.
 bool areTimersInitialized();
 
 // When the next timer falls due, if there is one.

@@ -16,7 +16,7 @@ constexpr char kNeverWaits[] =
     "with every 1000 calls of SDL_PollEvent, SDL_PumpEvents or SDL_GetTicks. SDL_Delay and "
     "SDL_WaitEvent let time pass at once.";
 
-// In paced time it would stand still, where its looks take long.
+// Paced time would stand still if each check took long.
 constexpr int kLooksInVain = 50;
 constexpr Milliseconds kLongestLag = 1000;
 

@@ -1,5 +1,5 @@
-// How virtual time passes: at no cost, from one of SDL's timers to the next. All of this is the
-// application's thread's alone.
+// Moves virtual time, without waiting, from one SDL timer to the next. For the application's thread
+// only.
 #ifndef TAV_SIMULATOR_TIME_VIRTUAL_TIME_H
 #define TAV_SIMULATOR_TIME_VIRTUAL_TIME_H
 
@@ -7,12 +7,12 @@
 
 namespace tavsim {
 
-// The application waits until a moment: fires the timers that fall due by then.
+// The application waits until a moment: fires the timers that fall due until then.
 void passTime(Milliseconds until);
 
-// The application looks at its events or at the time without waiting. Where it does nothing else,
-// time would stand still: after a thousand looks at one moment a millisecond passes, and the first
-// time standard error says so.
+// The application polls its events or reads the time without waiting. If it never waits, time would
+// stand still. So after a thousand such calls at the same moment a millisecond passes, and the
+// first time standard error says so.
 void lookWithoutWaiting();
 
 }  // namespace tavsim

@@ -7,7 +7,7 @@
 namespace tavsim {
 namespace {
 
-constexpr double kRadius = 6371008.8;  // the mean one
+constexpr double kRadius = 6371008.8;  // the mean radius in metres
 constexpr double kFullTurn = 360.0;
 constexpr double kHalfTurn = 180.0;
 

@@ -10,10 +10,10 @@ struct Place {
     double longitude = 0.0;
 };
 
-// Along the great circle.
+// The distance along the great circle.
 double distanceBetween(const Place& from, const Place& to);
 
-// The direction in which the great circle sets out.
+// The initial direction of the great circle.
 double bearingTo(const Place& from, const Place& to);
 
 Place placeAt(const Place& from, double bearing, double distance);

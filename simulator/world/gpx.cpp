@@ -42,7 +42,7 @@ public:
     }
 
 private:
-    // Without the prefix of its namespace.
+    // The name without its namespace prefix.
     static std::string_view nameOf(const pugi::xml_node& node) {
         const std::string_view name = node.name();
         return name.substr(name.find(':') + 1);

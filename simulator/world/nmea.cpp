@@ -1,6 +1,6 @@
 // NMEA 0183: sentences such as $GPRMC,120000,A,5231.2000,N,01324.3000,E,2.7,90.0,010526,,*0B, of
-// which RMC and GGA tell the position. A recorder may be switched off within a sentence, lose
-// bytes, or write lines of its own, so what cannot be read is left out.
+// which RMC and GGA contain the position. A recorder may be switched off within a sentence, lose
+// bytes, or write lines of its own, so lines that cannot be read are skipped.
 #include <algorithm>
 #include <array>
 
@@ -13,9 +13,9 @@ namespace {
 constexpr Milliseconds kHour = 3'600'000;
 constexpr Milliseconds kDay = 24 * kHour;
 constexpr double kKnot = 1852.0 / 3600.0;  // metres a second
-constexpr size_t kLengthOfName = 5;        // the talker's two letters, and what it tells
+constexpr size_t kLengthOfName = 5;        // two letters for the talker, three for the sentence
 
-// The fields that are needed; further ones are left out. Those that are missing are empty.
+// The fields that are needed; further ones are ignored, and missing ones are empty.
 using Fields = std::array<std::string_view, 10>;
 
 Fields fieldsOf(std::string_view sentence) {
@@ -67,7 +67,7 @@ private:
     }
 
     void readSentence(std::string_view line) {
-        // In front of it may be a time, or a block of tags.
+        // A time or a tag block may come before it.
         const size_t start = line.find_last_of("$!");
         if (start == std::string_view::npos) {
             fail("no sentence of NMEA 0183");
@@ -76,7 +76,7 @@ private:
         const size_t star = line.rfind('*');
         checkSum(line, star);
         const Fields fields = fieldsOf(line.substr(1, star - 1));
-        // Names with a P in front are the makers' own.
+        // Names that begin with P are proprietary.
         if (fields[0].size() != kLengthOfName || fields[0][0] == 'P') {
             return;
         }
@@ -142,7 +142,7 @@ private:
         }
     }
 
-    // The point of that time: sentences of one time make one point. Null for a receiver that does
+    // The point of that time; sentences of the same time share one point. Null if the receiver does
     // not know the time.
     TrackPoint* pointAt(std::string_view text) {
         if (text.empty()) {
@@ -173,7 +173,7 @@ private:
                static_cast<Milliseconds>(minutes) * 60'000 + std::llround(seconds * 1000);
     }
 
-    // Puts the point there.
+    // Sets the point's position.
     Fix& placed(TrackPoint* point, const Place& place) const {
         Fix fix = point->fix.value_or(fixOfReceiver());
         fix.latitude = place.latitude;

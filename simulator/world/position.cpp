@@ -14,16 +14,16 @@ constexpr char kLocation[] = "location";
 
 struct World {
     std::optional<Fix> position;
-    std::optional<int> lost;  // the error that is told in place of the position
+    std::optional<int> lost;  // the error that is sent instead of the position
     Way way;                  // none: the device stands
     bool isNamed = false;     // the way has a name in the device's state
     Milliseconds begin = 0;
-    int run = 0;  // counts the ways; moments of earlier ones are void
+    int run = 0;  // incremented with each way, to drop the moments of earlier ones
     bool isPlaced = false;
 };
 
 World& world() {
-    // Never destroyed: the device ends after static objects do.
+    // Never destroyed, because the device ends after static objects are destroyed.
     static World& instance = *new World;
     return instance;
 }

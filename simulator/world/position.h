@@ -1,4 +1,4 @@
-// Where the device is. The position is the device's, whoever tracks it.
+// The position of the device. It does not depend on who tracks it.
 #ifndef TAV_SIMULATOR_WORLD_POSITION_H
 #define TAV_SIMULATOR_WORLD_POSITION_H
 
@@ -12,40 +12,40 @@
 
 namespace tavsim {
 
-// What whoever tracks the location hears: a fix, or an error code.
+// What applications that track the location receive: a fix, or an error code.
 using Report = std::variant<Fix, int>;
 
-// The code that stands for no fix.
+// The error code for "no fix".
 inline constexpr int kNoFix = 2;
 
-// Tells it to whoever tracks the location. Defined by the location service.
+// Sends it to all who track the location. Defined by the location service.
 void announce(const Report& report);
 
-// What happens on a way, and when since its begin.
+// An event on a way, and its time since the start of the way.
 struct Moment {
     Milliseconds at = 0;
     Report report;
 };
 
-// Gives one moment after the other, and none at the end.
+// Returns one moment after the other, and nothing at the end.
 using Way = std::function<std::optional<Moment>()>;
 
-// The device is there from now on. It ends the way that it was on.
+// Puts the device there, and ends its current way.
 void placeDevice(const Fix& fix);
 
-// The device sets out on a way, which the state "movement" calls so.
+// Starts a way; the state "movement" gets this name.
 void setOut(const std::string& movement, Way way);
 
-// From now on there is no position to be told, only this error; and then there is again. The device
-// goes on moving meanwhile. False when it was not lost.
+// From now on this error is sent instead of the position, until the position is found again. The
+// device goes on moving meanwhile. False when it was not lost.
 void loseLocation(int code);
 bool findLocation();
 
-// Somebody begins to track the location: what they hear at once, if there is anything. The first
-// one sets the device out on the way of its profile, unless it has been placed.
+// Called when an application begins to track the location; returns what it receives at once, if
+// anything. The first call starts the way of the profile, unless the device has been placed.
 std::optional<Report> beginTracking();
 
-// Where the device is; before it has been anywhere, the first fix of its profile.
+// The device's position; before it has one, the first fix of its profile.
 std::optional<Fix> presentFix();
 
 void stopWorld();

@@ -1,4 +1,4 @@
-// The two forms in which receivers record tracks.
+// The two file formats of recorded tracks.
 #ifndef TAV_SIMULATOR_WORLD_RECORDINGS_H
 #define TAV_SIMULATOR_WORLD_RECORDINGS_H
 
@@ -11,7 +11,7 @@
 
 namespace tavsim {
 
-// What is wrong with a file, and the line that it is wrong in.
+// An error in a file, and its line.
 struct TrackError {
     int line;
     std::string what;
@@ -22,7 +22,7 @@ struct TrackError {
 Track pointsOfGpx(const std::string& content);
 Track pointsOfNmea(const std::string& content, std::string* leftOut);
 
-// How well a receiver knows where it is, in metres.
+// The accuracy of a receiver, in metres.
 inline Fix fixOfReceiver() {
     Fix fix;
     fix.horizAccuracy = 5.0;
@@ -30,7 +30,7 @@ inline Fix fixOfReceiver() {
     return fix;
 }
 
-// A number that is all of the text.
+// A number; it must be the whole text.
 inline std::optional<double> numberIn(std::string_view text) {
     double number = 0.0;
     const char* end = text.data() + text.size();

@@ -37,7 +37,7 @@ Place placeOf(const Fix& fix) {
     return {fix.latitude, fix.longitude};
 }
 
-// Where they were not recorded.
+// If they were not recorded.
 void addMotion(Track* track) {
     double heading = 0.0;
     for (size_t i = 0; i < track->size(); ++i) {
@@ -56,7 +56,7 @@ void addMotion(Track* track) {
     }
 }
 
-// What begins with XML's bracket is none; in front of a log's first sentence there may be anything.
+// A log may begin with anything before its first sentence, except with the bracket of XML.
 bool isNmea(const std::string& content) {
     const size_t first = content.find_first_of("<$!");
     return first != std::string::npos && content[first] != '<';

@@ -7,9 +7,9 @@ namespace tavsim {
 namespace {
 
 constexpr double kPlaces = 1e7;   // about a centimetre
-constexpr double kLargest = 1e9;  // beyond, there are no such digits
+constexpr double kLargest = 1e9;  // a larger double has no such digits
 constexpr double kHundredths = 100.0;
-constexpr double kNearby = 0.01;  // metres, from where no direction can be told
+constexpr double kNearby = 0.01;  // metres; below that, the direction is undefined
 
 double rounded(double value, double parts) {
     return std::abs(value) < kLargest ? std::round(value * parts) / parts : value;
