@@ -15,9 +15,6 @@ constexpr int kLongestBriefCallMs = 500;
 constexpr int kLongestFlushMs = 500;
 constexpr guint kBetweenLooksMs = 500;
 constexpr gint64 kRestAfterHangUs = 10'000'000;
-constexpr char kBusService[] = "org.freedesktop.DBus";
-constexpr char kBusPath[] = "/org/freedesktop/DBus";
-constexpr char kProperties[] = "org.freedesktop.DBus.Properties";
 
 struct Line {
     GDBusConnection* connection = nullptr;
@@ -106,7 +103,7 @@ bool isListed(Bus bus, const char* list, const char* service) {
     if (!names) {
         return false;
     }
-    const Variant array(g_variant_get_child_value(names.get(), 0));
+    const Variant array = childOf(names.get(), 0);
     const char** texts = g_variant_get_strv(array.get(), nullptr);
     const bool found = g_strv_contains(texts, service) != FALSE;
     g_free(texts);
@@ -185,7 +182,7 @@ void flushConnections() {
 }
 
 bool call(const Method& method, GVariant* arguments, Result result, GCancellable* cancellable) {
-    const Variant owned(arguments != nullptr ? g_variant_ref_sink(arguments) : nullptr);
+    const Variant kept = owned(arguments);
     GDBusConnection* connection = connectionTo(method.bus);
     if (connection == nullptr) {
         return false;
@@ -202,15 +199,14 @@ bool call(const Method& method, GVariant* arguments, Result result, GCancellable
 Variant callBriefly(const Method& method, GVariant* arguments, const char* resultType,
                     LateResult late) {
     static auto& hanging = *new std::set<std::string>;  // services that owe an answer
-    const Variant owned(arguments != nullptr ? g_variant_ref_sink(arguments) : nullptr);
+    const Variant kept = owned(arguments);
     if (!isApplicationThread() || hanging.contains(method.service)) {
         return nullptr;
     }
     const auto brief = std::make_shared<BriefCall>();
     const auto takeResult = [brief, service = method.service, type = std::string(resultType),
                              late = std::move(late)](GVariant* result, const GError*) {
-        const bool fits = result != nullptr &&
-                          g_variant_is_of_type(result, G_VARIANT_TYPE(type.c_str())) != FALSE;
+        const bool fits = isOfType(result, type.c_str());
         brief->isFinished = true;
         brief->result.reset(fits ? g_variant_ref(result) : nullptr);
         if (brief->isLate) {
@@ -234,11 +230,7 @@ Variant propertyOf(Bus bus, const std::string& service, const std::string& path,
                    const std::string& interface, const char* property) {
     const Variant answer = callBriefly({bus, service, path, kProperties, "Get"},
                                        g_variant_new("(ss)", interface.c_str(), property), "(v)");
-    GVariant* value = nullptr;
-    if (answer) {
-        g_variant_get(answer.get(), "(v)", &value);
-    }
-    return Variant(value);
+    return answer ? valueIn(answer.get()) : nullptr;
 }
 
 bool isAvailable(Bus bus, const char* service) {

@@ -5,15 +5,15 @@
 #include <gio/gio.h>
 
 #include <functional>
-#include <memory>
 #include <string>
+
+#include "linux/bus/variant.h"
 
 namespace tavlinux {
 
-struct VariantUnref {
-    void operator()(GVariant* variant) const { g_variant_unref(variant); }
-};
-using Variant = std::unique_ptr<GVariant, VariantUnref>;
+inline constexpr char kBusService[] = "org.freedesktop.DBus";  // the bus itself
+inline constexpr char kBusPath[] = "/org/freedesktop/DBus";
+inline constexpr char kProperties[] = "org.freedesktop.DBus.Properties";
 
 enum class Bus { Session, System };
 

@@ -7,7 +7,7 @@
 #include <string_view>
 
 #include "base/json/writer.h"
-#include "linux/bus/connection.h"
+#include "linux/bus/variant.h"
 
 namespace tavlinux {
 namespace {
@@ -20,20 +20,12 @@ struct Output {
 
     void value(GVariant* value);
     void variant(GVariant* inner);
-    void memberOfVariantType(const std::string& name, GVariant* inner);
+    void member(const std::string& name, GVariant* value);
     void dictionary(GVariant* dictionary);
     void list(GVariant* container);
     void number(double value);
     void bytes(GVariant* array);
 };
-
-Variant childOf(GVariant* container, gsize index) {
-    return Variant(g_variant_get_child_value(container, index));
-}
-
-bool isOfType(GVariant* value, const char* type) {
-    return g_variant_is_of_type(value, G_VARIANT_TYPE(type)) != FALSE;
-}
 
 int64_t integerOf(GVariant* value) {
     switch (g_variant_classify(value)) {
@@ -54,14 +46,11 @@ int64_t integerOf(GVariant* value) {
 
 // A dictionary's key as the name of a member.
 std::string keyText(GVariant* key) {
-    Output output;
-    output.value(key);
-    const bool isText = g_variant_classify(key) == G_VARIANT_CLASS_STRING ||
-                        g_variant_classify(key) == G_VARIANT_CLASS_OBJECT_PATH ||
-                        g_variant_classify(key) == G_VARIANT_CLASS_SIGNATURE;
-    if (isText) {
+    if (isOfType(key, "s") || isOfType(key, "o") || isOfType(key, "g")) {
         return g_variant_get_string(key, nullptr);
     }
+    Output output;
+    output.value(key);
     std::string text = output.json.take();
     return text.front() == '"' ? text.substr(1, text.size() - 2) : text;
 }
@@ -125,9 +114,8 @@ void Output::number(double value) {
 void Output::bytes(GVariant* array) {
     gsize size = 0;
     const void* start = g_variant_get_fixed_array(array, &size, 1);
-    char* text = g_base64_encode(static_cast<const guchar*>(start), size);
+    g_autofree char* text = g_base64_encode(static_cast<const guchar*>(start), size);
     json.value(text);
-    g_free(text);
 }
 
 void Output::list(GVariant* container) {
@@ -138,11 +126,17 @@ void Output::list(GVariant* container) {
     json.endArray();
 }
 
-void Output::memberOfVariantType(const std::string& name, GVariant* inner) {
+// Of a variant the value, and beside it the type unless that is evident.
+void Output::member(const std::string& name, GVariant* content) {
     json.key(name);
-    value(inner);
-    if (!isTypeEvident(inner)) {
-        json.member(name + std::string(kTypeSuffix), g_variant_get_type_string(inner));
+    if (!isOfType(content, "v")) {
+        value(content);
+        return;
+    }
+    const Variant inner = childOf(content, 0);
+    value(inner.get());
+    if (!isTypeEvident(inner.get())) {
+        json.member(name + std::string(kTypeSuffix), g_variant_get_type_string(inner.get()));
     }
 }
 
@@ -154,14 +148,7 @@ void Output::dictionary(GVariant* dictionary) {
     json.beginObject();
     for (gsize i = 0; i < g_variant_n_children(dictionary); ++i) {
         const Variant entry = childOf(dictionary, i);
-        const std::string name = keyText(childOf(entry.get(), 0).get());
-        const Variant content = childOf(entry.get(), 1);
-        if (isOfType(content.get(), "v")) {
-            memberOfVariantType(name, childOf(content.get(), 0).get());
-        } else {
-            json.key(name);
-            value(content.get());
-        }
+        member(keyText(childOf(entry.get(), 0).get()), childOf(entry.get(), 1).get());
     }
     json.endObject();
 }
@@ -256,14 +243,7 @@ std::optional<std::string> jsonFromResult(GVariant* tuple, GDBusArgInfo* const* 
         output.json.member("returnValue", true);
     }
     for (gsize i = 0; i < count; ++i) {
-        const Variant value = childOf(tuple, i);
-        const std::string name = argumentName(arguments, i);
-        if (isOfType(value.get(), "v")) {
-            output.memberOfVariantType(name, childOf(value.get(), 0).get());
-        } else {
-            output.json.key(name);
-            output.value(value.get());
-        }
+        output.member(argumentName(arguments, i), childOf(tuple, i).get());
     }
     output.json.endObject();
     return output.isComplete ? std::optional(output.json.take()) : std::nullopt;

@@ -55,7 +55,7 @@ void tellWaiting(const Object& object, const std::shared_ptr<Description>& descr
 
 void takeXml(const Object& object, Bus bus, GVariant* result) {
     const char* xml = "";
-    if (g_variant_is_of_type(result, G_VARIANT_TYPE("(s)")) != FALSE) {
+    if (isOfType(result, "(s)")) {
         g_variant_get(result, "(&s)", &xml);
     }
     GError* problem = nullptr;

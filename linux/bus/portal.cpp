@@ -24,7 +24,7 @@ PortalResponse::PortalResponse(const std::function<void(guint32 code)>& receiver
       m_signal(
           {Bus::Session, kPortal, portalObject("request", m_token), kPortalRequest, "Response"},
           [receiver](const char*, GVariant* arguments) {
-              if (g_variant_is_of_type(arguments, G_VARIANT_TYPE("(ua{sv})")) != FALSE) {
+              if (isOfType(arguments, "(ua{sv})")) {
                   guint32 code = Granted;
                   g_variant_get_child(arguments, 0, "u", &code);
                   receiver(code);

@@ -9,9 +9,6 @@
 namespace tavlinux {
 namespace {
 
-constexpr char kBusService[] = "org.freedesktop.DBus";
-constexpr char kBusPath[] = "/org/freedesktop/DBus";
-
 std::vector<Subscription*>& subscriptions() {
     static auto& all = *new std::vector<Subscription*>;
     return all;
@@ -81,7 +78,7 @@ std::unique_ptr<Subscription> watchOwner(Bus bus, const std::string& service,
                                          const std::function<void(bool)>& changed) {
     const auto ownerChanged = [changed](const char*, GVariant* arguments) {
         const char* owner = nullptr;
-        if (g_variant_is_of_type(arguments, G_VARIANT_TYPE("(sss)")) != FALSE) {
+        if (isOfType(arguments, "(sss)")) {
             g_variant_get_child(arguments, 2, "&s", &owner);
             changed(*owner != '\0');
         }

@@ -7,6 +7,7 @@
 #include "linux/bus/pump.h"
 #include "linux/bus/subscription.h"
 #include "linux/services/geoclue.h"
+#include "linux/services/location.h"
 
 namespace tavlinux {
 namespace {
@@ -14,7 +15,6 @@ namespace {
 constexpr char kService[] = "net.hadess.SensorProxy";
 constexpr char kPath[] = "/net/hadess/SensorProxy/Compass";
 constexpr char kCompass[] = "net.hadess.SensorProxy.Compass";
-constexpr char kProperties[] = "org.freedesktop.DBus.Properties";
 constexpr char kHeading[] = "CompassHeading";
 
 struct Compass {
@@ -44,29 +44,23 @@ void deliverHeading(double heading) {
 
 void takeChange(GVariant* change) {
     double heading = 0.0;
-    if (g_variant_is_of_type(change, G_VARIANT_TYPE("(sa{sv}as)")) == FALSE) {
+    if (!isOfType(change, "(sa{sv}as)")) {
         return;
     }
-    const Variant values(g_variant_get_child_value(change, 1));
+    const Variant values = childOf(change, 1);
     if (g_variant_lookup(values.get(), kHeading, "d", &heading) != FALSE) {
         deliverHeading(heading);
     }
 }
 
 void readHeading() {
-    call(
-        {Bus::System, kService, kPath, kProperties, "Get"},
-        g_variant_new("(ss)", kCompass, kHeading), [](GVariant* result, const GError*) {
-            GVariant* value = nullptr;
-            if (result == nullptr || g_variant_is_of_type(result, G_VARIANT_TYPE("(v)")) == FALSE) {
-                return;
-            }
-            g_variant_get(result, "(v)", &value);
-            if (g_variant_is_of_type(value, G_VARIANT_TYPE_DOUBLE) != FALSE) {
-                deliverHeading(g_variant_get_double(value));
-            }
-            g_variant_unref(value);
-        });
+    call({Bus::System, kService, kPath, kProperties, "Get"},
+         g_variant_new("(ss)", kCompass, kHeading), [](GVariant* result, const GError*) {
+             const Variant value = isOfType(result, "(v)") ? valueIn(result) : nullptr;
+             if (isOfType(value.get(), "d")) {
+                 deliverHeading(g_variant_get_double(value.get()));
+             }
+         });
 }
 
 // A service that comes back knows nothing of who had claimed its compass.
@@ -83,8 +77,7 @@ void claimAgain(bool hasOwner) {
 
 bool hasCompass() {
     const Variant value = propertyOf(Bus::System, kService, kPath, kCompass, "HasCompass");
-    return value && g_variant_is_of_type(value.get(), G_VARIANT_TYPE_BOOLEAN) != FALSE &&
-           g_variant_get_boolean(value.get()) != FALSE;
+    return isOfType(value.get(), "b") && g_variant_get_boolean(value.get()) != FALSE;
 }
 
 void releaseSensor() {

@@ -29,7 +29,7 @@ std::string machineDisplayName() {
     for (const char* property : {"PrettyHostname", "StaticHostname", "Hostname"}) {
         const Variant value =
             propertyOf(Bus::System, kHostname, kHostnamePath, kHostname, property);
-        if (!value || g_variant_is_of_type(value.get(), G_VARIANT_TYPE_STRING) == FALSE) {
+        if (!isOfType(value.get(), "s")) {
             break;
         }
         const char* name = g_variant_get_string(value.get(), nullptr);
@@ -65,7 +65,7 @@ Language languageOfEnvironment() {
 
 Language languageOfSystem() {
     const Variant locale = propertyOf(Bus::System, kLocale, kLocalePath, kLocale, "Locale");
-    if (!locale || g_variant_is_of_type(locale.get(), G_VARIANT_TYPE_STRING_ARRAY) == FALSE) {
+    if (!isOfType(locale.get(), "as")) {
         return {};
     }
     Language language;

@@ -1,37 +1,55 @@
-// Where the machine is and where it heads, from GeoClue, or where there is none, the desktop
-// portal.
+// Where the machine is and where it heads, from GeoClue.
 #ifndef TAV_LINUX_SERVICES_GEOCLUE_H
 #define TAV_LINUX_SERVICES_GEOCLUE_H
 
-#include <gio/gio.h>
-
 #include <functional>
+#include <memory>
+#include <string>
+
+#include "linux/bus/connection.h"
+#include "linux/bus/subscription.h"
+#include "linux/services/position.h"
 
 namespace tavlinux {
 
 inline constexpr char kGeoClue[] = "org.freedesktop.GeoClue2";
 
-// What is not known is -1.0.
-struct Position {
-    double latitude;
-    double longitude;
-    double altitude;  // metres
-    double accuracy;  // metres
-    double heading;   // degrees from north
-    double speed;     // metres a second
+// A client of GeoClue, which works while the object lives. A GeoClue that vanishes is used again
+// when it is back.
+class GeoClue {
+public:
+    // `onNobody` is called once, and nothing after it, where GeoClue is not installed.
+    GeoClue(PositionListener listener, std::function<void()> onNobody);
+    ~GeoClue();
+    GeoClue(const GeoClue&) = delete;
+    GeoClue& operator=(const GeoClue&) = delete;
+
+private:
+    bool start();
+    void takeClient(GVariant* result, const GError* problem);
+    void useClient(const char* path);
+    void setProperty(const char* name, GVariant* value);
+    void takeStart(GVariant* result, const GError* problem);
+    void failStart(const GError* problem);
+    void readLocation(GVariant* update);
+    void takeLocation(GVariant* result, const GError* problem);
+    void onOwnerChanged(bool hasOwner);
+    void giveUp();
+    void forgetClient();
+
+    Method ofClient(const char* interface, const char* name) const;
+    Result whileSessionLasts(void (GeoClue::*take)(GVariant*, const GError*));
+
+    const PositionListener m_listener;
+    const std::function<void()> m_onNobody;
+    std::shared_ptr<bool> m_session;  // from a start to the next or to the service's end
+    bool m_isStarting = false;
+    bool m_hasWorked = false;  // since the last start
+    bool m_isAwaited = false;  // the service was there and has gone
+    std::string m_client;      // its path
+    std::unique_ptr<Subscription> m_updates;
+    std::unique_ptr<Subscription> m_owner;
 };
-
-struct PositionListener {
-    std::function<void(const Position&)> onPosition;
-    std::function<void(const GError*)> onProblem;  // it could not be started
-};
-
-// Starts GeoClue's work with the first listener. A service that vanishes is found again when it is
-// back. Returns a number for stopListening, or 0 when there is no bus.
-int listenForPositions(PositionListener listener);
-
-// Ends it with the last. The listener is not called any more.
-void stopListening(int number);
 
 }  // namespace tavlinux
 

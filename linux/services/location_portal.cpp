@@ -11,9 +11,8 @@ constexpr char kLocation[] = "org.freedesktop.portal.Location";
 
 }  // namespace
 
-LocationPortal::LocationPortal(OnLocation onLocation, OnProblem onProblem)
-    : m_onLocation(std::move(onLocation)),
-      m_onProblem(std::move(onProblem)),
+LocationPortal::LocationPortal(PositionListener listener)
+    : m_listener(std::move(listener)),
       m_token(newPortalToken()),
       m_session(portalObject("session", m_token)) {
     m_owner = watchOwner(Bus::Session, kPortal, [this](bool isThere) {
@@ -42,7 +41,7 @@ void LocationPortal::ask(const char* method, GVariant* arguments,
                 return;
             }
             if (result == nullptr) {
-                m_onProblem(problem);
+                m_listener.onProblem(problem);
             } else {
                 next();
             }
@@ -71,18 +70,18 @@ void LocationPortal::takeResponse(guint32 code) {
 
 void LocationPortal::takeUpdate(GVariant* update) {
     const char* session = nullptr;
-    if (g_variant_is_of_type(update, G_VARIANT_TYPE("(oa{sv})")) == FALSE) {
+    if (!isOfType(update, "(oa{sv})")) {
         return;
     }
     g_variant_get_child(update, 0, "&o", &session);
     if (session == m_session) {
-        m_onLocation(Variant(g_variant_get_child_value(update, 1)).get());
+        m_listener.onPosition(positionFrom(childOf(update, 1).get()));
     }
 }
 
 void LocationPortal::fail(GDBusError code, const char* text) {
     GError* problem = g_error_new_literal(G_DBUS_ERROR, code, text);
-    m_onProblem(problem);
+    m_listener.onProblem(problem);
     g_error_free(problem);
 }
 

@@ -2,26 +2,20 @@
 #ifndef TAV_LINUX_SERVICES_LOCATION_PORTAL_H
 #define TAV_LINUX_SERVICES_LOCATION_PORTAL_H
 
-#include <gio/gio.h>
-
 #include <functional>
 #include <memory>
 #include <string>
 
 #include "linux/bus/portal.h"
 #include "linux/bus/subscription.h"
+#include "linux/services/position.h"
 
 namespace tavlinux {
 
 // A session with the portal, which asks the user at its start and ends with the object.
 class LocationPortal {
 public:
-    // Receives each location, an a{sv} whose names are those of GeoClue's.
-    using OnLocation = std::function<void(GVariant* properties)>;
-    // Receives why there is none, or no more.
-    using OnProblem = std::function<void(const GError* problem)>;
-
-    LocationPortal(OnLocation onLocation, OnProblem onProblem);
+    explicit LocationPortal(PositionListener listener);
     ~LocationPortal();
     LocationPortal(const LocationPortal&) = delete;
     LocationPortal& operator=(const LocationPortal&) = delete;
@@ -33,8 +27,7 @@ private:
     void takeUpdate(GVariant* update);
     void fail(GDBusError code, const char* text);
 
-    const OnLocation m_onLocation;
-    const OnProblem m_onProblem;
+    const PositionListener m_listener;
     const std::shared_ptr<bool> m_life = std::make_shared<bool>();  // gone when the object is
     const std::string m_token;
     std::string m_session;

@@ -5,7 +5,6 @@
 namespace tavlinux {
 namespace {
 
-constexpr char kBusService[] = "org.freedesktop.DBus";
 constexpr char kPlayers[] = "org.mpris.MediaPlayer2.";
 constexpr char kPath[] = "/org/mpris/MediaPlayer2";
 constexpr char kPlayer[] = "org.mpris.MediaPlayer2.Player";
@@ -25,14 +24,13 @@ void pauseAll(GVariant* names) {
 }  // namespace
 
 Dispatched pauseMedia(const simdjson::dom::object&, const Answer& answer) {
-    const bool isDispatched = call(
-        {Bus::Session, kBusService, "/org/freedesktop/DBus", kBusService, "ListNames"}, nullptr,
-        [answer](GVariant* names, const GError* problem) {
-            if (names != nullptr && g_variant_is_of_type(names, G_VARIANT_TYPE("(as)")) != FALSE) {
-                pauseAll(names);
-            }
-            answer(names != nullptr ? kDone : failure(problem));
-        });
+    const bool isDispatched = call({Bus::Session, kBusService, kBusPath, kBusService, "ListNames"},
+                                   nullptr, [answer](GVariant* names, const GError* problem) {
+                                       if (isOfType(names, "(as)")) {
+                                           pauseAll(names);
+                                       }
+                                       answer(names != nullptr ? kDone : failure(problem));
+                                   });
     return isDispatched ? Dispatched(Stop()) : std::nullopt;
 }
 

@@ -62,7 +62,7 @@ Dispatched vibrate(const simdjson::dom::object& request, const Answer& answer) {
     };
     const auto afterPattern = [=](GVariant* result, const GError* problem) {
         gboolean vibrates = FALSE;
-        if (result != nullptr && g_variant_is_of_type(result, G_VARIANT_TYPE("(b)")) != FALSE) {
+        if (isOfType(result, "(b)")) {
             g_variant_get(result, "(b)", &vibrates);
         }
         if (vibrates != FALSE) {
