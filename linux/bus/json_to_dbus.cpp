@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string_view>
+#include <utility>
 
 #include "linux/bus/basic_values.h"
 #include "linux/bus/dbus_to_json.h"
@@ -14,27 +15,23 @@ namespace {
 constexpr int kDeepest = 60;  // the bus ends the connection of who nests deeper than 64 levels
 constexpr std::string_view kTypeSuffix = ":type";
 
-// Reads one payload. Every function returns a floating value, or null once something did not fit.
+// Reads one payload. Every function returns a value, or null once something did not fit.
 class Input {
 public:
-    GVariant* argument(const dom::element& payload, size_t position, const std::string& name,
-                       const char* signature, size_t* used);
+    Variant argument(const dom::element& payload, size_t position, const std::string& name,
+                     const char* signature, size_t* used);
     const std::string& problem() const { return m_problem; }
 
 private:
-    GVariant* value(const dom::element& json, const GVariantType* type);
-    GVariant* variant(const dom::element& json, const std::optional<std::string_view>& type);
-    GVariant* fail(const std::string& problem);
-
-    // The value of a member, which for a variant may have its type beside it.
-    GVariant* member(const dom::object& object, std::string_view name, const dom::element& json,
-                     const GVariantType* type);
-    GVariant* sequence(const dom::element& json, const GVariantType* type);
-    GVariant* dictionary(const dom::element& json, const GVariantType* type);
-    GVariant* container(const dom::element& json, const GVariantType* type);
-    GVariant* variantOfEvidentType(const dom::element& json);
-    GVariant* key(std::string_view name, const GVariantType* type);
-    bool addEntry(GVariantBuilder* builder, GVariant* key, GVariant* value);
+    Variant value(const dom::element& json, const GVariantType* type);
+    Variant container(const dom::element& json, const GVariantType* type);
+    Variant variant(const dom::element& json, std::optional<std::string_view> type);
+    Variant items(const dom::element& json, const GVariantType* type);
+    Variant members(const dom::object& object, const GVariantType* type);
+    Variant member(const dom::object& object, std::string_view name, const dom::element& json,
+                   const GVariantType* type);
+    Variant key(std::string_view name, const GVariantType* type);
+    Variant fail(const std::string& problem);
 
     std::string m_problem;
     int m_depth = 0;
@@ -51,6 +48,30 @@ bool isUsableType(const std::string& type) {
            g_variant_type_is_definite(G_VARIANT_TYPE(type.c_str())) != FALSE;
 }
 
+// The type of a variant whose type is not told; empty for null.
+std::string_view evidentType(const dom::element& json) {
+    int64_t integer = 0;
+    switch (json.type()) {
+    case dom::element_type::BOOL:
+        return "b";
+    case dom::element_type::STRING:
+        return "s";
+    case dom::element_type::DOUBLE:
+        return "d";
+    case dom::element_type::INT64:
+        integer = json.get_int64().value_unsafe();
+        return integer >= G_MININT32 && integer <= G_MAXINT32 ? "i" : "x";
+    case dom::element_type::UINT64:
+        return "t";
+    case dom::element_type::ARRAY:
+        return "av";
+    case dom::element_type::OBJECT:
+        return "a{sv}";
+    default:
+        return "";
+    }
+}
+
 // Whether a member only tells the type of the variant in another.
 bool isTypeOfAnother(const dom::object& object, std::string_view name) {
     if (!name.ends_with(kTypeSuffix)) {
@@ -60,161 +81,113 @@ bool isTypeOfAnother(const dom::object& object, std::string_view name) {
     return object[name].error() == simdjson::SUCCESS;
 }
 
-GVariant* Input::fail(const std::string& problem) {
+Variant Input::fail(const std::string& problem) {
     if (m_problem.empty()) {
         m_problem = problem;
     }
     return nullptr;
 }
 
-// The items of an array, which are of one type, or of a struct, each of which has its own.
-GVariant* Input::sequence(const dom::element& json, const GVariantType* type) {
-    const bool isTuple = g_variant_type_is_tuple(type) != FALSE;
+// The items of an array are of one type; each of a struct, or of a dictionary's pair, has its own.
+Variant Input::items(const dom::element& json, const GVariantType* type) {
+    const bool isArray = g_variant_type_is_array(type) != FALSE;
     dom::array elements;
     if (json.get(elements) != simdjson::SUCCESS ||
-        (isTuple && elements.size() != g_variant_type_n_items(type))) {
+        (!isArray && elements.size() != g_variant_type_n_items(type))) {
         return nullptr;
     }
-    GVariantBuilder builder;
+    g_auto(GVariantBuilder) builder;
     g_variant_builder_init(&builder, type);
-    const GVariantType* next = isTuple ? g_variant_type_first(type) : g_variant_type_element(type);
+    const GVariantType* next = isArray ? g_variant_type_element(type) : g_variant_type_first(type);
     for (const dom::element element : elements) {
-        GVariant* item = value(element, next);
-        if (item == nullptr) {
-            g_variant_builder_clear(&builder);
+        const Variant item = value(element, next);
+        if (!item) {
             return nullptr;
         }
-        g_variant_builder_add_value(&builder, item);
-        next = isTuple ? g_variant_type_next(next) : next;
+        g_variant_builder_add_value(&builder, item.get());
+        next = isArray ? next : g_variant_type_next(next);
     }
-    return g_variant_builder_end(&builder);
+    return owned(g_variant_builder_end(&builder));
 }
 
-GVariant* Input::key(std::string_view name, const GVariantType* type) {
-    GVariant* result = basicFromKey(name, *g_variant_type_peek_string(type));
-    return result != nullptr
-               ? result
-               : fail("\"" + std::string(name) + "\" is no key of type " + spelled(type));
+Variant Input::key(std::string_view name, const GVariantType* type) {
+    Variant result = basicFromKey(name, *g_variant_type_peek_string(type));
+    return result ? std::move(result)
+                  : fail("\"" + std::string(name) + "\" is no key of type " + spelled(type));
 }
 
-bool Input::addEntry(GVariantBuilder* builder, GVariant* key, GVariant* value) {
-    if (key == nullptr || value == nullptr) {
-        for (GVariant* unused : {key, value}) {
-            if (unused != nullptr) {
-                g_variant_unref(g_variant_ref_sink(unused));
-            }
-        }
-        g_variant_builder_clear(builder);
-        return false;
-    }
-    g_variant_builder_add_value(builder, g_variant_new_dict_entry(key, value));
-    return true;
-}
-
-GVariant* Input::dictionary(const dom::element& json, const GVariantType* type) {
+// An object as a dictionary.
+Variant Input::members(const dom::object& object, const GVariantType* type) {
     const GVariantType* entry = g_variant_type_element(type);
     const GVariantType* keyType = g_variant_type_key(entry);
     const GVariantType* valueType = g_variant_type_value(entry);
-    const bool hasVariants = g_variant_type_equal(valueType, G_VARIANT_TYPE_VARIANT) != FALSE;
-    dom::object object;
-    dom::array pairs;
-    GVariantBuilder builder;
+    const bool hasVariants = g_variant_type_is_variant(valueType) != FALSE;
+    g_auto(GVariantBuilder) builder;
     g_variant_builder_init(&builder, type);
-    if (json.get(object) == simdjson::SUCCESS) {
-        for (const dom::key_value_pair field : object) {
-            const bool isType = hasVariants && isTypeOfAnother(object, field.key);
-            if (!isType && !addEntry(&builder, key(field.key, keyType),
-                                     member(object, field.key, field.value, valueType))) {
-                return nullptr;
-            }
+    for (const dom::key_value_pair field : object) {
+        if (hasVariants && isTypeOfAnother(object, field.key)) {
+            continue;
         }
-        return g_variant_builder_end(&builder);
-    }
-    if (json.get(pairs) == simdjson::SUCCESS) {
-        for (const dom::element pair : pairs) {
-            dom::element first;
-            dom::element second;
-            const bool isPair = pair.at_pointer("/0").get(first) == simdjson::SUCCESS &&
-                                pair.at_pointer("/1").get(second) == simdjson::SUCCESS;
-            if (!addEntry(&builder, isPair ? value(first, keyType) : nullptr,
-                          isPair ? value(second, valueType) : nullptr)) {
-                return nullptr;
-            }
+        const Variant name = key(field.key, keyType);
+        const Variant content = name ? member(object, field.key, field.value, valueType) : nullptr;
+        if (!content) {
+            return nullptr;
         }
-        return g_variant_builder_end(&builder);
+        g_variant_builder_add_value(&builder, g_variant_new_dict_entry(name.get(), content.get()));
     }
-    g_variant_builder_clear(&builder);
-    return nullptr;
+    return owned(g_variant_builder_end(&builder));
 }
 
-GVariant* Input::variantOfEvidentType(const dom::element& json) {
-    switch (json.type()) {
-    case dom::element_type::BOOL:
-        return value(json, G_VARIANT_TYPE_BOOLEAN);
-    case dom::element_type::STRING:
-        return value(json, G_VARIANT_TYPE_STRING);
-    case dom::element_type::DOUBLE:
-        return value(json, G_VARIANT_TYPE_DOUBLE);
-    case dom::element_type::UINT64:
-        return value(json, G_VARIANT_TYPE_UINT64);
-    case dom::element_type::ARRAY:
-        return value(json, G_VARIANT_TYPE("av"));
-    case dom::element_type::OBJECT:
-        return value(json, G_VARIANT_TYPE_VARDICT);
-    case dom::element_type::INT64: {
-        int64_t integer = 0;
-        const bool fits = json.get(integer) == simdjson::SUCCESS && integer >= G_MININT32 &&
-                          integer <= G_MAXINT32;
-        return value(json, fits ? G_VARIANT_TYPE_INT32 : G_VARIANT_TYPE_INT64);
-    }
-    default:
-        return fail("null has no type on D-Bus");
-    }
-}
-
-GVariant* Input::variant(const dom::element& json, const std::optional<std::string_view>& type) {
-    std::string_view named = type.value_or(std::string_view());
+Variant Input::variant(const dom::element& json, std::optional<std::string_view> type) {
+    std::string_view named;
     dom::element content = json;
     dom::object object;
-    const bool isTypedValue = !type && json.get(object) == simdjson::SUCCESS &&
-                              object.size() == 2 &&
-                              object["type"].get(named) == simdjson::SUCCESS &&
-                              object["value"].get(content) == simdjson::SUCCESS;
-    GVariant* inner = nullptr;
-    if (type || isTypedValue) {
-        const std::string signature(named);
-        inner = isUsableType(signature) ? value(content, G_VARIANT_TYPE(signature.c_str()))
-                                        : fail("\"" + signature + "\" is no type");
-    } else {
-        inner = variantOfEvidentType(json);
+    if (!type && json.get(object) == simdjson::SUCCESS && object.size() == 2 &&
+        object["type"].get(named) == simdjson::SUCCESS &&
+        object["value"].get(content) == simdjson::SUCCESS) {
+        type = named;
     }
-    return inner != nullptr ? g_variant_new_variant(inner) : nullptr;
+    if (!type && json.is_null()) {
+        return fail("null has no type on D-Bus");
+    }
+    const std::string signature(type ? *type : evidentType(json));
+    if (!isUsableType(signature)) {
+        return fail("\"" + signature + "\" is no type");
+    }
+    const Variant inner = value(content, G_VARIANT_TYPE(signature.c_str()));
+    return owned(inner ? g_variant_new_variant(inner.get()) : nullptr);
 }
 
-GVariant* Input::member(const dom::object& object, std::string_view name, const dom::element& json,
-                        const GVariantType* type) {
+// The value of a member, which for a variant may have its type beside it.
+Variant Input::member(const dom::object& object, std::string_view name, const dom::element& json,
+                      const GVariantType* type) {
     std::string_view named;
     const bool isTyped =
-        g_variant_type_equal(type, G_VARIANT_TYPE_VARIANT) != FALSE &&
+        g_variant_type_is_variant(type) != FALSE &&
         object[std::string(name) + std::string(kTypeSuffix)].get(named) == simdjson::SUCCESS;
     return isTyped ? variant(json, named) : value(json, type);
 }
 
-GVariant* Input::container(const dom::element& json, const GVariantType* type) {
+Variant Input::container(const dom::element& json, const GVariantType* type) {
     std::string_view text;
+    dom::object object;
     if (g_variant_type_is_variant(type) != FALSE) {
         return variant(json, std::nullopt);
     }
-    if (g_variant_type_is_subtype_of(type, G_VARIANT_TYPE_DICTIONARY) != FALSE) {
-        return dictionary(json, type);
+    if (json.get(object) == simdjson::SUCCESS) {
+        const bool isDictionary =
+            g_variant_type_is_subtype_of(type, G_VARIANT_TYPE_DICTIONARY) != FALSE;
+        return isDictionary ? members(object, type) : nullptr;
     }
-    const bool isBytes = g_variant_type_equal(type, G_VARIANT_TYPE_BYTESTRING) != FALSE &&
-                         json.get(text) == simdjson::SUCCESS;
-    return isBytes ? bytesFromBase64(text) : sequence(json, type);
+    if (json.get(text) == simdjson::SUCCESS) {
+        const bool isBytes = g_variant_type_equal(type, G_VARIANT_TYPE_BYTESTRING) != FALSE;
+        return isBytes ? bytesFromBase64(text) : nullptr;
+    }
+    return items(json, type);
 }
 
-GVariant* Input::value(const dom::element& json, const GVariantType* type) {
-    GVariant* result = nullptr;
+Variant Input::value(const dom::element& json, const GVariantType* type) {
+    Variant result;
     if (g_variant_type_is_container(type) == FALSE) {
         result = basicFromJson(json, *g_variant_type_peek_string(type));
     } else {
@@ -223,13 +196,13 @@ GVariant* Input::value(const dom::element& json, const GVariantType* type) {
         result = m_depth <= kDeepest ? container(json, type) : fail("nested too deeply");
         m_depth -= 2;
     }
-    return result != nullptr ? result
-                             : fail(simdjson::minify(json).substr(0, 80) + " is no value of type " +
-                                    spelled(type));
+    return result ? std::move(result)
+                  : fail(simdjson::minify(json).substr(0, 80) + " is no value of type " +
+                         spelled(type));
 }
 
-GVariant* Input::argument(const dom::element& payload, size_t position, const std::string& name,
-                          const char* signature, size_t* used) {
+Variant Input::argument(const dom::element& payload, size_t position, const std::string& name,
+                        const char* signature, size_t* used) {
     if (!isUsableType(signature)) {
         return fail("argument \"" + name + "\" cannot be given in JSON");
     }
@@ -257,8 +230,8 @@ GVariant* Input::argument(const dom::element& payload, size_t position, const st
 
 }  // namespace
 
-GVariant* argumentsFromJson(const dom::element& payload, GDBusArgInfo* const* arguments,
-                            std::string* problem) {
+Variant argumentsFromJson(const dom::element& payload, GDBusArgInfo* const* arguments,
+                          std::string* problem) {
     Input input;
     dom::object object;
     dom::array positions;
@@ -268,25 +241,22 @@ GVariant* argumentsFromJson(const dom::element& payload, GDBusArgInfo* const* ar
         return nullptr;
     }
     size_t used = isObject && object["subscribe"].error() == simdjson::SUCCESS ? 1 : 0;
-    GVariantBuilder builder;
+    g_auto(GVariantBuilder) builder;
     g_variant_builder_init(&builder, G_VARIANT_TYPE_TUPLE);
     for (size_t i = 0; arguments != nullptr && arguments[i] != nullptr; ++i) {
         const std::string name = argumentName(arguments, i);
-        GVariant* value = input.argument(payload, i, name, arguments[i]->signature, &used);
-        if (value == nullptr) {
-            g_variant_builder_clear(&builder);
+        const Variant value = input.argument(payload, i, name, arguments[i]->signature, &used);
+        if (!value) {
             *problem = input.problem();
             return nullptr;
         }
-        g_variant_builder_add_value(&builder, value);
+        g_variant_builder_add_value(&builder, value.get());
     }
-    GVariant* tuple = g_variant_builder_end(&builder);
     if ((isObject ? object.size() : positions.size()) > used) {
-        g_variant_unref(g_variant_ref_sink(tuple));
         *problem = "there are more arguments than the method has";
         return nullptr;
     }
-    return tuple;
+    return owned(g_variant_builder_end(&builder));
 }
 
 }  // namespace tavlinux

@@ -7,16 +7,18 @@
 
 #include <string>
 
+#include "linux/bus/variant.h"
+
 namespace tavlinux {
 
-// A method's arguments as a floating tuple, from an object whose members name them or a list that
+// A method's arguments as a tuple, from an object whose members name them or a list that
 // has them in order. A member "subscribe" that is no argument is left out. Null where the JSON does
 // not fit, and then `problem` says why.
 //
 // A value for a variant whose type is not told becomes b, s, d, i (x or t where it is too large),
 // av or a{sv}. Bytes may be a list of numbers, too, and a dictionary a list of pairs.
-GVariant* argumentsFromJson(const simdjson::dom::element& payload, GDBusArgInfo* const* arguments,
-                            std::string* problem);
+Variant argumentsFromJson(const simdjson::dom::element& payload, GDBusArgInfo* const* arguments,
+                          std::string* problem);
 
 }  // namespace tavlinux
 

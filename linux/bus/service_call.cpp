@@ -150,8 +150,8 @@ void invoke(const std::shared_ptr<Request>& request,
         return;
     }
     std::string problem;
-    GVariant* arguments = argumentsFromJson(payload, method->in_args, &problem);
-    if (arguments == nullptr) {
+    const Variant arguments = argumentsFromJson(payload, method->in_args, &problem);
+    if (!arguments) {
         request->reply(failure(request->member + ": " + problem));
         return;
     }
@@ -169,7 +169,7 @@ void invoke(const std::shared_ptr<Request>& request,
         };
     }
     const Method target{description->bus, request->service, request->path, interface, method->name};
-    if (!call(target, arguments, std::move(result), request->stopped)) {
+    if (!call(target, arguments.get(), std::move(result), request->stopped)) {
         request->reply(failure("the bus has gone"));
     }
 }

@@ -10,6 +10,7 @@
 
 using tavlinux::argumentsFromJson;
 using tavlinux::jsonFromResult;
+using tavlinux::Variant;
 
 namespace {
 
@@ -37,24 +38,18 @@ private:
     GDBusNodeInfo* m_node;
 };
 
-struct Unref {
-    void operator()(GVariant* variant) const { g_variant_unref(variant); }
-};
-using VariantPtr = std::unique_ptr<GVariant, Unref>;
-
-VariantPtr fromJson(const std::string& json, const Arguments& arguments, std::string* problem) {
+Variant fromJson(const std::string& json, const Arguments& arguments, std::string* problem) {
     simdjson::dom::parser parser;
     simdjson::dom::element element;
     if (parser.parse(json).get(element) != simdjson::SUCCESS) {
         *problem = "the test's JSON is none";
         return nullptr;
     }
-    GVariant* tuple = argumentsFromJson(element, arguments.get(), problem);
-    return VariantPtr(tuple != nullptr ? g_variant_ref_sink(tuple) : nullptr);
+    return argumentsFromJson(element, arguments.get(), problem);
 }
 
-VariantPtr fromText(const std::string& text) {
-    return VariantPtr(g_variant_ref_sink(g_variant_new_parsed(text.c_str())));
+Variant fromText(const std::string& text) {
+    return tavlinux::owned(g_variant_new_parsed(text.c_str()));
 }
 
 std::string print(GVariant* variant) {
@@ -109,8 +104,8 @@ TEST(Json, EveryDBusValueBecomesJsonAndTheSameValueAgain) {
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.value);
-        const VariantPtr value = fromText(std::string("(") + row.value + ",)");
-        const VariantPtr child(g_variant_get_child_value(value.get(), 0));
+        const Variant value = fromText(std::string("(") + row.value + ",)");
+        const Variant child(g_variant_get_child_value(value.get(), 0));
         const Arguments arguments({g_variant_get_type_string(child.get())});
         const std::optional<std::string> json = jsonFromResult(value.get(), arguments.get());
         ASSERT_TRUE(json);
@@ -118,7 +113,7 @@ TEST(Json, EveryDBusValueBecomesJsonAndTheSameValueAgain) {
         EXPECT_EQ(*json, R"({"returnValue":true,)" + members);
 
         std::string problem;
-        const VariantPtr again = fromJson("{" + members, arguments, &problem);
+        const Variant again = fromJson("{" + members, arguments, &problem);
         ASSERT_TRUE(again) << problem;
         EXPECT_EQ(print(again.get()), print(value.get()));
     }
@@ -169,7 +164,7 @@ TEST(Json, ArgumentsComeByNameOrByPositionAndNoneIsLost) {
     for (const auto& row : rows) {
         SCOPED_TRACE(row.json);
         std::string problem;
-        const VariantPtr tuple = fromJson(row.json, Arguments(row.types), &problem);
+        const Variant tuple = fromJson(row.json, Arguments(row.types), &problem);
         EXPECT_EQ(tuple ? print(tuple.get()) : problem, row.result);
     }
 }
