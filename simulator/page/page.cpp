@@ -18,7 +18,7 @@ using std::chrono::milliseconds;
 using std::chrono::nanoseconds;
 using std::chrono::seconds;
 
-// Processor time that a script may take before it lets go.
+// The processor time that a script may take before it returns.
 constexpr seconds kLimit(2);
 
 constexpr seconds kLongestEnd(1);
@@ -26,7 +26,7 @@ constexpr seconds kLongestEnd(1);
 constexpr char kTooLong[] = "the script ran for more than 2 seconds without a pause";
 constexpr char kClosed[] = "the application closed its connection to the page";
 
-// Between two looks at the processor time of a script that sends nothing.
+// Between two checks of the processor time of a script that sends nothing.
 constexpr milliseconds kShortestWait(10);
 
 PageMessageKind kindOf(const base::Message& message) {
@@ -66,9 +66,9 @@ void Page::queue(Event event) {
     });
 }
 
-// A script runs to completion. So what falls due while one of the application's methods pumps waits
-// for the script's end, and then for the next pump: a page and an application that always cause
-// each other's next event must not keep the pump from coming to an end.
+// A script runs to completion. So events that fall due while one of the application's methods pumps
+// wait until the script has ended, and then for the next pump. Otherwise a page and an application
+// that cause each other's next event could keep the pump running for ever.
 void Page::deliver(Event event) {
     if (!isAlive()) {
         return;
@@ -178,7 +178,7 @@ nanoseconds Page::processorTime() const {
     clockid_t clock;
     timespec time = {};
     if (clock_getcpuclockid(m_process.number(), &clock) != 0 || clock_gettime(clock, &time) != 0) {
-        return nanoseconds(0);  // it has ended, which reading from it will show
+        return nanoseconds(0);  // it has ended, and the next read reports that
     }
     return seconds(time.tv_sec) + nanoseconds(time.tv_nsec);
 }

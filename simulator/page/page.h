@@ -1,4 +1,4 @@
-// The running page: the process of its script, and the events on their way to it.
+// The running page: the process of its script, and its pending events.
 #ifndef TAV_SIMULATOR_PAGE_PAGE_H
 #define TAV_SIMULATOR_PAGE_PAGE_H
 
@@ -18,13 +18,13 @@
 
 namespace tavsim {
 
-// The application's functions that answer the page.
+// The application's functions that the page calls.
 struct NativeMethods {
     NApp_MethodListCallback list = nullptr;
     NApp_MethodCallback call = nullptr;
 };
 
-// A script that does not let go, or whose process dies, ends its page with one line on standard
+// When a script does not return, or its process dies, the page ends with one line on standard
 // error. Owned by a shared pointer.
 class Page : public std::enable_shared_from_this<Page> {
 public:
@@ -33,7 +33,7 @@ public:
     Page(const Page&) = delete;
     Page& operator=(const Page&) = delete;
 
-    // False, with errno, when there is no process to be had.
+    // False, with errno, when the process cannot be started.
     bool start();
     void end();
 
@@ -42,7 +42,7 @@ public:
 
     void setMethods(const NativeMethods& methods) { m_methods = methods; }
 
-    // Queues an event for the pump. Should the page end before it is due, nothing happens.
+    // Queues an event for the pump. If the page ends before it is due, nothing happens.
     void post(Milliseconds due, PageMessageKind kind, const helper::ItemWriter& items);
 
 private:
@@ -60,8 +60,8 @@ private:
     void answerMethodCall(const std::string& call);
     void setTimer(int timer, int delay);
 
-    // Waits for the script, which may use the processor up to the limit; without a value, ends the
-    // page.
+    // Waits for the script, up to its limit of processor time. When that is over, ends the page and
+    // returns nothing.
     std::optional<base::Message> nextMessage(std::chrono::nanoseconds limit);
 
     std::chrono::nanoseconds processorTime() const;

@@ -1,4 +1,4 @@
-// What the device and the process of its page say to each other.
+// The protocol between the device and the process of its page.
 //
 // The device sends an event and then answers the page's questions until the page is idle again.
 #ifndef TAV_SIMULATOR_PAGE_PAGE_MESSAGE_H
@@ -8,14 +8,14 @@
 
 namespace tavsim {
 
-// Each with the items that it carries.
+// The kinds of messages, each with its items.
 enum class PageMessageKind : uint8_t {
     // Events, from the device.
     RunScript,     // text: file name; text: source
     CallFunction,  // text: name; int: number of arguments; the arguments, each a text or null
     TimerDue,      // int: timer
 
-    // The device's answer to a question: what the application wrote, or nothing.
+    // The device's answer to a question: the items that the application wrote, or none.
     Answer,
 
     // Questions, from the page.

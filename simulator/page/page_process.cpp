@@ -29,7 +29,7 @@ duk_ret_t furnishPage(duk_context* engine, void*) {
     addTimers(engine);
     addComponent(engine);
     watchThrows(engine);
-    // With its finalizers the script would run whenever memory is taken, in the midst of anything.
+    // With finalizers, the script could run at any allocation.
     duk_del_prop_string(engine, -1, "Duktape");
     return 0;
 }

@@ -4,8 +4,8 @@
 
 namespace tavsim {
 
-// What the new process does after the fork: keeps nothing of the application but its end of the
-// connection and standard error, serves the device until that is gone, and ends.
+// Runs in the new process after the fork. It closes all descriptors of the application but its end
+// of the connection and standard error, serves the device until the connection is closed, and ends.
 [[noreturn]] void runPageProcess(int socket);
 
 }  // namespace tavsim

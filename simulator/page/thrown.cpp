@@ -10,7 +10,7 @@ constexpr char kName[] = "name";
 constexpr char kIndescribableText[] = "an exception that cannot be described";
 constexpr EngineText kIndescribable = {kIndescribableText, sizeof kIndescribableText - 1};
 
-// Line of the last throw of a value that is no Error, and so does not know it itself; 0: unknown.
+// The line of the last throw of a value that is not an Error and so has no line itself; 0: unknown.
 int g_thrownLine = 0;
 
 // The engine calls this with each value that is thrown.
@@ -37,7 +37,7 @@ void pushScriptName(duk_context* engine) {
     duk_remove(engine, -2);
 }
 
-// Each leaves a description of what was thrown, which is the only value on the stack.
+// Each returns a description of the thrown value, the only one on the stack.
 
 duk_ret_t describe(duk_context* engine, void*) {
     const bool isError = duk_is_error(engine, 0);
@@ -53,7 +53,7 @@ duk_ret_t describe(duk_context* engine, void*) {
     return 1;
 }
 
-// For what the script makes hard to look at.
+// For objects whose description throws itself.
 duk_ret_t describeBriefly(duk_context* engine, void*) {
     pushScriptName(engine);
     duk_push_sprintf(engine, "%s: %s", duk_to_string(engine, -1), duk_safe_to_string(engine, 0));

@@ -1,4 +1,4 @@
-// What a script throws and does not catch.
+// Uncaught exceptions of a script.
 #ifndef TAV_SIMULATOR_PAGE_THROWN_H
 #define TAV_SIMULATOR_PAGE_THROWN_H
 
@@ -12,7 +12,7 @@ void watchThrows(duk_context* engine);
 // The name to report for whatever does not know its file: the string on top, which stays there.
 void nameScript(duk_context* engine);
 
-// Tells the device what was thrown, which is on top, and where.
+// Reports the thrown value, which is on top, and its line to the device.
 void reportThrown(duk_context* engine);
 
 }  // namespace tavsim

@@ -10,10 +10,10 @@ constexpr duk_uarridx_t kInterval = 0;
 constexpr duk_uarridx_t kFunction = 1;
 
 constexpr int kOnce = 0;
-constexpr int kShortestDelay = 1;  // so that a script's timers always let the clock move on
+constexpr int kShortestDelay = 1;  // so that the clock always moves on between a script's timers
 
-// Those that the device is to let fall due: a script that sets them without end would use up the
-// application's memory.
+// The limit of pending timers: a script that sets them without end would use up the application's
+// memory.
 constexpr int kMostTimers = 20'000;
 
 enum Repetition { kOneShot, kRepeating };
@@ -57,7 +57,7 @@ duk_ret_t setTimer(duk_context* engine) {
     return 1;
 }
 
-// clearTimeout, clearInterval. The device still lets the timer fall due; nobody is there then.
+// clearTimeout, clearInterval. The timer still falls due on the device, but has no function then.
 duk_ret_t clearTimer(duk_context* engine) {
     pushHidden(engine, kTimers);
     duk_dup(engine, 0);

@@ -1,4 +1,4 @@
-// The journal's entries that a scenario looks for.
+// Search for the entries of the journal that a scenario expects.
 #ifndef TAV_SIMULATOR_SCENARIO_ENTRIES_H
 #define TAV_SIMULATOR_SCENARIO_ENTRIES_H
 
@@ -12,28 +12,28 @@
 
 namespace tavsim {
 
-// What it is given must outlive it.
+// Its arguments must outlive it.
 class Entries {
 public:
-    // Looks for the first entry that matches, among those behind the last one that was taken, or
-    // only among those to come. Nothing new when it is looked for already.
+    // Seeks the first entry that matches, after the last one that was taken, or only among future
+    // ones. Does nothing when it is sought already.
     void seek(const Pattern& pattern);
     void seekInFuture(const Pattern& pattern);
     void stopSeeking();
 
-    // The entry that was sought; null until it is there.
+    // The sought entry; null until it was found.
     const std::string* found() const { return m_found ? &m_found->second : nullptr; }
     void takeFound() { m_taken = m_found->first + 1; }
 
-    // No such entry may come from here on.
+    // Bans such entries from here on.
     void ban(const Step& step, const Pattern& pattern) { m_bans.push_back({&step, &pattern}); }
 
-    // The step that banned an entry which has come, and the entry.
+    // A banned entry that has come, and the step that banned it.
     const std::optional<std::pair<const Step*, std::string>>& violation() const {
         return m_violation;
     }
 
-    // Looks at the journal's last entry. True when it is one that was sought, or is banned.
+    // Checks the journal's last entry. True when it is the sought one, or banned.
     bool look(const std::string& line);
 
 private:
@@ -42,7 +42,7 @@ private:
         const Pattern* pattern;
     };
 
-    std::int64_t m_taken = 0;  // so many entries have no further part in this
+    std::int64_t m_taken = 0;  // the number of entries that are consumed
     const Pattern* m_sought = nullptr;
     std::optional<std::pair<std::int64_t, std::string>> m_found;  // its number, and its line
     std::vector<Ban> m_bans;

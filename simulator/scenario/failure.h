@@ -1,4 +1,4 @@
-// What a user is told of a step.
+// Messages about steps.
 #ifndef TAV_SIMULATOR_SCENARIO_FAILURE_H
 #define TAV_SIMULATOR_SCENARIO_FAILURE_H
 
@@ -11,10 +11,10 @@ namespace tavsim {
 // FILE:LINE and the step's text.
 std::string nameOf(const Step& step);
 
-// In place of the state that was expected.
+// The actual state, for the message about an expected one.
 std::string whatIsThere(const std::string& state);
 
-// On standard error, with the journal's end.
+// Prints the failure on standard error, with the end of the journal.
 void tellFailure(const Step& step, const std::string& reason);
 
 }  // namespace tavsim

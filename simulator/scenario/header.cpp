@@ -1,4 +1,4 @@
-// The statements of a scenario's header: what it plays on.
+// Reads the statements of a scenario's header.
 #include <filesystem>
 
 #include "simulator/control/text_word.h"
@@ -11,7 +11,7 @@ namespace {
 
 constexpr double kLongestLimit = 7 * 24 * 3600;  // seconds
 
-// Each reads what stands behind the statement's name, and tells what should.
+// Each reads the text after the statement's name, and returns what was expected there.
 using ReadValue = const char* (*)(std::string_view value, const Line& line, Scenario* scenario);
 
 const char* readDevice(std::string_view value, const Line& line, Scenario* scenario) {
@@ -21,7 +21,7 @@ const char* readDevice(std::string_view value, const Line& line, Scenario* scena
     return value.empty() ? "the device's name or file is missing" : nullptr;
 }
 
-// A program without a slash is looked for as a shell does.
+// A program without a slash is searched as by a shell.
 const char* readProgram(std::string_view value, const Line& line, Scenario* scenario) {
     while (!value.empty()) {
         const std::optional<std::string> word = contentOf(takeWord(&value));

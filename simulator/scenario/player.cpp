@@ -23,13 +23,13 @@ constexpr int kFailed = 3;
 constexpr Milliseconds kUntilAskedAgain = 10;
 constexpr char kQuit[] = "quit";
 
-// Never destroyed: the device ends after static objects do.
+// Never destroyed, because the device ends after static objects are destroyed.
 std::unique_ptr<Player>& player() {
     static auto& instance = *new std::unique_ptr<Player>;
     return instance;
 }
 
-// As the user may see it from here.
+// For messages: the path relative to the current folder, if the file is inside of it.
 std::string shownPath(const std::string& file) {
     std::error_code problem;
     const std::string folder = fs::current_path(problem).string() + "/";
@@ -55,7 +55,7 @@ bool Player::start(std::string* error) {
     proceed();
     m_isStarting = false;
     if (!m_isFinished) {
-        wakeAt(now());  // for the application's first look at its events
+        wakeAt(now());  // when the application handles its events for the first time
     }
     return true;
 }
@@ -94,7 +94,7 @@ void Player::proceed() {
     }
 }
 
-// Whether nothing has come that never should.
+// Whether no banned entry has come.
 bool Player::isAllowed() {
     if (const auto& violation = m_entries.violation(); violation && !m_hasFailed) {
         fail(*violation->first, "the journal has " + violation->second);
@@ -113,8 +113,8 @@ void Player::wait() {
     }
 }
 
-// An application for which the device was only set up ends by itself, and one that was asked to
-// quit is not asked again.
+// If the scenario only set the device up, the application ends by itself. If it was asked to quit,
+// it is not asked again.
 void Player::finish() {
     m_verdict.note(Outcome::Passed);
     if (m_isStarting || m_hasEnded) {
@@ -224,7 +224,7 @@ bool Player::isDone(const ExpectEnd& expected) {
     if (hasPassed(after(m_since, expected.within))) {
         fail(step(), "the application still runs");
     } else if (!std::exchange(m_isNoted, true)) {
-        m_verdict.note(Outcome::Passed);  // so that it may end without a word
+        m_verdict.note(Outcome::Passed);  // so that the application may end at any time
     }
     return false;
 }

@@ -1,4 +1,4 @@
-// Plays a scenario to the device of this process.
+// Plays a scenario on the device of this process.
 #ifndef TAV_SIMULATOR_SCENARIO_PLAYER_H
 #define TAV_SIMULATOR_SCENARIO_PLAYER_H
 
@@ -14,18 +14,18 @@
 
 namespace tavsim {
 
-// Reads the scenario and lets it play, on the device's queue; its verdict goes into the root
-// folder. False, with a line in `error`, when that cannot be done. A step that fails ends the
-// program with status 3, and standard error says why. Of the devices of one run only the first one
-// plays.
+// Reads the scenario and starts it, on the device's queue. The verdict is written into the root
+// folder. False, with a line in `error`, on failure. A step that fails ends the program with status
+// 3, and standard error says why. Only the first device of a run plays the scenario.
 bool startScenario(const std::string& file, std::string* error);
 
-// The application has ended: fails what was to come, on standard error and in the verdict.
+// Called when the application has ended: the remaining steps fail, on standard error and in the
+// verdict.
 void stopScenario();
 
-// Goes from step to step. A step's turn and its action are a phase each; a phase that has to wait
-// queues a wake-up. A command can let the application handle events and so come back here: the
-// player is through with a step before it gives the step's command.
+// Goes from step to step. A step's condition and its action are a phase each; a phase that has to
+// wait queues a wake-up. A command can make the application handle events and so re-enter this
+// function. So the player has advanced to the next step before it runs a step's command.
 class Player {
 public:
     explicit Player(Scenario scenario) : m_scenario(std::move(scenario)) {}
@@ -44,7 +44,7 @@ private:
     void finish();
     void fail(const Step& failing, const std::string& reason);
 
-    // Each does what can be done now, and is false while there is something to wait for.
+    // Each does what can be done now, and returns false while it has to wait.
     bool isDone(const Step& step);
     bool isItsTurn(const AtTime& turn) { return !m_isStarting && hasPassed(turn.time); }
     bool isItsTurn(const AfterTime& turn) { return hasPassed(after(m_since, turn.time)); }
@@ -63,7 +63,7 @@ private:
 
     const Step& step() const { return m_scenario.steps[m_current]; }
 
-    // A fork of the application has no part in this.
+    // Not in a fork of the application.
     bool isOver() const { return m_hasFailed || m_owner != getpid(); }
 
     Scenario m_scenario;
@@ -81,7 +81,7 @@ private:
 
     int m_phase = 0;
     Milliseconds m_since = 0;       // when the phase began
-    Milliseconds m_busyUntil = 0;   // what the last command began goes on until then
+    Milliseconds m_busyUntil = 0;   // the time when the last command is done
     bool m_isWakeUpQueued = false;  // for the phase
 };
 

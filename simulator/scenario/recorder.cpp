@@ -76,8 +76,8 @@ std::string utf8Of(Uint16 character) {
     return text;
 }
 
-// A key without a name can still type. The event of a lock key says whether it is on; both are a
-// press.
+// A key without a name can still type. A lock key sends a press when the lock goes on and a release
+// when it goes off; both are a press of the key.
 std::string keyCommand(const SDL_KeyboardEvent& event) {
     static const auto keyName = TAV_FRONT_NEXT(SDL_GetKeyName);
     const bool isDown = event.type == SDL_KEYDOWN;
