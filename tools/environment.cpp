@@ -16,15 +16,15 @@ namespace {
 
 constexpr char kLinkName[] = "libtavsim.so";
 constexpr char kLinuxLibrary[] = "libtavlinux.so";
-// AddressSanitizer minds that anything is preloaded in front of it, and works all the same.
+// AddressSanitizer complains when a library is preloaded before it, but works.
 constexpr char kSanitizerOption[] = "verify_asan_link_order=0";
 
 bool canBePreloaded(const std::string& path) {
-    // Blanks and colons separate names, and a dollar begins what the dynamic linker fills in.
+    // Blanks and colons separate the names, and the dynamic linker expands what follows a dollar.
     return !path.empty() && path.find_first_of(" :$") == std::string::npos;
 }
 
-// The library that this program itself uses.
+// The path of the library that this program itself uses.
 std::string simulatorLibrary() {
     Dl_info info;
     const auto* const own = reinterpret_cast<const void*>(&tavsim::device);

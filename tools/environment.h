@@ -1,4 +1,4 @@
-// The environment that puts a program on a simulated device, or on this machine.
+// The environment variables with which a program runs on a simulated device, or on this machine.
 #ifndef TAV_TOOLS_ENVIRONMENT_H
 #define TAV_TOOLS_ENVIRONMENT_H
 
@@ -9,20 +9,20 @@
 
 namespace tools {
 
-// The library that implements the device, by a path that can be preloaded: its own, or a link to it
-// in a fresh folder where that one holds what separates the names to preload. Empty when there is
-// none.
+// A path of the device's library that can be preloaded: its own, or, if that contains a separator,
+// a symbolic link in a fresh folder. Empty on failure.
 std::string preloadableSimulator(RunFolder& folder);
 
-// Sets this process's environment, which the program inherits: the device reads its set-up there.
+// Sets this process's environment, which the program inherits and from which the device reads its
+// set-up.
 void setEnvironment(const RunRequest& request, const std::string& root,
                     const std::string& simulator);
 
-// The library that stands for today's Linux, which is beside the other. Empty, with the reason,
-// when it cannot be preloaded.
+// The path of the implementation for today's Linux, which is in the same folder. Empty, with the
+// reason, when it cannot be preloaded.
 std::string preloadableLinux(std::string* why);
 
-// Puts a library in front of those that the program has.
+// Preloads a library, before those that LD_PRELOAD has already.
 void preload(const std::string& library);
 
 std::string absolutePath(const std::string& path);

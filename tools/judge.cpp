@@ -30,7 +30,7 @@ int judgeSteps(const RunRequest& request, const Verdict& verdict, const RunEnd& 
     case Outcome::Failed:
         return kFailed;
     case Outcome::Unplayed:
-        // What a device cannot have it has said.
+        // The device has printed why its set-up failed.
         return end.status == kBadSetup ? kBadSetup
                                        : fail(request.scenario +
                                               ": was not played, as the "

@@ -1,4 +1,4 @@
-// A scenario, from the side of the run.
+// The run's part of a scenario: what can only be checked from outside the program.
 #ifndef TAV_TOOLS_JUDGE_H
 #define TAV_TOOLS_JUDGE_H
 
@@ -10,13 +10,13 @@
 
 namespace tools {
 
-// Fills in what the command line does not say.
+// Fills in the options that the command line does not set.
 void adoptHeader(const tavsim::Scenario& scenario, RunRequest* request);
 
 std::vector<std::string> globsOf(const tavsim::Scenario& scenario);
 
-// Once the program has ended: the exit status of the run, having said on standard error what the
-// scenario expected and did not get, unless the player has said so.
+// Called when the program has ended. Prints unmet expectations on standard error, unless the player
+// has done so, and returns the exit status of the run.
 int judge(const tavsim::Scenario& scenario, const RunRequest& request, const RunFolder& folder,
           const RunEnd& end, const OutputWatch& output);
 

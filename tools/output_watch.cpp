@@ -14,13 +14,13 @@
 namespace tools {
 namespace {
 
-constexpr size_t kLongestLine = 64 << 10;  // what is behind it is not looked at
+constexpr size_t kLongestLine = 64 << 10;  // the rest of a longer line is not matched
 
 void writeAll(int target, std::string_view bytes) {
     while (!bytes.empty()) {
         const ssize_t count = write(target, bytes.data(), bytes.size());
         if (count < 0 && errno != EINTR) {
-            return;  // nobody reads it any more
+            return;  // the reader has closed it
         }
         bytes.remove_prefix(count > 0 ? static_cast<size_t>(count) : 0);
     }
@@ -56,7 +56,8 @@ void OutputWatch::start() {
     m_thread = std::thread([this] { passOn(); });
 }
 
-// Others may go on holding the program's ends, so their being closed is not waited for.
+// Other processes may keep the program's ends of the pipes open, so this does not wait for their
+// end.
 void OutputWatch::stop() {
     if (!m_thread.joinable()) {
         return;

@@ -1,4 +1,4 @@
-// What the program prints, passed on and looked at.
+// Passes the program's output on, and matches its lines.
 #ifndef TAV_TOOLS_OUTPUT_WATCH_H
 #define TAV_TOOLS_OUTPUT_WATCH_H
 
@@ -11,7 +11,7 @@
 
 namespace tools {
 
-// Stands between the program's standard output and error and ours.
+// Pipes between the program's standard output and error and ours.
 class OutputWatch {
 public:
     explicit OutputWatch(std::vector<std::string> globs);
@@ -19,17 +19,17 @@ public:
     OutputWatch(const OutputWatch&) = delete;
     OutputWatch& operator=(const OutputWatch&) = delete;
 
-    // Makes the pipes; false, with errno, when there are none to be had.
+    // Creates the pipes; false, with errno, on failure.
     bool open();
 
-    // The program's ends, for the start of its process.
+    // The program's ends of the pipes, for the start of its process.
     ProcessOutput programEnds() const;
 
-    // The program has started: passes on what it prints until stop(), which takes what is left.
+    // Called when the program has started: passes its output on until stop(), which reads the rest.
     void start();
     void stop();
 
-    // Whether a line has matched the glob with this number. After stop().
+    // Whether a line has matched the glob with this number. To be called after stop().
     bool hasSeen(size_t glob) const { return m_seen[glob]; }
 
 private:
@@ -37,7 +37,7 @@ private:
         base::Descriptor ours;
         base::Descriptor programs;
         int target;
-        std::string line;  // which is not at its end yet
+        std::string line;  // incomplete so far
     };
 
     void passOn();
@@ -48,7 +48,7 @@ private:
     std::vector<std::string> m_globs;
     std::vector<bool> m_seen;
     std::vector<Stream> m_streams;
-    base::Descriptor m_end;  // readable when it is time to stop
+    base::Descriptor m_end;  // becomes readable when it must stop
     std::thread m_thread;
 };
 

@@ -20,7 +20,7 @@ namespace {
 constexpr char kOwnFile[] = "/proc/self/exe";
 constexpr char kDefaultPath[] = "/usr/local/bin:/usr/bin:/bin";
 constexpr char kCapabilities[] = "security.capability";
-// As the kernel reads and follows them.
+// The kernel's limits for the first line of a script and for nested interpreters.
 constexpr int kLongestInterpreterLine = 256;
 constexpr int kMostInterpreters = 5;
 
@@ -86,13 +86,13 @@ bool isForThisMachine(const ElfW(Ehdr) & header) {
                                       own.e_ident[EI_DATA] == header.e_ident[EI_DATA]);
 }
 
-// Only a program that names a dynamic linker is started by one.
+// Only a program that names a dynamic linker is dynamically linked.
 bool isStatic(std::ifstream& file, const ElfW(Ehdr) & header) {
     std::streamoff offset = static_cast<std::streamoff>(header.e_phoff);
     for (int n = 0; n < header.e_phnum; ++n, offset += header.e_phentsize) {
         ElfW(Phdr) segment;
         if (!readAt(file, offset, &segment) || segment.p_type == PT_INTERP) {
-            return false;  // one that cannot be read does not start either, and that is told then
+            return false;  // it cannot be started either, which is reported then
         }
     }
     return true;
@@ -114,7 +114,7 @@ std::string whyNoDevice(const std::string& path, bool isInterpreter, int depth) 
     if (!isForThisMachine(header)) {
         return path + kOtherMachine;
     }
-    // A static shell still starts programs that are not.
+    // A statically linked shell may still start dynamically linked programs.
     return !isInterpreter && isStatic(file, header) ? path + kStatic : std::string();
 }
 

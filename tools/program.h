@@ -1,4 +1,4 @@
-// The program that is to run on the device, looked at before it is started.
+// Checks the program that is to run on the device before it starts.
 #ifndef TAV_TOOLS_PROGRAM_H
 #define TAV_TOOLS_PROGRAM_H
 
@@ -6,12 +6,12 @@
 
 namespace tools {
 
-// The file that is executed for a program's name, as a shell finds it. Empty, with the error number
-// in `problem`, when there is none.
+// The file of a program's name, as a shell finds it. Empty, with the error number in `problem`,
+// when there is none.
 std::string findProgram(const std::string& name, int* problem);
 
-// Why no device can be put in front of this program, and what to do; empty when one can. For a
-// script it is its interpreter that counts.
+// Why the device cannot be preloaded into this program, and what to do; empty when it can. For a
+// script, its interpreter is checked.
 std::string whyNoDevice(const std::string& file);
 
 }  // namespace tools

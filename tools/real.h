@@ -7,8 +7,8 @@
 
 namespace tools {
 
-// The program takes the place of this process. Returns only an exit status: 127 when it cannot be
-// started, 2 when nothing can be preloaded into it.
+// Replaces this process by the program. Returns only on failure, with an exit status: 127 when the
+// program cannot be started, 2 when nothing can be preloaded into it.
 int runOnThisMachine(const std::vector<std::string>& command);
 
 }  // namespace tools

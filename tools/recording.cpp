@@ -14,7 +14,7 @@ namespace fs = std::filesystem;
 namespace tools {
 namespace {
 
-// As the scenario names it: from its own folder.
+// As the scenario names it, relative to its own folder.
 std::string fromRecording(const RunRequest& request, const std::string& file) {
     std::error_code problem;
     const fs::path folder = fs::path(absolutePath(request.record)).parent_path();

@@ -1,4 +1,4 @@
-// A recording, from the side of the run: what the device does not know of it.
+// The run's part of a recording: what the device does not know.
 #ifndef TAV_TOOLS_RECORDING_H
 #define TAV_TOOLS_RECORDING_H
 
@@ -8,8 +8,8 @@
 
 namespace tools {
 
-// Begins the file with the header of a scenario; the device appends the steps. False when it cannot
-// be written.
+// Creates the file with the header of a scenario; the device appends the steps. False when it
+// cannot be written.
 bool startRecording(const RunRequest& request, const std::string& root);
 
 // The program has ended with this status.

@@ -44,7 +44,7 @@ int complain(const std::string& text, int status = kBadSetup) {
     return status;
 }
 
-// A shell gives an empty name for a variable that is not set.
+// A shell passes an empty name for an unset variable.
 bool hasNoProgram(const RunRequest& request) {
     return request.command.empty() || request.command[0].empty();
 }
@@ -55,7 +55,8 @@ bool emptyJournal(const std::string& path) {
     return file >= 0 && close(file) == 0;
 }
 
-// What would only go wrong inside the program is found out before it starts. Empty when nothing is.
+// Finds errors before the program starts that would otherwise only appear inside of it. Empty when
+// there are none.
 std::string whyNoSetup(const RunRequest& request) {
     std::string error;
     if (!tavsim::readProfile(tavsim::profilePath(request.device), &error)) {
@@ -75,7 +76,7 @@ std::string whyNoSetup(const RunRequest& request) {
                                 : tavsim::makeTrustedRoot(absolutePath(request.root));
 }
 
-// Nothing, having said why, when there is a scenario and it is malformed.
+// Nothing, after printing why, when there is a scenario and it is malformed.
 std::optional<tavsim::Scenario> scenarioOf(const RunRequest& request) {
     if (request.scenario.empty()) {
         return tavsim::Scenario();

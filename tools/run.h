@@ -23,10 +23,10 @@ struct RunRequest {
     std::vector<std::string> command;  // empty: as the scenario says
 };
 
-// The exit status for the shell: the program's own, 128 + n after a death by signal n, 124 after
-// the time-out, 127 when it cannot be started, 2 when the device cannot be had. With a scenario the
-// program's own counts only as what is expected: 0 when all was as it should be, 2 also when the
-// scenario is malformed, 3 when something was not as it should be.
+// The exit status for the shell: the program's own, 128 + n when signal n ended it, 124 after the
+// time-out, 127 when it cannot be started, 2 when the device cannot be set up. With a scenario: 0
+// when every expectation was met, which may include the program's own status; 2 also when the
+// scenario is malformed; 3 when an expectation was not met.
 int run(RunRequest request);
 
 }  // namespace tools

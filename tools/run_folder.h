@@ -1,4 +1,4 @@
-// The folders of one run: the device's root, and what goes when the run ends.
+// The folders of one run: the device's root, and temporary ones.
 #ifndef TAV_TOOLS_RUN_FOLDER_H
 #define TAV_TOOLS_RUN_FOLDER_H
 
@@ -11,7 +11,7 @@ namespace tools {
 
 class RunFolder {
 public:
-    // Claims the root folder that is asked for, or a fresh one when that is empty.
+    // Claims the given root folder, or a fresh one when it is empty.
     explicit RunFolder(const std::string& wanted);
     ~RunFolder() { release(); }
     RunFolder(const RunFolder&) = delete;
@@ -22,16 +22,16 @@ public:
 
     const std::string& root() const { return m_root; }
 
-    // A folder for what only this run needs; empty when none can be made.
+    // A temporary folder of this run; empty when none can be created.
     const std::string& freshFolder();
 
-    // Whether it is certain that no program was on the device.
+    // Whether certainly no program was on the device.
     bool isUntouched() const;
 
-    // The processes that are on it, or on any fresh device now.
+    // The processes that are now on this device, or on any fresh one.
     std::set<pid_t> programs() const;
 
-    // Removes what is fresh, but not under a program that outlives the run.
+    // Removes the fresh folders, unless a program outlives the run and still uses them.
     void release();
 
 private:

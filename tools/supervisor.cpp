@@ -19,10 +19,9 @@ constexpr int kTimedOut = 124;
 constexpr int kCannotStart = 127;
 constexpr int kDeathBySignal = 128;
 
-// How long a program may take to end when it is asked to because of --timeout.
+// The time that a program has to end when --timeout is over.
 constexpr seconds kGrace(5);
-// A program that does something else with an interruption than to end, such as a debugger, is not
-// in a hurry.
+// A second request kills only within this time: a debugger, for example, uses Ctrl-C otherwise.
 constexpr seconds kSecondRequest(5);
 constexpr milliseconds kBetweenLooks(20);
 
@@ -61,7 +60,7 @@ RunEnd Supervisor::run(const std::string& file) {
         const std::chrono::duration<double> limit(m_request.timeout);
         m_limit = Clock::now() + std::chrono::duration_cast<Clock::duration>(limit);
     }
-    // The keyboard's signals reach the program by themselves, but not before it was there.
+    // The terminal sends its signals to the program too, but not before it has started.
     for (const int signal : {SIGINT, SIGQUIT}) {
         if (Signals::isWaiting(signal)) {
             m_process.send(signal);
@@ -88,7 +87,7 @@ void Supervisor::waitForEnd() {
     }
 }
 
-// What asks this process to end is for the program, and this one stays to clean up behind it.
+// Signals that ask this process to end are passed to the program. This process stays to clean up.
 void Supervisor::passOn(const siginfo_t& signal) {
     if (!isFromKeyboard(signal)) {
         sendAll(signal.si_signo);
@@ -120,10 +119,10 @@ void Supervisor::endInTime() {
     m_isTimedOut = true;
     m_limit = Clock::now() + kGrace;
     sendAll(SIGTERM);
-    sendAll(SIGCONT);  // for one that is stopped
+    sendAll(SIGCONT);  // for a stopped process
 }
 
-// Whoever starts a program may be gone before it.
+// The parent of a program may end before it.
 void Supervisor::endOthers() {
     const Clock::time_point limit = Clock::now() + kGrace;
     while (sendOthers(0), !m_others.empty() && Clock::now() < limit) {
@@ -137,7 +136,7 @@ void Supervisor::sendAll(int signal) {
     sendOthers(signal);
 }
 
-// A program that ends leaves its device before it has written all that it has to write.
+// A program that ends leaves its device before it has written all of its output.
 void Supervisor::sendOthers(int signal) {
     m_others.merge(m_folder.programs());
     m_others.erase(m_process.id());
@@ -152,7 +151,7 @@ int Supervisor::tellEnd() const {
             (m_request.journal.empty() ? "; `--journal FILE` keeps what it did"
                                        : "; its journal is " + m_request.journal));
     }
-    // A device that the program could not have has said so.
+    // The device has printed why its set-up failed.
     if (m_folder.isUntouched() && !(WIFEXITED(status) && WEXITSTATUS(status) == kBadSetup)) {
         say("did not use the device: nothing reached it from this program, or from what it started "
             "with its environment");

@@ -22,12 +22,12 @@ struct RunEnd {
 
 class Supervisor {
 public:
-    // The output may be null: then nobody looks at it.
+    // The output may be null; then it is not checked.
     Supervisor(const RunRequest& request, RunFolder& folder, const Signals& signals,
                OutputWatch* output)
         : m_request(request), m_folder(folder), m_signals(signals), m_output(output) {}
 
-    // Starts the program, stays until it has ended, and tells what there is to tell about that.
+    // Starts the program, waits until it has ended, and reports how it ended.
     RunEnd run(const std::string& file);
 
 private:
@@ -49,8 +49,8 @@ private:
     Members m_members;
     Process m_process;
     std::set<pid_t> m_others;      // that were on a device of the run and have not ended
-    Signals::Moment m_limit;       // when the program is ended next, at first politely
-    Signals::Moment m_askedToEnd;  // when the last request to end came that may be repeated
+    Signals::Moment m_limit;       // when the program is ended next: first with SIGTERM
+    Signals::Moment m_askedToEnd;  // the time of the last request to end, if a second one counts
     bool m_isTimedOut = false;
     bool m_isKilled = false;
 };

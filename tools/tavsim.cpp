@@ -55,7 +55,7 @@ int listDevicesAsJson() {
     return 0;
 }
 
-// The problem with a number of seconds; empty when there is none.
+// What is wrong with a number of seconds; empty when nothing is.
 std::string isDuration(const std::string& text) {
     double seconds = 0;
     const char* const end = text.data() + text.size();
@@ -91,11 +91,11 @@ void addRun(CLI::App& app, tools::RunRequest* request) {
         ->check(isDuration);
     run->add_flag(kReal, request->real,
                   "Run the program on this machine's own services, however it was linked");
-    // Everything from the program's name on is the program's own.
+    // Everything from the program's name on belongs to the program.
     run->prefix_command();
 }
 
-// What describes the device, or what happens on it, means nothing without one.
+// Options that describe the device mean nothing without one.
 bool isOnlyReal(const CLI::App& run) {
     const std::vector<const CLI::Option*> options = run.get_options();
     return std::all_of(options.begin(), options.end(), [](const CLI::Option* option) {
@@ -172,7 +172,7 @@ int main(int argc, char** argv) try {
     bool asJson = false;
     devices->add_flag("--json", asJson, "List them as JSON");
     devices->prefix_command();
-    // What stands behind "--" is a program or one of its arguments, whatever it looks like.
+    // The words after "--" are a program and its arguments, whatever they look like.
     char** const end = argv + argc;
     char** const dashes = std::find(argv, end, std::string_view("--"));
     if (const std::string problem = dashes > argv + 1 ? whyNoCommand(app, argv[1]) : "";
@@ -190,7 +190,7 @@ int main(int argc, char** argv) try {
         return complain(used.get_name() + ": " + unknownOption(used, words[0]));
     }
     if (dashes != end) {
-        // In front of the program "--" is ours; behind its name it is one of its arguments.
+        // A "--" before the program's name is ours; after it, it is an argument of the program.
         words.insert(words.end(), words.empty() ? dashes + 1 : dashes, end);
     }
     if (&used == devices) {

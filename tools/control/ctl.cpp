@@ -69,8 +69,8 @@ private:
         }
     }
 
-    // All that a command says is taken before any of it is printed, so that the device need not
-    // wait for whoever reads it here. A status when it cannot be printed.
+    // The whole answer is received before it is printed, so that the device need not wait for a
+    // slow reader of our output. Returns a status when it cannot be printed.
     std::optional<int> flush() {
         const size_t printed = std::fwrite(m_output.data(), 1, m_output.size(), stdout);
         if (printed != m_output.size() || std::fflush(stdout) != 0) {

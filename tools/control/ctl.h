@@ -14,7 +14,7 @@ struct ControlRequest {
 };
 
 // Sends the command and prints its answer. The exit status: 0 when it was carried out, 1 when the
-// device says why not, 2 when no device was reached or it did not answer to the end.
+// device refused it, 2 when no device was reached or it did not answer completely.
 int control(const ControlRequest& request);
 
 }  // namespace tools

@@ -47,7 +47,7 @@ std::string choiceOf(const std::vector<RunningDevice>& devices) {
     return text;
 }
 
-// One attempt. Another can end otherwise when none runs, or too many wait for the device.
+// One attempt. Another one may succeed later if no device runs, or too many clients wait for it.
 ReachedDevice tryToReach(const std::string& wanted, bool* isFinal) {
     std::string root = wanted;
     if (root.empty()) {

@@ -1,4 +1,4 @@
-// Finding a running device, and connecting to it.
+// Finds a running device and connects to it.
 #ifndef TAV_TOOLS_CONTROL_REACH_H
 #define TAV_TOOLS_CONTROL_REACH_H
 
@@ -16,7 +16,7 @@ struct ReachedDevice {
     bool isCrowded = false;  // or because one runs that too many others wait for
 };
 
-// How long a command waits at most for a device that is just starting.
+// The longest time that a command waits for a device that is just starting.
 inline constexpr std::chrono::milliseconds kStarting(1000);
 
 // Connects to the device with this root folder; with none, to the only one that runs. Waits so long
@@ -24,7 +24,7 @@ inline constexpr std::chrono::milliseconds kStarting(1000);
 ReachedDevice reachDevice(const std::string& root, std::chrono::milliseconds untilStarted,
                           std::chrono::milliseconds untilRoom);
 
-// More than any answer, as a device keeps less of its journal.
+// Larger than any answer, because a device keeps less of its journal.
 inline constexpr uint64_t kLongestMessage = 1 << 30;
 
 inline std::chrono::milliseconds inMilliseconds(double seconds) {
@@ -32,7 +32,7 @@ inline std::chrono::milliseconds inMilliseconds(double seconds) {
         std::chrono::duration<double>(seconds));
 }
 
-// What `tavsim ctl list` prints.
+// The output of `tavsim ctl list`.
 void printRunningDevices();
 void printRunningDevicesAsJson();
 

@@ -1,4 +1,4 @@
-// `tavsim ctl wait`: until something has happened to a device.
+// `tavsim ctl wait`: waits for an event on a device.
 #ifndef TAV_TOOLS_CONTROL_WAIT_H
 #define TAV_TOOLS_CONTROL_WAIT_H
 
@@ -8,8 +8,8 @@
 
 namespace tools {
 
-// Takes what stands behind the command's name. The exit status: 0 when it has happened, 1 when it
-// has not in its time or cannot any more, 2 when it is malformed or no device was reached.
+// Takes the text after the command's name. The exit status: 0 when the condition was met, 1 when it
+// was not met in time or cannot be met any more, 2 when it is malformed or no device was reached.
 int waitFor(const ControlRequest& request, std::string_view words);
 
 }  // namespace tools

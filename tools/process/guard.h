@@ -1,4 +1,4 @@
-// What is done when a run is killed.
+// Cleans up when a run is killed.
 #ifndef TAV_TOOLS_PROCESS_GUARD_H
 #define TAV_TOOLS_PROCESS_GUARD_H
 
@@ -8,7 +8,7 @@
 
 namespace tools {
 
-// As long as it lives, a process of its own waits for this one to die, and then cleans up.
+// As long as this object exists, a child process waits for this process to die, and then cleans up.
 class Guard {
 public:
     explicit Guard(const std::function<void()>& cleanUp);

@@ -23,7 +23,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr char kVariable[] = "TAVSIM_RUN";
-// For those that the system cannot end at once, as they wait for a disk.
+// For processes that cannot be killed at once, because they wait for a disk.
 constexpr std::chrono::seconds kLongestEnd(5);
 constexpr std::chrono::milliseconds kBetweenLooks(5);
 
@@ -39,7 +39,7 @@ Members::Members() : m_mark(newMark()) {
     setenv(kVariable, ((around != nullptr ? around : "") + m_mark).c_str(), 1);
 }
 
-// One that has ended has no environment any more.
+// A process that has ended has no environment.
 bool Members::has(pid_t process) const {
     std::ifstream environment("/proc/" + std::to_string(process) + "/environ");
     std::string variable;
@@ -52,7 +52,7 @@ bool Members::has(pid_t process) const {
 }
 
 bool Members::send(pid_t process, int signal) const {
-    // Opened first, so that no other process can come by the number meanwhile.
+    // Opened first. Otherwise there is a race: another process could get the same number meanwhile.
     const base::Descriptor handle(process > 0 ? pidfd_open(process, 0) : -1);
     return handle.isOurs() && has(process) &&
            pidfd_send_signal(handle.number(), signal, nullptr, 0) == 0;

@@ -1,4 +1,4 @@
-// The processes of a run, whatever they have become and whoever has started them.
+// The processes of a run, including those whose parents have ended.
 #ifndef TAV_TOOLS_PROCESS_MEMBERS_H
 #define TAV_TOOLS_PROCESS_MEMBERS_H
 
@@ -8,18 +8,18 @@
 
 namespace tools {
 
-// They are known by a mark in the environment, which they inherit from each other, also when the
-// one that started them is gone.
+// They are found by a mark in the environment, which processes inherit.
 class Members {
 public:
-    // Puts the mark of a new run into this process's environment. Those of runs around it stay, so
-    // that its processes are theirs as well.
+    // Adds the mark of a new run to this process's environment. The marks of enclosing runs stay,
+    // so that its processes belong to those too.
     Members();
 
-    // Sends a signal, or none where it is 0. False when the process has ended, or is none of them.
+    // Sends a signal, or only checks with 0. False when the process has ended or does not belong to
+    // the run.
     bool send(pid_t process, int signal) const;
 
-    // Kills all of them, and those that they start meanwhile.
+    // Kills all of them, including those that they start meanwhile.
     void kill() const;
 
 private:

@@ -22,7 +22,7 @@ bool isIgnored(int signal) {
 }  // namespace
 
 Signals::Signals() {
-    // A parent that ignores the ends of its children would hide those of ours.
+    // If our parent ignored SIGCHLD, we would not get the exit status of our children.
     std::signal(SIGCHLD, SIG_DFL);
     sigemptyset(&m_taken);
     sigaddset(&m_taken, SIGCHLD);

@@ -14,7 +14,7 @@ namespace {
 
 using Text = std::unique_ptr<char, decltype(&g_free)>;
 
-// XML 1.0 has no way at all to write these.
+// XML 1.0 cannot represent these.
 bool isImpossible(gunichar c) {
     const bool isControl = c < ' ' && c != '\t' && c != '\n' && c != '\r';
     return isControl || c == 0xfffe || c == 0xffff;

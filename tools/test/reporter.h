@@ -1,4 +1,4 @@
-// What `tavsim test` prints.
+// The output of `tavsim test`.
 #ifndef TAV_TOOLS_TEST_REPORTER_H
 #define TAV_TOOLS_TEST_REPORTER_H
 
@@ -11,15 +11,15 @@
 
 namespace tools {
 
-// On a terminal one line shows how far it has come.
+// On a terminal, one line shows the progress.
 class Reporter {
 public:
     void tellProgress(size_t done, size_t all) const;
 
-    // With its output where it has not passed, and nothing where it has.
+    // Prints the output of a scenario that has failed, and nothing for one that has passed.
     void tell(const TestResult& result) const;
 
-    // Of so many; those without a result have not finished.
+    // The summary of so many scenarios; those without a result have not finished.
     void tellEnd(const std::vector<TestResult>& results, size_t all, double seconds) const;
 
 private:

@@ -18,10 +18,10 @@ struct TestResult {
 
     Kind kind() const;
 
-    // Why it has not passed, in one line: what the run said about a line of a scenario, if it did.
+    // Why it has failed, in one line: the message about a line of a scenario, if there is one.
     std::string reason() const;
 
-    // The output from there on; all of it otherwise.
+    // The output from that message on, or all of it.
     std::string details() const;
 
 private:

@@ -10,7 +10,7 @@ namespace {
 
 constexpr char kExtension[] = ".scenario";
 
-// Links to folders are not followed, so that this ends.
+// Symbolic links to folders are not followed, because they could form a cycle.
 std::error_code addBelow(const fs::path& folder, std::set<fs::path>* files) {
     std::error_code problem;
     for (fs::recursive_directory_iterator at(folder, problem), end; !problem && at != end;

@@ -1,4 +1,4 @@
-// The scenarios that are to run.
+// The list of scenarios to run.
 #ifndef TAV_TOOLS_TEST_SCENARIO_FILES_H
 #define TAV_TOOLS_TEST_SCENARIO_FILES_H
 

@@ -1,4 +1,4 @@
-// All scenarios of a `tavsim test`, some of them at once.
+// Runs all scenarios of a `tavsim test`, several in parallel.
 #ifndef TAV_TOOLS_TEST_SUITE_H
 #define TAV_TOOLS_TEST_SUITE_H
 
@@ -50,7 +50,7 @@ private:
     size_t m_next = 0;  // of the scenarios
     int m_askedToEnd = 0;
     Clock::time_point m_start = Clock::now();
-    Clock::time_point m_patience;  // after which those that were asked to end are killed
+    Clock::time_point m_patience;  // when programs that were asked to end are killed
 };
 
 }  // namespace tools

@@ -39,12 +39,12 @@ int test(const TestRequest& request) {
     if (!scenarios) {
         return complain(error);
     }
-    // Opened first, as it would be a pity to find out at the end.
+    // Opened first, to report an error before the tests run.
     std::ofstream report;
     if (!request.junit.empty()) {
         report.open(request.junit);
     }
-    // Nobody looks at so many windows.
+    // Windows of many programs at once would be of no use.
     setenv("SDL_VIDEODRIVER", "dummy", 0);
     setenv("SDL_AUDIODRIVER", "dummy", 0);
     const Signals signals;

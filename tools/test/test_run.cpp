@@ -15,9 +15,9 @@ constexpr char kOwnFile[] = "/proc/self/exe";
 constexpr int kCannotStart = 127;
 constexpr int kDeathBySignal = 128;
 
-// Of an output without end, the last of it is kept.
+// The end of a longer output is kept.
 constexpr size_t kMostOutput = 1 << 20;
-constexpr int kMostReads = 64;  // at once, so that one that never ends does not hold up the others
+constexpr int kMostReads = 64;  // at once, so that an endless output does not block the other runs
 constexpr char kLeftOut[] = "[what came before is left out]\n";
 
 std::vector<std::string> commandLine(const TestRequest& request, const std::string& scenario) {

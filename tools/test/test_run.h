@@ -19,7 +19,7 @@ public:
     TestRun(const TestRun&) = delete;
     TestRun& operator=(const TestRun&) = delete;
 
-    // A descriptor that can be read from when there is output to take; negative when all has come.
+    // A descriptor that is readable when there is output; negative at the end of the output.
     int output() const { return m_output; }
     void takeOutput();
 
