@@ -6,13 +6,13 @@
  *
  * libtav: the device's platform services for native SDL 1.2 applications.
  *
- * This header is the whole public interface and its reference manual. What holds everywhere is said
- * once, here; the comment of a declaration says what is its own.
+ * This header is the whole public interface and its reference manual. Rules for all functions are
+ * here; the comment of a declaration describes only that declaration.
  *
  * **Error codes.** Most functions return an `int`: TAV_NOERROR (0) for success, else one of the
- * other codes of enum TAV_Error. A function that returns a pointer answers a failure with a null
- * pointer. Nothing is thrown, and nothing aborts the application. Exhausted memory is a failure too:
- * the functions that need some say in their comments how it is reported.
+ * other codes of enum TAV_Error. A function that returns a pointer returns null on failure. Nothing
+ * is thrown, and nothing aborts the application. Exhausted memory is a failure too: the functions
+ * that allocate memory say in their comments how it is reported.
  *
  * **Failure reports.** A failing function does three things, in this order: it sets the SDL error
  * string to its message, writes the same text as a trace line with the tag "tav_e", and returns the
@@ -69,7 +69,7 @@
  * TAV_LaunchBrowser() tests its argument before it traces. Further tags: "tav_e" a failure, "tav_1"
  * a condition that is handled without failing, "tav_2" progress of TAV_Init(), "tav_9" the reply to
  * a purchase request. A few failures are traced under the name of the internal step that met them.
- * Where traces go, and which tags are kept, is the platform's affair.
+ * The platform decides where traces go, and which tags are kept.
  */
 #ifndef TAV_H
 #define TAV_H
@@ -178,13 +178,13 @@ TAV_API int TAV_GetKOBVersion(void);
  *   the call waits for it. A role file that exists is never touched again, not even the empty one
  *   that a missing template leaves: remove it to have it written anew.
  * - It sets the stored compass reading to 0, -1.0, -1.0.
- * - It hands the host library the function that receives compass readings.
+ * - It registers the function that receives compass readings with the host library.
  *
  * It may be called again, and then does all of this again.
  *
  * \param flags appears in the trace and has no other effect; pass 0.
  *
- * \return TAV_NOERROR, always. Roles that could not be registered are a matter for the trace only.
+ * \return TAV_NOERROR, always. Roles that could not be registered are reported in the trace only.
  *
  * \sa TAV_Quit
  */
@@ -279,14 +279,14 @@ TAV_API int TAV_ServiceCall(const char *uri, const char *payload);
  * for every reply, until TAV_UnregisterServiceCallback() or TAV_Quit(). There is no time-out: a
  * one-shot call that is never answered stays open until one of these two ends it, too.
  *
- * Where a service wants to be told of a subscription in the payload, with a member such as
- * "subscribe": true, write it there: the library adds nothing.
+ * Some services expect a member such as "subscribe": true in the payload of a subscription. Write
+ * it there yourself: the library adds nothing.
  *
  * \param uri the service and its method; handed to the bus as it is.
  * \param payload the request's JSON text; handed to the bus as it is.
  * \param callback the function that receives the replies, or null: then the request is sent
  *        one-way, and the two arguments after it mean nothing.
- * \param userData handed to the function with each reply. The library never looks behind it; what
+ * \param userData handed to the function with each reply. The library never dereferences it; what
  *        it points to must live as long as the call is open.
  * \param removeAfterResponse true for a one-shot call, SDL_FALSE for a subscription.
  *
@@ -888,7 +888,7 @@ TAV_API int TAV_GetOSVersion(TAV_OSVersion *version);
 TAV_API int TAV_GetNetInfo(const char *interfaceName, TAV_NetInfo *info);
 
 /**
- * Another name of TAV_GetNetInfo(), for applications that were built with it.
+ * An alias of TAV_GetNetInfo(), for applications that were built with this name.
  *
  * \param interfaceName as for TAV_GetNetInfo().
  * \param info as for TAV_GetNetInfo().
@@ -918,7 +918,7 @@ TAV_API int TAV_GetCallingPath(char *buffer, int bufferLength);
 /**
  * Gets the path of one of the application's data files from the host.
  *
- * Whether there is such a file is not looked at.
+ * The file need not exist.
  *
  * \param dataFileName the file's name; the empty name asks for the data folder itself.
  * \param buffer receives the path.

@@ -35,7 +35,7 @@ Control& control() {
     return instance;
 }
 
-// A fork of the application inherits all this, but the device stays behind.
+// A fork of the application inherits this state, but must not use it.
 bool isListening() {
     return control().owner == getpid();
 }
@@ -56,7 +56,7 @@ bool listenInRoot(std::string* error) {
     return listens;
 }
 
-// Programs that close all descriptors close the socket too.
+// The program may have closed the socket together with all its descriptors.
 void listenAgain() {
     std::string error;
     if (!listenInRoot(&error)) {
@@ -79,8 +79,8 @@ Clients::iterator leastClient() {
         [](const auto& one, const auto& other) { return one.standing() < other.standing(); });
 }
 
-// Takes no more of those that wait than there is room for, so that each is served once more before
-// it could have to go.
+// Accepts only as many waiting clients as there is room for, so that each client is served once
+// more before it may have to go.
 void accept() {
     auto& clients = control().clients;
     for (size_t count = 0; count < kMostClients; ++count) {
@@ -121,7 +121,7 @@ bool startControl(std::string* error) {
 }
 
 void serveControl() {
-    // A command can make the application poll events, and so come here again.
+    // A command can make the application poll events, and so re-enter this function.
     if (!isListening() || control().serving) {
         return;
     }

@@ -1,4 +1,4 @@
-// The control socket, through which a running device is steered.
+// The control socket, which receives commands for a running device.
 #ifndef TAV_SIMULATOR_CONTROL_CONTROL_H
 #define TAV_SIMULATOR_CONTROL_CONTROL_H
 
@@ -6,10 +6,10 @@
 
 namespace tavsim {
 
-// Listens in the root folder; false, with a line in `error`, when that cannot be done.
+// Listens in the root folder; false, with a line in `error`, on failure.
 bool startControl(std::string* error);
 
-// Carries out the commands that have come in, on the caller's thread. Never waits.
+// Carries out the received commands on the caller's thread. Never waits.
 void serveControl();
 
 void stopControl();

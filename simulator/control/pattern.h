@@ -1,4 +1,4 @@
-// Times and entries of the journal, as people write them in commands and scenarios.
+// Durations, and patterns for entries of the journal, as written in commands and scenarios.
 #ifndef TAV_SIMULATOR_CONTROL_PATTERN_H
 #define TAV_SIMULATOR_CONTROL_PATTERN_H
 
@@ -13,23 +13,23 @@
 
 namespace tavsim {
 
-// A whole or decimal number with ms, s or min: 250ms, 1.5s, 2min. Nothing for any other text, and
-// for more than SDL's clock can count (49 days).
+// Reads a whole or decimal number with ms, s or min: 250ms, 1.5s, 2min. Nothing for any other text,
+// or for more than SDL's clock can represent (49 days).
 TAV_PLATFORM_API std::optional<Milliseconds> readTime(std::string_view word);
 inline constexpr char kTimeUsage[] =
     "a time is a number with ms, s or min, such as 1.5s, of at most 49 days";
 
 using base::matchesGlob;
 
-// What one entry of the journal must have: each of these members, with a value that its glob
-// matches. Of values that are no strings it is the JSON text that counts.
+// A pattern for entries of the journal: an entry must have each of these members, with a value that
+// the glob matches. Values that are not strings are matched as JSON text.
 struct MemberPattern {
     std::string member;
     std::string glob;
 };
 using Pattern = std::vector<MemberPattern>;
 
-// The journal's line is one JSON object; others match nothing.
+// Whether the line, one JSON object, matches. Any other line does not.
 TAV_PLATFORM_API bool matches(std::string_view entry, const Pattern& pattern);
 
 struct Awaited {
@@ -37,8 +37,8 @@ struct Awaited {
     std::optional<Milliseconds> within;
 };
 
-// Reads MEMBER=GLOB… [within TIME]. A glob with blanks stands in double quotes, with JSON's
-// escapes. Nothing, with a line in `error`, when the text is anything else.
+// Reads MEMBER=GLOB… [within TIME]. A glob with blanks is written in double quotes, with JSON's
+// escapes. Nothing, with a line in `error`, for any other text.
 TAV_PLATFORM_API std::optional<Awaited> readAwaited(std::string_view text, std::string* error);
 
 }  // namespace tavsim

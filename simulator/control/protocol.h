@@ -1,4 +1,4 @@
-// What a device and `tavsim ctl` say to each other.
+// The protocol between a device and `tavsim ctl`.
 #ifndef TAV_SIMULATOR_CONTROL_PROTOCOL_H
 #define TAV_SIMULATOR_CONTROL_PROTOCOL_H
 
@@ -14,8 +14,8 @@ enum class ControlMessage : uint8_t {
     Refused = 'r',
     // or these, any number of times,
     Output = 'o',     // lines to print, each with its line feed
-    Following = 'f',  // all there was has been sent; more comes as it happens
-    Lost = 'l',       // so many lines, in digits, that the client did not take in time
+    Following = 'f',  // everything so far was sent; new lines follow
+    Lost = 'l',       // the number of lines that were dropped, because the client was too slow
     // and one of these.
     Done = 'd',  // the command was carried out, and this is all
     Ended = 'e'  // the device has ended

@@ -26,7 +26,7 @@ namespace {
 
 constexpr size_t kMostBytes = 1 << 20;
 
-// A folder that the user chose is found through a link beside the fresh ones.
+// A folder that the user chose is found through a symbolic link beside the fresh folders.
 fs::path linkToRoot() {
     return freshRootsFolder() + "/" + std::to_string(getpid()) + "-root";
 }
@@ -106,7 +106,7 @@ void withdrawDevice() {
 
 bool isDeviceRunning(const std::string& root) {
     const int probe = socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
-    // One that has no room for another client runs too.
+    // A device without room for another client runs too.
     const bool runs = probe >= 0 && (ControlAddress(root).connectTo(probe) || errno == EAGAIN);
     if (probe >= 0) {
         close(probe);

@@ -1,4 +1,4 @@
-// The devices that run on this machine, and what each leaves behind to be known by.
+// The list of devices that run on this machine, and the files by which they are found.
 #ifndef TAV_SIMULATOR_CONTROL_RUNNING_DEVICES_H
 #define TAV_SIMULATOR_CONTROL_RUNNING_DEVICES_H
 
@@ -17,19 +17,19 @@ struct RunningDevice {
     std::string root;
 };
 
-// Writes a description of this process into the root folder, before it listens there. It is read
-// without asking the application, which may be busy.
+// Writes a description of this process into the root folder, before it listens there. Readers need
+// no answer of the application, which may be busy.
 bool describeDevice();
 
-// Once it listens: leaves a link for runningDevices() to a root folder that the user chose, and
-// tidies up those of devices that were killed.
+// To be called once it listens: creates a symbolic link for runningDevices() to a root folder that
+// the user chose, and removes the links of devices that were killed.
 void announceDevice();
 void withdrawDevice();
 
 // Whether a device listens in the root folder.
 bool isDeviceRunning(const std::string& root);
 
-// Those of this user, and of the same folder for temporary files.
+// The devices of this user with the same folder for temporary files.
 TAV_PLATFORM_API std::vector<RunningDevice> runningDevices();
 
 }  // namespace tavsim

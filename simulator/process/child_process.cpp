@@ -21,11 +21,11 @@ namespace {
 
 using std::chrono::milliseconds;
 
-constexpr milliseconds kStep(1);  // between two looks at whether a process has ended
+constexpr milliseconds kStep(1);  // between two checks whether a process has ended
 constexpr std::chrono::seconds kLongestEnd(1);
 
-// Keeps the application's handlers from running here, and what its terminal sends to the
-// application from ending this process first.
+// In the child, the application's signal handlers must not run, and the terminal's signals must not
+// end it before the application.
 void leaveApplication(pid_t application) {
     for (int number = 1; number < NSIG; ++number) {
         signal(number, SIG_DFL);
@@ -55,7 +55,7 @@ bool isChild(pid_t process) {
     return waitid(P_PID, static_cast<id_t>(process), &unused, WEXITED | WNOHANG | WNOWAIT) == 0;
 }
 
-// The mark of the run stays: what such a program starts is for the run to end.
+// The mark of the run stays, so that the run ends the processes that such a program starts.
 bool isOfDevice(std::string_view variable) {
     return (variable.starts_with("TAVSIM_") && !variable.starts_with("TAVSIM_RUN=")) ||
            variable.starts_with("LD_PRELOAD=");
@@ -108,7 +108,7 @@ int ChildProcess::start(const std::function<void(int socket)>& run) {
 
 int ChildProcess::startProgram(const std::vector<std::string>& command, const std::string& folder,
                                base::Descriptor* output) {
-    // Closed by the program's start, without a word.
+    // Closed without a message when the program is executed.
     base::Descriptor problem;
     base::Descriptor theirs;
     base::Descriptor theirOutput;
@@ -167,7 +167,8 @@ std::string ChildProcess::end(milliseconds patience) {
     }
     const bool wasOurs = isOurs();
     const pid_t process = std::exchange(m_process, 0);
-    // The application may have waited for all its children, and the number may be another's by now.
+    // The application may have waited for all its children; another process may have this number by
+    // now.
     if (!wasOurs || !isChild(process)) {
         return "";
     }

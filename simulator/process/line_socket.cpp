@@ -23,7 +23,7 @@ void LineSocket::sendNow() {
         const ssize_t count = send(m_toProgram.number(), m_outgoing.data(), m_outgoing.size(),
                                    MSG_NOSIGNAL | MSG_DONTWAIT);
         if (count < 0 && errno != EINTR) {
-            // Whether the other end is gone is told when all that it said has been received.
+            // The end of the connection is reported only when everything was received.
             m_isUnread = errno != EAGAIN;
             return;
         }

@@ -13,27 +13,28 @@
 
 namespace tavsim {
 
-// One end of a connection with a program, which can close its output and keep its input, and the
-// other way round. Nothing is believed of what comes: a step at a time is taken, and whoever takes
-// the lines looks at what is left over.
+// One end of a connection with a program, which can close its input and its output independently.
+// The program is not trusted: input is received in small steps, and the caller checks the length of
+// incomplete lines.
 class LineSocket {
 public:
     LineSocket(base::Descriptor toProgram, base::Descriptor fromProgram)
         : m_toProgram(std::move(toProgram)), m_fromProgram(std::move(fromProgram)) {}
 
-    // True for good when the other end has closed one of the two or has ended and all that it said
-    // has been received, or the process has lost one.
+    // True, and true from then on, when the other end has closed one of the two sockets or has
+    // ended, and everything was received, or when the application has closed one of our
+    // descriptors.
     bool isGone() const { return m_isGone; }
 
-    // False when the process has lost one of the two.
+    // False when the application has closed one of our descriptors.
     bool isOurs() const { return m_toProgram.isOurs() && m_fromProgram.isOurs(); }
 
-    // Sends without waiting what the other end takes.
+    // Sends as much as the socket accepts, without waiting.
     void queue(std::string_view line);
     void sendNow();
     size_t queued() const { return m_outgoing.size(); }
 
-    // Receives a part of what has come. Nothing more is to come from a program that had ended.
+    // Receives a part of the pending input. A program that had ended sends nothing more.
     void receiveNow(bool hadEnded);
 
     // The next line of what was received.
@@ -43,13 +44,13 @@ public:
     // Waits until something can be received or sent.
     void wait(std::chrono::milliseconds longest) const;
 
-    // Tells the other end that nothing more will come.
+    // Closes the sending direction.
     void endSending();
 
 private:
     base::Descriptor m_toProgram;
     base::Descriptor m_fromProgram;
-    bool m_isUnread = false;  // nobody is there to read what is sent
+    bool m_isUnread = false;  // the other end does not read any more
     bool m_isGone = false;
     std::string m_incoming;
     size_t m_taken = 0;  // bytes of it
