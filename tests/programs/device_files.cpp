@@ -34,6 +34,10 @@ bool closes(FILE* file) {
     return file != nullptr && std::fclose(file) == 0;
 }
 
+bool closes(DIR* folder) {
+    return folder != nullptr && closedir(folder) == 0;
+}
+
 // A change also makes a file beside the database.
 bool canBeChanged(int result, sqlite3* database) {
     constexpr char kChange[] = "CREATE TABLE Probe (X); DROP TABLE Probe";
@@ -43,15 +47,10 @@ bool canBeChanged(int result, sqlite3* database) {
     return can;
 }
 
-bool opens(const char* path) {
+bool opens(int flags) {
     sqlite3* database = nullptr;
-    const int result = sqlite3_open(path, &database);
-    return canBeChanged(result, database);
-}
-
-bool opensWithFlags(const char* path) {
-    sqlite3* database = nullptr;
-    const int result = sqlite3_open_v2(path, &database, SQLITE_OPEN_READWRITE, nullptr);
+    const int result = flags == 0 ? sqlite3_open(kDatabase, &database)
+                                  : sqlite3_open_v2(kDatabase, &database, flags, nullptr);
     return canBeChanged(result, database);
 }
 
@@ -77,11 +76,6 @@ bool filesystemKnows() {
            !std::filesystem::is_empty(kFolder, problem) && !problem;
 }
 
-bool listsFolder() {
-    DIR* folder = opendir(kFolder);
-    return folder != nullptr && closedir(folder) == 0;
-}
-
 struct Way {
     const char* name;
     std::function<bool()> works;
@@ -103,9 +97,9 @@ const Way kWays[] = {
     {"statx", [] { return statx(AT_FDCWD, kFile, 0, STATX_SIZE, &g_statx) == 0; }},
     {"ifstream", [] { return std::ifstream(kFile).is_open(); }},
     {"filesystem", filesystemKnows},
-    {"opendir", listsFolder},
-    {"sqlite3_open", [] { return opens(kDatabase); }},
-    {"sqlite3_open_v2", [] { return opensWithFlags(kDatabase); }},
+    {"opendir", [] { return closes(opendir(kFolder)); }},
+    {"sqlite3_open", [] { return opens(0); }},
+    {"sqlite3_open_v2", [] { return opens(SQLITE_OPEN_READWRITE); }},
     {"mkdir, unlink, remove", canBeWrittenAndRemoved},
     {"missing", [] { return access(kMissing, F_OK) != 0; }},
     {"a way out", [] { return access(kWayOut, F_OK) != 0; }},

@@ -19,15 +19,11 @@ def on_reply(parameters, user_data):
 
 answers = []
 tav.TAV_Init(0)
-name = ctypes.create_string_buffer(64)
-if tav.TAV_GetDeviceName(name, 64) != 0:
-    print("name:", tav.TAV_GetError().decode())
-identity = ctypes.create_string_buffer(64)
-if tav.TAV_GetUniqueID(identity, 64) != 0:
-    print("id:", tav.TAV_GetError().decode())
-data = ctypes.create_string_buffer(4096)
-if tav.TAV_GetDataFilePath(b"save", data, 4096) != 0:
-    print("data:", tav.TAV_GetError().decode())
+name, other = ctypes.create_string_buffer(64), ctypes.create_string_buffer(4096)
+for what, code in (("name", tav.TAV_GetDeviceName(name, 64)), ("id", tav.TAV_GetUniqueID(other, 64)),
+                   ("data", tav.TAV_GetDataFilePath(b"save", other, 4096))):
+    if code != 0:
+        print(what + ":")
 uri = b"vire://com.vire.battery/status"
 if tav.TAV_ServiceCallWithCallback(uri, b"{}", on_reply, None, 1) != 0:
     sys.exit("no call: " + tav.TAV_GetError().decode())

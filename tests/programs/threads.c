@@ -66,14 +66,11 @@ static int work(void *round)
     return 0;
 }
 
-static int wait_for_end(void *unused)
+static int wait_for_end(void *end)
 {
-    SDL_Event event;
-
-    (void)unused;
     do {
-        expect(SDL_WaitEvent(&event) == 1, "there is no event queue");
-    } while (event.type != SDL_USEREVENT);
+        expect(SDL_WaitEvent(end) == 1, "there is no event queue");
+    } while (((SDL_Event *)end)->type != SDL_USEREVENT);
     return 0;
 }
 
@@ -96,16 +93,14 @@ static void on_reply(TAV_ServiceParameters *parameters, void *thread)
     *(Uint32 *)thread = 0;
 }
 
-int main(int argc, char *argv[])
+int main(void)
 {
     SDL_Thread *workers[WORKERS];
     SDL_Thread *waiter;
-    SDL_Event end;
+    SDL_Event end = {0}, received;
     Uint32 thread = SDL_ThreadID();
     int i;
 
-    (void)argc;
-    (void)argv;
     if (SDL_Init(SDL_INIT_VIDEO | SDL_INIT_TIMER) != 0) {
         printf("SDL does not start: %s\n", SDL_GetError());
         return 2;
@@ -118,8 +113,7 @@ int main(int argc, char *argv[])
     TAV_ServiceCallWithCallback("vire://com.vire.battery/status", "{}", on_reply, &thread,
                                 SDL_TRUE);
     while (thread != 0) {
-        SDL_Event event;
-        SDL_PollEvent(&event);
+        SDL_PumpEvents();
         SDL_Delay(1);
     }
     let_workers_go_round();
@@ -127,8 +121,7 @@ int main(int argc, char *argv[])
     for (i = 0; i < WORKERS; ++i) {
         SDL_WaitThread(workers[i], NULL);
     }
-    waiter = SDL_CreateThread(wait_for_end, NULL);
-    memset(&end, 0, sizeof end);
+    waiter = SDL_CreateThread(wait_for_end, &received);
     end.type = SDL_USEREVENT;
     SDL_PushEvent(&end);
     SDL_WaitThread(waiter, NULL);

@@ -15,13 +15,11 @@ static Uint32 push(Uint32 interval, void *unused)
     return interval;
 }
 
-int main(int argc, char *argv[])
+int main(void)
 {
     SDL_Event event;
     int ticks = 0;
 
-    (void)argc;
-    (void)argv;
     if (SDL_Init(SDL_INIT_VIDEO | SDL_INIT_TIMER) != 0) {
         fprintf(stderr, "SDL does not start: %s\n", SDL_GetError());
         return 2;
