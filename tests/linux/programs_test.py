@@ -12,8 +12,8 @@ SOURCE = os.path.dirname(os.path.dirname(HERE))
 
 
 class Programs(OnPrivateBuses):
-    def lines_of(self, *command, **changes):
-        return self.finish(self.start_program(*command, **changes))
+    def lines_of(self, *command):
+        return self.finish(self.start_program(*command))
 
     def device_services(self):
         self.start_service("device_services.py", "0")
@@ -42,7 +42,6 @@ class Programs(OnPrivateBuses):
         services = BUILD + "/bin/services"
         with open(SOURCE + "/examples/services.txt") as file:
             simulated = file.read().splitlines()
-        self.assertEqual(self.lines_of(TAVSIM, "run", "--virtual-time", services), simulated)
         self.device_services()
         lines = self.lines_of(services)
         self.assertEqual(sorted(re.sub(r"\d+$", "n", line) for line in lines), sorted([

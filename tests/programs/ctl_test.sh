@@ -101,8 +101,7 @@ run "$tavsim" ctl list
 first_root=${out%%  *}
 follow "$first_root"
 pkill -KILL -P "$first"
-status=0
-wait "$follower" || status=$?
+wait "$follower" && status=0 || status=$?
 [[ $status -eq 2 && $(<"$work/cut") == 'tavsim: ctl: the device is gone'* ]] ||
     fail "following a program that is killed: status $status, $(<"$work/cut")"
 wait "$first" && fail 'a killed program ended well'

@@ -15,8 +15,7 @@ start() {
 
 # expect_end STATUS OUTPUT ERRORS: of that run.
 expect_end() {
-    status=0
-    wait "$runner" 2>/dev/null || status=$?
+    wait "$runner" 2>/dev/null && status=0 || status=$?
     command='the run' out=$(<"$work/said") err=$(<"$work/told")
     expect "$@"
 }
@@ -49,8 +48,7 @@ for ((n = 0; n < 20; ++n)); do
     "$tavsim" run "$waits" >/dev/null 2>&1 &
     runner=$!
     kill -TERM "$runner"
-    status=0
-    wait "$runner" || status=$?
+    wait "$runner" && status=0 || status=$?
     [[ $status -eq 0 || $status -eq 143 ]] || fail "a run asked to end at once: status $status"
 done
 expect_nothing_left 'runs that were asked to end at once'

@@ -102,8 +102,7 @@ kill -KILL "$tester"
 wait_until nothing_is_left
 start
 wait_until ends_when_asked "$tester"
-status=0
-wait "$tester" || status=$?
+wait "$tester" && status=0 || status=$?
 command='an interrupted test' out=$(<said) err=$(<told)
 expect 143 '2 scenarios: 0 passed, 2 not finished in *' ''
 wait_until nothing_is_left

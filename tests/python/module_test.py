@@ -17,11 +17,7 @@ BUILD = Path(os.environ["TAV_BUILD"])
 WAITS = BUILD / "tests/programs/wait_for_quit"
 SERVICES = BUILD / "bin/services"
 
-NEVER_CLOSED = """
-import sys, tavsim
-run = tavsim.Run(sys.argv[1])
-run.wait_ready()
-"""
+NEVER_CLOSED = "import sys, tavsim; run = tavsim.Run(sys.argv[1]); run.wait_ready()"
 
 
 class RunTest(unittest.TestCase):
@@ -32,7 +28,8 @@ class RunTest(unittest.TestCase):
 
     def tearDown(self):
         tempfile.tempdir = None
-        self.assertEqual(left_in(os.environ.pop("TMPDIR")), [])
+        left = Path(os.environ.pop("TMPDIR")).rglob("*")
+        self.assertEqual([path for path in left if path.is_file()], [])
 
     def test_says_what_tavsim_says(self):
         for arguments, error in (
@@ -123,11 +120,3 @@ class MatchTest(unittest.TestCase):
             ({"option": "true", "kind": "*"}, False),
         ):
             self.assertEqual(matches(entry, members), result, members)
-
-
-def left_in(folder):
-    return [str(path) for path in Path(folder).rglob("*") if path.is_file()]
-
-
-if __name__ == "__main__":
-    unittest.main()
