@@ -1,8 +1,6 @@
 // Calls with arguments that are right, at the edge, and wrong; on a device that takes them, refuses
 // them, and has the application as a plug-in.
 #include <climits>
-#include <filesystem>
-#include <functional>
 #include <set>
 
 #include "bridge.h"
@@ -13,11 +11,11 @@
 #include "device/hardware.h"
 #include "device/location.h"
 #include "device/preferences.h"
+#include "services/service_calls.h"
 #include "transcript.h"
 
 namespace {
 
-using tavsim::Fault;
 using tavtest::anyValue;
 
 using Calls = tavtest::TranscriptTest;
@@ -25,15 +23,14 @@ using Calls = tavtest::TranscriptTest;
 TEST_F(Calls, Window) {
     for (const char* state : {"accepted", "refused", "plugin"}) {
         note(state);
-        if (std::string(state) == "refused") {
+        const bool isAccepted = std::string(state) == "accepted";
+        device.profile.plugin = std::string(state) == "plugin";
+        device.profile.refused.clear();
+        if (!isAccepted && !device.profile.plugin) {
             device.profile.refused = {"keyboard", "minimize", "touch",   "orientation",
                                       "gestures", "banners",  "pauseUi", "screenTimeout"};
-        } else {
-            device.profile.refused.clear();
         }
-        device.profile.plugin = std::string(state) == "plugin";
         CALL(TAV_Minimize());
-        const bool isAccepted = std::string(state) == "accepted";
         for (const int value : isAccepted ? std::vector{0, 1, -5} : std::vector{1}) {
             CALL(TAV_SetKeyboardState(anyValue<SDL_bool>(value)));
             CALL(TAV_CustomPauseUiEnable(anyValue<SDL_bool>(value)));
@@ -62,7 +59,7 @@ TEST_F(Calls, Actions) {
     }
     CALL(TAV_SetFirewallPortStatus(1025, SDL_FALSE));
     for (const int refused : {1, 2}) {
-        device.failNth(Fault::Dispatch, refused);
+        device.failNth(tavsim::Fault::Dispatch, refused);
         CALL(TAV_SetFirewallPortStatus(1025, SDL_TRUE));
     }
     CALL(TAV_NotifyMusicPlaying(anyValue<SDL_bool>(2)));
@@ -114,18 +111,17 @@ TEST_F(Calls, Core) {
 TEST_F(Calls, Hardware) {
     TAV_ScreenMetrics screen = {1, 2, 3, 4, 5.0};
     CALL(TAV_GetScreenMetrics(nullptr));
-    const char* machines[] = {nullptr, "", "Fern", "fern ", "fer", "harrow++", "mystery", "ember"};
+    tav::g_hardwareType = tav::kUnknownHardware;
+    CALL(TAV_GetHardwareID());
     for (const bool spoofing : {false, true}) {
-        for (const char* machine : machines) {
+        for (const std::string& machine : split("|Fern|fern |fer|harrow++|mystery|ember")) {
             tav::g_hardwareType = tav::kUnknownHardware;
             device.profile = {};
-            if (spoofing && machine != nullptr) {
+            if (spoofing) {
                 device.profile.portability["final_spoofing"] = machine;
-                device.profile.machine = "quern";
-            } else if (machine != nullptr) {
-                device.profile.machine = machine;
             }
-            show(machine != nullptr ? machine : "no name", [] { return TAV_GetHardwareID(); });
+            device.profile.machine = spoofing ? "quern" : machine;
+            show(machine, [] { return TAV_GetHardwareID(); });
         }
     }
     device.profile.machine = "fern";
@@ -137,16 +133,10 @@ TEST_F(Calls, Hardware) {
     CALL(screen.widthPixels + screen.heightPixels + screen.horizontalDpi + screen.dpiRatio);
 }
 
-int appinfo(char* buffer, int length) {
-    return TAV_GetAppinfoValue("id", buffer, length);
-}
-
-int dataFile(char* buffer, int length) {
-    return TAV_GetDataFilePath("save.dat", buffer, length);
-}
-
 TEST_F(Calls, Buffers) {
     using Query = int (*)(char*, int);
+    const Query appinfo = [](char* to, int size) { return TAV_GetAppinfoValue("id", to, size); };
+    const Query dataFile = [](char* to, int size) { return TAV_GetDataFilePath("f", to, size); };
     tavsim::Profile profile;
     profile.preferences = {{"deviceName", "\"Kitchen\""},
                            {"region", R"({"countryCode":"us","countryName":"Utopia"})"},
@@ -176,56 +166,34 @@ TEST_F(Calls, Buffers) {
 
     ASSERT_EQ(TAV_GetDataFilePath("", buffer, sizeof buffer), TAV_NOERROR);
     EXPECT_TRUE(std::filesystem::is_directory(buffer)) << buffer;
-    const std::string path = std::string(buffer) + "/save.dat";
+    const std::string path = std::string(buffer) + "/f";
     const int enough = static_cast<int>(path.size()) + 1;
     EXPECT_EQ(filled(dataFile, enough), "0 '" + path + "'");
     EXPECT_EQ(filled(dataFile, enough - 1).substr(0, 1), std::to_string(TAV_STRINGTOOSMALL));
 }
 
 TEST_F(Calls, VersionTexts) {
-    const std::string texts[] = {"7",
-                                 "",
-                                 ".",
-                                 "....",
-                                 "2.1.0",
-                                 "  2.1  ",
-                                 "1.4",
-                                 "1.2.3.4",
-                                 "1.2.3beta",
-                                 "v1.2.3",
-                                 "1.2 build 3.4",
-                                 "Kora 3.0.5 (build 12.1)",
-                                 "1. 5",
-                                 "1. 5.6",
-                                 "1.5. 6",
-                                 "10 .5",
-                                 ".5.",
-                                 "\t4.5\n6",
-                                 "5..6",
-                                 "-1.+2.-3",
-                                 "2147483648.-2147483649.4294967297",
-                                 "99999999999999999999.-99999999999999999999",
-                                 "1.2." + std::string(251, '9'),
-                                 "1.2." + std::string(252, '9')};
+    const auto version = [] {
+        TAV_OSVersion read;
+        std::memset(&read, 'x', sizeof read);
+        std::ostringstream line;
+        line << TAV_GetOSVersion(&read) << ": " << read.major << ' ' << read.minor << ' '
+             << read.revision << " '" << read.versionText << "'";
+        const std::string text(read.versionText, sizeof read.versionText);
+        EXPECT_EQ(text.find_first_not_of('\0', text.find('\0')), text.npos) << line.str();
+        return line.str();
+    };
     CALL(TAV_GetOSVersion(nullptr));
-    for (size_t row = 0; row <= std::size(texts); ++row) {
-        if (row == std::size(texts)) {
-            device.profile.properties.clear();
-        } else {
-            device.profile.properties["com.vire.properties.version"] = texts[row];
-        }
-        show("has", [] {
-            TAV_OSVersion version;
-            std::memset(&version, 'x', sizeof version);
-            const int code = TAV_GetOSVersion(&version);
-            const std::string text(version.versionText, sizeof version.versionText);
-            const std::string stored = text.c_str();
-            EXPECT_EQ(text.find_first_not_of('\0', stored.size()), std::string::npos) << stored;
-            return std::to_string(code) + ": " + std::to_string(version.major) + ' ' +
-                   std::to_string(version.minor) + ' ' + std::to_string(version.revision) + " '" +
-                   stored + "'";
-        });
+    for (const std::string& text :
+         split("7||.|....|2.1.0|  2.1  |1.4|1.2.3.4|1.2.3beta|v1.2.3|1.2 build 3.4|"
+               "Kora 3.0.5 (build 12.1)|1. 5|1. 5.6|1.5. 6|10 .5|.5.|\t4.5\n6|5..6|-1.+2.-3|"
+               "2147483648.-2147483649.4294967297|99999999999999999999.-99999999999999999999|1.2." +
+               std::string(251, '9') + "|1.2." + std::string(252, '9'))) {
+        device.profile.properties["com.vire.properties.version"] = text;
+        show("has", version);
     }
+    device.profile.properties.clear();
+    show("has", version);
 }
 
 TEST_F(Calls, Compass) {
@@ -236,8 +204,15 @@ TEST_F(Calls, Compass) {
     TAV_Init(0);
     CALL(TAV_GetCompass(nullptr));
     CALL(device.deliverCompass({3, 12.5, -0.25}));  // although it is not enabled
+    SDL_Event event;
+    ASSERT_EQ(SDL_PeepEvents(&event, 1, SDL_GETEVENT, SDL_EVENTMASK(SDL_USEREVENT)), 1);
+    EXPECT_EQ(event.user.data1, &tav::g_compass);
     CALL(TAV_EnableCompass(anyValue<SDL_bool>(2)));
     CALL(TAV_GetCompass(nullptr));
+    CALL(TAV_GetCompass(&reading));
+    CALL(reading.intValue + reading.doubleValue1 + reading.doubleValue2);
+    while (SDL_PushEvent(&event) == 0) {}
+    device.deliverCompass({4, 7.5, 0.25});  // its event is lost, and it is not
     CALL(TAV_GetCompass(&reading));
     CALL(reading.intValue + reading.doubleValue1 + reading.doubleValue2);
     device.profile.refused.insert("compass");
@@ -286,38 +261,34 @@ TEST_F(Calls, Traces) {
     profile.preferences.emplace()["locale"] = R"({"languageCode":"en","countryCode":"us"})";
     startDevice(profile);
     tav::g_hardwareType = tav::kUnknownHardware;
-    const std::function<void()> calls[] = {
-        [] { TAV_Init(3); },
-        [] { TAV_IsPlugin(); },
-        [&] { TAV_GetScreenMetrics(&screen); },
-        [&] { TAV_GetDeviceName(text, sizeof text); },
-        [&] { TAV_GetLanguage(text, sizeof text); },
-        [&] { TAV_GetLanguage(text, 2); },
-        [&] { tav::getKoraPrefSystemValue("no.property", text, sizeof text); },
-        [&] { TAV_GetOSVersion(nullptr); },
-        [&] { TAV_GetLocation(&location); },
-        [] { TAV_EnableLocationTracking(SDL_TRUE); },
-        [this] { device.advance(0); },
-        [] { TAV_SetFirewallPortStatus(1025, SDL_TRUE); },
-        [&] { TAV_GetParamString(&reply, "a", text, 5); },
-        [&] { TAV_GetParamString(&noReply, "a", text, 5); },
-        [&] { TAV_ServiceCallWithCallback("vire://none/x", "{}", ignore, nullptr, SDL_TRUE); },
-        [this] { device.advance(1000); },
-        [] { TAV_GetItemInfo("no item"); },
-        [] { TAV_JSRegistrationComplete(); },
-        [] { tavtest::methodNames(); },
-        [] { tavtest::callMethod("no method"); },
-        [] { TAV_Quit(); },
-    };
+    TAV_Init(3);
+    TAV_IsPlugin();
+    TAV_GetScreenMetrics(&screen);
+    TAV_GetDeviceName(text, sizeof text);
+    TAV_GetLanguage(text, sizeof text);
+    TAV_GetLanguage(text, 2);
+    tav::getKoraPrefSystemValue("no.property", text, sizeof text);
+    TAV_GetOSVersion(nullptr);
+    TAV_GetLocation(&location);
+    TAV_EnableLocationTracking(SDL_TRUE);
+    device.advance(0);
+    TAV_SetFirewallPortStatus(1025, SDL_TRUE);
+    TAV_GetParamString(&reply, "a", text, 5);
+    TAV_GetParamString(&noReply, "a", text, 5);
+    TAV_ServiceCallWithCallback("vire://none/x", "{}", ignore, nullptr, SDL_TRUE);
+    device.advance(1000);
+    TAV_ServiceCallWithCallback("vire://none/x", "{}", ignore, nullptr, SDL_TRUE);
+    TAV_ServicesQuit();
+    device.advance(1000);
+    TAV_GetItemInfo("no item");
+    TAV_JSRegistrationComplete();
+    tavtest::methodNames();
+    tavtest::callMethod("no method");
+    TAV_Quit();
     std::set<std::string> seen;
-    for (const auto& call : calls) {
-        trace();
-        call();
-        for (const std::string& line : trace()) {
-            const std::string tagAndName = line.substr(0, line.find(' ', line.find(' ') + 1));
-            if (seen.insert(tagAndName).second) {
-                note(line);
-            }
+    for (const std::string& line : trace()) {
+        if (seen.insert(line.substr(0, line.find(' ', line.find(' ') + 1))).second) {
+            note(line);
         }
     }
 }

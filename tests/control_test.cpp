@@ -5,13 +5,9 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <filesystem>
-#include <fstream>
 #include <thread>
 
 #include "base/message_socket.h"
-#include "platform/hkscaller.h"
-#include "platform/napp.h"
 #include "simulator/control/protocol.h"
 #include "simulator/control/socket_address.h"
 #include "transcript.h"
@@ -21,9 +17,7 @@ namespace {
 using base::Message;
 using base::MessageSocket;
 using tavsim::ControlMessage;
-using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::Not;
 using testing::StartsWith;
 
 constexpr uint8_t kind(ControlMessage message) {
@@ -115,8 +109,7 @@ TEST_F(ControlTest, CommandsChangeTheDevice) {
     CALL(TAV_GetAppinfoValue("title", text, sizeof text));
     CALL(std::string(text));
     CALL(TAV_IsPlugin());
-    CALL(NApp_GetKSCaller()->ksCall("vire://com.vire.applicationManager/launch", R"({"id":"a\nb"})",
-                                    true) > 0);
+    CALL(bus.ksCall("vire://com.vire.applicationManager/launch", R"({"id":"a\nb"})", true) > 0);
     give({"state"});
 }
 
@@ -141,34 +134,24 @@ TEST_F(ControlTest, RefusalsLastAsLongAsTheyAreAskedTo) {
 }
 
 TEST_F(ControlTest, AServiceAnswersOtherwiseUntilThatIsTakenBack) {
-    tavsim::Service ticks;
-    ticks.replies = {"1", "2"};
-    ticks.delay = ticks.every = 10;
-    ticks.repeat = true;
-    device.profile.services["a://ticks"] = ticks;
-    HKSCaller& bus = *NApp_GetKSCaller();
-    const auto ignore = [](int, const char*, void*) {};
-    const auto subscribe = [&] {
-        bus.ksCallWithSubscription("a://ticks", "{}", false, ignore, nullptr);
-    };
-    const auto call = [&] { bus.ksCallWithResponse("a://ticks", "{}", false, ignore, nullptr); };
-    subscribe();
-    CALL(device.advance(15));
+    device.profile.services["a://ticks"] = tavtest::repliesOf({"1", "2"}, 10, 10);
+    subscribe("a://ticks");
+    pass(15);
     give({"answer a://ticks {\"percent\": 5}"});
-    CALL(device.advance(0));
-    call();
-    CALL(device.advance(9));
-    CALL(device.advance(100));
+    pass(0);
+    call("a://ticks");
+    pass(9);
+    pass(100);
     // What is on its way does not arrive any more, and the call stays open.
-    call();
+    call("a://ticks");
     give({"silence a://ticks"});
-    CALL(device.advance(100));
+    pass(100);
     CALL(device.openCalls().size());
     give({"reply a://ticks late"});
-    CALL(device.advance(100));
+    pass(100);
     give({"allow a://ticks"});
-    subscribe();
-    CALL(device.advance(20));
+    subscribe("a://ticks");
+    pass(20);
 }
 
 TEST_F(ControlTest, MalformedCommandsAnswerWithAnErrorAndChangeNothing) {
@@ -180,12 +163,10 @@ TEST_F(ControlTest, MalformedCommandsAnswerWithAnErrorAndChangeNothing) {
 }
 
 TEST_F(ControlTest, ClientsThatMisbehaveAreLetGo) {
-    const std::string garbage[] = {
-        "state\n",                                           // text
-        std::string("x\5\0\0\0\0\0\0\0state", 14),           // another kind of message
-        std::string("c\xff\xff\xff\xff\xff\xff\xff\x7f", 9)  // a length that nothing has
-    };
-    for (const std::string& bytes : garbage) {
+    using namespace std::string_literals;
+    // Text, another kind of message, a length that nothing has.
+    for (const std::string& bytes :
+         {"state\n"s, "x\5\0\0\0\0\0\0\0state"s, "c\xff\xff\xff\xff\xff\xff\xff\x7f"s}) {
         MessageSocket client = connectClient();
         ::send(client.socket(), bytes.data(), bytes.size(), MSG_NOSIGNAL);
         device.pump();
@@ -211,8 +192,7 @@ TEST_F(ControlTest, ClientsThatMisbehaveAreLetGo) {
     EXPECT_FALSE((received(follower), follower.isGone()));
 }
 
-// The application never waits for a client, and yet the client misses nothing.
-// What a follower has been told.
+// What a follower has been told: the application never waits for it, and yet it misses nothing.
 struct Followed {
     std::string lines;
     int64_t lost = 0;
@@ -220,13 +200,12 @@ struct Followed {
     bool ended = false;
 
     void take(const Message& message) {
-        if (message.kind == kind(ControlMessage::Output)) {
-            lines += message.content;
-            told += std::count(message.content.begin(), message.content.end(), '\n');
-        } else if (message.kind == kind(ControlMessage::Lost)) {
-            lost += std::stoll(message.content);
-            told += std::stoll(message.content);
-        }
+        const std::string& text = message.content;
+        lines += message.kind == kind(ControlMessage::Output) ? text : "";
+        lost += message.kind == kind(ControlMessage::Lost) ? std::stoll(text) : 0;
+        told += message.kind == kind(ControlMessage::Lost)
+                    ? std::stoll(text)
+                    : std::count(text.begin(), text.end(), '\n');
         ended = message.kind == kind(ControlMessage::Ended);
     }
 };
@@ -282,12 +261,6 @@ TEST_F(ControlTest, AFollowerThatDoesNotReadIsToldWhatItLost) {
     EXPECT_LT(followed.lost, kLarge);
 }
 
-// What a program has written into the file.
-std::string contentOf(const std::string& path) {
-    std::ifstream file(path);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
 TEST_F(ControlTest, JournalAndSocketAreLeftAloneByWhatTheProgramDoesToDescriptors) {
     constexpr int kMostUsed = 700;
     SDL_Quit();  // whose own descriptors are not to be closed under it
@@ -296,18 +269,18 @@ TEST_F(ControlTest, JournalAndSocketAreLeftAloneByWhatTheProgramDoesToDescriptor
     options.control = true;
     options.journalFile = options.root + "/journal";
     ASSERT_TRUE(device.start({}, options));
-    const std::string save = options.root + "/save";
     const MessageSocket clientBefore = clientWith("journal --follow");
 
     // The program closes all descriptors and uses them for a file of its own.
     close_range(STDERR_FILENO + 1, ~0U, 0);
-    const int saved = open(save.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR);
+    const int saved =
+        open(path("/save").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR);
     for (int number = saved + 1; number < kMostUsed; ++number) {
         dup2(saved, number);
     }
     NApp_SetTouchAggression(12);
     device.pump();
-    EXPECT_THAT(contentOf(options.journalFile), HasSubstr("\"aggression\":12,"));
+    EXPECT_THAT(read("/journal"), HasSubstr("\"aggression\":12,"));
 
     // A fork of it takes no part.
     MessageSocket client = connectClient();
@@ -319,13 +292,13 @@ TEST_F(ControlTest, JournalAndSocketAreLeftAloneByWhatTheProgramDoesToDescriptor
         _exit(0);
     }
     waitpid(fork, nullptr, 0);
-    EXPECT_THAT(contentOf(options.journalFile), Not(HasSubstr("\"aggression\":34,")));
+    EXPECT_THAT(read("/journal"), testing::Not(HasSubstr("\"aggression\":34,")));
     device.pump();
     EXPECT_EQ(received(client), "d");
     EXPECT_TRUE(device.profile.plugin);
 
+    EXPECT_EQ(read("/save"), "");
     device.stop();
-    EXPECT_EQ(contentOf(save), "");
     for (int number = saved; number < kMostUsed; ++number) {
         EXPECT_NE(fcntl(number, F_GETFD), -1) << "a descriptor of the program was closed";
     }

@@ -6,6 +6,9 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -54,6 +57,23 @@ protected:
         ASSERT_FALSE(lines.empty());
         EXPECT_EQ(lines.back(), "tav_e " + function + " " + message);
         SDL_ClearError();
+    }
+
+    // Files of the device, by their paths there.
+    std::string path(const std::string& name) const { return device.root() + name; }
+
+    void write(const std::string& name, const std::string& content) const {
+        std::filesystem::create_directories(std::filesystem::path(path(name)).parent_path());
+        std::ofstream(path(name), std::ios::binary) << content;
+    }
+
+    std::string read(const std::string& name) const {
+        std::ifstream file(path(name), std::ios::binary);
+        return file ? std::string(std::istreambuf_iterator<char>(file), {}) : "(none)";
+    }
+
+    static long openDescriptors() {
+        return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
     }
 
     tavsim::Device& device = tavsim::device();

@@ -1,9 +1,7 @@
 // The public records are part of the binary interface, on 32-bit and 64-bit devices alike.
 #include <cstddef>
 
-#include "device_test.h"
-
-extern "C" int useFromC(int* percent);
+#include "tav.h"
 
 namespace {
 
@@ -47,16 +45,5 @@ static_assert(TAV_STRINGTOOSMALL == 8 && TAV_EDATAACCESS == 9);
 static_assert(TAV_ENETWORK == 10 && TAV_EHOSTLOOKUP == 11);
 static_assert(TAV_EVENT_LOCATION == 0xE100 && TAV_EVENT_LOCATION_FAILURE == 0xE101);
 static_assert(TAV_EVENT_COMPASS == 0xE110);
-
-using HeaderTest = tavtest::DeviceTest;
-
-TEST_F(HeaderTest, ACProgramWorks) {
-    device.profile.properties["com.vire.properties.version"] = "2.1.0";
-    device.profile.services["vire://com.example/status"].replies = {R"({"percent":42})"};
-    int percent = 0;
-    EXPECT_EQ(useFromC(&percent), 2);
-    device.advance(1);
-    EXPECT_EQ(percent, 42);
-}
 
 }  // namespace

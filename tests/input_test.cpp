@@ -23,31 +23,31 @@ protected:
     }
 
     static std::string textOf(const SDL_Event& event) {
-        char text[100];
+        const bool isPressed = event.type == SDL_KEYDOWN || event.type == SDL_MOUSEBUTTONDOWN;
         const SDL_keysym& key = event.key.keysym;
+        std::ostringstream text;
         switch (event.type) {
         case SDL_KEYDOWN:
         case SDL_KEYUP:
-            std::snprintf(text, sizeof text, "%c%s mod %x unicode %x",
-                          event.type == SDL_KEYDOWN ? '+' : '-', SDL_GetKeyName(key.sym), key.mod,
-                          key.unicode);
-            return text;
+            text << (isPressed ? '+' : '-') << SDL_GetKeyName(key.sym) << std::hex << " mod "
+                 << key.mod << " unicode " << key.unicode;
+            break;
         case SDL_MOUSEMOTION:
-            std::snprintf(text, sizeof text, "to %d,%d by %d,%d with %d", event.motion.x,
-                          event.motion.y, event.motion.xrel, event.motion.yrel, event.motion.state);
-            return text;
+            text << "to " << event.motion.x << ',' << event.motion.y << " by " << event.motion.xrel
+                 << ',' << event.motion.yrel << " with " << +event.motion.state;
+            break;
         case SDL_MOUSEBUTTONDOWN:
         case SDL_MOUSEBUTTONUP:
-            std::snprintf(text, sizeof text, "%s %d at %d,%d", event.button.state ? "down" : "up",
-                          event.button.button, event.button.x, event.button.y);
-            return text;
+            text << (isPressed ? "down " : "up ") << +event.button.button << " at "
+                 << event.button.x << ',' << event.button.y;
+            break;
         case SDL_ACTIVEEVENT:
-            std::snprintf(text, sizeof text, "gain %d of %d", event.active.gain,
-                          event.active.state);
-            return text;
+            text << "gain " << +event.active.gain << " of " << +event.active.state;
+            break;
         default:
-            return "event " + std::to_string(event.type);
+            text << "event " << +event.type;
         }
+        return text.str();
     }
 
     // The events that are on the queue, and what SDL knows of keys and mouse.

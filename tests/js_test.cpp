@@ -6,13 +6,11 @@
 
 namespace {
 
-using tavtest::Answer;
 using tavtest::callMethod;
-using tavtest::methodNames;
 
 using Parameters = std::vector<const char*>;
 
-std::string answerText(const Answer& answer) {
+std::string answerText(const tavtest::Answer& answer) {
     return !answer ? "unread" : (answer->first ? "exception " : "") + answer->second;
 }
 
@@ -102,7 +100,7 @@ TEST_F(JSTest, Answers) {
     CALL(TAV_JSReply(nullptr, "a"));
     CALL(TAV_JSException(nullptr, "a"));
     CALL(TAV_JSQuit());
-    CALL(methodNames().size());
+    CALL(tavtest::methodNames().size());
 }
 
 TEST_F(JSTest, CallsIntoThePageNeedAPluginAndARegistration) {

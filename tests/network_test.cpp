@@ -8,12 +8,9 @@
 #include <cstdarg>
 #include <map>
 
-#include "resources.h"
 #include "transcript.h"
 
 namespace {
-
-using tavtest::openDescriptors;
 
 constexpr Uint32 kAddress = 0x0102a8c0;
 constexpr Uint32 kNetmask = 0x00ffffff;

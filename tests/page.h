@@ -4,11 +4,6 @@
 
 #include <unistd.h>
 
-#include <cstdio>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-
 #include "js/handlers.h"
 #include "transcript.h"
 
@@ -61,13 +56,12 @@ inline const std::pair<const char*, TAV_JSHandler> kMethods[] = {
 inline std::vector<pid_t> childProcesses() {
     std::vector<pid_t> children;
     for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
-        std::ifstream file(entry.path() / "stat");
-        std::string stat;
-        int process = 0;
-        int parent = 0;
-        if (std::getline(file, stat) &&
-            std::sscanf(stat.c_str(), "%d (%*[^)]) %*c %d", &process, &parent) == 2 &&
-            parent == getpid()) {
+        std::ifstream stat(entry.path() / "stat");
+        std::string nameAndState;
+        pid_t process = 0;
+        pid_t parent = 0;
+        if (stat >> process && std::getline(stat, nameAndState, ')') && stat >> nameAndState &&
+            stat >> parent && parent == getpid()) {
             children.push_back(process);
         }
     }

@@ -11,7 +11,6 @@ namespace {
 
 using tavtest::childProcesses;
 using tavtest::PageTest;
-using testing::HasSubstr;
 
 // The number of the socket to the page: the last of this process, out of the way of others.
 int socketNumber() {
@@ -104,7 +103,7 @@ TEST_F(PageTest, ApplicationCallsThePage) {
     CALL(TAV_CallJS("draw", arguments, 1));
     EXPECT_THAT(childProcesses(), testing::IsEmpty());
     for (const std::string& unreadable : {m_folder, m_folder + "/none.js"}) {
-        EXPECT_THAT(watch([&] { startPlugin(unreadable); }).err, HasSubstr("file"));
+        EXPECT_THAT(watch([&] { startPlugin(unreadable); }).err, testing::HasSubstr("file"));
         CALL(TAV_CallJS("draw", arguments, 1));
     }
 }
@@ -144,11 +143,7 @@ TEST_F(PageTest, EndsWithOneReason) {
         ASSERT_EQ(dup2(own[0], channel), channel);
         close(own[0]);
     };
-    const struct {
-        const char* script;
-        std::function<void()> before;
-        const char* reason;
-    } cases[] = {
+    const std::tuple<const char*, std::function<void()>, const char*> cases[] = {
         {"while (true) {}", [] {}, kTooLong},
         {"for (var t = 'x'; ; component.echo(t)) if (t.length < 1e6) t += t", [] {}, kTooLong},
         {"", [] { kill(childProcesses().at(0), SIGKILL); },
@@ -166,7 +161,7 @@ TEST_F(PageTest, EndsWithOneReason) {
     }
     char byte;
     EXPECT_EQ(close(channel), 0) << "it was the application's own, and open";
-    EXPECT_EQ(read(own[1], &byte, 1), 0) << "nothing was to be written to it";
+    EXPECT_EQ(::read(own[1], &byte, 1), 0) << "nothing was to be written to it";
     close(own[1]);
 }
 

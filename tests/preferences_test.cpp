@@ -2,16 +2,11 @@
 
 #include <sqlite3.h>
 
-#include <filesystem>
-#include <fstream>
-
-#include "resources.h"
 #include "transcript.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-using tavtest::openDescriptors;
 
 class PreferencesTest : public tavtest::TranscriptTest {
 protected:
@@ -62,37 +57,21 @@ protected:
 };
 
 TEST_F(PreferencesTest, Values) {
-    const std::string names[] = {R"('"Kitchen"')",
-                                 "'Kitchen'",
-                                 R"('"Kitchen')",
-                                 R"('Kitchen"')",
-                                 R"('""')",
-                                 R"('"')",
-                                 R"('"""')",
-                                 R"('"a\"b\u00e9"')",
-                                 "CAST(x'22ff80c322' AS TEXT)",
-                                 "42",
-                                 "NULL",
-                                 "''"};
-    for (const std::string& name : names) {
+    for (const std::string& name :
+         split(R"('"Kitchen"'|'Kitchen'|'"Kitchen'|'Kitchen"'|'""'|'"'|'"""'|'"a\"b\u00e9"'|)"
+               "CAST(x'22ff80c322' AS TEXT)|42|NULL|''")) {
         store(name, "NULL");
         showAll(name, {TAV_GetDeviceName});
     }
     const std::string longest(31, 'l');
-    const std::string objects[] = {
-        R"({"countryCode":"us","countryName":"United States","languageCode":"en"})",
-        R"({"countryCode":"","countryName":"","languageCode":"EN"})",
-        R"({"countryCode":")" + longest + R"(","languageCode":")" + longest + "\"}",
-        R"({"countryCode":"us","languageCode":"l)" + longest + "\"}",
-        R"({"languageCode":"en","countryCode":"c)" + longest + "\"}",
-        R"({"countryCode":["us"],"countryName":7})",
-        R"({"languageCode":"en"})",
-        R"({"region":{"countryCode":"us"}})",
-        "\"us\"",
-        "42",
-        R"({"countryCode":"us")",
-        ""};
-    for (const std::string& object : objects) {
+    for (const std::string& object :
+         split(R"({"countryCode":"us","countryName":"United States","languageCode":"en"}|)"
+               R"({"countryCode":"","countryName":"","languageCode":"EN"}|{"countryCode":")" +
+               longest + R"(","languageCode":")" + longest + R"("}|)" +
+               R"({"countryCode":"us","languageCode":"l)" + longest + R"("}|)" +
+               R"({"languageCode":"en","countryCode":"c)" + longest + R"("}|)" +
+               R"({"countryCode":["us"],"countryName":7}|{"languageCode":"en"}|)" +
+               R"({"region":{"countryCode":"us"}}|"us"|42|{"countryCode":"us"||)")) {
         store("'n'", "'" + object + "'");
         showAll(object);
     }
@@ -106,9 +85,8 @@ TEST_F(PreferencesTest, Values) {
 TEST_F(PreferencesTest, DatabasesThatFail) {
     showWithName("no file in a writable folder");
     for (const std::string& statements :
-         {std::string("CREATE TABLE Others (KEY, VALUE)"), kTable,
-          std::string("CREATE TABLE Preferences (KEY); INSERT INTO Preferences VALUES "
-                      "('deviceName'), ('region'), ('locale')")}) {
+         split("CREATE TABLE Others (KEY, VALUE)|" + kTable + "|CREATE TABLE Preferences (KEY); " +
+               "INSERT INTO Preferences VALUES ('deviceName'), ('region'), ('locale')")) {
         sqlite3_close(makeDatabase(statements));
         showWithName(statements);
     }

@@ -1,11 +1,9 @@
 // Services of a profile that depend on the request, and profiles that extend others.
-#include <fstream>
-
-#include "platform/hkscaller.h"
-#include "platform/napp.h"
 #include "transcript.h"
 
 namespace {
+
+using testing::ElementsAre;
 
 class ProfileServicesTest : public tavtest::TranscriptTest {
 protected:
@@ -16,18 +14,6 @@ protected:
         ASSERT_TRUE(profile) << error;
         startDevice(*profile);
     }
-
-    int call(const char* payload) {
-        return bus.ksCallWithResponse("a://b", payload, false, receive, this);
-    }
-
-    static void receive(int, const char*, void* self) {
-        auto* test = static_cast<ProfileServicesTest*>(self);
-        test->times.push_back(test->device.now());
-    }
-
-    HKSCaller& bus = *NApp_GetKSCaller();
-    std::vector<tavsim::Milliseconds> times;
 };
 
 TEST_F(ProfileServicesTest, TheFirstCaseThatFitsAnswersWithWhatThePayloadHas) {
@@ -40,19 +26,12 @@ TEST_F(ProfileServicesTest, TheFirstCaseThatFitsAnswersWithWhatThePayloadHas) {
         {"when":{"count":"*"},"reply":{"${id}":"${count}"}},
         {"when":{"text":"silent"}}],
         "reply":{"count":"${count}","n":1}})");
-    const char* payloads[] = {R"({"id":"gold-1","count":3.0})",
-                              R"({"id":"gold-1","count":4})",
-                              R"({"id":"gold-2"})",
-                              R"({"id":"gold-3"})",
-                              R"({"item":{"price":2,"tags":["a","new"]}})",
-                              R"({"flag":true})",
-                              R"({"id":"q","text":"\"},{\"\u0001"})",
-                              R"({"count":[1]})",
-                              R"({"flag":false})",
-                              "no JSON",
-                              R"({"text":"silent"})"};
-    for (const char* payload : payloads) {
-        call(payload);
+    for (const std::string& payload :
+         split(R"({"id":"gold-1","count":3.0}|{"id":"gold-1","count":4}|{"id":"gold-2"}|)"
+               R"({"id":"gold-3"}|{"item":{"price":2,"tags":["a","new"]}}|{"flag":true}|)"
+               R"({"id":"q","text":"\"},{\"\u0001"}|{"count":[1]}|{"flag":false}|no JSON|)"
+               R"({"text":"silent"})")) {
+        call("a://b", payload);
         show(payload, [&] { device.advance(1); });
     }
     CALL(device.openCalls().size());
@@ -61,40 +40,37 @@ TEST_F(ProfileServicesTest, TheFirstCaseThatFitsAnswersWithWhatThePayloadHas) {
 TEST_F(ProfileServicesTest, SubscriptionsAreFilledWhenEachReplyGoesOut) {
     startWith(R"("a://b":{"match":[{"when":{"subscribe":true},
         "repeat":true,"reply":"${count} at ${now}"}],"delay":10,"every":10})");
-    const int token =
-        bus.ksCallWithSubscription("a://b", R"({"subscribe":true})", false, receive, this);
+    const int token = subscribe("a://b", R"({"subscribe":true})");
     CALL(device.advance(30));
     bus.ksCancelCall(token);
     CALL(device.advance(30));
 }
 
 TEST_F(ProfileServicesTest, DelaysAreSpreadAlikeWithTheSameSeed) {
-    const auto delaysWith = [&](const std::string& seed) {
+    const auto repliesWith = [&](const std::string& seed) {
         startWith(R"("a://b":{"delay":[100,200],"reply":1,"seed":)" + seed + "}");
-        times.clear();
         for (int i = 0; i < 50; ++i) {
-            call("{}");
+            call("a://b");
         }
-        device.advance(200);
-        EXPECT_EQ(times.size(), 50U);
-        EXPECT_GE(times.front(), 100);
-        return times;
+        device.advance(99);
+        EXPECT_EQ(device.journal().size(), 50U);
+        std::vector<size_t> lines;
+        for (int time = 100; time <= 200; ++time) {
+            device.advance(1);
+            lines.push_back(device.journal().size());
+        }
+        EXPECT_LT(lines[50], 100U);
+        EXPECT_EQ(lines.back(), 100U);
+        return lines;
     };
-    const std::vector<tavsim::Milliseconds> delays = delaysWith("5");
-    EXPECT_LT(delays.front() + 50, delays.back());
-    EXPECT_EQ(delaysWith("5"), delays);
-    EXPECT_NE(delaysWith("6"), delays);
+    const auto replies = repliesWith("5");
+    EXPECT_EQ(repliesWith("5"), replies);
+    EXPECT_NE(repliesWith("6"), replies);
 }
 
 class ExtendingTest : public tavtest::TranscriptTest {
 protected:
-    std::string path(const std::string& name) const { return device.root() + "/data/" + name; }
-
-    void write(const std::string& name, const std::string& content) const {
-        std::ofstream(path(name)) << content;
-    }
-
-    std::optional<tavsim::Profile> read(const std::string& name) {
+    std::optional<tavsim::Profile> readProfile(const std::string& name) {
         error.clear();
         return tavsim::readProfile(path(name), &error);
     }
@@ -103,17 +79,17 @@ protected:
 };
 
 TEST_F(ExtendingTest, FieldsReplaceThoseOfTheProfileThatIsExtended) {
-    write("base.json", R"({"extends":"quern","title":"Base","refuse":["touch"],
+    write("/base.json", R"({"extends":"quern","title":"Base","refuse":["touch"],
         "preferences":{"deviceName":"Base","region":1},"items":[{"id":"a"},{"id":"b"}],
         "compass":{"interval":7,"turn":9},
         "services":{"a://1":{"reply":1,"delay":5},"a://2":{"reply":2}}})");
-    write("top.json", R"({"title":"Top","extends":"./base.json","refuse":["keyboard"],
+    write("/top.json", R"({"title":"Top","extends":"./base.json","refuse":["keyboard"],
         "preferences":{"region":2},"items":[{"id":"c"}],"compass":{"turn":3},
         "services":{"a://1":{"reply":3}}})");
-    const std::optional<tavsim::Profile> profile = read("top.json");
+    const std::optional<tavsim::Profile> profile = readProfile("/top.json");
     ASSERT_TRUE(profile) << error;
     EXPECT_EQ(profile->name + " " + profile->title + " " + *profile->machine, "top Top quern");
-    EXPECT_THAT(profile->refused, testing::ElementsAre("keyboard"));
+    EXPECT_THAT(profile->refused, ElementsAre("keyboard"));
     EXPECT_EQ(profile->preferences->at("deviceName") + profile->preferences->at("region"),
               "\"Base\"2");
     EXPECT_EQ(profile->items.size(), 1U);
@@ -126,20 +102,20 @@ TEST_F(ExtendingTest, FieldsReplaceThoseOfTheProfileThatIsExtended) {
 }
 
 TEST_F(ExtendingTest, WhatCannotBeExtendedIsAnError) {
-    write("wrong.json", R"({"extends":"broken.json"})");
-    write("broken.json", R"({"machine":5})");
-    write("here.json", R"({"extends":"there.json"})");
-    write("there.json", R"({"extends":"./here.json"})");
+    write("/wrong.json", R"({"extends":"broken.json"})");
+    write("/broken.json", R"({"machine":5})");
+    write("/here.json", R"({"extends":"there.json"})");
+    write("/there.json", R"({"extends":"./here.json"})");
     for (int i = 0; i < 20; ++i) {
-        write("d" + std::to_string(i) + ".json",
+        write("/d" + std::to_string(i) + ".json",
               R"({"extends":"d)" + std::to_string(i + 1) + R"(.json"})");
     }
-    write("d20.json", "{}");
-    for (const char* file : {"wrong.json", "here.json", "missing.json", "d4.json"}) {
-        EXPECT_FALSE(read(file));
+    write("/d20.json", "{}");
+    for (const char* file : {"/wrong.json", "/here.json", "/missing.json", "/d4.json"}) {
+        EXPECT_FALSE(readProfile(file));
         note(cut(error));
     }
-    EXPECT_TRUE(read("d5.json")) << error;
+    EXPECT_TRUE(readProfile("/d5.json")) << error;
 }
 
 }  // namespace

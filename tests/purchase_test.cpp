@@ -29,18 +29,15 @@ TEST_F(PurchaseTest, OnlyAPurchaseWaitsWithoutLimit) {
 }
 
 TEST_F(PurchaseTest, AReturnValueThatReadsFalseIsAFailure) {
-    const tavsim::Reply replies[] = {R"({"returnValue":false,"errorText":"no funds %s"})",
-                                     R"({"returnValue":"FalsE"})",
-                                     R"({"returnValue":"falsey"})",
-                                     R"({"returnValue":0})",
-                                     R"({"returnValue":null})",
-                                     R"({"errorCode":-3})",
-                                     "returnValue false",
-                                     std::nullopt};
-    for (const tavsim::Reply& reply : replies) {
+    for (const std::string& reply :
+         split(R"({"returnValue":false,"errorText":"no funds %s"}|{"returnValue":"FalsE"}|)"
+               R"({"returnValue":"falsey"}|{"returnValue":0}|{"returnValue":null}|)"
+               R"({"errorCode":-3}|returnValue false)")) {
         replyWith(reply);
-        note(reply.value_or("null") + " -> " + take(TAV_GetAvailableItems()));
+        note(reply + " -> " + take(TAV_GetAvailableItems()));
     }
+    replyWith(std::nullopt);
+    note("null -> " + take(TAV_GetAvailableItems()));
     const std::string padding(3 << 20, 'x');
     for (const std::string& success : {padding, std::string(100000, '[')}) {
         replyWith(success);

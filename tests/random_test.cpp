@@ -8,6 +8,7 @@
 
 #include "bridge.h"
 #include "device_test.h"
+#include "services.h"
 #include "services/service_calls.h"
 
 namespace {
@@ -18,6 +19,7 @@ constexpr std::size_t kMostOpen = 60;
 constexpr unsigned long kDefaultSeed = 20260801;
 
 constexpr char kUri[] = "vire://random/silent";
+constexpr char kItemsUri[] = "vire://com.vire.service.payment/getAvailableItems";
 
 constexpr std::size_t kLongestStored = 4095;
 constexpr std::size_t kLongestCalled = 255;
@@ -49,6 +51,7 @@ public:
     World(tavsim::Device& device, unsigned long seed) : m_device(device), m_random(seed) {
         s_world = this;
         m_device.profile.services[kUri] = {};
+        m_device.profile.services[kItemsUri] = tavtest::repliesOf({"items"}, 10);
         m_names = {"", std::string(kLongestCalled, 'a'), std::string(kLongestCalled + 1, 'a'),
                    std::string(kLongestStored + 1, 'b')};
         for (int number = 0; number < 6; ++number) {
@@ -67,7 +70,7 @@ public:
         static constexpr void (World::*kActions[])() = {
             &World::registerCall,   &World::registerCall, &World::registerCall, &World::deliver,
             &World::deliver,        &World::deliver,      &World::unregister,   &World::quitRarely,
-            &World::registerMethod, &World::callMethod,   &World::callMethod};
+            &World::registerMethod, &World::callMethod,   &World::callMethod,   &World::purchase};
         ++m_steps;
         (this->*kActions[below(std::size(kActions))])();
         compare();
@@ -140,7 +143,7 @@ private:
     }
 
     tavtest::Answer answerAtRandom(TAV_JSParameters* parameters) {
-        tavtest::Answer answer = tavtest::result("");
+        tavtest::Answer answer = {{false, ""}};
         for (std::size_t count = below(4); count > 0; --count) {
             const std::string text = oneIn(4) ? "" : std::to_string(below(1000));
             const bool isException = oneIn(2);
@@ -220,26 +223,32 @@ private:
         call.count = std::min(announced, count);
         m_calls.push_back(call);
         const tavtest::Answer answer = tavtest::callMethod(name, announced, sent);
-        EXPECT_EQ(answer, isKnown ? m_calls.back().answer : tavtest::exception("Unknown Function"));
+        const tavtest::Answer unknown = {{true, "Unknown Function"}};
+        EXPECT_EQ(answer, isKnown ? m_calls.back().answer : unknown);
         m_calls.pop_back();
     }
 
+    // Waits for its answer.
+    void purchase() {
+        if (!oneIn(10)) {
+            return;
+        }
+        m_device.failNth(tavsim::Fault::Dispatch, 0);
+        EXPECT_EQ(tavtest::take(TAV_GetAvailableItems()), "items");
+    }
+
     void quitRarely() {
+        static constexpr void (*kQuits[])() = {TAV_Quit, TAV_ServicesQuit, TAV_JSQuit};
         const std::size_t what = below(12);
-        if (what == 0) {
-            TAV_Quit();
-        } else if (what == 1) {
-            TAV_ServicesQuit();
-        } else if (what == 2) {
-            TAV_JSQuit();
+        if (what >= std::size(kQuits)) {
+            return;
         }
-        if (what == 0 || what == 1) {
-            for (OpenCall& call : m_open) {
-                call.isRegistered = false;
-            }
-        }
-        if (what == 0 || what == 2) {
+        kQuits[what]();
+        if (what != 1) {
             m_methods.clear();
+        }
+        for (OpenCall& call : m_open) {
+            call.isRegistered = call.isRegistered && what == 2;
         }
     }
 
@@ -271,7 +280,7 @@ private:
 
 World* World::s_world = nullptr;
 
-using RandomTest = tavtest::DeviceTest;
+using RandomTest = tavtest::EventTest;
 
 TEST_F(RandomTest, RegistriesFollowTheModel) {
     const char* wanted = std::getenv("TAV_TEST_SEED");

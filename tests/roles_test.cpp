@@ -3,14 +3,11 @@
 #include <sys/stat.h>
 
 #include <algorithm>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 
-#include "device_test.h"
 #include "roles/families.h"
 #include "roles/registration.h"
 #include "roles/role_file.h"
+#include "transcript.h"
 
 namespace fs = std::filesystem;
 
@@ -45,10 +42,10 @@ constexpr char kExecutable[] = "/apps/sampleapp/bin/puzzle";
 const std::string kKobPublic = "kob pub sampleapp /apps/sampleapp/bin/puzzle\n";
 const std::string kKobPrivate = "kob prv sampleapp /apps/sampleapp/bin/puzzle\n";
 
-class RolesTest : public tavtest::DeviceTest {
+class RolesTest : public tavtest::TranscriptTest {
 protected:
     void SetUp() override {
-        DeviceTest::SetUp();
+        TranscriptTest::SetUp();
         startWithTemplates({});
     }
 
@@ -59,18 +56,6 @@ protected:
                              {"Vantor.prv", "vantor prv XXXIDXXX XXXEXEPATHXXX"}};
         startDevice(profile);
         m_rescansSeen = 0;
-    }
-
-    fs::path real(const std::string& path) const { return device.root() + path; }
-
-    void write(const std::string& path, const std::string& content) {
-        fs::create_directories(real(path).parent_path());
-        std::ofstream(real(path), std::ios::binary) << content;
-    }
-
-    std::string read(const std::string& path) const {
-        std::ifstream file(real(path), std::ios::binary);
-        return file ? std::string(std::istreambuf_iterator<char>(file), {}) : "(none)";
     }
 
     // The public and the private role file, one after the other.
@@ -124,7 +109,7 @@ TEST_F(RolesTest, ExpandsATemplate) {
         roleGenerate(kTemplate, kRole, one.id, one.exePath);
         EXPECT_EQ(read(kRole), one.expected);
         EXPECT_EQ(rescans(), 1);
-        fs::remove(real(kRole));
+        fs::remove(path(kRole));
     }
 
     // A template that is missing leaves an empty file, one that cannot be read none.
@@ -133,7 +118,7 @@ TEST_F(RolesTest, ExpandsATemplate) {
         EXPECT_EQ(read(kRole), source == "/usr/vire/ks2/templates"s ? "(none)" : "") << source;
         EXPECT_EQ(rescans(), 1) << source;
     }
-    fs::remove(real(kRole));
+    fs::remove(path(kRole));
 
     // Where every insertion completes another one, it ends all the same.
     write(kTemplate, "XXXIDXXXX\nnext XXXIDXXX");
@@ -146,14 +131,14 @@ TEST_F(RolesTest, WhatIsThereStays) {
     write(kTemplate, "XXXIDXXX");
     for (const char* content : {"", "old"}) {
         write(kRole, content);
-        const auto past = fs::last_write_time(real(kRole)) - std::chrono::hours(1);
-        fs::last_write_time(real(kRole), past);
+        const auto past = fs::last_write_time(path(kRole)) - std::chrono::hours(1);
+        fs::last_write_time(path(kRole), past);
         roleGenerate(kTemplate, kRole, "id", "path");
         EXPECT_EQ(read(kRole), content);
-        EXPECT_EQ(fs::last_write_time(real(kRole)), past);
+        EXPECT_EQ(fs::last_write_time(path(kRole)), past);
     }
     roleGenerate(kTemplate, "/var/vire/ks2/roles/pub", "id", "path");
-    EXPECT_TRUE(fs::is_directory(real("/var/vire/ks2/roles/pub")));
+    EXPECT_TRUE(fs::is_directory(path("/var/vire/ks2/roles/pub")));
     EXPECT_EQ(rescans(), 0);
 }
 
@@ -175,9 +160,9 @@ TEST_F(RolesTest, CreatesTheFoldersThatAreMissing) {
     };
     const mode_t mask = umask(0);
     for (const auto& one : cases) {
-        fs::remove_all(real("/var"));
-        for (const std::string& path : one.present) {
-            fs::create_directories(real(path));
+        fs::remove_all(path("/var"));
+        for (const std::string& folder : one.present) {
+            fs::create_directories(path(folder));
         }
         if (!one.blocked.empty()) {
             write(one.blocked, "");
@@ -185,11 +170,11 @@ TEST_F(RolesTest, CreatesTheFoldersThatAreMissing) {
         createdFolders().clear();
         tav::ensureRoleDirectories();
         EXPECT_EQ(createdFolders(), one.created);
-        for (const std::string& path : one.present) {
-            EXPECT_EQ(fs::status(real(path)).permissions(), fs::perms::all) << path;
+        for (const std::string& folder : one.present) {
+            EXPECT_EQ(fs::status(path(folder)).permissions(), fs::perms::all) << folder;
         }
-        for (const std::string& path : one.created) {
-            EXPECT_EQ(fs::status(real(path)).permissions(), fs::perms::owner_all) << path;
+        for (const std::string& folder : one.created) {
+            EXPECT_EQ(fs::status(path(folder)).permissions(), fs::perms::owner_all) << folder;
         }
     }
     umask(mask);
@@ -200,7 +185,7 @@ TEST_F(RolesTest, TheBusRescansAfterEachCompleteFile) {
 cat /dev/null var/vire/ks2/roles/p*/*.json >>runs
 echo "$@" >>runs
 )");
-    fs::permissions(real("/usr/bin/ks-control"), fs::perms::owner_all);
+    fs::permissions(path("/usr/bin/ks-control"), fs::perms::owner_all);
     kobGenerateRole("sampleapp", kExecutable);
     EXPECT_EQ(read("/runs"),
               kKobPublic + "scan-services\n" + kKobPrivate + kKobPublic + "scan-services\n");
@@ -211,7 +196,7 @@ TEST_F(RolesTest, TheFirstFamilyDecidesForEachSide) {
     vantorGenerateRole("sampleapp");
     EXPECT_EQ(roles("sampleapp"), vantorPublic + "vantor prv sampleapp js\n");
     EXPECT_EQ(rescans(), 2);
-    fs::remove(real("/var/vire/ks2/roles/prv/sampleapp.json"));
+    fs::remove(path("/var/vire/ks2/roles/prv/sampleapp.json"));
     kobGenerateRole("sampleapp", kExecutable);
     EXPECT_EQ(roles("sampleapp"), vantorPublic + kKobPrivate);
     EXPECT_EQ(rescans(), 1);
@@ -231,46 +216,38 @@ TEST_F(RolesTest, AnIdIsAPlainFileName) {
         kobGenerateRole(id, kExecutable);
         vantorGenerateRole(id);
     }
-    EXPECT_FALSE(fs::exists(real("/var/vire/ks2/roles")));
+    EXPECT_FALSE(fs::exists(path("/var/vire/ks2/roles")));
     EXPECT_EQ(rescans(), 0);
 }
 
 TEST_F(RolesTest, RegistersTheApplicationOfTheRootUser) {
-    const struct {
-        bool root;
-        const char* executable;
-        std::map<std::string, std::string> appinfo;
-        const char* id;
-        const char* failure;  // in the trace; null: the roles are written
-    } cases[] = {
-        {true, kExecutable, {{"id", "sampleapp"}}, "sampleapp", nullptr},
-        {true, kExecutable, {{"id", ""}}, "", nullptr},
-        {true, kExecutable, {}, "puzzle", nullptr},
-        {true, "/p", {}, "p", nullptr},
-        {true, kExecutable, {{"id", std::string(4096, 'a')}}, "puzzle", nullptr},
-        {false, kExecutable, {{"id", "sampleapp"}}, "sampleapp", "Not a root user"},
-        {true, "", {{"id", "sampleapp"}}, "sampleapp", "couldn't get exe path"},
-        {true, "/apps/", {}, "", "couldn't parse shortname"},
-        {true, "puzzle", {}, "puzzle", "couldn't parse shortname"},
-    };
-    for (const auto& one : cases) {
+    const auto start = [&](bool root, const std::string& executable,
+                           const std::map<std::string, std::string>& appinfo, const char* id) {
         tavsim::Profile profile;
-        profile.root = one.root;
-        profile.executable = one.executable;
-        profile.appinfo = one.appinfo;
+        profile.root = root;
+        profile.executable = executable;
+        profile.appinfo = appinfo;
         startWithTemplates(profile);
-        const std::string text = " "s + one.id + " " + one.executable + "\n";
-        EXPECT_EQ(registerRoleFile(), one.failure == nullptr ? TAV_NOERROR : TAV_EOTHER);
-        EXPECT_EQ(roles(one.id),
-                  one.failure == nullptr ? "kob pub" + text + "kob prv" + text : "(none)(none)");
-        EXPECT_EQ(fs::exists(real("/var/vire/ks2/roles")), one.failure == nullptr);
+        SDL_ClearError();
+        std::string result = std::to_string(registerRoleFile());
         const std::vector<std::string> lines = trace();
         EXPECT_EQ(lines.front(), "tav_f registerRoleFile --");
-        if (one.failure != nullptr) {
-            EXPECT_EQ(lines.back(), "tav_1 registerRoleFile "s + one.failure);
-        }
         EXPECT_STREQ(SDL_GetError(), "");
-    }
+        note("");
+        result += fs::exists(path("/var/vire/ks2/roles")) ? " with folders " : " ";
+        result += roles(id) + (lines.back().starts_with("tav_1") ? lines.back() : "");
+        std::replace(result.begin(), result.end(), '\n', ';');
+        return result;
+    };
+    CALL(start(true, kExecutable, {{"id", "sampleapp"}}, "sampleapp"));
+    CALL(start(true, kExecutable, {{"id", ""}}, ""));
+    CALL(start(true, kExecutable, {}, "puzzle"));
+    CALL(start(true, "/p", {}, "p"));
+    CALL(start(true, kExecutable, {{"id", std::string(4096, 'a')}}, "puzzle"));
+    CALL(start(false, kExecutable, {{"id", "sampleapp"}}, "sampleapp"));
+    CALL(start(true, "", {{"id", "sampleapp"}}, "sampleapp"));
+    CALL(start(true, "/apps/", {}, ""));
+    CALL(start(true, "puzzle", {}, "puzzle"));
 }
 
 }  // namespace

@@ -1,59 +1,47 @@
 // Scenarios as they are read from their files. What they do is a matter of whole programs.
 #include "simulator/scenario/reader.h"
 
-#include <filesystem>
-#include <fstream>
 #include <regex>
 
 #include "transcript.h"
 
-namespace fs = std::filesystem;
-
 namespace {
 
-using tavsim::Scenario;
 using testing::ElementsAre;
 
 class ScenarioTest : public tavtest::TranscriptTest {
 protected:
-    std::string path(const std::string& name) const { return device.root() + "/data/" + name; }
-
-    void write(const std::string& name, const std::string& text) const {
-        fs::create_directories(fs::path(path(name)).parent_path());
-        std::ofstream(path(name), std::ios::binary) << text;
-    }
-
-    std::optional<Scenario> read(const std::string& text) {
-        write("main", text);
+    std::optional<tavsim::Scenario> read(const std::string& text) {
+        write("/main", text);
         m_error.clear();
-        return tavsim::readScenario(path("main"), &m_error);
+        return tavsim::readScenario(path("/main"), &m_error);
     }
 
     std::string m_error;
 };
 
 TEST_F(ScenarioTest, IncludedStatementsStandInPlaceAndFilesBesideTheirScenario) {
-    write("parts/head", "device ../x.json\nprogram ./app \"two words\" --x=1\npage p.js\n");
-    write("parts/step", "\t# note\r\n  quit  \r\n\r\nexpect output \"a b\"\ninclude more/step");
-    write("parts/more/step", "plugin on");
+    write("/parts/head", "device ../x.json\nprogram ./app \"two words\" --x=1\npage p.js\n");
+    write("/parts/step", "\t# note\r\n  quit  \r\n\r\nexpect output \"a b\"\ninclude more/step");
+    write("/parts/more/step", "plugin on");
     const auto scenario = read(
         "limit 1.5\ninclude parts/head\nat 2s: plugin off\ninclude parts/step\n"
         "when what=call payload=\"a: \\u0062\" within 3min : reply vire://x/y {\"a\": 1}\n"
         "expect status 7");
     ASSERT_TRUE(scenario) << m_error;
-    EXPECT_EQ(scenario->device, path("parts/../x.json"));
-    EXPECT_EQ(scenario->page, path("parts/p.js"));
-    EXPECT_THAT(scenario->program, ElementsAre(path("parts/./app"), "two words", "--x=1"));
+    EXPECT_EQ(scenario->device, path("/parts/../x.json"));
+    EXPECT_EQ(scenario->page, path("/parts/p.js"));
+    EXPECT_THAT(scenario->program, ElementsAre(path("/parts/./app"), "two words", "--x=1"));
     EXPECT_EQ(scenario->limit, 1.5);
     EXPECT_EQ(scenario->status->status, 7);
     ASSERT_EQ(scenario->output.size(), 1u);
-    EXPECT_EQ(scenario->output[0].place, path("parts/step:4"));
+    EXPECT_EQ(scenario->output[0].place, path("/parts/step:4"));
     EXPECT_EQ(scenario->output[0].glob, "a b");
 
     std::vector<std::string> steps;
     for (const tavsim::Step& step : scenario->steps) {
         const auto& command = std::get<tavsim::CommandLine>(step.action);
-        steps.push_back(step.place.substr(path("").size()) + " " + command.line);
+        steps.push_back(step.place.substr(path("/").size()) + " " + command.line);
     }
     EXPECT_THAT(steps,
                 ElementsAre("main:3 plugin off", "parts/step:2 quit", "parts/more/step:1 plugin on",
@@ -88,7 +76,7 @@ TEST_F(ScenarioTest, LimitsHold) {
     CALL(refused("\xEF\xBB\xBFlimit 60\nat 1e9s: quit"));
     CALL(refused("when " + std::string(900000, 'x') + ": quit"));
     // What is included again and again counts each time.
-    write("wide", "#" + std::string(1 << 18, ' ') + "\n");
+    write("/wide", "#" + std::string(1 << 18, ' ') + "\n");
     EXPECT_TRUE(read("include wide\ninclude wide\ninclude wide")) << m_error;
     CALL(refused("include wide\ninclude wide\ninclude wide\ninclude wide\n"));
 }

@@ -1,7 +1,4 @@
 // What the application shows, stored and compared.
-#include <filesystem>
-#include <fstream>
-
 #include "transcript.h"
 
 namespace {
@@ -11,11 +8,7 @@ constexpr int kHeight = 30;
 
 class ScreenTest : public tavtest::TranscriptTest {
 protected:
-    void command(const std::string& line) { give({line}, device.root() + "/data"); }
-
-    bool isThere(const std::string& name) const {
-        return std::filesystem::exists(device.root() + "/data/" + name);
-    }
+    void command(const std::string& line) { give({line}, path("/data")); }
 
     static SDL_Surface* open(int width, int height, int bits) {
         SDL_Surface* surface = SDL_SetVideoMode(width, height, bits, SDL_SWSURFACE);
@@ -51,7 +44,7 @@ TEST_F(ScreenTest, IsTheSameInEveryPixelFormat) {
     SDL_LockSurface(SDL_GetVideoSurface());
     command("picture a b.png");
     SDL_UnlockSurface(SDL_GetVideoSurface());
-    EXPECT_FALSE(isThere("a b.difference.png"));
+    EXPECT_FALSE(std::filesystem::exists(path("/data/a b.difference.png")));
 }
 
 TEST_F(ScreenTest, WhatDiffersIsShown) {
@@ -72,19 +65,17 @@ TEST_F(ScreenTest, WhatCannotBeIsOneError) {
     command("picture a.png");
     display(32, 255);
     command("screenshot small.png");
-    const std::string small = device.root() + "/data/small.png";
-    std::ofstream(device.root() + "/data/text.png") << "text";
-    std::filesystem::copy(small, device.root() + "/data/cut.png");
-    std::filesystem::resize_file(device.root() + "/data/cut.png",
-                                 std::filesystem::file_size(small) / 2);
+    const std::string small = read("/data/small.png");
+    write("/data/text.png", "text");
+    write("/data/cut.png", small.substr(0, small.size() / 2));
     open(kWidth, kHeight + 1, 32);
     give({"screenshot", "screenshot no/where.png", "picture", "picture small.png 256",
           "picture small.png", "picture text.png"},
-         device.root() + "/data");
+         path("/data"));
     display(32, 255);
     command("picture cut.png");
     command("screenshot .");
-    for (const auto& entry : std::filesystem::directory_iterator(device.root() + "/data")) {
+    for (const auto& entry : std::filesystem::directory_iterator(path("/data"))) {
         EXPECT_NE(entry.path().extension(), ".part");
     }
 }

@@ -3,8 +3,6 @@
 
 #include <chrono>
 
-#include "platform/hkscaller.h"
-#include "platform/napp.h"
 #include "transcript.h"
 
 namespace {
@@ -27,27 +25,27 @@ protected:
         note("");
     }
 
-    void startProgram() { startWith({"python3", "service_program.py"}); }
+    void startProgram(bool virtualTime = true) {
+        startWith({"python3", "service_program.py"}, virtualTime);
+    }
 
     void call(const std::string& payload, const char* uri = kUri) {
-        bus.ksCallWithResponse(uri, payload.c_str(), false, receive, &received);
+        TranscriptTest::call(uri, payload);
     }
 
-    int subscribe(const std::string& payload) {
-        return bus.ksCallWithSubscription(kUri, payload.c_str(), false, receive, &received);
+    void tell(const std::string& what) { call(R"({"do":")" + what + "\"}"); }
+
+    // The journal's lines of replies.
+    std::vector<std::string> replies() const {
+        std::vector<std::string> lines;
+        std::copy_if(device.journal().begin(), device.journal().end(), std::back_inserter(lines),
+                     [](const auto& line) { return line.find("\"reply\":") != line.npos; });
+        return lines;
     }
 
-    static void receive(int, const char* text, void* received) {
-        static_cast<std::vector<std::string>*>(received)->emplace_back(text);
-    }
-
-    void pass(int milliseconds) {
-        show("--", [&] { device.advance(milliseconds); });
-    }
-
-    void pumpUntilReceived(size_t count) {
+    void pumpUntilReplies(size_t count) {
         const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-        while (received.size() < count && std::chrono::steady_clock::now() < limit) {
+        while (replies().size() < count && std::chrono::steady_clock::now() < limit) {
             device.pump();
             SDL_Delay(1);
         }
@@ -59,15 +57,12 @@ protected:
         EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1);
         EXPECT_EQ(errno, ECHILD);
     }
-
-    HKSCaller& bus = *NApp_GetKSCaller();
-    std::vector<std::string> received;
 };
 
 TEST_F(ServiceProgramTest, AnswersOnTheDevicesClock) {
     startProgram();
     device.advance(7);
-    const int counter = subscribe("count");
+    const int counter = subscribe(kUri, "count");
     pass(100);
     pass(5);
     bus.ksCancelCall(counter);
@@ -81,29 +76,25 @@ TEST_F(ServiceProgramTest, AnswersOnTheDevicesClock) {
 }
 
 TEST_F(ServiceProgramTest, InRealTimeRepliesArriveWhenTheyAreThere) {
-    startWith({"python3", "service_program.py"}, false);
-    subscribe("\"later\"");
-    pumpUntilReceived(2);
-    EXPECT_THAT(received, testing::ElementsAre("at once", "later"));
+    startProgram(false);
+    subscribe(kUri, "\"later\"");
+    pumpUntilReplies(2);
+    EXPECT_THAT(replies(), testing::ElementsAre(HasSubstr("at once"), HasSubstr("later")));
     expectNothingLeft();
 }
 
 TEST_F(ServiceProgramTest, InRealTimeOneThatEndsIsNoticed) {
     for (const char* what : {"exit", "close its output", "leave a child that holds its output"}) {
-        startWith({"python3", "service_program.py"}, false);
-        received.clear();
-        call(std::string(R"({"do":")") + what + "\"}");
-        pumpUntilReceived(1);
-        EXPECT_THAT(received, testing::ElementsAre(HasSubstr("has ended"))) << what;
+        startProgram(false);
+        tell(what);
+        pumpUntilReplies(1);
+        EXPECT_THAT(replies(), testing::ElementsAre(HasSubstr("has ended"))) << what;
         expectNothingLeft();
     }
 }
 
 TEST_F(ServiceProgramTest, OneThatMisbehavesIsStoppedAndItsRequestsFail) {
-    const struct {
-        const char* what;
-        const char* problem;
-    } rows[] = {
+    const std::pair<const char*, const char*> rows[] = {
         {"print garbage", "its output: not JSON: "},
         {"answer nobody", "its output: id: there is no request "},
         {"misspell", "its output: replay: unknown field; did you mean \"reply\"?\n"},
@@ -114,22 +105,21 @@ TEST_F(ServiceProgramTest, OneThatMisbehavesIsStoppedAndItsRequestsFail) {
         {"leave a child that holds its output", "it ended with status 4\n"},
         {"be silent", "it did not answer within 5 seconds\n"},
     };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.what);
+    for (const auto& [what, problem] : rows) {
+        SCOPED_TRACE(what);
         testing::internal::CaptureStderr();
         startProgram();
         call("1");  // its reply is on its way
-        call(std::string(R"({"do":")") + row.what + "\"}");
+        tell(what);
         call("3", kOtherUri);
-        received.clear();
         device.advance(20);
         const std::string printed = testing::internal::GetCapturedStderr();
         EXPECT_THAT(printed,
-                    HasSubstr(std::string("python3 service_program.py: stopped: ") + row.problem));
+                    HasSubstr(std::string("python3 service_program.py: stopped: ") + problem));
         EXPECT_EQ(std::count(printed.begin(), printed.end(), '\n'), 1);
-        EXPECT_EQ(received.size(), 3U);
-        EXPECT_EQ(received.back(), "1");
-        EXPECT_THAT(received, testing::Contains(HasSubstr("the service's program has ended")));
+        ASSERT_EQ(replies().size(), 3U);
+        EXPECT_THAT(replies().front(), HasSubstr("the service's program has ended"));
+        EXPECT_THAT(replies().back(), HasSubstr("\"reply\":\"1\""));
         EXPECT_THAT(device.openCalls(), testing::IsEmpty());
         expectNothingLeft();
     }
@@ -137,7 +127,7 @@ TEST_F(ServiceProgramTest, OneThatMisbehavesIsStoppedAndItsRequestsFail) {
 
 TEST_F(ServiceProgramTest, OneThatStaysOnIsKilledWithTheDevice) {
     startProgram();
-    call(R"({"do":"stay on"})");
+    tell("stay on");
     pass(1000);
     CALL(device.openCalls().size());
     expectNothingLeft();

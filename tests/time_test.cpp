@@ -15,8 +15,7 @@ TEST_F(EventLoopTest, WaitingForAnEventLetsTimePassToTheNextDelivery) {
     device.profile.compass.interval = 250;
     TAV_Init(0);
     ASSERT_EQ(TAV_EnableCompass(SDL_TRUE), TAV_NOERROR);
-    SDL_Event event;
-    ASSERT_EQ(SDL_WaitEvent(&event), 1);
+    SDL_Event event{};
     while (event.type != SDL_USEREVENT) {
         ASSERT_EQ(SDL_WaitEvent(&event), 1);
     }
@@ -74,41 +73,23 @@ protected:
         const size_t count = timer.firedAt.size();
         return count <= timer.intervals.size() ? timer.intervals[count - 1] : 0;
     }
-
-    // Keeps its interval and tells the application.
-    static Uint32 push(Uint32 interval, void*) {
-        SDL_Event event{};
-        event.type = SDL_USEREVENT;
-        SDL_PushEvent(&event);
-        return interval;
-    }
 };
-
-TEST_F(TimerTest, TimersWaitingAndDelaysShareOneClock) {
-    const SDL_TimerID ticks = SDL_AddTimer(20, push, nullptr);
-    SDL_Event event;
-    for (int count = 0; count < 50; count += event.type == SDL_USEREVENT) {
-        ASSERT_EQ(SDL_WaitEvent(&event), 1);
-    }
-    EXPECT_EQ(SDL_GetTicks(), 1000U);
-    SDL_Delay(110);
-    EXPECT_EQ(userEvents().size(), 5U);
-    EXPECT_EQ(SDL_RemoveTimer(ticks), SDL_TRUE);
-    EXPECT_EQ(SDL_RemoveTimer(ticks), SDL_FALSE);
-    SDL_Delay(1000);
-    EXPECT_THAT(userEvents(), IsEmpty());
-}
 
 TEST_F(TimerTest, EachFiresAtItsTimesUntilItEnds) {
     Timer first{{}, {0}};
     Timer slow{{}, {25, 10}, 35};
+    Timer removed;
     SDL_AddTimer(0, fire, &first);
     SDL_AddTimer(11, fire, &slow);
+    const SDL_TimerID id = SDL_AddTimer(30, fire, &removed);
     SDL_Delay(20);
     // A timer that takes its time makes others wait, and itself.
     EXPECT_THAT(first.firedAt, ElementsAre(10));
+    EXPECT_EQ(SDL_RemoveTimer(id), SDL_TRUE);
+    EXPECT_EQ(SDL_RemoveTimer(id), SDL_FALSE);
     SDL_Delay(200);
     EXPECT_THAT(slow.firedAt, ElementsAre(20, 55, 90));
+    EXPECT_THAT(removed.firedAt, IsEmpty());
 }
 
 TEST_F(TimerTest, TheOneOldTimerReplacesAllAndTheyEndWithTheirSubsystem) {

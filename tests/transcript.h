@@ -9,12 +9,18 @@
 #include <type_traits>
 
 #include "device_test.h"
+#include "platform/hkscaller.h"
+#include "platform/napp.h"
 #include "services.h"
 #include "simulator/control/commands.h"
 
 namespace tavtest {
 
 class TranscriptTest : public EventTest {
+public:
+    // Long values are as good as their beginning, their end and their length.
+    static std::string cut(const std::string& whole);
+
 protected:
     void SetUp() override {
         EventTest::SetUp();
@@ -43,9 +49,6 @@ protected:
         }
     }
 
-    // Long values are as good as their beginning, their end and their length.
-    static std::string cut(const std::string& text);
-
     virtual std::string lastError() { return SDL_GetError(); }
 
     // Gives the device these commands, which find files in that folder.
@@ -55,9 +58,39 @@ protected:
         }
     }
 
+    // Lets the time pass, and shows what happens.
+    void pass(int milliseconds) {
+        show("--", [&] { device.advance(milliseconds); });
+    }
+
+    // Requests beside the library, whose replies the journal shows.
+    int call(const char* uri, const std::string& payload = "{}") {
+        return bus.ksCallWithResponse(uri, payload.c_str(), false, ignore, nullptr);
+    }
+
+    int subscribe(const char* uri, const std::string& payload = "{}") {
+        return bus.ksCallWithSubscription(uri, payload.c_str(), false, ignore, nullptr);
+    }
+
+    static void ignore(int, const char*, void*) {}
+
+    HKSCaller& bus = *NApp_GetKSCaller();
+
+    // The values that stand between bars.
+    static std::vector<std::string> split(const std::string& text, char separator = '|') {
+        std::istringstream rest(text);
+        std::vector<std::string> values;
+        for (std::string value; std::getline(rest, value, separator);) {
+            values.push_back(value);
+        }
+        return values;
+    }
+
     // The fuzzers' inputs of a kind: each name and its content.
     static std::map<std::string, std::string> seeds(const std::string& kind);
-    static std::vector<std::string> seedLines(const std::string& kind, const std::string& name);
+    static std::vector<std::string> seedLines(const std::string& kind, const std::string& name) {
+        return split(seeds(kind).at(name), '\n');
+    }
     static std::string seedFolder(const std::string& kind) {
         return TAV_TESTS "/fuzz/seeds/" + kind + "/";
     }
@@ -69,13 +102,14 @@ protected:
         std::string bytes(300, kUntouched);
         const int code = query(bytes.data(), length);
         const size_t end = bytes.find_last_not_of(kUntouched) + 1;
-        EXPECT_TRUE(end == 0 || (length > 0 && end <= static_cast<size_t>(length)))
-            << "the end of the buffer, " << length << ", was not the end";
-        return std::to_string(code) +
-               (end == 0 ? " untouched" : " '" + std::string(bytes.c_str()) + "'");
+        if (end == 0) {
+            return std::to_string(code) + " untouched";
+        }
+        EXPECT_LE(end, std::max<size_t>(length, 0)) << "behind the end of the buffer";
+        EXPECT_EQ(bytes[end - 1], '\0') << "not terminated";
+        return std::to_string(code) + " '" + bytes.substr(0, end - 1) + "'";
     }
 
-private:
     static std::string textOf(const char* text) {
         return text != nullptr ? "'" + std::string(text) + "'" : "null";
     }
@@ -93,6 +127,7 @@ private:
         return take(record);
     }
 
+private:
     void showLine(const std::string& call, const std::string& result);
     void compare();
 

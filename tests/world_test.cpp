@@ -1,9 +1,4 @@
 // Where the device is and where it goes: walks, tracks, a lost position, a compass that follows.
-#include <filesystem>
-#include <fstream>
-
-#include "platform/hkscaller.h"
-#include "platform/napp.h"
 #include "simulator/world/track.h"
 #include "transcript.h"
 
@@ -13,17 +8,8 @@ constexpr char kTracking[] = "vire://com.vire.location/startTracking";
 
 class WorldTest : public tavtest::TranscriptTest {
 protected:
-    // Lets the time pass, and shows what trackers are told.
-    void pass(int milliseconds) {
-        show("--", [&] { device.advance(milliseconds); });
-    }
-
-    // Calls the service itself, beside the library.
     void subscribe() {
-        show("subscribe", [] {
-            NApp_GetKSCaller()->ksCallWithSubscription(
-                kTracking, "{}", true, [](int, const char*, void*) {}, nullptr);
-        });
+        show("subscribe", [&] { TranscriptTest::subscribe(kTracking); });
     }
 };
 
@@ -114,9 +100,8 @@ TEST_F(WorldTest, RecordedTracksAreFollowed) {
     pass(60000);
     give({"track gpx  10"}, seedFolder("track"));
     pass(60000);
-    const std::string copy = device.root() + "/data/a log.nmea";
-    std::filesystem::copy_file(seedFolder("track") + "nmea", copy);
-    EXPECT_EQ(tavsim::carryOut("track " + copy).error, "");
+    write("/data/a log.nmea", seeds("track").at("nmea"));
+    EXPECT_EQ(tavsim::carryOut("track " + path("/data/a log.nmea")).error, "");
     pass(60000);
     TAV_Location location;
     TAV_EnableLocationTracking(SDL_TRUE);
@@ -131,12 +116,11 @@ TEST_F(WorldTest, TracksThatCannotBeReadAreOneErrorEach) {
         tavsim::parseTrack(content, "t", &error);
         note(name + ": " + error);
     }
-    std::ofstream(device.root() + "/data/large").put(' ');
-    std::filesystem::resize_file(device.root() + "/data/large", 17 << 20);
+    write("/data/large", std::string(17 << 20, ' '));
     give({"track", "track nowhere.gpx", "track /", "track /dev/zero 2", "track large", "track x 0",
           "walk 0 1,1 2,2", "walk 1 every 0s 1,1 2,2", "walk 1 every 5 1,1 2,2", "walk 1 1,1 2",
           "walk 1 1,1 91,2", "walk 1 1,1 2,-181", "location lost now", "compass follow me"},
-         device.root() + "/data");
+         path("/data"));
 }
 
 }  // namespace

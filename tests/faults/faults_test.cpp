@@ -6,15 +6,12 @@
 #include <algorithm>
 #include <cerrno>
 #include <climits>
-#include <filesystem>
-#include <fstream>
 #include <new>
 
 #include "bridge.h"
 #include "platform/hjson.h"
 #include "platform/hlinkedlist.h"
 #include "platform/hstring.h"
-#include "resources.h"
 #include "transcript.h"
 
 extern "C" const char __executable_start, etext;
@@ -129,17 +126,6 @@ using tavsim::Fault;
 
 constexpr char kRoles[] = "/var/vire/ks2/roles/";
 
-template <typename Value>
-std::string outcomeOf(Value value) {
-    if constexpr (std::is_arithmetic_v<Value>) {
-        return std::to_string(value);
-    } else if constexpr (std::is_pointer_v<Value>) {
-        return tavtest::take(value);
-    } else {
-        return value;
-    }
-}
-
 // Five replies are enough.
 void onReply(TAV_ServiceParameters* parameters, void* seen) {
     char source[32] = "untouched";
@@ -166,13 +152,10 @@ protected:
     }
 
     std::string rolesAfterStart() {
-        const std::string roles = device.root() + kRoles + "pub/";
         std::string outcome = std::to_string(TAV_Init(0));
-        for (const char* id : {"com.example.tour", "tour"}) {
-            std::ifstream role(roles + id + ".json");
-            const std::string text(std::istreambuf_iterator<char>(role), {});
-            outcome +=
-                role.is_open() ? ", " + std::to_string(text.size()) + " bytes for " + id : "";
+        for (const std::string id : {"com.example.tour", "tour"}) {
+            const std::string role = read(kRoles + ("pub/" + id) + ".json");
+            outcome += role != "(none)" ? ", " + textOf(role.size()) + " bytes for " + id : "";
         }
         return outcome;
     }
@@ -248,7 +231,7 @@ protected:
         trace();
         plan();
         t_memory.isArmed = true;
-        std::string outcome = outcomeOf(function());
+        std::string outcome = textOf(function());
         t_memory.isArmed = false;
         const int occurred = fault ? device.occurrences(*fault) : t_memory.occurred;
         const std::string error = SDL_GetError();
@@ -275,9 +258,9 @@ protected:
 
     // All steps. Whatever fails, nothing is left behind.
     void run() {
-        std::filesystem::remove_all(device.root() + kRoles);
+        std::filesystem::remove_all(path(kRoles));
         const int blocks = t_memory.blocks;
-        const long descriptors = tavtest::openDescriptors();
+        const long descriptors = openDescriptors();
         const char* texts[] = {"ann@example.com", "bob@example.com"};
         TAV_OSVersion version;
         TAV_CompassReading reading;
@@ -317,7 +300,7 @@ protected:
         STEP(helpers());
         EXPECT_EQ(device.openCalls(), std::vector<int>());
         TAV_Quit();
-        EXPECT_EQ(tavtest::openDescriptors(), descriptors);
+        EXPECT_EQ(openDescriptors(), descriptors);
         // Some builds of SDL keep a block from the first pass on, in which nothing is struck.
         EXPECT_TRUE(t_memory.blocks == blocks || struck == 0) << t_memory.blocks - blocks;
     }
@@ -340,13 +323,13 @@ protected:
         }
         for (const auto& [name, outcomes] : changed) {
             for (const auto& [outcome, ways] : outcomes) {
-                note(name + " = " + cut(outcome) + textOf(ways));
+                note(name + " = " + cut(outcome) + textOfWays(ways));
             }
         }
     }
 
     // In which of the four ways, unless in all; what holds for a plug-in as well is said once.
-    static std::string textOf(int ways) {
+    static std::string textOfWays(int ways) {
         constexpr const char* kWays[] = {"once", "lasting", "once as a plug-in",
                                          "lasting as a plug-in"};
         const int told = (ways & 3) == ways >> 2 ? ways & 3 : ways;

@@ -23,14 +23,10 @@ inline void expect(bool holds, const char* promise) {
 }
 
 // One device for all inputs, in virtual time.
-inline void startDevice(tavsim::Profile profile = {}) {
+inline void startDevice() {
     tavsim::Options options;
     options.virtualTime = true;
-    std::string error;
-    if (!tavsim::device().start(std::move(profile), options, &error)) {
-        std::fprintf(stderr, "%s\n", error.c_str());
-        std::exit(1);
-    }
+    expect(tavsim::device().start({}, options), "the device starts");
 }
 
 // Every input begins with an empty journal, so that memory that is still held after an input is
@@ -40,6 +36,12 @@ inline void forgetJournal() {
     tavsim::startJournal({}, &error);
 }
 
+// What is said of an input that is refused.
+inline void expectOneLine(const std::string& error, const char* file) {
+    expect(error.starts_with(file), "an error names the file");
+    expect(error.find_first_of("\n\r") == error.npos, "an error is one line");
+}
+
 inline std::string textOf(const std::uint8_t* bytes, std::size_t size) {
     return {reinterpret_cast<const char*>(bytes), size};
 }
@@ -47,7 +49,7 @@ inline std::string textOf(const std::uint8_t* bytes, std::size_t size) {
 }  // namespace tavfuzz
 
 extern "C" {
-int LLVMFuzzerInitialize(int* argc, char*** argv);
+__attribute__((weak)) int LLVMFuzzerInitialize(int* argc, char*** argv);
 int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size);
 }
 
