@@ -105,7 +105,7 @@ protected:
         if (end == 0) {
             return std::to_string(code) + " untouched";
         }
-        EXPECT_LE(end, std::max<size_t>(length, 0)) << "behind the end of the buffer";
+        EXPECT_LE(static_cast<int>(end), length) << "behind the end of the buffer";
         EXPECT_EQ(bytes[end - 1], '\0') << "not terminated";
         return std::to_string(code) + " '" + bytes.substr(0, end - 1) + "'";
     }
