@@ -61,6 +61,30 @@ TEST_F(BlockingCallTest, JoinsRepliesAndTakesANullOneAsEmpty) {
     EXPECT_EQ(call.reply, nullptr);
 }
 
+// Calls with a reply function.
+
+using ServicesTest = tavtest::EventTest;
+
+std::vector<std::string> g_replies;
+
+void replaceOnce(TAV_ServiceParameters* parameters, void*) {
+    g_replies.emplace_back(TAV_GetParamJson(parameters));
+    if (g_replies.size() == 1) {
+        TAV_UnregisterServiceCallback(replaceOnce);
+        TAV_ServiceCallWithCallback(kUri, "{}", replaceOnce, nullptr, SDL_TRUE);
+    }
+}
+
+// The C library gives a new record the address of the one that was freed last, where no sanitizer
+// keeps it.
+TEST_F(ServicesTest, AReplyFunctionMayReplaceItsOwnCall) {
+    device.profile.services[kUri] = {};
+    TAV_ServiceCallWithCallback(kUri, "{}", replaceOnce, nullptr, SDL_TRUE);
+    device.deliver(device.openCalls().back(), "a");
+    device.deliver(device.openCalls().back(), "b");
+    EXPECT_THAT(g_replies, testing::ElementsAre("a", "b"));
+}
+
 // Values of replies.
 
 using ReplyValues = tavtest::TranscriptTest;
