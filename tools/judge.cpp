@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "simulator/scenario/verdict.h"
+#include "tools/process/exit_status.h"
 
 namespace tools {
 namespace {
@@ -11,7 +12,6 @@ using tavsim::Outcome;
 using tavsim::Scenario;
 using tavsim::Verdict;
 
-constexpr int kBadSetup = 2;
 constexpr int kFailed = 3;
 
 int fail(const std::string& text) {

@@ -22,6 +22,7 @@
 #include "simulator/scenario/reader.h"
 #include "simulator/scenario/verdict.h"
 #include "supervisor.h"
+#include "tools/process/exit_status.h"
 #include "tools/process/signals.h"
 
 namespace fs = std::filesystem;
@@ -29,20 +30,11 @@ namespace fs = std::filesystem;
 namespace tools {
 namespace {
 
-constexpr int kBadSetup = 2;
-constexpr int kCannotStart = 127;
-constexpr char kUsualDevice[] = "cinnabar";
-
 constexpr char kNoPreload[] =
     "the simulated device is installed in a folder whose name holds a blank, a colon or a dollar, "
     "and so does the temporary folder; set TMPDIR to another one";
 
 constexpr char kNoProgram[] = "run: no program given";
-
-int complain(const std::string& text, int status = kBadSetup) {
-    std::fprintf(stderr, "tavsim: %s\n", text.c_str());
-    return status;
-}
 
 // A shell passes an empty name for an unset variable.
 bool hasNoProgram(const RunRequest& request) {
@@ -104,7 +96,7 @@ int run(RunRequest request) {
         adoptHeader(*scenario, &request);
     }
     if (request.device.empty()) {
-        request.device = kUsualDevice;
+        request.device = tavsim::kDefaultDevice;
     }
     if (hasNoProgram(request)) {
         return complain(kNoProgram);

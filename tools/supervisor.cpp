@@ -6,6 +6,7 @@
 #include <cstring>
 #include <thread>
 
+#include "tools/process/exit_status.h"
 #include "tools/process/guard.h"
 
 namespace tools {
@@ -13,11 +14,6 @@ namespace {
 
 using std::chrono::milliseconds;
 using std::chrono::seconds;
-
-constexpr int kBadSetup = 2;
-constexpr int kTimedOut = 124;
-constexpr int kCannotStart = 127;
-constexpr int kDeathBySignal = 128;
 
 // The time that a program has to end when --timeout is over.
 constexpr seconds kGrace(5);
@@ -163,7 +159,7 @@ int Supervisor::tellEnd() const {
 }
 
 void Supervisor::say(const std::string& text) const {
-    std::fprintf(stderr, "tavsim: %s: %s\n", m_request.command[0].c_str(), text.c_str());
+    complain(m_request.command[0] + ": " + text);
 }
 
 }  // namespace tools

@@ -14,20 +14,17 @@
 #include "simulator/control/commands.h"
 #include "simulator/device/profile.h"
 #include "tools/control/ctl.h"
+#include "tools/process/exit_status.h"
 #include "tools/test/test.h"
 
 namespace {
 
-constexpr int kBadUsage = 2;
+using tools::complain;
+
 constexpr int kMostJobs = 256;
 constexpr char kReal[] = "--real";
 constexpr double kLongestTimeout = 7 * 24 * 3600;  // seconds
 constexpr char kDurations[] = "must be a number of seconds above 0 and at most 604800";
-
-int complain(const std::string& text) {
-    std::fprintf(stderr, "tavsim: %s\n", text.c_str());
-    return kBadUsage;
-}
 
 int listDevices() {
     const std::vector<std::string> names = tavsim::profileNames();
@@ -69,9 +66,9 @@ void addRun(CLI::App& app, tools::RunRequest* request) {
     CLI::App* run = app.add_subcommand(
         "run",
         "Run a program on a simulated device: tavsim run [OPTIONS] [--] PROGRAM [ARGUMENTS]");
-    run->add_option(
-        "--device", request->device,
-        "A device of `tavsim devices`, or the file of a profile; cinnabar when not given");
+    run->add_option("--device", request->device,
+                    std::string("A device of `tavsim devices`, or the file of a profile; ") +
+                        tavsim::kDefaultDevice + " when not given");
     run->add_option("--root", request->root,
                     "Folder of the device's files; a fresh one each time when not given");
     run->add_option("--page", request->page,
@@ -182,7 +179,7 @@ int main(int argc, char** argv) try {
     try {
         app.parse(static_cast<int>(dashes - argv), argv);
     } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? 0 : kBadUsage;
+        return app.exit(error) == 0 ? 0 : tools::kBadSetup;
     }
     const CLI::App& used = *app.get_subcommands().front();
     std::vector<std::string> words = used.remaining();
@@ -213,6 +210,5 @@ int main(int argc, char** argv) try {
     request.command = words;
     return tools::run(std::move(request));
 } catch (const std::exception& error) {
-    std::fprintf(stderr, "tavsim: %s\n", error.what());
-    return kBadUsage;
+    return complain(error.what());
 }

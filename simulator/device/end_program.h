@@ -12,9 +12,11 @@
 
 namespace tavsim {
 
-// Says why on standard error and ends the process with status 2.
+// The exit status of a program that cannot have its device, and of `tavsim` itself.
+inline constexpr int kBadSetup = 2;
+
+// Says why on standard error and ends the process with that status.
 [[noreturn]] inline void endProgram(const std::string& reason) {
-    constexpr int kBadSetup = 2;
     static bool isEnding = false;
     base::printLine(stderr, "tavsim: " + reason);
     if (std::exchange(isEnding, true)) {

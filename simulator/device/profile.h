@@ -140,6 +140,9 @@ TAV_PLATFORM_API std::optional<Profile> parseProfile(const std::string& document
                                                      const std::string& source, std::string* error);
 TAV_PLATFORM_API std::optional<Profile> readProfile(const std::string& path, std::string* error);
 
+// Of a run that names none.
+inline constexpr char kDefaultDevice[] = "cinnabar";
+
 // The folder with the profiles that come with the simulator, and their names.
 TAV_PLATFORM_API std::string profileFolder();
 TAV_PLATFORM_API std::vector<std::string> profileNames();

@@ -15,8 +15,6 @@
 namespace tavsim {
 namespace {
 
-constexpr char kDefaultDevice[] = "cinnabar";
-
 std::atomic<bool> g_started = false;
 std::recursive_mutex g_change;
 bool g_changing = false;

@@ -5,12 +5,11 @@
 #include <string_view>
 #include <system_error>
 
+#include "tools/process/exit_status.h"
+
 namespace tools {
 namespace {
 
-constexpr int kBadSetup = 2;
-constexpr int kTimedOut = 124;
-constexpr int kCannotStart = 127;
 constexpr size_t kLongestPlace = 4096;
 constexpr std::string_view kSpeaker = "tavsim: ";
 

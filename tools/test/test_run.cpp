@@ -8,12 +8,12 @@
 #include <cstring>
 #include <vector>
 
+#include "tools/process/exit_status.h"
+
 namespace tools {
 namespace {
 
 constexpr char kOwnFile[] = "/proc/self/exe";
-constexpr int kCannotStart = 127;
-constexpr int kDeathBySignal = 128;
 
 // The end of a longer output is kept.
 constexpr size_t kMostOutput = 1 << 20;

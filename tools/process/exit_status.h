@@ -1,0 +1,26 @@
+// How the commands end, as the shell sees it.
+#ifndef TAV_TOOLS_PROCESS_EXIT_STATUS_H
+#define TAV_TOOLS_PROCESS_EXIT_STATUS_H
+
+#include <cstdio>
+#include <string>
+
+#include "simulator/device/end_program.h"
+
+namespace tools {
+
+using tavsim::kBadSetup;  // also of what is wrong with the command line
+
+inline constexpr int kTimedOut = 124;
+inline constexpr int kCannotStart = 127;
+inline constexpr int kDeathBySignal = 128;  // and the signal's number
+
+// Says on standard error what is wrong, and hands the status back.
+inline int complain(const std::string& text, int status = kBadSetup) {
+    std::fprintf(stderr, "tavsim: %s\n", text.c_str());
+    return status;
+}
+
+}  // namespace tools
+
+#endif
