@@ -5,6 +5,8 @@
 #include <cstdio>
 #include <filesystem>
 #include <memory>
+#include <pugixml.hpp>
+#include <string>
 #include <string_view>
 
 namespace fs = std::filesystem;
@@ -20,61 +22,65 @@ bool isImpossible(gunichar c) {
     return isControl || c == 0xfffe || c == 0xffff;
 }
 
-std::string xml(std::string_view text) {
+std::string possible(std::string_view text) {
     const Text valid(g_utf8_make_valid(text.data(), static_cast<gssize>(text.size())), g_free);
     std::string possible;
     for (const char* at = valid.get(); *at != '\0'; at = g_utf8_next_char(at)) {
         const size_t size = static_cast<size_t>(g_utf8_next_char(at) - at);
         isImpossible(g_utf8_get_char(at)) ? possible += '?' : possible.append(at, size);
     }
-    const Text escaped(g_markup_escape_text(possible.data(), static_cast<gssize>(possible.size())),
-                       g_free);
-    return escaped.get();
+    return possible;
 }
 
-std::string attribute(const char* name, std::string_view value) {
-    return std::string(" ") + name + "=\"" + xml(value) + '"';
+void add(pugi::xml_node node, const char* attribute, std::string_view value) {
+    node.append_attribute(attribute) = possible(value).c_str();
 }
 
-std::string time(double seconds) {
+void addTime(pugi::xml_node node, double seconds) {
     char text[32];
     std::snprintf(text, sizeof text, "%.3f", seconds);
-    return attribute("time", text);
+    add(node, "time", text);
 }
 
-std::string counts(const std::vector<TestResult>& results) {
-    const auto number = [](const char* name, size_t value) {
-        return attribute(name, std::to_string(value));
-    };
-    return number("tests", results.size()) +
-           number("failures", count(results, TestResult::Kind::Failed)) +
-           number("errors", count(results, TestResult::Kind::NotRun)) + number("skipped", 0);
+void addTotals(pugi::xml_node node, const std::vector<TestResult>& results, double seconds) {
+    add(node, "tests", std::to_string(results.size()));
+    add(node, "failures", std::to_string(count(results, TestResult::Kind::Failed)));
+    add(node, "errors", std::to_string(count(results, TestResult::Kind::NotRun)));
+    add(node, "skipped", "0");
+    addTime(node, seconds);
 }
 
-std::string testCase(const TestResult& result) {
+void addCase(pugi::xml_node suite, const TestResult& result) {
     const fs::path file(result.scenario);
-    std::string text = "    <testcase" + attribute("classname", file.parent_path().string()) +
-                       attribute("name", file.stem().string()) +
-                       attribute("file", result.scenario) + time(result.seconds) + ">\n";
+    pugi::xml_node node = suite.append_child("testcase");
+    add(node, "classname", file.parent_path().string());
+    add(node, "name", file.stem().string());
+    add(node, "file", result.scenario);
+    addTime(node, result.seconds);
     const TestResult::Kind kind = result.kind();
     if (kind != TestResult::Kind::Passed) {
-        const std::string tag = kind == TestResult::Kind::Failed ? "failure" : "error";
-        text += "      <" + tag + attribute("message", result.reason()) + ">" +
-                xml(result.details()) + "</" + tag + ">\n";
+        pugi::xml_node why =
+            node.append_child(kind == TestResult::Kind::Failed ? "failure" : "error");
+        add(why, "message", result.reason());
+        why.text() = possible(result.details()).c_str();
     }
-    return text + "      <system-out>" + xml(result.output) + "</system-out>\n    </testcase>\n";
+    node.append_child("system-out").text() = possible(result.output).c_str();
 }
 
 }  // namespace
 
-std::string junitReport(const std::vector<TestResult>& results, double seconds) {
-    const std::string totals = counts(results) + time(seconds);
-    std::string text = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<testsuites" + totals +
-                       ">\n  <testsuite" + attribute("name", "tavsim") + totals + ">\n";
+void writeJunitReport(const std::vector<TestResult>& results, double seconds,
+                      std::ostream& report) {
+    pugi::xml_document document;
+    pugi::xml_node suites = document.append_child("testsuites");
+    addTotals(suites, results, seconds);
+    pugi::xml_node suite = suites.append_child("testsuite");
+    add(suite, "name", "tavsim");
+    addTotals(suite, results, seconds);
     for (const TestResult& result : results) {
-        text += testCase(result);
+        addCase(suite, result);
     }
-    return text + "  </testsuite>\n</testsuites>\n";
+    document.save(report, "  ");
 }
 
 }  // namespace tools

@@ -2,7 +2,7 @@
 #ifndef TAV_TOOLS_TEST_JUNIT_H
 #define TAV_TOOLS_TEST_JUNIT_H
 
-#include <string>
+#include <iosfwd>
 #include <vector>
 
 #include "tools/test/result.h"
@@ -10,7 +10,7 @@
 namespace tools {
 
 // JUnit's XML: a suite with a case for each scenario.
-std::string junitReport(const std::vector<TestResult>& results, double seconds);
+void writeJunitReport(const std::vector<TestResult>& results, double seconds, std::ostream& report);
 
 }  // namespace tools
 

@@ -1,9 +1,9 @@
 #include "tools/test/test.h"
 
-#include <cstdio>
 #include <cstdlib>
 #include <fstream>
 
+#include "tools/process/exit_status.h"
 #include "tools/process/signals.h"
 #include "tools/test/junit.h"
 #include "tools/test/scenario_files.h"
@@ -14,12 +14,6 @@ namespace {
 
 constexpr int kSomeFailed = 1;
 constexpr int kNotRun = 2;
-constexpr int kDeathBySignal = 128;
-
-int complain(const std::string& text) {
-    std::fprintf(stderr, "tavsim: test: %s\n", text.c_str());
-    return kNotRun;
-}
 
 int statusOf(const std::vector<TestResult>& results) {
     if (count(results, TestResult::Kind::NotRun) > 0) {
@@ -32,12 +26,12 @@ int statusOf(const std::vector<TestResult>& results) {
 
 int test(const TestRequest& request) {
     if (request.paths.empty()) {
-        return complain("no scenario and no folder given");
+        return complain("test: no scenario and no folder given");
     }
     std::string error;
     const auto scenarios = findScenarios(request.paths, &error);
     if (!scenarios) {
-        return complain(error);
+        return complain("test: " + error);
     }
     // Opened first, to report an error before the tests run.
     std::ofstream report;
@@ -50,9 +44,11 @@ int test(const TestRequest& request) {
     const Signals signals;
     Suite suite(request, *scenarios, signals);
     const int signal = report ? suite.run() : 0;
-    if (!request.junit.empty() &&
-        !(report << junitReport(suite.results(), suite.seconds())).flush()) {
-        return complain(request.junit + ": the report cannot be written");
+    if (!request.junit.empty()) {
+        writeJunitReport(suite.results(), suite.seconds(), report);
+    }
+    if (!report.flush()) {
+        return complain("test: " + request.junit + ": the report cannot be written");
     }
     suite.tellEnd();
     return signal != 0 ? kDeathBySignal + signal : statusOf(suite.results());
