@@ -1,5 +1,7 @@
 #include "simulator/page/engine_text.h"
 
+#include <glib.h>
+
 namespace tavsim {
 
 namespace {
@@ -15,29 +17,6 @@ bool isBetween(char32_t value, char32_t first, char32_t end) {
     return value >= first && value < end;
 }
 
-// The length of a sequence with this lead byte, and the smallest value that needs it.
-struct Sequence {
-    size_t length;
-    char32_t leadBits;
-    char32_t smallest;
-};
-
-Sequence sequenceOf(unsigned char lead) {
-    if (lead < 0x80) {
-        return {1, lead, 0};
-    }
-    if (isBetween(lead, 0xC0, 0xE0)) {
-        return {2, lead & 0x1Fu, 0x80};
-    }
-    if (isBetween(lead, 0xE0, 0xF0)) {
-        return {3, lead & 0x0Fu, 0x800};
-    }
-    if (isBetween(lead, 0xF0, 0xF8)) {
-        return {4, lead & 0x07u, kBeyondBasic};
-    }
-    return {0, 0, 0};
-}
-
 // The first code point, surrogates included, and its number of bytes; U+FFFD with one byte when the
 // sequence is invalid.
 struct Decoded {
@@ -45,43 +24,28 @@ struct Decoded {
     size_t length;
 };
 
+// GLib takes no surrogates, and a zero only for the end.
 Decoded decode(std::string_view text) {
-    constexpr Decoded invalid = {kReplacement, 1};
-    const Sequence sequence = sequenceOf(static_cast<unsigned char>(text.front()));
-    if (sequence.length == 0 || sequence.length > text.size()) {
-        return invalid;
+    const auto byte = [&](size_t at) {
+        return at < text.size() ? static_cast<unsigned char>(text[at]) : 0u;
+    };
+    if (byte(0) < 0x80) {
+        return {byte(0), 1};
     }
-    char32_t value = sequence.leadBits;
-    for (const char byte : text.substr(1, sequence.length - 1)) {
-        const auto bits = static_cast<unsigned char>(byte);
-        if (!isBetween(bits, 0x80, 0xC0)) {
-            return invalid;
-        }
-        value = (value << 6) | (bits & 0x3Fu);
+    if (byte(0) == 0xED && isBetween(byte(1), 0xA0, 0xC0) && isBetween(byte(2), 0x80, 0xC0)) {
+        return {0xD000 | (byte(1) & 0x3F) << 6 | (byte(2) & 0x3F), 3};
     }
-    return isBetween(value, sequence.smallest, kEndOfUnicode) ? Decoded{value, sequence.length}
-                                                              : invalid;
+    const gunichar value = g_utf8_get_char_validated(text.data(), static_cast<gssize>(text.size()));
+    if (value >= kEndOfUnicode) {
+        return {kReplacement, 1};
+    }
+    return {value, static_cast<size_t>(g_unichar_to_utf8(value, nullptr))};
 }
 
 void append(std::string* text, char32_t value) {
-    const auto continuation = [&](int shift) {
-        text->push_back(static_cast<char>(0x80 | ((value >> shift) & 0x3F)));
-    };
-    if (value < 0x80) {
-        text->push_back(static_cast<char>(value));
-    } else if (value < 0x800) {
-        text->push_back(static_cast<char>(0xC0 | (value >> 6)));
-        continuation(0);
-    } else if (value < kBeyondBasic) {
-        text->push_back(static_cast<char>(0xE0 | (value >> 12)));
-        continuation(6);
-        continuation(0);
-    } else {
-        text->push_back(static_cast<char>(0xF0 | (value >> 18)));
-        continuation(12);
-        continuation(6);
-        continuation(0);
-    }
+    char bytes[6];
+    const int length = g_unichar_to_utf8(value, bytes);
+    text->append(bytes, static_cast<size_t>(length));
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "simulator/scenario/recorder.h"
 
+#include <glib.h>
 #include <sys/types.h>
 #include <unistd.h>
 
@@ -62,18 +63,9 @@ void recordCommand(const std::string& line, Milliseconds time) {
 }
 
 std::string utf8Of(Uint16 character) {
-    std::string text;
-    if (character < 0x80) {
-        text += static_cast<char>(character);
-    } else if (character < 0x800) {
-        text += static_cast<char>(0xC0 | character >> 6);
-        text += static_cast<char>(0x80 | (character & 0x3F));
-    } else {
-        text += static_cast<char>(0xE0 | character >> 12);
-        text += static_cast<char>(0x80 | (character >> 6 & 0x3F));
-        text += static_cast<char>(0x80 | (character & 0x3F));
-    }
-    return text;
+    char bytes[6];
+    const int length = g_unichar_to_utf8(character, bytes);
+    return {bytes, static_cast<size_t>(length)};
 }
 
 // A key without a name can still type. A lock key sends a press when the lock goes on and a release
