@@ -1,13 +1,13 @@
 #include "base/message_socket.h"
 
 #include <poll.h>
-#include <sys/socket.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <climits>
 #include <cstring>
 #include <utility>
+
+#include "base/socket.h"
 
 namespace base {
 namespace {
@@ -16,7 +16,6 @@ using SteadyClock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
 constexpr size_t kHeaderSize = sizeof(uint8_t) + sizeof(uint64_t);
-constexpr size_t kStep = size_t{64} * 1024;  // memory is allocated in such steps
 constexpr int kForEver = -1;
 
 uint64_t contentLength(const std::string& header) {
@@ -88,16 +87,8 @@ void MessageSocket::queue(uint8_t kind, std::string_view content) {
 
 size_t MessageSocket::sendNow() {
     const size_t before = queued();
-    m_isGone = m_isGone || !m_socket.isOurs();
-    while (queued() > 0 && !m_isGone) {
-        const ssize_t count = ::send(m_socket.number(), m_outgoing.data() + m_sent, queued(),
-                                     MSG_NOSIGNAL | MSG_DONTWAIT);
-        if (count < 0 && errno == EAGAIN) {
-            break;
-        }
-        m_isGone = count < 0 && errno != EINTR;
-        m_sent += count > 0 ? static_cast<size_t>(count) : 0;
-    }
+    m_isGone =
+        m_isGone || !m_socket.isOurs() || !base::sendNow(m_socket.number(), m_outgoing, &m_sent);
     const size_t taken = before - queued();
     if (m_sent > m_outgoing.size() / 2) {
         m_outgoing.erase(0, std::exchange(m_sent, 0));
@@ -108,15 +99,12 @@ size_t MessageSocket::sendNow() {
 // Receives until the message has so many bytes, or no more bytes are available now.
 bool MessageSocket::receiveTo(size_t size) {
     while (m_incoming.size() < size && !m_isGone) {
-        const size_t before = m_incoming.size();
-        m_incoming.resize(before + std::min(size - before, kStep));
-        const ssize_t count = recv(m_socket.number(), m_incoming.data() + before,
-                                   m_incoming.size() - before, MSG_DONTWAIT);
-        m_incoming.resize(before + (count > 0 ? static_cast<size_t>(count) : 0));
-        if (count < 0 && errno == EAGAIN) {
+        const size_t step = std::min(size - m_incoming.size(), kReceiveStep);
+        const Received received = base::receiveNow(m_socket.number(), step, &m_incoming);
+        if (received == Received::NothingYet) {
             return false;
         }
-        m_isGone = count == 0 || (count < 0 && errno != EINTR);
+        m_isGone = received == Received::End;
     }
     return m_incoming.size() >= size;
 }

@@ -3,17 +3,16 @@
 #include <fcntl.h>
 #include <linux/close_range.h>
 #include <signal.h>
-#include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdlib>
 #include <string_view>
 #include <thread>
 #include <utility>
 
+#include "base/child.h"
 #include "base/print_line.h"
 
 namespace tavsim {
@@ -22,11 +21,10 @@ namespace {
 using std::chrono::milliseconds;
 
 constexpr milliseconds kStep(1);  // between two checks whether a process has ended
-constexpr std::chrono::seconds kLongestEnd(1);
 
 // In the child, the application's signal handlers must not run, and the terminal's signals must not
 // end it before the application.
-void leaveApplication(pid_t application) {
+void leaveApplication() {
     for (int number = 1; number < NSIG; ++number) {
         signal(number, SIG_DFL);
     }
@@ -34,20 +32,16 @@ void leaveApplication(pid_t application) {
     sigemptyset(&none);
     sigprocmask(SIG_SETMASK, &none, nullptr);
     setpgid(0, 0);
-    prctl(PR_SET_PDEATHSIG, SIGKILL);
-    if (getppid() != application) {
-        _exit(EXIT_SUCCESS);
-    }
 }
 
-bool connect(base::Descriptor* one, base::Descriptor* other) {
+// One end of a new connection; negative, with errno, when there is none.
+int connectTo(base::Descriptor* otherEnd) {
     int ends[2];
     if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) {
-        return false;
+        return -1;
     }
-    *one = base::Descriptor(ends[0]);
-    *other = base::Descriptor(ends[1]);
-    return true;
+    *otherEnd = base::Descriptor(ends[1]);
+    return ends[0];
 }
 
 bool isChild(pid_t process) {
@@ -59,17 +53,6 @@ bool isChild(pid_t process) {
 bool isOfDevice(std::string_view variable) {
     return (variable.starts_with("TAVSIM_") && !variable.starts_with("TAVSIM_RUN=")) ||
            variable.starts_with("LD_PRELOAD=");
-}
-
-// With a null pointer at the end, as the kernel wants it.
-std::vector<char*> pointersTo(const std::vector<std::string>& words) {
-    std::vector<char*> pointers;
-    pointers.reserve(words.size() + 1);
-    for (const std::string& word : words) {
-        pointers.push_back(const_cast<char*>(word.c_str()));
-    }
-    pointers.push_back(nullptr);
-    return pointers;
 }
 
 std::vector<char*> environmentOfPrograms() {
@@ -86,61 +69,51 @@ std::vector<char*> environmentOfPrograms() {
 }  // namespace
 
 int ChildProcess::start(const std::function<void(int socket)>& run) {
-    int ends[2];
-    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) {
-        return -1;
-    }
-    m_owner = getpid();
-    m_process = fork();
-    if (m_process == 0) {
-        leaveApplication(m_owner);
-        run(ends[1]);
-        _exit(EXIT_FAILURE);
-    }
-    const int problem = errno;
-    close(ends[1]);
-    if (m_process < 0) {
-        close(ends[0]);
-        errno = problem;
-    }
-    return m_process > 0 ? ends[0] : -1;
+    return startWith([&](int socket) {
+        return base::startChild([&] {
+            leaveApplication();
+            run(socket);
+        });
+    });
 }
 
 int ChildProcess::startProgram(const std::vector<std::string>& command, const std::string& folder,
                                base::Descriptor* output) {
-    // Closed without a message when the program is executed.
-    base::Descriptor problem;
-    base::Descriptor theirs;
     base::Descriptor theirOutput;
-    if (!connect(&problem, &theirs) || !connect(output, &theirOutput)) {
+    *output = base::Descriptor(connectTo(&theirOutput));
+    if (output->number() < 0) {
         return -1;
     }
-    const std::vector<char*> arguments = pointersTo(command);
+    const std::vector<char*> arguments = base::pointersTo(command);
     const std::vector<char*> environment = environmentOfPrograms();
-    const int socket = start([&](int end) {
-        const int input = fcntl(end, F_DUPFD, STDERR_FILENO + 1);
-        dup2(fcntl(theirOutput.number(), F_DUPFD, STDERR_FILENO + 1), STDOUT_FILENO);
-        dup2(input, STDIN_FILENO);
-        if (!base::isStreamKept(stderr)) {
-            dup2(open("/dev/null", O_WRONLY), STDERR_FILENO);
-        }
-        close_range(STDERR_FILENO + 1, ~0u, CLOSE_RANGE_CLOEXEC);
-        if (chdir(folder.c_str()) == 0) {
-            execvpe(arguments[0], arguments.data(), environment.data());
-        }
-        const int reason = errno;
-        (void)!write(theirs.number(), &reason, sizeof reason);
+    return startWith([&](int input) {
+        return base::startProgram([&] {
+            leaveApplication();
+            const int error = base::isStreamKept(stderr) ? -1 : open("/dev/null", O_WRONLY);
+            base::setStandardStreams(input, theirOutput.number(), error);
+            close_range(STDERR_FILENO + 1, ~0u, CLOSE_RANGE_CLOEXEC);
+            if (chdir(folder.c_str()) == 0) {
+                execvpe(arguments[0], arguments.data(), environment.data());
+            }
+        });
     });
-    theirs.close();
-    theirOutput.close();
-    int reason = 0;
-    if (socket >= 0 && read(problem.number(), &reason, sizeof reason) == sizeof reason) {
-        close(socket);
-        end(kLongestEnd);
-        errno = reason;
+}
+
+int ChildProcess::startWith(const std::function<pid_t(int socket)>& start) {
+    base::Descriptor theirs;
+    const int ours = connectTo(&theirs);
+    if (ours < 0) {
         return -1;
     }
-    return socket;
+    m_owner = getpid();
+    m_process = start(theirs.number());
+    if (m_process > 0) {
+        return ours;
+    }
+    const int problem = errno;
+    close(ours);
+    errno = problem;
+    return -1;
 }
 
 bool ChildProcess::isOurs() const {

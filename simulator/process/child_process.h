@@ -45,6 +45,8 @@ public:
     std::string end(std::chrono::milliseconds patience = {});
 
 private:
+    int startWith(const std::function<pid_t(int socket)>& start);
+
     pid_t m_process = 0;
     pid_t m_owner = 0;
 };

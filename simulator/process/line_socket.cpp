@@ -3,32 +3,22 @@
 #include <poll.h>
 #include <sys/socket.h>
 
-#include <cerrno>
 #include <iterator>
 
+#include "base/socket.h"
+
 namespace tavsim {
-namespace {
-
-constexpr size_t kStep = size_t{64} * 1024;
-
-}  // namespace
 
 void LineSocket::queue(std::string_view line) {
     m_outgoing.append(line).append("\n");
 }
 
+// The end of the connection is reported only when everything was received.
 void LineSocket::sendNow() {
     m_isGone = m_isGone || !isOurs();
-    while (!m_outgoing.empty() && !m_isGone && !m_isUnread) {
-        const ssize_t count = send(m_toProgram.number(), m_outgoing.data(), m_outgoing.size(),
-                                   MSG_NOSIGNAL | MSG_DONTWAIT);
-        if (count < 0 && errno != EINTR) {
-            // The end of the connection is reported only when everything was received.
-            m_isUnread = errno != EAGAIN;
-            return;
-        }
-        m_outgoing.erase(0, count > 0 ? static_cast<size_t>(count) : 0);
-    }
+    size_t sent = 0;
+    m_isUnread = m_isUnread || m_isGone || !base::sendNow(m_toProgram.number(), m_outgoing, &sent);
+    m_outgoing.erase(0, sent);
 }
 
 void LineSocket::receiveNow(bool hadEnded) {
@@ -37,13 +27,10 @@ void LineSocket::receiveNow(bool hadEnded) {
         return;
     }
     m_incoming.erase(0, std::exchange(m_taken, 0));
-    const size_t before = m_incoming.size();
-    m_incoming.resize(before + kStep);
-    const ssize_t count =
-        recv(m_fromProgram.number(), m_incoming.data() + before, kStep, MSG_DONTWAIT);
-    m_incoming.resize(before + (count > 0 ? static_cast<size_t>(count) : 0));
-    const bool isNothingThere = count < 0 && (errno == EAGAIN || errno == EINTR);
-    m_isGone = count <= 0 && (!isNothingThere || m_isUnread || hadEnded);
+    const base::Received received =
+        base::receiveNow(m_fromProgram.number(), base::kReceiveStep, &m_incoming);
+    m_isGone = received == base::Received::End ||
+               (received == base::Received::NothingYet && (m_isUnread || hadEnded));
 }
 
 std::optional<std::string> LineSocket::takeLine() {
