@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <vector>
 
+#include "base/file.h"
 #include "base/json/text.h"
 
 namespace fs = std::filesystem;
@@ -14,10 +15,14 @@ namespace fs = std::filesystem;
 namespace tavlinux {
 namespace {
 
+constexpr size_t kMostBytes = 1 << 20;
+
 std::optional<std::string> memberOfFile(const fs::path& file, const std::string& member) {
+    std::string error;
+    const std::string text = base::readFile(file, kMostBytes, &error).value_or("");
     simdjson::dom::parser parser;
     simdjson::dom::element value;
-    const bool isThere = parser.load(file.string())[member].get(value) == simdjson::SUCCESS;
+    const bool isThere = parser.parse(text)[member].get(value) == simdjson::SUCCESS;
     return isThere ? std::optional(base::textOf(value)) : std::nullopt;
 }
 

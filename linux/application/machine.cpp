@@ -4,24 +4,24 @@
 
 #include <string_view>
 
+#include "base/file.h"
+
 namespace tavlinux {
 namespace {
 
 constexpr const char* kModelFiles[] = {"/proc/device-tree/model", "/sys/class/dmi/id/product_name"};
 constexpr const char* kMachineIdFiles[] = {"/etc/machine-id", "/var/lib/dbus/machine-id"};
+constexpr size_t kMostBytes = 1 << 20;
 constexpr size_t kUniqueIdDigits = 40;
 
 // The first line of the first file that has one.
 template <size_t count>
 std::optional<std::string> firstLine(const char* const (&files)[count]) {
     for (const char* file : files) {
-        char* content = nullptr;
-        if (g_file_get_contents(file, &content, nullptr, nullptr) == FALSE) {
-            continue;
-        }
-        const std::string_view text = content;
-        const std::string line(text.substr(0, text.find('\n')));
-        g_free(content);
+        std::string error;
+        const std::string text = base::readFile(file, kMostBytes, &error).value_or("");
+        // What the kernel has of a device tree ends with a zero.
+        std::string line = text.substr(0, text.find_first_of(std::string_view("\n\0", 2)));
         if (!line.empty()) {
             return line;
         }

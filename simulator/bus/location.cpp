@@ -2,7 +2,6 @@
 
 #include "simulator/bus/bus.h"
 #include "simulator/bus/profile_services.h"
-#include "simulator/world/position.h"
 
 namespace tavsim {
 namespace {
@@ -38,7 +37,7 @@ std::string locationErrorReply(int code) {
     return base::JsonWriter().beginObject().member("errorCode", code).endObject().take();
 }
 
-void announce(const Report& report) {
+void announceLocation(const Report& report) {
     if (profileService(kLocationUri) != nullptr) {
         return;  // which replaces this service
     }

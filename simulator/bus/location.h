@@ -5,6 +5,7 @@
 #include <string>
 
 #include "simulator/bus/answer.h"
+#include "simulator/world/position.h"
 
 namespace tavsim {
 
@@ -13,6 +14,9 @@ inline constexpr char kLocationUri[] = "vire://com.vire.location/startTracking";
 Answer startTracking(const simdjson::dom::object& request);
 
 std::string locationErrorReply(int code);
+
+// Answers all who track the location.
+void announceLocation(const Report& report);
 
 }  // namespace tavsim
 

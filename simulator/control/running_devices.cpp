@@ -7,8 +7,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 
 #include "base/file.h"
 #include "base/json/writer.h"
@@ -37,8 +35,8 @@ bool isFreshRoot() {
 }
 
 std::string commandLine() {
-    std::ifstream file("/proc/self/cmdline", std::ios::binary);
-    std::string words{std::istreambuf_iterator<char>(file), {}};
+    std::string error;
+    std::string words = base::readFile("/proc/self/cmdline", kMostBytes, &error).value_or("");
     words.resize(words.find_last_not_of('\0') + 1);
     std::replace(words.begin(), words.end(), '\0', ' ');
     return words;

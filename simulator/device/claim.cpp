@@ -10,7 +10,6 @@
 #include <chrono>
 #include <climits>
 #include <cstdlib>
-#include <fstream>
 #include <sstream>
 #include <thread>
 
@@ -18,9 +17,12 @@ extern "C" {  // which the header itself lacks
 #include <sys/pidfd.h>
 }
 
+#include "base/file.h"
+
 namespace tavsim {
 namespace {
 
+constexpr size_t kMostBytes = 1 << 14;
 constexpr int kTriesToLock = 200;
 constexpr std::chrono::milliseconds kBetweenTries(10);
 constexpr int kStartTime = 22;  // the field of /proc/PID/stat
@@ -36,10 +38,10 @@ std::string readLink(int folder, const char* name) {
 // through the first thread's entry, because an emulator may fake what a process reads about itself.
 std::string startTime(pid_t process) {
     const std::string number = std::to_string(process);
-    std::ifstream file("/proc/" + number + "/task/" + number + "/stat");
-    std::string text;
+    std::string error;
+    const std::string path = "/proc/" + number + "/task/" + number + "/stat";
+    const std::string text = base::readFile(path, kMostBytes, &error).value_or("");
     // The second field is a name in parentheses, which may contain any characters.
-    std::getline(file, text, '\0');
     std::istringstream fields(text.substr(text.rfind(')') + 1));
     std::string field;
     for (int n = 2; n < kStartTime; ++n) {

@@ -8,6 +8,7 @@
 #include "base/print_line.h"
 #include "helper/trace.h"
 #include "simulator/bus/bus.h"
+#include "simulator/bus/location.h"
 #include "simulator/control/control.h"
 #include "simulator/device/faults.h"
 #include "simulator/device/journal.h"
@@ -69,6 +70,7 @@ bool startRooms(const Options& options, std::string* error) {
     if (options.control) {
         takeHangUpAsRequestToEnd();
     }
+    startWorld(announceLocation);
     startPage(options.pageFile);
     if (isSecond(options)) {
         return true;

@@ -4,7 +4,7 @@
 #include "simulator/control/text_word.h"
 #include "simulator/control/words.h"
 #include "simulator/device/profile.h"
-#include "simulator/scenario/statements.h"
+#include "simulator/scenario/reader.h"
 
 namespace tavsim {
 namespace {

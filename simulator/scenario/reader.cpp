@@ -5,7 +5,6 @@
 
 #include "base/file.h"
 #include "simulator/control/text_word.h"
-#include "simulator/scenario/statements.h"
 
 namespace fs = std::filesystem;
 

@@ -4,6 +4,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "platform/visibility.h"
 #include "simulator/scenario/scenario.h"
@@ -13,6 +14,22 @@ namespace tavsim {
 // Reads the file and those that it includes. When one cannot be read or is malformed, returns
 // nothing, and `error` is a line about the first problem that begins with FILE:LINE or FILE.
 TAV_PLATFORM_API std::optional<Scenario> readScenario(const std::string& file, std::string* error);
+
+// A line of a scenario, one of its statements.
+struct Line {
+    std::string_view text;  // without blanks around it
+    std::string place;      // FILE:LINE
+    std::string folder;     // of the file
+};
+
+// Where relative paths start.
+std::string inFolder(const std::string& folder, std::string_view file);
+
+// Whether the line belongs to the header. If so, reads it; `error` says what is wrong with it.
+bool readHeader(const Line& line, Scenario* scenario, std::string* error);
+
+// Reads any other line, except for `include`.
+void readStep(const Line& line, Scenario* scenario, std::string* error);
 
 }  // namespace tavsim
 

@@ -6,7 +6,7 @@
 #include "simulator/control/commands.h"
 #include "simulator/control/text_word.h"
 #include "simulator/control/words.h"
-#include "simulator/scenario/statements.h"
+#include "simulator/scenario/reader.h"
 
 namespace tavsim {
 namespace {

@@ -13,6 +13,7 @@ constexpr char kMovement[] = "movement";
 constexpr char kLocation[] = "location";
 
 struct World {
+    std::function<void(const Report&)> announce;
     std::optional<Fix> position;
     std::optional<int> lost;  // the error that is sent instead of the position
     Way way;                  // none: the device stands
@@ -29,7 +30,7 @@ World& world() {
 }
 
 void announceSoon(const Report& report) {
-    schedule(now(), [report] { announce(report); });
+    schedule(now(), [report] { world().announce(report); });
 }
 
 void endWay(const char* outcome) {
@@ -45,7 +46,7 @@ void reach(const Moment& moment) {
         world().position = *fix;
     }
     if (!world().lost) {
-        announce(moment.report);
+        world().announce(moment.report);
     }
 }
 
@@ -137,6 +138,10 @@ std::optional<Report> beginTracking() {
 std::optional<Fix> presentFix() {
     const std::vector<Fix>& fixes = profile().location.fixes;
     return world().position || fixes.empty() ? world().position : std::optional(fixes.front());
+}
+
+void startWorld(std::function<void(const Report&)> announce) {
+    world().announce = std::move(announce);
 }
 
 void stopWorld() {

@@ -18,9 +18,6 @@ using Report = std::variant<Fix, int>;
 // The error code for "no fix".
 inline constexpr int kNoFix = 2;
 
-// Sends it to all who track the location. Defined by the location service.
-void announce(const Report& report);
-
 // An event on a way, and its time since the start of the way.
 struct Moment {
     Milliseconds at = 0;
@@ -48,6 +45,8 @@ std::optional<Report> beginTracking();
 // The device's position; before it has one, the first fix of its profile.
 std::optional<Fix> presentFix();
 
+// Reports go to the function, for all who track the location, until the world is stopped.
+void startWorld(std::function<void(const Report&)> announce);
 void stopWorld();
 
 }  // namespace tavsim
