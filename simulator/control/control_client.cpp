@@ -18,9 +18,10 @@ ControlClient::ControlClient(int socket) : m_socket(socket, kLongestCommand) {
 }
 
 void ControlClient::serve() {
-    // Looked for behind the command too, because that shows whether the client is still there.
-    const std::optional<base::Message> message = m_socket.receiveNow();
-    if (message && !m_isAnswered) {
+    // A follower's messages are looked for too, because that shows whether it is still there.
+    const bool mayAsk = m_follows || m_socket.queued() == 0;
+    const std::optional<base::Message> message = mayAsk ? m_socket.receiveNow() : std::nullopt;
+    if (message && !m_follows) {
         answer(*message);
     }
     if (m_follows) {
@@ -38,22 +39,20 @@ bool ControlClient::isFinished() const {
     if (m_follows) {
         return false;
     }
-    const bool hasAll = m_isAnswered && m_socket.queued() == 0;
-    return hasAll || SteadyClock::now() - m_lastSign > kLongestSilence;
+    return SteadyClock::now() - m_lastSign > kLongestSilence;
 }
 
 void ControlClient::end() {
     if (m_follows) {
         follow();
     }
-    if (m_follows || !m_isAnswered) {
+    if (m_follows || m_socket.queued() == 0) {
         say(ControlMessage::Ended);
     }
     m_socket.sendQueued(kLongestSilence);
 }
 
 void ControlClient::answer(const base::Message& message) {
-    m_isAnswered = true;
     const bool isCommand = message.kind == static_cast<uint8_t>(ControlMessage::Command) &&
                            message.content.find('\n') == std::string::npos;
     const CommandResult result =

@@ -18,8 +18,8 @@ class ControlClient {
 public:
     explicit ControlClient(int socket);
 
-    // Does what can be done without waiting: takes the command, carries it out, sends what there
-    // is.
+    // Does what can be done without waiting: takes a command once the one before has its answer,
+    // carries it out, sends what there is.
     void serve();
 
     // Nothing more is to be done for it, or it does not deserve more.
@@ -28,8 +28,8 @@ public:
     bool isFollowing() const { return m_follows; }
 
     // Of several clients, the one where this is least is the first to go when others need the
-    // room: whoever has asked nothing, then whoever does not take the answer, each longest first.
-    auto standing() const { return std::tuple(m_follows, m_isAnswered, m_lastSign); }
+    // room: whoever asks nothing, then whoever does not take the answer, each longest first.
+    auto standing() const { return std::tuple(m_follows, m_socket.queued() > 0, m_lastSign); }
 
     // The device ends: waits until the client has its answer, as long as it goes on taking it.
     void end();
@@ -43,7 +43,6 @@ private:
 
     base::MessageSocket m_socket;
     SteadyClock::time_point m_lastSign = SteadyClock::now();  // of the client being there
-    bool m_isAnswered = false;
     bool m_follows = false;
     int64_t m_nextLine = 0;  // of the journal
 };

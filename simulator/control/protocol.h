@@ -6,7 +6,8 @@
 
 namespace tavsim {
 
-// The kinds of messages on a control socket. A connection carries one command and its answer.
+// The kinds of messages on a control socket. A connection carries one command after the
+// other, each behind the answer to the one before, until the journal is followed.
 enum class ControlMessage : uint8_t {
     Command = 'c',  // from the client: one line, without a line feed
 

@@ -7,14 +7,13 @@
 #include <cstring>
 #include <optional>
 
-#include "base/message_socket.h"
-#include "simulator/control/protocol.h"
+#include "simulator/control/commands.h"
 #include "simulator/control/words.h"
+#include "tools/control/client.h"
 #include "tools/control/reach.h"
 #include "tools/control/wait.h"
 
 using std::chrono::milliseconds;
-using tavsim::ControlMessage;
 
 namespace tools {
 namespace {
@@ -27,63 +26,50 @@ int complain(const std::string& text) {
     return kNotReached;
 }
 
-class Answer {
-public:
-    Answer(base::MessageSocket& device, milliseconds timeout)
-        : m_device(device), m_timeout(timeout) {}
-
-    // Prints what comes, and gives the exit status.
-    int print() {
-        while (const std::optional<base::Message> message = m_device.receive(m_timeout)) {
-            if (const std::optional<int> status = take(*message)) {
-                return *status;
-            }
-        }
-        return complain(m_device.isGone() ? "the device is gone, the answer not complete"
-                                          : "the application has not handled SDL's events in "
-                                            "time; --timeout gives it more");
+// False when it cannot be printed, which is said.
+bool print(const std::string& text) {
+    if (std::fwrite(text.data(), 1, text.size(), stdout) == text.size() &&
+        std::fflush(stdout) == 0) {
+        return true;
     }
+    complain(std::string("standard output: ") + std::strerror(errno));
+    return false;
+}
 
-private:
-    std::optional<int> take(const base::Message& message) {
-        switch (static_cast<ControlMessage>(message.kind)) {
-        case ControlMessage::Refused:
-            std::fprintf(stderr, "tavsim: %s\n", message.content.c_str());
-            return kRefused;
-        case ControlMessage::Output:
-            m_output += message.content;
-            return m_timeout ? std::nullopt : flush();
-        case ControlMessage::Following:
-            m_timeout.reset();
-            return flush();
-        case ControlMessage::Lost:
-            std::fprintf(stderr, "tavsim: ctl: %s lines were not taken in time and are lost\n",
-                         message.content.c_str());
-            return std::nullopt;
-        case ControlMessage::Done:
-            return flush().value_or(0);
-        case ControlMessage::Ended:
-            return m_timeout ? complain("the application ended before it answered") : 0;
-        default:
-            return complain("what answers there is no device");
+int refuse(const std::string& reason) {
+    std::fprintf(stderr, "tavsim: %s\n", reason.c_str());
+    return kRefused;
+}
+
+// Prints the answer, to its end, and gives the exit status.
+int show(Answer answer, Client& device) {
+    bool hasFollowed = false;
+    while (answer.end == Answer::End::Following) {
+        hasFollowed = true;
+        if (!answer.lost.empty()) {
+            complain(answer.lost + " lines were not taken in time and are lost");
         }
-    }
-
-    // The whole answer is received before it is printed, so that the device need not wait for a
-    // slow reader of our output. Returns a status when it cannot be printed.
-    std::optional<int> flush() {
-        const size_t printed = std::fwrite(m_output.data(), 1, m_output.size(), stdout);
-        if (printed != m_output.size() || std::fflush(stdout) != 0) {
-            return complain(std::string("standard output: ") + std::strerror(errno));
+        if (!print(answer.text)) {
+            return kNotReached;
         }
-        m_output.clear();
-        return std::nullopt;
+        answer = device.more();
     }
-
-    base::MessageSocket& m_device;
-    base::MessageSocket::Limit m_timeout;  // none while the journal is followed
-    std::string m_output;
-};
+    switch (answer.end) {
+    case Answer::End::Refused:
+        return refuse(answer.text);
+    case Answer::End::Ended:
+        return hasFollowed ? 0 : complain("the application ended before it answered");
+    case Answer::End::Gone:
+        return complain("the device is gone, the answer not complete");
+    case Answer::End::Late:
+        return complain(
+            "the application has not handled SDL's events in time; --timeout gives it more");
+    case Answer::End::Strange:
+        return complain("what answers there is no device");
+    default:
+        return print(answer.text) ? 0 : kNotReached;
+    }
+}
 
 std::string joined(const std::vector<std::string>& words) {
     std::string line;
@@ -104,11 +90,15 @@ int control(const ControlRequest& request) {
         return complain("a command is one line");
     }
     tavsim::Words words(line);
-    if (words.next() == "wait") {
+    const std::string_view name = words.next();
+    if (name == "wait") {
         return waitFor(request, words.rest());
     }
-    if (line == "list" || line == "list --json") {
-        line == "list" ? printRunningDevices() : printRunningDevicesAsJson();
+    if (const std::string problem = tavsim::whyMalformed(line); !problem.empty()) {
+        return refuse(problem);
+    }
+    if (name == "list") {
+        words.isEmpty() ? printRunningDevices() : printRunningDevicesAsJson();
         return 0;
     }
     const milliseconds timeout = inMilliseconds(request.timeout);
@@ -117,13 +107,12 @@ int control(const ControlRequest& request) {
     if (reached.connection < 0) {
         return complain(reached.problem);
     }
-    base::MessageSocket device(reached.connection, kLongestMessage);
+    Client device(reached.connection);
     const auto left = [end] {
         return std::max(milliseconds(0),
                         std::chrono::ceil<milliseconds>(end - std::chrono::steady_clock::now()));
     };
-    device.send(static_cast<uint8_t>(ControlMessage::Command), line, left());
-    return Answer(device, left()).print();
+    return show(device.ask(line, left()), device);
 }
 
 }  // namespace tools

@@ -13,8 +13,8 @@ struct ControlRequest {
     std::vector<std::string> command;
 };
 
-// Sends the command and prints its answer. The exit status: 0 when it was carried out, 1 when the
-// device refused it, 2 when no device was reached or it did not answer completely.
+// Sends the command and prints its answer. The exit status: 0 when it was carried out, 1 when it
+// was refused, 2 when no device was reached or it did not answer completely.
 int control(const ControlRequest& request);
 
 }  // namespace tools

@@ -3,7 +3,6 @@
 #define TAV_TOOLS_CONTROL_REACH_H
 
 #include <chrono>
-#include <cstdint>
 #include <string>
 
 namespace tools {
@@ -23,9 +22,6 @@ inline constexpr std::chrono::milliseconds kStarting(1000);
 // for one that is just starting, and for room where many others are waiting for it.
 ReachedDevice reachDevice(const std::string& root, std::chrono::milliseconds untilStarted,
                           std::chrono::milliseconds untilRoom);
-
-// Larger than any answer, because a device keeps less of its journal.
-inline constexpr uint64_t kLongestMessage = 1 << 30;
 
 inline std::chrono::milliseconds inMilliseconds(double seconds) {
     return std::chrono::duration_cast<std::chrono::milliseconds>(

@@ -9,16 +9,14 @@
 #include <optional>
 #include <string>
 
-#include "base/message_socket.h"
 #include "base/suggestion.h"
 #include "simulator/control/pattern.h"
-#include "simulator/control/protocol.h"
 #include "simulator/control/words.h"
 #include "simulator/device/claim.h"
+#include "tools/control/client.h"
 #include "tools/control/reach.h"
 
 using std::chrono::milliseconds;
-using tavsim::ControlMessage;
 
 namespace tools {
 namespace {
@@ -62,34 +60,6 @@ std::string firstMatch(std::string_view lines, const tavsim::Pattern& pattern) {
     return {};
 }
 
-// What the message says about the wait; nothing while that goes on. Any answer will do for an empty
-// pattern.
-std::optional<int> take(const base::Message& message, const tavsim::Pattern& pattern) {
-    std::string line;
-    switch (static_cast<ControlMessage>(message.kind)) {
-    case ControlMessage::Refused:
-        return complain(message.content, kNotReached);
-    case ControlMessage::Ended:
-        return complain("the application ended before that", kHasNotHappened);
-    case ControlMessage::Lost:
-        std::fprintf(stderr, "tavsim: ctl: wait: %s lines were not taken in time and are lost\n",
-                     message.content.c_str());
-        return std::nullopt;
-    case ControlMessage::Output:
-        line = pattern.empty() ? std::string() : firstMatch(message.content, pattern);
-        break;
-    case ControlMessage::Following:
-    case ControlMessage::Done:
-        break;
-    default:
-        return complain("what answers there is no device", kNotReached);
-    }
-    if (!line.empty()) {
-        std::puts(line.c_str());
-    }
-    return line.empty() && !pattern.empty() ? std::nullopt : std::optional(0);
-}
-
 class Wait {
 public:
     explicit Wait(milliseconds limit) : m_limit(limit), m_end(Clock::now() + limit) {}
@@ -120,23 +90,34 @@ int Wait::forAnswer(const std::string& root, const tavsim::Pattern& pattern) con
     if (reached.connection < 0) {
         return complain(reached.problem, kNotReached);
     }
-    base::MessageSocket device(reached.connection, kLongestMessage);
-    device.send(static_cast<uint8_t>(ControlMessage::Command),
-                pattern.empty() ? "state" : "journal --follow", left());
-    while (left() > milliseconds(0)) {
-        const std::optional<base::Message> message = device.receive(left());
-        if (!message) {
-            break;
+    Client device(reached.connection);
+    const bool isReadiness = pattern.empty();
+    Answer answer = device.ask(isReadiness ? "state" : "journal --follow", left());
+    while (answer.end == Answer::End::Following) {
+        if (!answer.lost.empty()) {
+            complain(answer.lost + " lines were not taken in time and are lost", 0);
         }
-        if (const std::optional<int> status = take(*message, pattern)) {
-            return *status;
+        if (const std::string line = firstMatch(answer.text, pattern); !line.empty()) {
+            std::puts(line.c_str());
+            return 0;
         }
+        answer = left() > milliseconds(0) ? device.more(left()) : Answer();
     }
-    if (device.isGone()) {
+    switch (answer.end) {
+    case Answer::End::Refused:
+        return complain(answer.text, kNotReached);
+    case Answer::End::Ended:
+        return complain("the application ended before that", kHasNotHappened);
+    case Answer::End::Gone:
         return complain("the application is gone before that", kHasNotHappened);
-    }
-    return complainOfTime(pattern.empty() ? "the application has not handled SDL's events"
+    case Answer::End::Late:
+        return complainOfTime(isReadiness ? "the application has not handled SDL's events"
                                           : "no such entry");
+    case Answer::End::Strange:
+        return complain("what answers there is no device", kNotReached);
+    default:
+        return 0;
+    }
 }
 
 int Wait::forEnd(const std::string& root) const {
