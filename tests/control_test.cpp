@@ -59,14 +59,21 @@ protected:
         return all;
     }
 
-    std::string command(const std::string& line) {
-        MessageSocket client = clientWith(line);
+    std::string ask(MessageSocket& client, const std::string& line) {
+        client.send(kind(ControlMessage::Command), line);
+        device.pump();
         return received(client);
     }
 
+    std::string command(const std::string& line) {
+        MessageSocket client = connectClient();
+        return ask(client, line);
+    }
+
     void give(const std::vector<std::string>& lines) {
+        MessageSocket client = connectClient();
         for (const std::string& line : lines) {
-            show(line, [&] { return command(line); });
+            show(line, [&] { return ask(client, line); });
         }
     }
 };
@@ -152,6 +159,11 @@ TEST_F(ControlTest, AServiceAnswersOtherwiseUntilThatIsTakenBack) {
     give({"allow a://ticks"});
     subscribe("a://ticks");
     pass(20);
+    constexpr char kBattery[] = "vire://com.vire.battery/status";
+    give({"battery 9"});
+    device.profile.services[kBattery].replies = {R"({"percent": 72, "charging": false})"};
+    subscribe(kBattery);
+    give({"battery 9", "state"});
 }
 
 TEST_F(ControlTest, MalformedCommandsAnswerWithAnErrorAndChangeNothing) {

@@ -34,10 +34,14 @@ _tavsim() {
     done
 
     if [[ -n $place ]]; then
-        # What a command of `tavsim ctl` itself names for its next word, such as on|off.
-        [[ $place != "$before" ]] ||
-            choice=$(awk -v first="$place" '$1 == first { print $2 }' <<<"$usages" |
-                tr -d '[]' | tr '|' '\n' | sed '/[A-Z]/d')
+        # What the usages of `tavsim ctl` that fit so far name for the next word, such as on|off.
+        choice=$(awk -v line="${COMP_WORDS[*]:at:COMP_CWORD-at}" '{
+                gsub(/[][]/, "")
+                count = split(line, given, " ")
+                for (i = 1; i <= count; ++i)
+                    if ($i !~ /[A-Z]/ && !index("|" $i "|", "|" given[i] "|")) next
+                print $(count + 1)
+            }' <<<"$usages" | tr '|' '\n' | sed '/[A-Z]/d')
     elif [[ $before == --device ]]; then
         choice=$("$tool" devices 2>/dev/null | sed 's/ .*//')
     elif grep -qxFe "$before" <<<"$valued"; then

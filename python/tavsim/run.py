@@ -163,7 +163,7 @@ class Run:
     def state(self) -> dict[str, Any]:
         """What the application has made of the device, as `tavsim ctl state --json` tells it.
 
-        A dictionary with machine, plugin, openCalls, refused and, in a dictionary, state.
+        A dictionary with machine, plugin, openCalls, battery, refused and, in a dictionary, state.
         """
         told: dict[str, Any] = json.loads(self.command("state --json"))
         return told

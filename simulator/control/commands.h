@@ -3,6 +3,7 @@
 #define TAV_SIMULATOR_CONTROL_COMMANDS_H
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/visibility.h"
@@ -27,9 +28,15 @@ using CommandObserver = void (*)(const std::string& line, Milliseconds time);
 void observeCommands(CommandObserver observer);
 
 // Why the line would be refused on any device, as far as that can be told without one: there is no
-// such command, its words are not as its usage says, or all it does is to show something. Empty
-// when it may be carried out. The other names are suggested too where one of them was meant.
-std::string whyMalformed(const std::string& line, const std::vector<std::string>& otherNames = {});
+// such command, or its words are not as its usage says. Empty when it may be carried out.
+TAV_PLATFORM_API std::string whyMalformed(const std::string& line);
+
+// The same for a line that is to steer the device, which none does that only shows something. The
+// other names are suggested too where one of them was meant.
+std::string whyNoStep(const std::string& line, const std::vector<std::string>& otherNames);
+
+// What the device is and what the application has made of it, by name and value.
+std::vector<std::pair<std::string, std::string>> stateValues();
 
 // All commands for a user to choose from: a line with each one's usage, and one that says what it
 // does.

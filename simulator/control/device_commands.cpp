@@ -1,9 +1,9 @@
 // Commands for what the device is, and what the application has made of it.
-#include <simdjson.h>
-
 #include "base/json/writer.h"
 #include "simulator/bus/bus.h"
-#include "simulator/control/command_functions.h"
+#include "simulator/bus/payload.h"
+#include "simulator/bus/profile_services.h"
+#include "simulator/control/command.h"
 #include "simulator/device/journal.h"
 #include "simulator/device/refusals.h"
 #include "simulator/device/root.h"
@@ -13,18 +13,36 @@
 namespace tavsim {
 namespace {
 
-CommandOutcome setIn(std::map<std::string, std::string>& values, Words words) {
-    const std::string key(words.next());
-    if (key.empty()) {
-        return std::nullopt;
-    }
-    values[key] = words.rest();
-    return CommandResult();
+constexpr char kBatteryUri[] = "vire://com.vire.battery/status";
+constexpr std::string_view kPercent = "percent";
+
+std::string batteryReply() {
+    const Service* service = profileService(kBatteryUri);
+    const bool answers = service != nullptr && !service->replies.empty();
+    return answers ? service->replies.front().value_or("") : "";
 }
 
-bool isJson(std::string_view text) {
+// As JSON; nothing where the device has no battery service that tells it.
+std::optional<std::string> batteryPercent() {
+    const Payload reply(batteryReply());
+    const std::optional<simdjson::dom::element> percent = reply.member(kPercent);
+    return percent ? std::optional(simdjson::minify(*percent)) : std::nullopt;
+}
+
+std::string batteryReplyWith(std::string_view percent) {
     simdjson::dom::parser parser;
-    return parser.parse(text.data(), text.size()).error() == simdjson::SUCCESS;
+    base::JsonWriter json;
+    json.beginObject();
+    for (const auto& [name, value] : parser.parse(batteryReply()).get_object()) {
+        json.key(name).raw(name == kPercent ? percent : simdjson::minify(value));
+    }
+    return json.endObject().take();
+}
+
+CommandResult setIn(std::map<std::string, std::string>& values, Words words) {
+    const std::string key(words.next());
+    values[key] = words.rest();
+    return {};
 }
 
 std::string stateAsJson() {
@@ -32,6 +50,7 @@ std::string stateAsJson() {
     base::JsonWriter json;
     json.beginObject().member("machine", machine ? machine->c_str() : nullptr);
     json.member("plugin", profile().plugin).member("openCalls", openBusCalls({}).size());
+    json.key("battery").raw(batteryPercent().value_or("null"));
     json.key("refused").beginArray();
     for (const std::string& request : refusedRequests()) {
         json.value(request);
@@ -43,38 +62,69 @@ std::string stateAsJson() {
     return json.endObject().endObject().take() + "\n";
 }
 
-}  // namespace
-
-CommandOutcome setProperty(Words words) {
+CommandResult setProperty(Words words) {
     return setIn(profile().properties, words);
 }
 
-CommandOutcome setAppinfo(Words words) {
+CommandResult setAppinfo(Words words) {
     return setIn(profile().appinfo, words);
 }
 
-CommandOutcome setPreference(Words words) {
+CommandResult setPreference(Words words) {
     const std::string key(words.next());
-    const std::string value(words.rest());
-    if (key.empty() || value.empty()) {
-        return std::nullopt;
-    }
-    if (!isJson(value)) {
-        return failed("set preference: the value must be JSON");
-    }
-    if (!storePreference(key, value)) {
-        return failed("set preference: the database cannot be written");
-    }
-    return CommandResult();
+    const bool isStored = storePreference(key, std::string(words.rest()));
+    return isStored ? CommandResult() : failed("set preference: the database cannot be written");
 }
 
-CommandOutcome plugin(Words words) {
-    const std::string_view value = words.next();
-    if ((value != "on" && value != "off") || !words.isEmpty()) {
-        return std::nullopt;
+CommandResult plugin(Words words) {
+    profile().plugin = words.next() == "on";
+    return {};
+}
+
+CommandResult battery(Words words) {
+    if (!batteryPercent()) {
+        return failed("battery: the device has no " + std::string(kBatteryUri) +
+                      " that answers with a \"percent\"");
     }
-    profile().plugin = value == "on";
-    return CommandResult();
+    answerFromNowOn(kBatteryUri, batteryReplyWith(words.next()));
+    return {};
+}
+
+CommandResult state(Words words) {
+    if (!words.isEmpty()) {
+        return {{}, stateAsJson(), false};
+    }
+    std::string lines;
+    for (const auto& [name, value] : stateValues()) {
+        // Texts of the application can hold anything, and stay on their line.
+        lines += base::escapedJson(name) + ": " + base::escapedJson(value) + "\n";
+    }
+    return {{}, lines, false};
+}
+
+CommandResult journal(Words words) {
+    std::string lines;
+    for (const std::string& line : journalLines()) {
+        lines += line + "\n";
+    }
+    return {{}, lines, !words.isEmpty()};
+}
+
+constexpr Command kCommands[] = {
+    {"set property", "KEY VALUE", "Set a system property.", setProperty},
+    {"set appinfo", "KEY VALUE", "Set a value of the application's information.", setAppinfo},
+    {"set preference", "KEY JSON", "Store one of the user's preferences.", setPreference},
+    {"plugin", "on|off", "Let the application be a plug-in, or not.", plugin},
+    {"battery", "PERCENT", "Let the battery be charged so far.", battery},
+    {"state", "[--json]", "Show what the application has made of the device.", state, true},
+    {"journal", "[--follow]",
+     "Show what it has done, and with --follow also what it does from now on.", journal, true},
+};
+
+}  // namespace
+
+std::span<const Command> deviceCommands() {
+    return kCommands;
 }
 
 std::vector<std::pair<std::string, std::string>> stateValues() {
@@ -82,39 +132,14 @@ std::vector<std::pair<std::string, std::string>> stateValues() {
         {"machine", profile().machine.value_or("none")},
         {"plugin", profile().plugin ? "on" : "off"},
         {"open calls", std::to_string(openBusCalls({}).size())}};
+    if (const std::optional<std::string> percent = batteryPercent()) {
+        values.emplace_back("battery", *percent);
+    }
     for (const std::string& request : refusedRequests()) {
         values.emplace_back("refused", request);
     }
     values.insert(values.end(), deviceState().begin(), deviceState().end());
     return values;
-}
-
-CommandOutcome state(Words words) {
-    const std::string_view form = words.next();
-    if ((!form.empty() && form != "--json") || !words.isEmpty()) {
-        return std::nullopt;
-    }
-    if (!form.empty()) {
-        return CommandResult{{}, stateAsJson(), false};
-    }
-    std::string lines;
-    for (const auto& [name, value] : stateValues()) {
-        // Texts of the application can hold anything, and stay on their line.
-        lines += base::escapedJson(name) + ": " + base::escapedJson(value) + "\n";
-    }
-    return CommandResult{{}, lines, false};
-}
-
-CommandOutcome journal(Words words) {
-    const bool follow = !words.isEmpty();
-    if (follow && (words.next() != "--follow" || !words.isEmpty())) {
-        return std::nullopt;
-    }
-    std::string lines;
-    for (const std::string& line : journalLines()) {
-        lines += line + "\n";
-    }
-    return CommandResult{{}, lines, follow};
 }
 
 }  // namespace tavsim

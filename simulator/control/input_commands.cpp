@@ -1,5 +1,5 @@
 // Commands for what the user does: keys, touches, the window.
-#include "simulator/control/command_functions.h"
+#include "simulator/control/command.h"
 #include "simulator/control/pattern.h"
 #include "simulator/input/events.h"
 #include "simulator/input/keyboard.h"
@@ -22,48 +22,36 @@ TouchFunction touchFunction(std::string_view name) {
     if (name == "move") {
         return touchMove;
     }
-    return name == "up" ? touchUp : nullptr;
+    return touchUp;
 }
 
-CommandOutcome touchAt(const char* command, TouchFunction function, Words words) {
+CommandResult touchAt(const char* command, TouchFunction function, Words words) {
     Point point;
-    if (function == nullptr || !words.areNumbers(&point.x, &point.y)) {
-        return std::nullopt;
-    }
+    words.takeNumbers(&point.x, &point.y);
     std::string error;
     const bool isDone = function(point, &error);
     return resultOf(command, isDone, error);
 }
 
-}  // namespace
-
-CommandOutcome pressKey(Words words) {
+CommandResult pressKey(Words words) {
     const std::string_view action = words.next();
-    const bool isPressed = action == "down" || action == "tap";
-    const bool isReleased = action == "up" || action == "tap";
-    if ((!isPressed && !isReleased) || words.isEmpty()) {
-        return std::nullopt;
-    }
     std::string error;
     const std::optional<SDLKey> key = keyNamed(words.rest(), &error);
     if (!key) {
         return resultOf("key", false, error);
     }
     KeyStrokes strokes;
-    if (isPressed) {
+    if (action != "up") {
         strokes.press(*key);
     }
-    if (isReleased) {
+    if (action != "down") {
         strokes.release(*key);
     }
     const bool isDone = sendEvents(strokes.events(), &error);
     return resultOf("key", isDone, error);
 }
 
-CommandOutcome typeText(Words words) {
-    if (words.isEmpty()) {
-        return std::nullopt;
-    }
+CommandResult typeText(Words words) {
     KeyStrokes strokes;
     std::string error;
     const bool isDone =
@@ -71,52 +59,55 @@ CommandOutcome typeText(Words words) {
     return resultOf("text", isDone, error);
 }
 
-CommandOutcome touch(Words words) {
+CommandResult touch(Words words) {
     const TouchFunction function = touchFunction(words.next());
     return touchAt("touch", function, words);
 }
 
-CommandOutcome tap(Words words) {
+CommandResult tap(Words words) {
     return touchAt("tap", tapScreen, words);
 }
 
-CommandOutcome drag(Words words) {
+CommandResult drag(Words words) {
     Point from;
     Point to;
-    if (!words.takeNumbers(&from.x, &from.y, &to.x, &to.y)) {
-        return std::nullopt;
-    }
-    Milliseconds time = 0;
-    if (!words.isEmpty()) {
-        const std::optional<Milliseconds> given = readTime(words.next());
-        if (!given || !words.isEmpty()) {
-            return std::nullopt;
-        }
-        time = *given;
-    }
+    words.takeNumbers(&from.x, &from.y, &to.x, &to.y);
+    const Milliseconds time = readTime(words.next()).value_or(0);
     std::string error;
-    CommandResult result = resultOf("drag", dragFinger(from, to, time, &error), error);
+    const bool isDone = dragFinger(from, to, time, &error);
+    CommandResult result = resultOf("drag", isDone, error);
     result.lasts = time;
     return result;
 }
 
-CommandOutcome window(Words words) {
-    const std::string_view action = words.next();
-    if ((action != "minimize" && action != "restore") || !words.isEmpty()) {
-        return std::nullopt;
-    }
+CommandResult window(Words words) {
     std::string error;
-    const bool isDone = action == "minimize" ? minimizeWindow(&error) : restoreWindow(&error);
+    const bool isDone = words.next() == "minimize" ? minimizeWindow(&error) : restoreWindow(&error);
     return resultOf("window", isDone, error);
 }
 
-CommandOutcome quit(Words words) {
-    if (!words.isEmpty()) {
-        return std::nullopt;
-    }
+CommandResult quit(Words) {
     std::string error;
     const bool isDone = askToQuit(&error);
     return resultOf("quit", isDone, error);
+}
+
+constexpr Command kCommands[] = {
+    {"key", "down|up|tap NAME", "Press a key, release it, or both; named as SDL_GetKeyName() does.",
+     pressKey},
+    {"text", "TEXT", "Type the text, key by key.", typeText},
+    {"touch", "down|move|up X Y", "Touch the screen, move the finger, or take it away.", touch},
+    {"tap", "X Y", "Touch the screen for a moment.", tap},
+    {"drag", "X Y X Y [TIME]", "Drag a finger from one point to the other, within that time.",
+     drag},
+    {"window", "minimize|restore", "Put the application's window away, or show it again.", window},
+    {"quit", "", "Send the application SDL's quit event.", quit},
+};
+
+}  // namespace
+
+std::span<const Command> inputCommands() {
+    return kCommands;
 }
 
 }  // namespace tavsim

@@ -1,11 +1,9 @@
 // Commands that look at what the application shows.
-#include "simulator/control/command_functions.h"
+#include "simulator/control/command.h"
 #include "simulator/screen/screen.h"
 
 namespace tavsim {
 namespace {
-
-constexpr int kGreatestTolerance = 255;
 
 // Beside the stored picture.
 std::string differencePath(const std::string& path) {
@@ -33,28 +31,17 @@ CommandResult comparedWith(const Picture& screen, const Picture& stored, const s
                   (isShown ? "; see " + shown : "; " + error));
 }
 
-}  // namespace
-
-CommandOutcome screenshot(Words words) {
-    if (words.isEmpty()) {
-        return std::nullopt;
-    }
+CommandResult screenshot(Words words) {
     std::string error;
     const std::optional<Picture> screen = screenPicture(&error);
     const bool isDone = screen && writePng(*screen, pathOf(words.rest()), &error);
     return isDone ? CommandResult() : failed("screenshot: " + error);
 }
 
-CommandOutcome picture(Words words) {
+CommandResult picture(Words words) {
     int tolerance = 0;
     const std::string file(words.restBeforeNumber(&tolerance));
     const std::string path = pathOf(file);
-    if (words.isEmpty()) {
-        return std::nullopt;
-    }
-    if (tolerance < 0 || tolerance > kGreatestTolerance) {
-        return failed("picture: the tolerance is from 0 to 255");
-    }
     std::string error;
     const std::optional<Picture> screen = screenPicture(&error);
     if (!screen) {
@@ -67,6 +54,19 @@ CommandOutcome picture(Words words) {
                       (isMissing ? "; `screenshot " + file + "` makes it" : ""));
     }
     return comparedWith(*screen, *stored, path, tolerance);
+}
+
+constexpr Command kCommands[] = {
+    {"screenshot", "FILE", "Store the application's surface as a PNG.", screenshot},
+    {"picture", "FILE [TOLERANCE]",
+     "Compare the application's surface with a PNG; a channel may differ by so much, of 255.",
+     picture},
+};
+
+}  // namespace
+
+std::span<const Command> screenCommands() {
+    return kCommands;
 }
 
 }  // namespace tavsim

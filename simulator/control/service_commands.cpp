@@ -1,10 +1,9 @@
 // Commands for what the device's services and its host answer.
 #include <vector>
 
-#include "base/json/writer.h"
 #include "simulator/bus/bus.h"
 #include "simulator/bus/profile_services.h"
-#include "simulator/control/command_functions.h"
+#include "simulator/control/command.h"
 #include "simulator/control/pattern.h"
 #include "simulator/device/faults.h"
 #include "simulator/device/refusals.h"
@@ -15,34 +14,80 @@
 namespace tavsim {
 namespace {
 
-// The only word that is left.
-std::optional<std::string> onlyWord(Words words) {
-    std::string word(words.next());
-    return !word.empty() && words.isEmpty() ? std::optional(word) : std::nullopt;
-}
-
-// [for TIME] [request N]
-bool readRefusal(Words words, Refusal* refusal) {
+// NAME|URI [for TIME] [request N]
+Refusal readRefusal(Words words) {
+    Refusal refusal{std::string(words.next())};
     std::string_view word = words.next();
     if (word == "for") {
-        const std::optional<Milliseconds> time = readTime(words.next());
-        if (!time) {
-            return false;
-        }
-        refusal->until = after(now(), *time);
+        refusal.until = after(now(), readTime(words.next()).value_or(0));
         word = words.next();
     }
     if (word == "request") {
-        return words.areNumbers(&refusal->nth) && refusal->nth > 0;
+        words.takeNumbers(&refusal.nth);
     }
-    return word.empty();
+    return refusal;
 }
 
-CommandResult cannotBeRefused(const std::string& request) {
-    return failed(base::quoted(request) + " is no URI and no request that can be refused");
+CommandResult reply(Words words) {
+    const std::string uri(words.next());
+    return replyToAll(uri, std::string(words.rest()));
 }
+
+CommandResult answer(Words words) {
+    const std::string uri(words.next());
+    answerFromNowOn(uri, std::string(words.rest()));
+    return {};
+}
+
+CommandResult silence(Words words) {
+    answerFromNowOn(std::string(words.next()), std::nullopt);
+    return {};
+}
+
+CommandResult refuse(Words words) {
+    addRefusal(readRefusal(words));
+    return {};
+}
+
+CommandResult allow(Words words) {
+    const std::string request(words.next());
+    removeRefusals(request);
+    restoreService(request);
+    const auto service = profile().services.find(request);
+    if (service != profile().services.end()) {
+        service->second.refuse = false;
+    }
+    return {};
+}
+
+CommandResult fail(Words words) {
+    setFaultFromText(words.rest());
+    return {};
+}
+
+constexpr Command kCommands[] = {
+    {"reply", "URI TEXT", "Send a reply to every open call and subscription of the service.",
+     reply},
+    {"answer", "URI TEXT",
+     "Let the service answer this from now on, and its subscriptions at once.", answer},
+    {"silence", "URI", "Let the service answer nothing from now on; calls stay open.", silence},
+    {"refuse", "NAME|URI [for TIME] [request N]",
+     "Refuse from now on, for a time, or only the N-th request from now: keyboard, minimize,\n"
+     "      touch, compass, bridge, orientation, gestures, banners, pauseUi or screenTimeout, or\n"
+     "      requests to a service.",
+     refuse},
+    {"allow", "NAME|URI", "Take refuse, answer and silence back.", allow},
+    {"fail", "KIND:N[+]",
+     "Let the N-th allocation, dispatch, host request or read from now fail; with + all behind it\n"
+     "      too. The kinds are allocation, dispatch, host and read.",
+     fail},
+};
 
 }  // namespace
+
+std::span<const Command> serviceCommands() {
+    return kCommands;
+}
 
 CommandResult replyToAll(const std::string& uri, const std::string& text) {
     const std::vector<int> tokens = openBusCalls(uri);
@@ -53,72 +98,6 @@ CommandResult replyToAll(const std::string& uri, const std::string& text) {
         schedule(now(), [token, text] { deliverReply(token, text); });
     }
     return {{}, "replied to " + std::to_string(tokens.size()) + "\n", false};
-}
-
-CommandOutcome reply(Words words) {
-    const std::string uri(words.next());
-    if (words.isEmpty()) {
-        return std::nullopt;
-    }
-    return replyToAll(uri, std::string(words.rest()));
-}
-
-CommandOutcome answer(Words words) {
-    const std::string uri(words.next());
-    if (words.isEmpty()) {
-        return std::nullopt;
-    }
-    if (!isUri(uri)) {
-        return failed(base::quoted(uri) + " is no URI");
-    }
-    answerFromNowOn(uri, std::string(words.rest()));
-    return CommandResult();
-}
-
-CommandOutcome silence(Words words) {
-    const std::optional<std::string> uri = onlyWord(words);
-    if (!uri) {
-        return std::nullopt;
-    }
-    if (!isUri(*uri)) {
-        return failed(base::quoted(*uri) + " is no URI");
-    }
-    answerFromNowOn(*uri, std::nullopt);
-    return CommandResult();
-}
-
-CommandOutcome refuse(Words words) {
-    Refusal refusal{std::string(words.next())};
-    if (refusal.request.empty() || !readRefusal(words, &refusal)) {
-        return std::nullopt;
-    }
-    if (!canBeRefused(refusal.request)) {
-        return cannotBeRefused(refusal.request);
-    }
-    addRefusal(std::move(refusal));
-    return CommandResult();
-}
-
-CommandOutcome allow(Words words) {
-    const std::optional<std::string> request = onlyWord(words);
-    if (!request) {
-        return std::nullopt;
-    }
-    if (!canBeRefused(*request)) {
-        return cannotBeRefused(*request);
-    }
-    removeRefusals(*request);
-    restoreService(*request);
-    const auto service = profile().services.find(*request);
-    if (service != profile().services.end()) {
-        service->second.refuse = false;
-    }
-    return CommandResult();
-}
-
-CommandOutcome fail(Words words) {
-    const bool isSet = setFaultFromText(std::string(words.rest()));
-    return isSet ? CommandOutcome(CommandResult()) : std::nullopt;
 }
 
 }  // namespace tavsim

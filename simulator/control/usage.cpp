@@ -1,83 +1,233 @@
 #include "simulator/control/usage.h"
 
+#include <simdjson.h>
+
 #include <algorithm>
 
+#include "base/json/writer.h"
 #include "simulator/control/pattern.h"
+#include "simulator/device/faults.h"
+#include "simulator/device/profile.h"
 
 namespace tavsim {
 namespace {
 
-constexpr std::string_view kTakesTheRest[] = {"TEXT", "VALUE", "JSON", "NAME"};
-constexpr std::string_view kCanBeEmpty = "VALUE";
-constexpr std::string_view kNumbers[] = {"INT",
-                                         "DOUBLE",
-                                         "CODE",
-                                         "LATITUDE",
-                                         "LONGITUDE",
-                                         "ALTITUDE",
-                                         "HORIZONTAL_ACCURACY",
-                                         "VERTICAL_ACCURACY",
-                                         "HEADING",
-                                         "VELOCITY",
-                                         "X",
-                                         "Y"};
-
-template <typename List>
-bool contains(const List& list, std::string_view word) {
-    return std::find(std::begin(list), std::end(list), word) != std::end(list);
+bool isAnything(std::string_view) {
+    return true;
 }
 
+bool isSomething(std::string_view word) {
+    return !word.empty();
+}
+
+bool isTime(std::string_view word) {
+    return readTime(word).has_value();
+}
+
+template <typename Number>
 bool isNumber(std::string_view word) {
-    double number = 0;
+    Number number = 0;
     return Words(word).areNumbers(&number);
 }
 
-// Words in small letters stand for themselves, several with bars between them.
-bool isLiteral(std::string_view demand) {
-    return std::none_of(demand.begin(), demand.end(), [](char c) { return c >= 'A' && c <= 'Z'; });
+bool isCount(std::string_view word) {
+    int count = 0;
+    return Words(word).areNumbers(&count) && count > 0;
 }
 
-bool isOneOf(std::string_view word, std::string_view choices) {
-    while (!choices.empty()) {
-        const std::string_view choice = choices.substr(0, choices.find('|'));
-        if (word == choice) {
+bool isDistance(std::string_view word) {
+    return word.ends_with('m') && isNumber<double>(word.substr(0, word.size() - 1));
+}
+
+bool isPlace(std::string_view word) {
+    const size_t comma = word.find(',');
+    return comma != std::string_view::npos && isNumber<double>(word.substr(0, comma)) &&
+           isNumber<double>(word.substr(comma + 1));
+}
+
+struct Range {
+    double least;
+    double greatest;
+    const char* problem;  // with a number outside
+};
+
+constexpr Range kLatitudes = {-90, 90, "the latitude is from -90 to 90"};
+constexpr Range kLongitudes = {-180, 180, "the longitude is from -180 to 180"};
+constexpr Range kSpeeds = {0.01, 10000, "the speed is from 0.01 to 10000 metres a second"};
+constexpr Range kFactors = {0.001, 1000, "the factor is from 0.001 to 1000"};
+constexpr Range kTolerances = {0, 255, "the tolerance is from 0 to 255"};
+constexpr Range kPercents = {0, 100, "the percentage is from 0 to 100"};
+
+template <const Range& kRange>
+std::string rangeProblem(std::string_view word) {
+    double number = 0;
+    Words(word).takeNumbers(&number);
+    return number >= kRange.least && number <= kRange.greatest ? "" : kRange.problem;
+}
+
+std::string placeProblem(std::string_view word) {
+    const size_t comma = word.find(',');
+    const std::string problem = rangeProblem<kLatitudes>(word.substr(0, comma));
+    return problem.empty() ? rangeProblem<kLongitudes>(word.substr(comma + 1)) : problem;
+}
+
+std::string uriProblem(std::string_view word) {
+    return isUri(std::string(word)) ? "" : base::quoted(word) + " is no URI";
+}
+
+std::string requestProblem(std::string_view word) {
+    return canBeRefused(std::string(word))
+               ? ""
+               : base::quoted(word) + " is no URI and no request that can be refused";
+}
+
+std::string jsonProblem(std::string_view text) {
+    simdjson::dom::parser parser;
+    const bool isJson = parser.parse(text.data(), text.size()).error() == simdjson::SUCCESS;
+    return isJson ? "" : "the value must be JSON";
+}
+
+// A kind of word, under the name that it has in usages.
+struct Kind {
+    std::string_view name;
+    bool (*hasForm)(std::string_view word);
+    std::string (*problem)(std::string_view word) = nullptr;  // with a value of that form
+    bool takesRest = false;  // blanks belong to it, but for a number that may follow
+};
+
+constexpr Kind kKinds[] = {
+    {"ALTITUDE", isNumber<double>},
+    {"CODE", isNumber<int>},
+    {"DOUBLE", isNumber<double>},
+    {"FACTOR", isNumber<double>, rangeProblem<kFactors>},
+    {"FILE", isSomething, nullptr, true},
+    {"HEADING", isNumber<double>},
+    {"HORIZONTAL_ACCURACY", isNumber<double>},
+    {"INT", isNumber<int>},
+    {"JSON", isSomething, jsonProblem, true},
+    {"KEY", isSomething},
+    {"KIND:N[+]", isFaultText},
+    {"LAT,LON", isPlace, placeProblem},
+    {"LATITUDE", isNumber<double>, rangeProblem<kLatitudes>},
+    {"LONGITUDE", isNumber<double>, rangeProblem<kLongitudes>},
+    {"METRESm", isDistance},
+    {"N", isCount},
+    {"NAME", isSomething, nullptr, true},
+    {"NAME|URI", isSomething, requestProblem},
+    {"PERCENT", isNumber<int>, rangeProblem<kPercents>},
+    {"SPEED", isNumber<double>, rangeProblem<kSpeeds>},
+    {"TEXT", isSomething, nullptr, true},
+    {"TIME", isTime},
+    {"TOLERANCE", isNumber<int>, rangeProblem<kTolerances>},
+    {"URI", isSomething, uriProblem},
+    {"VALUE", isAnything, nullptr, true},
+    {"VELOCITY", isNumber<double>},
+    {"VERTICAL_ACCURACY", isNumber<double>},
+    {"X", isNumber<int>},
+    {"Y", isNumber<int>},
+};
+
+const Kind* findKind(std::string_view name) {
+    const auto* found = std::find_if(std::begin(kKinds), std::end(kKinds),
+                                     [name](const Kind& one) { return one.name == name; });
+    return found != std::end(kKinds) ? found : nullptr;
+}
+
+std::string_view takeUpTo(char end, std::string_view* text) {
+    const std::string_view taken = text->substr(0, text->find(end));
+    text->remove_prefix(std::min(taken.size() + 1, text->size()));
+    return taken;
+}
+
+class Matcher {
+public:
+    explicit Matcher(Words words) : m_words(words) {}
+
+    // Whether the next words have this form.
+    bool take(std::string_view usage);
+
+    bool isAtEnd() const { return m_words.isEmpty(); }
+    const std::string& problem() const { return m_problem; }
+
+private:
+    bool begins(std::string_view usage) const;
+    bool takeOne(std::string_view demand, bool isLast);
+    std::string_view takeText(bool isLast);
+    bool isOf(const Kind& kind, std::string_view word);
+
+    Words m_words;
+    std::string m_problem;  // the first
+};
+
+bool Matcher::take(std::string_view usage) {
+    while (!usage.empty()) {
+        if (usage.starts_with('[')) {
+            const std::string_view group = takeUpTo(']', &usage).substr(1);
+            if (begins(group) && !take(group)) {
+                return false;
+            }
+            takeUpTo(' ', &usage);
+            continue;
+        }
+        std::string_view demand = takeUpTo(' ', &usage);
+        const bool repeats = demand.ends_with("...");
+        demand.remove_suffix(repeats ? 3 : 0);
+        do {
+            if (!takeOne(demand, usage.empty())) {
+                return false;
+            }
+        } while (repeats && !m_words.isEmpty());
+    }
+    return true;
+}
+
+// Whether the next word can be the first of an optional part.
+bool Matcher::begins(std::string_view usage) const {
+    const std::string_view first = takeUpTo(' ', &usage);
+    const bool isLiteral =
+        std::none_of(first.begin(), first.end(), [](char c) { return c >= 'A' && c <= 'Z'; });
+    return !m_words.isEmpty() && (!isLiteral || Words(m_words).next() == first);
+}
+
+bool Matcher::takeOne(std::string_view demand, bool isLast) {
+    if (const Kind* kind = findKind(demand)) {
+        return isOf(*kind, kind->takesRest ? takeText(isLast) : m_words.next());
+    }
+    const std::string_view word = m_words.next();
+    while (!demand.empty()) {
+        const std::string_view choice = takeUpTo('|', &demand);
+        const Kind* kind = findKind(choice);
+        if (kind != nullptr ? isOf(*kind, word) : word == choice) {
             return true;
         }
-        choices.remove_prefix(std::min(choice.size() + 1, choices.size()));
     }
     return false;
 }
 
-bool fits(std::string_view word, std::string_view demand) {
-    if (word.empty()) {
-        return demand == kCanBeEmpty;
+std::string_view Matcher::takeText(bool isLast) {
+    double number = 0;
+    const std::string_view text = isLast ? m_words.rest() : m_words.restBeforeNumber(&number);
+    m_words = Words(m_words.rest().substr(text.size()));
+    return text;
+}
+
+bool Matcher::isOf(const Kind& kind, std::string_view word) {
+    if (!kind.hasForm(word)) {
+        return false;
     }
-    if (isLiteral(demand)) {
-        return isOneOf(word, demand);
+    if (kind.problem != nullptr && m_problem.empty()) {
+        m_problem = kind.problem(word);
     }
-    return demand == "TIME" ? readTime(word).has_value()
-                            : !contains(kNumbers, demand) || isNumber(word);
+    return true;
 }
 
 }  // namespace
 
-bool fitsUsage(std::string_view usage, Words words) {
-    Words demands(usage);
-    while (!demands.isEmpty()) {
-        const std::string_view demand = demands.next();
-        const bool isLoose =
-            demand.starts_with('[') || demand.find("...") != std::string_view::npos;
-        if (isLoose) {
-            return true;
-        }
-        if (!fits(words.next(), demand)) {
-            return false;
-        }
-        if (demands.isEmpty() && contains(kTakesTheRest, demand)) {
-            return true;
-        }
-    }
-    return words.isEmpty();
+bool fitsUsage(std::string_view usage, Words words, std::string* problem) {
+    Matcher matcher(words);
+    const bool hasForm = matcher.take(usage) && matcher.isAtEnd();
+    *problem = hasForm ? matcher.problem() : "";
+    return hasForm && problem->empty();
 }
 
 }  // namespace tavsim

@@ -1,11 +1,10 @@
 // Commands for where the device is, where it goes, and what its compass tells.
-#include <cmath>
 #include <memory>
 #include <vector>
 
 #include "simulator/bus/bus.h"
 #include "simulator/bus/location.h"
-#include "simulator/control/command_functions.h"
+#include "simulator/control/command.h"
 #include "simulator/control/pattern.h"
 #include "simulator/host/compass.h"
 #include "simulator/world/position.h"
@@ -15,38 +14,26 @@
 namespace tavsim {
 namespace {
 
-constexpr double kSlowest = 0.01;  // metres a second
-constexpr double kFastest = 10000.0;
 constexpr double kShortestPause = 0.001;  // seconds
-constexpr double kLeastFactor = 0.001;
-constexpr double kGreatestFactor = 1000.0;
 constexpr Fix kNobodyKnowsWhere = {0, 0, 0, 5, 10, 0, 0};
 
-// Empty for a place on the earth.
-std::string whyNoPlace(const Place& place) {
-    if (std::abs(place.latitude) > kHighestLatitude) {
-        return "the latitude is from -90 to 90";
-    }
-    return std::abs(place.longitude) > kHighestLongitude ? "the longitude is from -180 to 180" : "";
-}
-
 // LAT,LON
-bool readPlace(std::string_view word, Place* place) {
+Place readPlace(std::string_view word) {
     const size_t comma = word.find(',');
-    return comma != std::string_view::npos &&
-           Words(word.substr(0, comma)).areNumbers(&place->latitude) &&
-           Words(word.substr(comma + 1)).areNumbers(&place->longitude);
+    Place place;
+    Words(word.substr(0, comma)).takeNumbers(&place.latitude);
+    Words(word.substr(comma + 1)).takeNumbers(&place.longitude);
+    return place;
 }
 
 // TIME or METRESm, as metres.
-std::optional<double> readInterval(std::string_view word, double speed) {
+double readInterval(std::string_view word, double speed) {
     if (const std::optional<Milliseconds> time = readTime(word)) {
         return speed * static_cast<double>(*time) / 1000;
     }
     double metres = 0;
-    return word.ends_with('m') && Words(word.substr(0, word.size() - 1)).areNumbers(&metres)
-               ? std::optional(metres)
-               : std::nullopt;
+    Words(word.substr(0, word.size() - 1)).takeNumbers(&metres);
+    return metres;
 }
 
 struct WalkOrder {
@@ -55,134 +42,82 @@ struct WalkOrder {
     std::vector<Place> places;
 };
 
-std::optional<WalkOrder> readWalk(Words words) {
+// SPEED [every TIME|METRESm] LAT,LON...
+WalkOrder readWalk(Words words) {
     WalkOrder order;
-    if (!words.takeNumbers(&order.speed)) {
-        return std::nullopt;
-    }
+    words.takeNumbers(&order.speed);
     order.metres = order.speed;
-    Words behindEvery = words;
-    if (behindEvery.next() == "every") {
-        const std::optional<double> metres = readInterval(behindEvery.next(), order.speed);
-        if (!metres) {
-            return std::nullopt;
-        }
-        order.metres = *metres;
-        words = behindEvery;
+    std::string_view word = words.next();
+    if (word == "every") {
+        order.metres = readInterval(words.next(), order.speed);
+        word = words.next();
     }
-    while (!words.isEmpty()) {
-        if (!readPlace(words.next(), &order.places.emplace_back())) {
-            return std::nullopt;
-        }
+    for (; !word.empty(); word = words.next()) {
+        order.places.push_back(readPlace(word));
     }
-    return order.places.empty() ? std::nullopt : std::optional(order);
+    return order;
 }
 
-std::string whyNoWalk(const WalkOrder& order) {
-    if (!(order.speed >= kSlowest && order.speed <= kFastest)) {
-        return "the speed is from 0.01 to 10000 metres a second";
-    }
-    if (!(order.metres / order.speed >= kShortestPause)) {
-        return "there is at least a millisecond from one fix to the next";
-    }
-    for (const Place& place : order.places) {
-        std::string reason = whyNoPlace(place);
-        if (!reason.empty()) {
-            return reason;
-        }
-    }
-    return order.places.size() == 1 && !presentFix()
-               ? "the device has no position yet to walk from; begin with one"
-               : "";
-}
-
-}  // namespace
-
-CommandOutcome compass(Words words) {
+CommandResult compass(Words words) {
     CompassReading reading;
-    if (!words.areNumbers(&reading.intValue, &reading.doubleValue1, &reading.doubleValue2)) {
-        return std::nullopt;
-    }
-    if (!deliverCompassReading(reading)) {
-        return failed("compass: the application has not called TAV_Init");
-    }
-    return CommandResult();
+    words.takeNumbers(&reading.intValue, &reading.doubleValue1, &reading.doubleValue2);
+    return deliverCompassReading(reading)
+               ? CommandResult()
+               : failed("compass: the application has not called TAV_Init");
 }
 
-CommandOutcome compassFollow(Words words) {
-    const std::string_view value = words.next();
-    if ((value != "on" && value != "off") || !words.isEmpty()) {
-        return std::nullopt;
-    }
-    letCompassFollow(value == "on");
-    return CommandResult();
+CommandResult compassFollow(Words words) {
+    letCompassFollow(words.next() == "on");
+    return {};
 }
 
-CommandOutcome location(Words words) {
+CommandResult location(Words words) {
     Fix fix;
-    if (!words.areNumbers(&fix.latitude, &fix.longitude, &fix.altitude, &fix.horizAccuracy,
-                          &fix.vertAccuracy, &fix.heading, &fix.velocity)) {
-        return std::nullopt;
-    }
-    const std::string reason = whyNoPlace({fix.latitude, fix.longitude});
-    if (!reason.empty()) {
-        return failed("location: " + reason);
-    }
+    words.takeNumbers(&fix.latitude, &fix.longitude, &fix.altitude, &fix.horizAccuracy,
+                      &fix.vertAccuracy, &fix.heading, &fix.velocity);
     placeDevice(fix);
-    return CommandResult();
+    return {};
 }
 
-CommandOutcome locationError(Words words) {
+CommandResult locationError(Words words) {
     int code = 0;
-    if (!words.areNumbers(&code)) {
-        return std::nullopt;
-    }
+    words.takeNumbers(&code);
     return replyToAll(kLocationUri, locationErrorReply(code));
 }
 
-CommandOutcome locationLost(Words words) {
+CommandResult locationLost(Words words) {
     int code = kNoFix;
-    if (!words.isEmpty() && !words.areNumbers(&code)) {
-        return std::nullopt;
+    if (!words.isEmpty()) {
+        words.takeNumbers(&code);
     }
     loseLocation(code);
-    return CommandResult();
+    return {};
 }
 
-CommandOutcome locationFound(Words words) {
-    if (!words.isEmpty()) {
-        return std::nullopt;
-    }
+CommandResult locationFound(Words) {
     return findLocation() ? CommandResult() : failed("location found: it is not lost");
 }
 
-CommandOutcome walk(Words words) {
-    std::optional<WalkOrder> order = readWalk(words);
-    if (!order) {
-        return std::nullopt;
-    }
-    const std::string reason = whyNoWalk(*order);
-    if (!reason.empty()) {
-        return failed("walk: " + reason);
+CommandResult walk(Words words) {
+    WalkOrder order = readWalk(words);
+    if (!(order.metres / order.speed >= kShortestPause)) {
+        return failed("walk: there is at least a millisecond from one fix to the next");
     }
     const std::optional<Fix> present = presentFix();
-    if (order->places.size() == 1) {
-        order->places.insert(order->places.begin(), {present->latitude, present->longitude});
+    if (order.places.size() == 1) {
+        if (!present) {
+            return failed("walk: the device has no position yet to walk from; begin with one");
+        }
+        order.places.insert(order.places.begin(), {present->latitude, present->longitude});
     }
-    setOut("walking", walkAlong(order->places, order->speed, order->metres,
-                                present.value_or(kNobodyKnowsWhere)));
-    return CommandResult();
+    setOut("walking",
+           walkAlong(order.places, order.speed, order.metres, present.value_or(kNobodyKnowsWhere)));
+    return {};
 }
 
-CommandOutcome track(Words words) {
+CommandResult track(Words words) {
     double factor = 1.0;
     const std::string_view file = words.restBeforeNumber(&factor);
-    if (file.empty()) {
-        return std::nullopt;
-    }
-    if (!(factor >= kLeastFactor && factor <= kGreatestFactor)) {
-        return failed("track: the factor is from 0.001 to 1000");
-    }
     std::string problem;
     std::optional<Track> read = readTrack(pathOf(file), &problem);
     if (!read) {
@@ -192,6 +127,30 @@ CommandOutcome track(Words words) {
     CommandResult result;
     result.output = problem.empty() ? "" : "track: " + problem + "\n";
     return result;
+}
+
+constexpr Command kCommands[] = {
+    {"compass", "INT DOUBLE DOUBLE", "Deliver a compass reading.", compass},
+    {"compass follow", "on|off", "Let the compass point where the device is heading, or not.",
+     compassFollow},
+    {"location",
+     "LATITUDE LONGITUDE ALTITUDE HORIZONTAL_ACCURACY VERTICAL_ACCURACY HEADING VELOCITY",
+     "Put the device there.", location},
+    {"location error", "CODE", "Send an error of the location service.", locationError},
+    {"location lost", "[CODE]", "Let the device not know its position from now on.", locationLost},
+    {"location found", "", "Let it know its position again.", locationFound},
+    {"walk", "SPEED [every TIME|METRESm] LAT,LON...",
+     "Walk from one place to the next at so many metres a second, with a fix every second, every\n"
+     "      so often or every so many metres. With one place, from where the device is.",
+     walk},
+    {"track", "FILE [FACTOR]",
+     "Move as a GPX file or an NMEA 0183 log has recorded, or at so many times that speed.", track},
+};
+
+}  // namespace
+
+std::span<const Command> worldCommands() {
+    return kCommands;
 }
 
 }  // namespace tavsim

@@ -1,8 +1,10 @@
 #include "simulator/device/faults.h"
 
+#include <algorithm>
 #include <atomic>
 #include <charconv>
 #include <limits>
+#include <optional>
 
 #include "helper/failing.h"
 
@@ -10,7 +12,7 @@ namespace tavsim {
 namespace {
 
 struct Plan {
-    const char* name;
+    std::string_view name;
     std::atomic<int> first = 0;  // files are opened on any thread
     std::atomic<int> last = 0;
     std::atomic<int> occurred = 0;
@@ -37,6 +39,28 @@ void setPlan(Plan& plan, int first, int last) {
     plan.occurred = 0;
 }
 
+struct FaultText {
+    Plan* plan;
+    int n;
+    bool isForEver;
+};
+
+std::optional<FaultText> readFault(std::string_view text) {
+    const size_t colon = text.find(':');
+    auto* const plan =
+        std::find_if(std::begin(g_plans), std::end(g_plans),
+                     [name = text.substr(0, colon)](const Plan& one) { return one.name == name; });
+    if (colon == std::string_view::npos || plan == std::end(g_plans)) {
+        return std::nullopt;
+    }
+    int n = 0;
+    const bool isForEver = text.ends_with('+');
+    const char* const end = text.data() + text.size() - (isForEver ? 1 : 0);
+    const auto [rest, problem] = std::from_chars(text.data() + colon + 1, end, n);
+    const bool isCount = problem == std::errc() && rest == end && n > 0;
+    return isCount ? std::optional(FaultText{plan, n, isForEver}) : std::nullopt;
+}
+
 }  // namespace
 
 bool faultStrikes(Fault fault) {
@@ -57,25 +81,16 @@ int faultOccurrences(Fault fault) {
     return planOf(fault).occurred;
 }
 
-bool setFaultFromText(const std::string& text) {
-    const size_t colon = text.find(':');
-    if (colon == std::string::npos) {
-        return false;
+bool isFaultText(std::string_view text) {
+    return readFault(text).has_value();
+}
+
+bool setFaultFromText(std::string_view text) {
+    const std::optional<FaultText> read = readFault(text);
+    if (read) {
+        setPlan(*read->plan, read->n, read->isForEver ? kForEver : read->n);
     }
-    int n = 0;
-    const bool isForEver = text.back() == '+';
-    const char* end = text.data() + text.size() - (isForEver ? 1 : 0);
-    const auto [rest, problem] = std::from_chars(text.data() + colon + 1, end, n);
-    if (problem != std::errc() || rest != end || n < 1) {
-        return false;
-    }
-    for (Plan& plan : g_plans) {
-        if (text.compare(0, colon, plan.name) == 0) {
-            setPlan(plan, n, isForEver ? kForEver : n);
-            return true;
-        }
-    }
-    return false;
+    return read.has_value();
 }
 
 }  // namespace tavsim

@@ -2,7 +2,7 @@
 #ifndef TAV_SIMULATOR_DEVICE_FAULTS_H
 #define TAV_SIMULATOR_DEVICE_FAULTS_H
 
-#include <string>
+#include <string_view>
 
 namespace tavsim {
 
@@ -25,7 +25,8 @@ int faultOccurrences(Fault fault);
 
 // Reads "allocation:3", "dispatch:1", "host:2" or "read:1"; a + at the end stands for all from that
 // one on. False for anything else.
-bool setFaultFromText(const std::string& text);
+bool setFaultFromText(std::string_view text);
+bool isFaultText(std::string_view text);
 
 }  // namespace tavsim
 

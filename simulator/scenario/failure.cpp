@@ -4,7 +4,7 @@
 
 #include "base/json/writer.h"
 #include "base/print_line.h"
-#include "simulator/control/command_functions.h"
+#include "simulator/control/commands.h"
 #include "simulator/device/journal.h"
 
 namespace tavsim {

@@ -6,7 +6,7 @@
 #include <memory>
 
 #include "base/print_line.h"
-#include "simulator/control/command_functions.h"
+#include "simulator/control/commands.h"
 #include "simulator/device/claim.h"
 #include "simulator/device/journal.h"
 #include "simulator/device/root.h"

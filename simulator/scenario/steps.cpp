@@ -148,7 +148,7 @@ std::optional<Action> readCommand(std::string_view text, const Line& line, std::
     // Absolute, because the application may change its working directory before the command runs.
     std::error_code problem;
     CommandLine command = {std::string(text), std::filesystem::current_path(problem) / line.folder};
-    *error = whyMalformed(command.line, kStatementNames);
+    *error = whyNoStep(command.line, kStatementNames);
     return error->empty() ? std::optional<Action>(std::move(command)) : std::nullopt;
 }
 

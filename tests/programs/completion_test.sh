@@ -23,6 +23,6 @@ offers 'list location' ctl --root x l
 offers 'ended ready' ctl --timeout = 5 wait ''
 offers 'appinfo preference property' ctl set ''
 offers '--json' ctl state -
-offers '' ctl reply ''
+offers 'off on' ctl compass follow ''
 offers '--json' devices --j
 offers '--jobs --junit' test --j

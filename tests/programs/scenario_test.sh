@@ -52,7 +52,7 @@ while IFS='|' read -r steps reason; do
     [[ $status -eq 3 && $err == "scenario:$line: ${steps##*$'\n'}: $reason"*$'\n  the journal '* ]] ||
         fail "$steps: status $status, said: $err"
 done <<'EOF'
-refuse nonsense|"nonsense" is no URI
+location found|location found: it is not lost
 after 5ms: expect what=nothing|the journal has no such entry
 expect within 2s what=call uri=*nowhere|the journal has no such entry
 when what=nothing within 1s: quit|the journal has no such entry

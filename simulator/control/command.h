@@ -1,0 +1,43 @@
+// What a command is, once and for all: its row says what it takes and what it does.
+#ifndef TAV_SIMULATOR_CONTROL_COMMAND_H
+#define TAV_SIMULATOR_CONTROL_COMMAND_H
+
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "simulator/control/commands.h"
+#include "simulator/control/words.h"
+
+namespace tavsim {
+
+struct Command {
+    std::string_view name;   // one word or two
+    std::string_view usage;  // of the words behind it; see fitsUsage()
+    std::string_view help;
+    // Is given words that fit the usage. Nothing has happened when an error comes back. Null where
+    // no device is needed.
+    CommandResult (*carryOut)(Words words) = nullptr;
+    bool shows = false;  // all it does is to put something out
+};
+
+// The rows of each file of commands.
+std::span<const Command> worldCommands();
+std::span<const Command> serviceCommands();
+std::span<const Command> deviceCommands();
+std::span<const Command> inputCommands();
+std::span<const Command> screenCommands();
+
+inline CommandResult failed(const std::string& error) {
+    return {error, {}, false};
+}
+
+// The path of a file that the command names, for use while it is carried out.
+std::string pathOf(std::string_view file);
+
+// Queues a reply to every open call of the URI, as if the service had sent it now.
+CommandResult replyToAll(const std::string& uri, const std::string& text);
+
+}  // namespace tavsim
+
+#endif
