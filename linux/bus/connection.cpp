@@ -11,14 +11,12 @@ namespace tavlinux {
 namespace {
 
 constexpr int kLongestConnectMs = 1000;
-constexpr int kLongestBriefCallMs = 500;
-constexpr int kLongestFlushMs = 500;
 constexpr guint kBetweenLooksMs = 500;
 constexpr gint64 kRestAfterHangUs = 10'000'000;
 
 struct Line {
     GDBusConnection* connection = nullptr;
-    bool isConnecting = false;  // and what comes meanwhile finds no bus
+    bool isConnecting = false;  // calls made meanwhile find no bus
     gint64 restsUntil = 0;
 };
 
@@ -33,7 +31,7 @@ struct BriefCall {
     bool isLate = false;
 };
 
-// GLib's own way to an address may start programs, so it is not asked.
+// GLib's own look-up of an address may start programs, so it is not used.
 std::string addressOf(Bus bus) {
     const bool isSession = bus == Bus::Session;
     const char* address =
@@ -43,10 +41,8 @@ std::string addressOf(Bus bus) {
     }
     const std::string folder = isSession ? g_get_user_runtime_dir() : "/run/dbus";
     const std::string socket = folder + (isSession ? "/bus" : "/system_bus_socket");
-    char* escaped = g_dbus_address_escape_value(socket.c_str());
-    std::string result = std::string("unix:path=") + escaped;
-    g_free(escaped);
-    return result;
+    g_autofree char* escaped = g_dbus_address_escape_value(socket.c_str());
+    return std::string("unix:path=") + escaped;
 }
 
 void onConnected(GObject*, GAsyncResult* result, gpointer data) {
@@ -73,7 +69,7 @@ void connect(const std::string& address, Line* line) {
     }
     g_object_unref(cancellable);
     line->connection = attempt->connection;
-    // What was said last, as that the compass is not needed any more, is to be heard.
+    // The last messages, such as the release of the compass, must still be sent.
     [[maybe_unused]] static const int isRegistered = std::atexit(flushConnections);
 }
 
@@ -123,7 +119,7 @@ void lookFromTimeToTime(Bus bus) {
     g_source_unref(timer);
 }
 
-// Noticed by the bus's end itself or by the next who uses it, whichever comes first.
+// The end of a bus is noticed by its "closed" signal or by the next use, whichever comes first.
 void dropClosed(Bus bus) {
     Line& line = lineOf(bus);
     if (line.connection != nullptr && g_dbus_connection_is_closed(line.connection) != FALSE) {
@@ -177,7 +173,7 @@ void flushConnections() {
             g_dbus_connection_flush(lineOf(bus).connection, nullptr, onFlushed,
                                     new std::shared_ptr<bool>(isFlushed));
         }
-        serveUntil([&isFlushed] { return *isFlushed; }, kLongestFlushMs);
+        serveUntil([&isFlushed] { return *isFlushed; });
     }
 }
 
@@ -198,7 +194,7 @@ bool call(const Method& method, GVariant* arguments, Result result, GCancellable
 
 Variant callBriefly(const Method& method, GVariant* arguments, const char* resultType,
                     LateResult late) {
-    static auto& hanging = *new std::set<std::string>;  // services that owe an answer
+    static auto& hanging = *new std::set<std::string>;  // services that have not answered yet
     const Variant kept = owned(arguments);
     if (!isApplicationThread() || hanging.contains(method.service)) {
         return nullptr;
@@ -219,7 +215,7 @@ Variant callBriefly(const Method& method, GVariant* arguments, const char* resul
     if (!call(method, arguments, takeResult)) {
         return nullptr;
     }
-    if (!serveUntil([&brief] { return brief->isFinished; }, kLongestBriefCallMs)) {
+    if (!serveUntil([&brief] { return brief->isFinished; })) {
         brief->isLate = true;
         hanging.insert(method.service);
     }

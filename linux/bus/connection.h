@@ -1,4 +1,4 @@
-// The two message buses, and what is done on them.
+// The session bus and the system bus, and calls on them.
 #ifndef TAV_LINUX_BUS_CONNECTION_H
 #define TAV_LINUX_BUS_CONNECTION_H
 
@@ -17,11 +17,11 @@ inline constexpr char kProperties[] = "org.freedesktop.DBus.Properties";
 
 enum class Bus { Session, System };
 
-// Null when the bus is not there, or on another thread than the application's. A bus that was lost
-// is looked for anew, and as long as somebody subscribes, also without being asked.
+// Null when the bus is not there, or on another thread than the application's. Connects again to a
+// bus that was lost. While there are subscriptions, that also happens without a call.
 GDBusConnection* connectionTo(Bus bus);
 
-// Waits, but not for long, until everything has been sent.
+// Waits until everything has been sent, for kLongestWaitMs at most.
 void flushConnections();
 
 struct Method {
@@ -32,18 +32,18 @@ struct Method {
     std::string name;
 };
 
-// Receives what a method answered, or null and why not. Both are the caller's.
+// Receives the result of a method, or null and the error. Both belong to the caller.
 using Result = std::function<void(GVariant* result, const GError* problem)>;
 
-// Takes over the arguments, a tuple or null, also where it fails. The result comes while the
-// context is served, however long the service takes, or when the call is cancelled. With an empty
-// function nobody wants one. False when the bus is not there.
+// Takes over the arguments, a tuple or null, even when it fails. The result comes while the context
+// is iterated, however long the service takes, or when the call is cancelled. Without a function
+// for the result no reply is requested. False when the bus is not there.
 bool call(const Method& method, GVariant* arguments, Result result,
           GCancellable* cancellable = nullptr);
 
-// Waits for the answer of a service of this machine, but not for long. Null when there was none.
-// One that comes later goes to a function, which undoes what nobody knows of. Until then this
-// service is called no more.
+// Waits for the answer of a service, for kLongestWaitMs at most. Null when none came in time. An
+// answer that comes later goes to `late`, which can undo what the service has done. Until it comes,
+// later calls of callBriefly to that service return null at once.
 using LateResult = std::function<void(GVariant* result)>;
 Variant callBriefly(const Method& method, GVariant* arguments, const char* resultType,
                     LateResult late = nullptr);
@@ -51,10 +51,10 @@ Variant callBriefly(const Method& method, GVariant* arguments, const char* resul
 Variant propertyOf(Bus bus, const std::string& service, const std::string& path,
                    const std::string& interface, const char* property);
 
-// Whether the service runs, or is started when it is called.
+// Whether the service runs, or the bus can start it.
 bool isAvailable(Bus bus, const char* service);
 
-// True when nobody answers to the name that was called.
+// True when the name that was called has no owner.
 bool isNobodyThere(const GError* problem);
 
 }  // namespace tavlinux

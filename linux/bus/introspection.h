@@ -1,4 +1,4 @@
-// What objects on the buses can do, in their own words.
+// Introspection: the methods and signals that an object on a bus says it has.
 #ifndef TAV_LINUX_BUS_INTROSPECTION_H
 #define TAV_LINUX_BUS_INTROSPECTION_H
 
@@ -23,18 +23,17 @@ struct Description {
     Description& operator=(const Description&) = delete;
 };
 
-// Receives the description, or null and why there is none.
+// Receives the description, or null and the error.
 using Described = std::function<void(const std::shared_ptr<Description>&, const GError*)>;
 
-// Asks the service on the session bus, or where nobody has its name there, on the system bus. What
-// is known already is told at once, until the service gets another owner. False when there is no
-// bus.
+// Asks the service on the session bus, or on the system bus when nobody owns its name there. A
+// description is cached until the service's name gets another owner. False when there is no bus.
 bool describe(const std::string& service, const std::string& path, const Described& described);
 
-// Whether some service has not told yet.
+// Whether a service has not answered yet.
 bool isDescribing();
 
-// To be called when an object lacks what its description has.
+// Removes the description from the cache. To be called when the object does not match it.
 void forgetDescription(const std::string& service, const std::string& path);
 
 }  // namespace tavlinux

@@ -1,4 +1,4 @@
-// The desktop portal, which says in a signal what becomes of a request.
+// The desktop portal, which responds to a request with a signal.
 #ifndef TAV_LINUX_BUS_PORTAL_H
 #define TAV_LINUX_BUS_PORTAL_H
 
@@ -13,19 +13,20 @@ inline constexpr char kPortal[] = "org.freedesktop.portal.Desktop";
 inline constexpr char kPortalPath[] = "/org/freedesktop/portal/desktop";
 inline constexpr char kPortalRequest[] = "org.freedesktop.portal.Request";
 
-// A new token for what the portal is to make, and where it makes that: a "request" or a "session".
+// A new token, and the path of the object, a "request" or a "session", that the portal makes for
+// it.
 std::string newPortalToken();
 std::string portalObject(const char* kind, const std::string& token);
 
-// Receives the response to one request while it lives. It is made before the request is sent, as
-// the response can come before the method's answer.
+// Receives the response to one request while it exists. Make it before the request is sent, because
+// the response can come before the method returns.
 class PortalResponse {
 public:
-    enum Code : guint32 { Granted = 0, Cancelled = 1 };  // by the user; others are failures
+    enum Code : guint32 { Granted = 0, Cancelled = 1 };  // by the user; other codes are failures
 
     explicit PortalResponse(const std::function<void(guint32 code)>& receiver);
 
-    // The request's options, by which the portal knows where to respond.
+    // Options for the request, with the token that tells the portal where to respond.
     GVariantBuilder options() const;
 
 private:

@@ -1,4 +1,5 @@
-// When this system delivers: while the application polls, waits for or pumps SDL events.
+// The pump: replies and signals are delivered while the application polls, waits for or pumps SDL
+// events.
 #ifndef TAV_LINUX_BUS_PUMP_H
 #define TAV_LINUX_BUS_PUMP_H
 
@@ -8,10 +9,13 @@
 
 namespace tavlinux {
 
-// The private context in which everything of GIO runs; nothing but the functions below serves it.
+// No function waits longer for a service.
+inline constexpr int kLongestWaitMs = 500;
+
+// The private main context for all of GIO. Only the functions below iterate it.
 GMainContext* context();
 
-// What GIO starts while one of these lives reports to the context.
+// Operations that GIO starts while such an object exists complete in the context.
 class OnContext {
 public:
     OnContext() { g_main_context_push_thread_default(context()); }
@@ -23,23 +27,23 @@ public:
 // Whether the context has been used.
 bool isStarted();
 
-// Whether the calling thread is the application's, which loaded the library, and this is no fork
-// that was made after the context: GIO's threads are not in it.
+// Whether the calling thread is the application's, which is the one that loaded the library. False
+// in a child process that was forked after the context was made, as GIO's threads are not in it.
 bool isApplicationThread();
 
-// Queues what is to call the library or the application.
+// Queues a function that calls the library or the application.
 void deliver(std::function<void()> delivery);
 
-// Serves the context without waiting, then delivers what is queued by then. A delivery may pump
-// itself, and what it queues waits for the next time. On the application's thread only.
+// Iterates the context without waiting, then delivers what is queued by then. A delivery may call
+// pump. What a delivery queues waits for the next call. On the application's thread only.
 void pump();
 
-// Serves the context until there is something to deliver, for some milliseconds at the most.
+// Iterates the context until there is something to deliver, for so many milliseconds at most.
 void waitForDelivery(int milliseconds);
 
-// Serves the context until something is so, and delivers nothing. False when that took too long, or
-// on another thread than the application's.
-bool serveUntil(const std::function<bool()>& isSo, int milliseconds);
+// Iterates the context until the condition holds, and delivers nothing. False when that took too
+// long, or on another thread than the application's.
+bool serveUntil(const std::function<bool()>& isSo, int milliseconds = kLongestWaitMs);
 
 }  // namespace tavlinux
 

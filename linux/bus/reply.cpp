@@ -1,7 +1,5 @@
 #include "linux/bus/reply.h"
 
-#include <utility>
-
 #include "base/json/writer.h"
 #include "platform/htracker.h"
 
@@ -19,20 +17,11 @@ std::string failure(const std::string& text) {
 }
 
 std::string failure(const GError* problem) {
-    char* name = g_dbus_error_get_remote_error(problem);
-    GError* plain = g_error_copy(problem);
+    g_autofree char* name = g_dbus_error_get_remote_error(problem);
+    g_autoptr(GError) plain = g_error_copy(problem);
     g_dbus_error_strip_remote_error(plain);
     const std::string prefix = name != nullptr ? std::string(name) + ": " : "";
-    std::string reply = failure(prefix + plain->message);
-    g_error_free(plain);
-    g_free(name);
-    return reply;
-}
-
-std::function<void(GVariant*, const GError*)> doneOrFailure(Answer answer) {
-    return [answer = std::move(answer)](const GVariant* result, const GError* problem) {
-        answer(result != nullptr ? kDone : failure(problem));
-    };
+    return failure(prefix + plain->message);
 }
 
 }  // namespace tavlinux

@@ -12,24 +12,21 @@ namespace tavlinux {
 
 inline constexpr char kDone[] = R"({"returnValue":true})";
 
-// {"returnValue":false,"errorCode":-1,"errorText":…}. Traces the text, too: nobody reads the reply
-// to a one-way call.
+// {"returnValue":false,"errorCode":-1,"errorText":…}. The text is also traced, because a one-way
+// call has no reply.
 std::string failure(const std::string& text);
 
-// The same with the name that D-Bus has for the problem and its message.
+// The same with the D-Bus error name and message.
 std::string failure(const GError* problem);
 
 // Receives each reply to a request.
 using Answer = std::function<void(const std::string& reply)>;
 
-// Ends what a request has started. Empty where nothing goes on.
+// Ends what a request has started. Empty when there is nothing to end.
 using Stop = std::function<void()>;
 
-// What becomes of a request; nothing when it could not be dispatched, and then no reply comes.
+// The result of a request. Without a value it could not be dispatched, and no reply comes.
 using Dispatched = std::optional<Stop>;
-
-// Answers with kDone, or with why not.
-std::function<void(GVariant*, const GError*)> doneOrFailure(Answer answer);
 
 }  // namespace tavlinux
 

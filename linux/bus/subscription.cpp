@@ -20,7 +20,7 @@ std::vector<Subscription*> subscriptionsOn(Bus bus) {
     return found;
 }
 
-// What is told may end subscriptions, its own included.
+// A function that is called may end subscriptions, its own included.
 void tell(const std::vector<Subscription*>& told, bool isThere) {
     for (const Subscription* one : told) {
         if (std::ranges::count(subscriptions(), one) != 0 && one->busChanged()) {
@@ -92,7 +92,7 @@ bool hasSubscriptions(Bus bus) {
     return !subscriptionsOn(bus).empty();
 }
 
-// All are detached, or attached, before the first is told, as what is told may connect again.
+// All are detached, or attached, before the first is told, because that one may connect again.
 void detachSubscriptions(Bus bus) {
     const std::vector<Subscription*> lost = subscriptionsOn(bus);
     std::ranges::for_each(lost, &Subscription::detach);

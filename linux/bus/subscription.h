@@ -14,7 +14,7 @@ namespace tavlinux {
 
 using Signal = std::function<void(const char* member, GVariant* arguments)>;
 
-// Receives signals while it lives, and again from a bus that was lost and has come back.
+// Receives signals while it exists. After a bus was lost, it is renewed on the next connection.
 class Subscription {
 public:
     struct Match {
@@ -45,12 +45,12 @@ private:
     guint m_id = 0;
 };
 
-// Calls a function when the service gets an owner, or may have one as its bus has come back (true),
-// and when it loses it (false).
+// Calls a function with true when the service's name gets an owner, or may have one because the
+// bus is connected again, and with false when it has lost its owner.
 std::unique_ptr<Subscription> watchOwner(Bus bus, const std::string& service,
                                          const std::function<void(bool)>& changed);
 
-// What follows is for whoever connects to the buses.
+// For connection.cpp only.
 
 bool hasSubscriptions(Bus bus);
 void detachSubscriptions(Bus bus);

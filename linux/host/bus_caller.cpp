@@ -40,7 +40,7 @@ Dispatched refusePayment(const simdjson::dom::object&, const Answer& answer) {
 
 using Service = Dispatched (*)(const simdjson::dom::object&, const Answer&);
 
-// The services of the device, which have other names on this system or none.
+// The device's services. On this system they have other names, or do not exist.
 const std::map<std::string, Service>& services() {
     static const auto& table = *new std::map<std::string, Service>{
         {"vire://com.vire.vibrate/vibrate", vibrate},
@@ -92,10 +92,9 @@ void deliverReply(int token, const std::string& reply) {
     replyFunction(token, reply.c_str(), given);
 }
 
-// What an application asked for last is sent, too, but keeps nobody from leaving.
+// At exit. The application's last requests are still sent, but the wait for that is bounded.
 void sendWhatWaits() {
-    constexpr int longestWaitMs = 500;
-    serveUntil([] { return !isDescribing(); }, longestWaitMs);
+    serveUntil([] { return !isDescribing(); });
     flushConnections();
 }
 
@@ -128,7 +127,7 @@ int dispatch(Kind kind, const char* uri, const char* payload, HKSReplyFunction r
     if (isAnswered) {
         openCalls().emplace(token, OpenCall{kind, replyFunction, context, std::move(*dispatched)});
     } else if (*dispatched) {
-        (*dispatched)();  // nobody would hear of it, or could end it
+        (*dispatched)();  // without a reply function, nobody could use it or end it
     }
     return token;
 }

@@ -18,7 +18,6 @@ constexpr char kScreenSaverPath[] = "/org/freedesktop/ScreenSaver";
 constexpr char kNotifications[] = "org.freedesktop.Notifications";
 constexpr char kNotificationsPath[] = "/org/freedesktop/Notifications";
 constexpr guint32 kIdle = 8;
-constexpr int kLongestResponseMs = 500;
 
 // The portal's handle, or the screen saver's cookie.
 Variant g_idlePortal;
@@ -41,7 +40,14 @@ void unInhibitNotifications(GVariant* cookie) {
          nullptr);
 }
 
-// Whether anything is inhibited is in the response.
+void release(Variant* handle, void (*end)(GVariant*)) {
+    if (*handle) {
+        end(handle->get());
+        handle->reset();
+    }
+}
+
+// The portal's response says whether anything is inhibited.
 Variant inhibitByPortal() {
     std::optional<guint32> code;
     const PortalResponse response([&code](guint32 received) { code = received; });
@@ -53,7 +59,7 @@ Variant inhibitByPortal() {
     if (!answer) {
         return nullptr;
     }
-    serveUntil([&code] { return code.has_value(); }, kLongestResponseMs);
+    serveUntil([&code] { return code.has_value(); });
     if (code != PortalResponse::Granted) {
         closePortalRequest(answer.get());
         return nullptr;
@@ -79,14 +85,8 @@ bool enableScreenTimeout(bool enable) {
         }
         return g_idlePortal || g_idleScreenSaver;
     }
-    if (g_idlePortal) {
-        closePortalRequest(g_idlePortal.get());
-        g_idlePortal.reset();
-    }
-    if (g_idleScreenSaver) {
-        unInhibitScreenSaver(g_idleScreenSaver.get());
-        g_idleScreenSaver.reset();
-    }
+    release(&g_idlePortal, closePortalRequest);
+    release(&g_idleScreenSaver, unInhibitScreenSaver);
     return true;
 }
 
@@ -98,9 +98,8 @@ bool enableNotifications(bool enable) {
             unInhibitNotifications);
         return g_notifications != nullptr;
     }
-    if (enable && g_notifications) {
-        unInhibitNotifications(g_notifications.get());
-        g_notifications.reset();
+    if (enable) {
+        release(&g_notifications, unInhibitNotifications);
     }
     return true;
 }

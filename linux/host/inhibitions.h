@@ -4,7 +4,7 @@
 
 namespace tavlinux {
 
-// Each answers whether it is so afterwards. An inhibition also ends with the application.
+// Each returns whether the state is as asked for afterwards. Inhibitions end with the application.
 bool enableScreenTimeout(bool enable);
 bool enableNotifications(bool enable);
 

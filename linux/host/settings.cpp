@@ -47,10 +47,8 @@ Language parseLocale(const std::string& locale) {
         return {};
     }
     const size_t underscore = std::min(plain.find('_'), plain.size());
-    char* country = g_ascii_strdown(plain.substr(underscore).c_str(), -1);
-    Language language{plain.substr(0, underscore), *country != '\0' ? country + 1 : ""};
-    g_free(country);
-    return language;
+    g_autofree char* country = g_ascii_strdown(plain.substr(underscore).c_str(), -1);
+    return {plain.substr(0, underscore), *country != '\0' ? country + 1 : ""};
 }
 
 Language languageOfEnvironment() {
@@ -69,14 +67,13 @@ Language languageOfSystem() {
         return {};
     }
     Language language;
-    const char** entries = g_variant_get_strv(locale.get(), nullptr);
+    g_autofree const char** entries = g_variant_get_strv(locale.get(), nullptr);
     for (const char** entry = entries; *entry != nullptr; ++entry) {
         const std::string text = *entry;
         if (text.starts_with("LANG=")) {
             language = parseLocale(text.substr(text.find('=') + 1));
         }
     }
-    g_free(entries);
     return language;
 }
 

@@ -26,36 +26,33 @@ struct Message {
     std::vector<std::string> recipients;
 };
 
-// Whether a port follows the target's first colon, as in "localhost:8080/x". What stands before is
-// a host then, and no scheme.
+// Whether a port follows the target's first colon, as in "localhost:8080/x". Then a host stands
+// before the colon, and not a scheme.
 bool hasPort(const std::string& target) {
     const size_t start = target.find(':') + 1;
     const size_t end = std::min(target.find_first_not_of("0123456789", start), target.size());
     return start > 0 && end > start && (end == target.size() || std::strchr("/?#", target[end]));
 }
 
-// A page's address; one without a scheme is of the web. Empty for what is none: a browser is not
-// to be a way to files and programs of the user.
+// A page's address, by default with the scheme http. Empty for any other scheme, because the
+// browser must not open the user's files or start programs.
 std::string pageAddress(const std::string& target) {
     // In lower case.
     const char* scheme = hasPort(target) ? nullptr : g_uri_peek_scheme(target.c_str());
     const std::string_view name = scheme != nullptr ? scheme : "";
     std::string address = name.empty() ? "http://" + target : target;
     const auto flags = static_cast<GUriFlags>(G_URI_FLAGS_PARSE_RELAXED | G_URI_FLAGS_ENCODED);
-    char* host = nullptr;
+    g_autofree char* host = nullptr;
     const bool isValid =
         g_uri_split_network(address.c_str(), flags, nullptr, &host, nullptr, nullptr) != FALSE;
     const bool hasHost = isValid && host != nullptr && *host != '\0';
-    g_free(host);
     const bool isOfTheWeb = name.empty() || name == "http" || name == "https";
     return isOfTheWeb && hasHost ? address : "";
 }
 
 std::string escaped(const std::string& text) {
-    char* result = g_uri_escape_string(text.c_str(), nullptr, FALSE);
-    std::string copy = result != nullptr ? result : "";
-    g_free(result);
-    return copy;
+    g_autofree char* result = g_uri_escape_string(text.c_str(), nullptr, FALSE);
+    return result != nullptr ? result : "";
 }
 
 std::string mailAddress(const Message& message) {
@@ -81,8 +78,8 @@ Message readMessage(const dom::object& parameters) {
     return message;
 }
 
-// The program gets the address as one argument, which its scheme keeps from being an option. What
-// is preloaded into the application is not for it.
+// xdg-open gets the address as one argument, which starts with a scheme and so cannot be an option.
+// Libraries that are preloaded into the application are not preloaded into it.
 bool runOpener(const std::string& address) {
     const char* arguments[] = {"xdg-open", address.c_str(), nullptr};
     const auto flags = static_cast<GSpawnFlags>(G_SPAWN_SEARCH_PATH | G_SPAWN_STDOUT_TO_DEV_NULL |
