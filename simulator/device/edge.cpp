@@ -1,13 +1,25 @@
 #include "simulator/device/edge.h"
 
 #include <cxxabi.h>
+#include <unistd.h>
 
+#include <cstdlib>
 #include <exception>
 #include <new>
+#include <utility>
 
-#include "simulator/device/end_program.h"
+#include "base/print_line.h"
 
 namespace tavsim {
+
+void endProgram(const std::string& reason) {
+    static bool isEnding = false;
+    base::printLine(stderr, "tavsim: " + reason);
+    if (std::exchange(isEnding, true)) {
+        _exit(kBadSetup);  // handlers of exit() would fail again
+    }
+    std::exit(kBadSetup);
+}
 
 void refuseOrEnd() {
     try {

@@ -1,4 +1,5 @@
-// The boundary for exceptions: none leaves a function that other code calls.
+// The ends of a program that cannot go on, and the boundary for exceptions: none leaves a function
+// that other code calls.
 //
 // Such a function is a function try block, and its handler calls one of these:
 //
@@ -10,7 +11,15 @@
 #ifndef TAV_SIMULATOR_DEVICE_EDGE_H
 #define TAV_SIMULATOR_DEVICE_EDGE_H
 
+#include <string>
+
 namespace tavsim {
+
+// The exit status of a program that cannot have its device, and of `tavsim` itself.
+inline constexpr int kBadSetup = 2;
+
+// Says why on standard error and ends the process with that status.
+[[noreturn]] void endProgram(const std::string& reason);
 
 // Thrown by running(): the device must not run in this process.
 struct NotInFront {};

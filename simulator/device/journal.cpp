@@ -8,7 +8,6 @@
 
 #include "base/line_file.h"
 #include "simulator/device/edge.h"
-#include "simulator/device/end_program.h"
 #include "simulator/time/clock.h"
 
 namespace tavsim {

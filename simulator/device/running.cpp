@@ -9,7 +9,6 @@
 #include "front/in_front.h"
 #include "helper/trace.h"
 #include "simulator/device/edge.h"
-#include "simulator/device/end_program.h"
 #include "simulator/device/faults.h"
 
 namespace tavsim {

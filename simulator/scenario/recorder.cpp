@@ -12,7 +12,7 @@
 #include "front/next.h"
 #include "simulator/control/commands.h"
 #include "simulator/device/claim.h"
-#include "simulator/device/end_program.h"
+#include "simulator/device/edge.h"
 #include "simulator/device/root.h"
 #include "simulator/device/running.h"
 #include "simulator/device/trusted_folder.h"

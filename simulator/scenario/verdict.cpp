@@ -5,7 +5,7 @@
 #include "base/file.h"
 #include "base/json/reader.h"
 #include "base/json/writer.h"
-#include "simulator/device/end_program.h"
+#include "simulator/device/edge.h"
 #include "simulator/device/trusted_folder.h"
 
 namespace json = base::json;

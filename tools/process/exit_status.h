@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <string>
 
-#include "simulator/device/end_program.h"
+#include "simulator/device/edge.h"
 
 namespace tools {
 
