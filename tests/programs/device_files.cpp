@@ -10,8 +10,8 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <string>
+#include <utility>
 
 #include "tav.h"
 
@@ -39,35 +39,27 @@ bool closes(DIR* folder) {
 }
 
 // A change also makes a file beside the database.
-bool canBeChanged(int result, sqlite3* database) {
-    constexpr char kChange[] = "CREATE TABLE Probe (X); DROP TABLE Probe";
-    const bool can = result == SQLITE_OK &&
-                     sqlite3_exec(database, kChange, nullptr, nullptr, nullptr) == SQLITE_OK;
-    sqlite3_close(database);
-    return can;
-}
-
-bool opens(int flags) {
+bool opensForChanges(int flags) {
     sqlite3* database = nullptr;
     const int result = flags == 0 ? sqlite3_open(kDatabase, &database)
                                   : sqlite3_open_v2(kDatabase, &database, flags, nullptr);
-    return canBeChanged(result, database);
+    constexpr char kChange[] = "CREATE TABLE Probe (X); DROP TABLE Probe";
+    const int changed = sqlite3_exec(database, kChange, nullptr, nullptr, nullptr);
+    return result == SQLITE_OK && changed == SQLITE_OK && sqlite3_close(database) == SQLITE_OK;
 }
 
 bool canBeWrittenAndRemoved() {
-    if (mkdir("/var/vire", 0700) != 0 || mkdir("/var/vire/ks2", 0700) != 0 ||
-        mkdir("/var/vire/ks2/roles", 0700) != 0) {
-        return false;
+    bool works = true;
+    for (const char* folder : {"/var/vire", "/var/vire/ks2", "/var/vire/ks2/roles"}) {
+        works &= mkdir(folder, 0700) == 0;
     }
     const std::string path = "/var/vire/ks2/roles/file";
     std::error_code problem;
     for (const auto& take : {unlink, remove}) {
         std::ofstream(path) << "text";
-        if (std::filesystem::file_size(path, problem) != 4 || take(path.c_str()) != 0) {
-            return false;
-        }
+        works &= std::filesystem::file_size(path, problem) == 4 && take(path.c_str()) == 0;
     }
-    return !std::filesystem::exists(path, problem);
+    return works && !std::filesystem::exists(path, problem);
 }
 
 bool filesystemKnows() {
@@ -76,15 +68,10 @@ bool filesystemKnows() {
            !std::filesystem::is_empty(kFolder, problem) && !problem;
 }
 
-struct Way {
-    const char* name;
-    std::function<bool()> works;
-};
-
 struct stat g_status;
 struct statx g_statx;
 
-const Way kWays[] = {
+const std::pair<const char*, bool (*)()> kWays[] = {
     {"fopen", [] { return closes(std::fopen(kFile, "r")); }},
     {"open", [] { return closes(open(kFile, O_RDONLY)); }},
     {"open, checked", [] { return closes(open(kFile, g_reading)); }},
@@ -98,8 +85,8 @@ const Way kWays[] = {
     {"ifstream", [] { return std::ifstream(kFile).is_open(); }},
     {"filesystem", filesystemKnows},
     {"opendir", [] { return closes(opendir(kFolder)); }},
-    {"sqlite3_open", [] { return opens(0); }},
-    {"sqlite3_open_v2", [] { return opens(SQLITE_OPEN_READWRITE); }},
+    {"sqlite3_open", [] { return opensForChanges(0); }},
+    {"sqlite3_open_v2", [] { return opensForChanges(SQLITE_OPEN_READWRITE); }},
     {"mkdir, unlink, remove", canBeWrittenAndRemoved},
     {"missing", [] { return access(kMissing, F_OK) != 0; }},
     {"a way out", [] { return access(kWayOut, F_OK) != 0; }},
@@ -111,9 +98,9 @@ const Way kWays[] = {
 int main() {
     int failures = 0;
     // Before the library's first call: it is the device's all the same.
-    for (const Way& way : kWays) {
-        if (!way.works()) {
-            std::printf("%s: %s\n", way.name, std::strerror(errno));
+    for (const auto& [name, works] : kWays) {
+        if (!works()) {
+            std::printf("%s: %s\n", name, std::strerror(errno));
             ++failures;
         }
     }
