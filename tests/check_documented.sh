@@ -11,19 +11,19 @@ page=$work/tavsim.1
 groff -man -ww -rHY=0 -rLL=200n -Tutf8 -P -c docs/tavsim.1 2>"$work/complaints" |
     sed 's/.\x08//g; s/‐/-/g; s/−/-/g' >"$page"
 missing=0
-if [ -s "$work/complaints" ]; then
-    cat "$work/complaints" >&2
+complain() {
+    echo "$1" >&2
     missing=1
-fi
+}
+[ ! -s "$work/complaints" ] || complain "$(<"$work/complaints")"
 # Each name that the pattern finds in the sources must stand in the text as a word of its own.
 expect_in() {
     local text=$1 pattern=$2 names name
     shift 2
     names=$(grep --no-filename --only-matching --perl-regexp -- "$pattern" "$@" | sort --unique)
     for name in $names; do
-        grep --quiet --word-regexp --fixed-strings -- "$name" "$text" && continue
-        echo "$text says nothing about $name" >&2
-        missing=1
+        grep --quiet --word-regexp --fixed-strings -- "$name" "$text" ||
+            complain "$text says nothing about $name"
     done
 }
 
@@ -44,10 +44,8 @@ sed -n '/^| Command /,/^$/ s/^| `\([^`]*\)` |.*/\1/p' docs/simulator.md | sed 's
     diff "$work/commands" - >&2 || missing=1
 sed -i 's/$/  /' "$page"
 while read -r usage; do
-    if ! grep --quiet --fixed-strings "       $usage  " "$page"; then
-        echo "the man page lacks the command $usage" >&2
-        missing=1
-    fi
+    grep --quiet --fixed-strings "       $usage  " "$page" ||
+        complain "the man page lacks the command $usage"
 done <"$work/commands"
 
 # The headings as links name them: in small letters, without punctuation, with dashes for blanks.
@@ -62,12 +60,8 @@ for text in *.md docs/*.md; do
         target=${file:+$(dirname "$text")/$file}
         target=${target:-$text}
         [[ $link == http* ]] && continue
-        if [ ! -e "$target" ] ||
-            { [ -n "$anchor" ] &&
-                ! grep --quiet --line-regexp -- "$anchor" <<<"$(anchors "$target")"; }; then
-            echo "$text: $link leads nowhere" >&2
-            missing=1
-        fi
+        [[ -e $target && (-z $anchor || $'\n'$(anchors "$target")$'\n' == *$'\n'"$anchor"$'\n'*) ]] ||
+            complain "$text: $link leads nowhere"
     done
 done
 exit $missing

@@ -29,25 +29,19 @@ fail() {
     failures=$((failures + 1))
 }
 
-programs=0
 for source in [0-9]*.c; do
-    programs=$((programs + 1))
     name=${source%.c}
     if ! grep --quiet '^int main(' "$source"; then
         "${compile[@]}" -c -o "$name.o" "$source" || fail "$source" "does not compile"
-        continue
-    fi
-    if ! "${compile[0]}" -o "$name" "$source" "${compile[@]:1}"; then
+    elif ! "${compile[0]}" -o "$name" "$source" "${compile[@]:1}"; then
         fail "$source" "does not compile and link"
-        continue
+    elif [ -f "$name.console" ]; then
+        read -ra words <"$name.console"
+        # Between "$ tavsim run" and the program's name are the options.
+        "$tavsim" run "${words[@]:3:${#words[@]}-4}" "./$name" >"$name.printed" 2>&1 ||
+            fail "$source" "ended with status $?"
+        tail -n +2 "$name.console" | diff --unified - "$name.printed" >&2 ||
+            fail "$source" "prints something else"
     fi
-    [ -f "$name.console" ] || continue
-    read -ra words <"$name.console"
-    # Between "$ tavsim run" and the program's name are the options.
-    "$tavsim" run "${words[@]:3:${#words[@]}-4}" "./$name" >"$name.printed" 2>&1 ||
-        fail "$source" "ended with status $?"
-    tail -n +2 "$name.console" | diff --unified - "$name.printed" >&2 ||
-        fail "$source" "prints something else"
 done
-echo "$programs programs"
-[ "$programs" -gt 0 ] && [ "$failures" -eq 0 ]
+[ "$failures" -eq 0 ]

@@ -17,8 +17,7 @@ foreach(TEXT README.md docs/guide.md docs/simulator.md docs/testing.md)
                      -I${PROJECT_SOURCE_DIR}/include ${SDL_CFLAGS} ${SANITIZER_FLAGS}
                      $<TARGET_FILE:tav_simulator> $<TARGET_FILE:tav> ${SDL_LDFLAGS}
                      -Wl,-rpath,$<TARGET_FILE_DIR:tav>)
-    set_tests_properties(${NAME} PROPERTIES
-        TIMEOUT 300)
+    set_tests_properties(${NAME} PROPERTIES TIMEOUT 300)
 endforeach()
 
 find_program(DOXYGEN doxygen)
