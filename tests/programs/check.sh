@@ -46,12 +46,13 @@ run_with_descriptors() {
     run bash -c 'exec 3>&- 4>&- && ulimit -n "$1" && exec "${@:2}"' - "$@"
 }
 
-# Whether a text has the pattern's form, line for line: * stands for any text within a line.
+# Whether a text has the pattern's form, line for line: * stands for any text within a line, ** also
+# for lines.
 has_form() {
     local text=$1 pattern=$2
     # The pattern is one.
     # shellcheck disable=SC2053
-    [[ $text == $pattern ]] && [ "$(wc -l <<<"$text")" -eq "$(wc -l <<<"$pattern")" ]
+    [[ $text == $pattern && ($pattern == *'**'* || ${text//[^$'\n']/} == "${pattern//[^$'\n']/}") ]]
 }
 
 # expect STATUS OUTPUT ERRORS: how the last command ended and what it said, as patterns.

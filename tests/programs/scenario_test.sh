@@ -4,15 +4,10 @@ source "$(dirname "$0")/check.sh"
 waits=$programs/wait_for_quit
 cd "$work"
 
-# play STEPS [ARGUMENTS…]: to that program, in virtual time.
-play() {
-    printf 'program %s\n%s\n' "$waits" "$1" >scenario
-    run "$tavsim" run --virtual-time --scenario scenario "${@:2}"
-}
-# plays STATUS OUTPUT ERRORS STEPS [ARGUMENTS…]: and what comes of it.
+# plays STATUS OUTPUT ERRORS STEPS [ARGUMENTS…]: what comes of them, in virtual time.
 plays() {
-    play "${@:4}"
-    expect "${@:1:3}"
+    printf 'program %s\n%s\n' "$waits" "$4" >scenario
+    says "${@:1:3}" run --virtual-time --scenario scenario "${@:5}"
 }
 
 # All kinds of steps. The journal is the same each time, and in real time but for its times.
@@ -47,10 +42,8 @@ diff <(sed 's/"at":[0-9]*//' first) <(sed 's/"at":[0-9]*//' real) || fail 'real 
 # A step that fails ends the run: where it stands, what it is, why, and the journal.
 while IFS='|' read -r steps reason; do
     steps=${steps//; /$'\n'}
-    play "$steps"
     line=$(($(wc -l <<<"$steps") + 1))
-    [[ $status -eq 3 && $err == "scenario:$line: ${steps##*$'\n'}: $reason"*$'\n  the journal '* ]] ||
-        fail "$steps: status $status, said: $err"
+    plays 3 '**' "scenario:$line: ${steps##*$'\n'}: $reason**"$'\n  the journal **' "$steps"
 done <<'EOF'
 location found|location found: it is not lost
 after 5ms: expect what=nothing|the journal has no such entry
@@ -66,17 +59,14 @@ EOF
 
 # What never should come ends it at once, and counts until the program is through.
 for steps in 'expect never for 1s what=reply' $'expect never what=reply\nafter 1ms: plugin on'; do
-    play "$steps" "$programs/service_reply"
-    [[ $status -eq 3 && $err == "scenario:2: ${steps%%$'\n'*}: the journal has {"* ]] ||
-        fail "$steps: status $status, said: $err"
+    plays 3 '**' "scenario:2: ${steps%%$'\n'*}: the journal has {**" "$steps" "$programs/service_reply"
 done
 
 # What is judged at the end: all of it, where the steps were done.
-printf 'expect output *\nexpect output percent\nexpect output 'no*'\nexpect status 7\n' >scenario
-run "$tavsim" run --virtual-time --scenario scenario "$programs/service_reply"
-expect 3 $'*\npercent 72' 'scenario:2: expect output percent: no such line was printed
+plays 3 $'*\npercent 72' 'scenario:2: expect output percent: no such line was printed
 scenario:3: expect output no[*]: no such line was printed
-scenario:4: expect status 7: it is 0'
+scenario:4: expect status 7: it is 0' \
+    $'expect output percent\nexpect output no*\nexpect status 7\nexpect output *' "$programs/service_reply"
 printf '"$1"\nprintf half\n' >unended
 plays 0 $'*\npercent 72\nhalf' '' 'expect output half' sh unended "$programs/service_reply"
 plays 3 '*' 'scenario:2: expect output percent[*]: *
@@ -100,13 +90,10 @@ says 2 '' '*: is no regular file' run --scenario <(echo quit) "$waits"
 
 # Ends that no step had part in: the step that was waiting is named.
 printf 'limit 0.3\nprogram %s\nat 99s: quit' "$waits" >scenario
-run "$tavsim" run --scenario scenario
-[[ $status -eq 124 && $err == *$'0.3 seconds, its time-out\nscenario:3: at 99s: quit: '*' ended '* ]] ||
-    fail "a limit: status $status, said: $err"
+says 124 '**' $'**0.3 seconds, its time-out\nscenario:3: at 99s: quit: * ended **' \
+    run --scenario scenario
 printf 'limit 0.3\nprogram %s\nplugin off' "$waits" >setup
-run "$tavsim" run --scenario setup
-[[ $status -eq 124 && $err == *$'time-out\nsetup: all its steps were done, but '* ]] ||
-    fail "set-up alone: status $status, said: $err"
+says 124 '**' $'**time-out\nsetup: all its steps were done, but **' run --scenario setup
 cat >killed <<'EOF'
 "$1" &
 "$2" ctl --root "$TAVSIM_ROOT" wait ready within 60s
@@ -119,9 +106,9 @@ plays 3 '' $'tavsim: *did not use *\nscenario: was not played*' quit true
 # Only the first device plays: neither a fork, nor another program at the same time or later.
 plays 0 quit '' 'after 1s: quit' "$waits" fork
 printf '"$1"\n"$1" 5\n' >twice
-play $'expect within 1s what=call*\nexpect within 1s what=reply\nexpect status 1' \
+plays 0 $'*\npercent 72\n*' '' \
+    $'expect within 1s what=call*\nexpect within 1s what=reply\nexpect status 1' \
     sh twice "$programs/service_reply"
-expect 0 $'*\npercent 72\n*' ''
 
 # A recording of what comes through the socket, at the machine's pace, gives the same journal again.
 "$tavsim" run --device quern --record session --journal recorded "$TAV_BUILD/bin/instruments" &
@@ -140,7 +127,5 @@ grep -q '^expect ended within ' session || fail "the recording: $(<session)"
 # The manual's example.
 sed -n '/^```scenario/,/^```/p' "$TAV_SOURCE/docs/scenarios.md" | sed '/^```/d' >battery.scenario
 ln -s "$TAV_BUILD/bin/services" services
-run "$tavsim" run --scenario battery.scenario --virtual-time
-[ "$status" -eq 0 ] || fail "the example of scenarios.md: $err"
-grep -q 'Tick 2' <<<"$out" || fail "what a scenario looks at does not reach the user: $out"
+says 0 '**Tick 2**' '**' run --scenario battery.scenario --virtual-time
 expect_nothing_left 'the runs'
