@@ -26,11 +26,8 @@ static void read_unique_id(char *id, int size)
     FILE *file = fopen("/proc/nduid", "r");
 
     id[0] = '\0';
-    if (file != NULL) {
-        expect(fgets(id, size, file) != NULL, "the unique id cannot be read");
-        id[strcspn(id, "\n")] = '\0';
-        fclose(file);
-    }
+    expect(file != NULL && fgets(id, size, file) != NULL && fclose(file) == 0,
+           "the unique id cannot be read");
 }
 
 static Uint32 tick(Uint32 interval, void *unused)
@@ -45,7 +42,6 @@ static int work(void *round)
     char first_id[64];
 
     read_unique_id(first_id, sizeof first_id);
-    expect(first_id[0] != '\0', "the device has no unique id");
     while (!__atomic_load_n(&stopping, __ATOMIC_RELAXED)) {
         const Uint32 start = SDL_GetTicks();
         SDL_TimerID timer = SDL_AddTimer(10, tick, NULL);
@@ -97,7 +93,7 @@ int main(void)
 {
     SDL_Thread *workers[WORKERS];
     SDL_Thread *waiter;
-    SDL_Event end = {0}, received;
+    SDL_Event end = {SDL_USEREVENT}, received;
     Uint32 thread = SDL_ThreadID();
     int i;
 
@@ -122,7 +118,6 @@ int main(void)
         SDL_WaitThread(workers[i], NULL);
     }
     waiter = SDL_CreateThread(wait_for_end, &received);
-    end.type = SDL_USEREVENT;
     SDL_PushEvent(&end);
     SDL_WaitThread(waiter, NULL);
     TAV_Quit();

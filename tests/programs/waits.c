@@ -1,16 +1,13 @@
 /* Waits in all of SDL's ways, without libtav: prints the time after each. */
 #include <stdio.h>
-#include <string.h>
 
 #include "SDL.h"
 
 static Uint32 push(Uint32 interval, void *unused)
 {
-    SDL_Event event;
+    SDL_Event event = {SDL_USEREVENT};
 
     (void)unused;
-    memset(&event, 0, sizeof event);
-    event.type = SDL_USEREVENT;
     SDL_PushEvent(&event);
     return interval;
 }
