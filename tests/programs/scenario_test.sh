@@ -29,11 +29,9 @@ expect intValue=3
 expect never for 250ms what=*
 expect output q?it
 EOF
-for name in first second real; do
-    time=--virtual-time
-    [ $name != real ] || time=
+for options in 'first --virtual-time' 'second --virtual-time' real; do
     # shellcheck disable=SC2086
-    says 0 quit '' run $time --journal $name --scenario scenario
+    says 0 quit '' run --scenario scenario --journal $options
 done
 cmp first second || fail 'two runs differ'
 grep -q '"at":1500,.*"intValue":3,' first || fail "the journal: $(<first)"

@@ -14,12 +14,6 @@ static void on_reply(TAV_ServiceParameters *parameters, void *user_data)
     *(int *)user_data = 1;
 }
 
-static void ignore(TAV_ServiceParameters *parameters, void *user_data)
-{
-    (void)parameters;
-    (void)user_data;
-}
-
 int main(int argc, char *argv[])
 {
     const int patience = argc > 1 ? atoi(argv[1]) : 60000;
@@ -38,7 +32,7 @@ int main(int argc, char *argv[])
         return 2;
     }
     /* A second call, so that what is said once is seen to be said once. */
-    TAV_ServiceCallWithCallback("vire://com.vire.clock/ticks", "{}", ignore, NULL, SDL_FALSE);
+    TAV_ServiceCall("vire://com.vire.clock/ticks", "{}");
     for (waited = 0; !answered && waited < patience; waited += STEP) {
         SDL_Event event;
         while (SDL_PollEvent(&event)) {}
