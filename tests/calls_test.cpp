@@ -176,12 +176,11 @@ TEST_F(Calls, VersionTexts) {
     const auto version = [] {
         TAV_OSVersion read;
         std::memset(&read, 'x', sizeof read);
-        std::ostringstream line;
-        line << TAV_GetOSVersion(&read) << ": " << read.major << ' ' << read.minor << ' '
-             << read.revision << " '" << read.versionText << "'";
+        const std::string line = join(TAV_GetOSVersion(&read), ": ", read.major, ' ', read.minor,
+                                      ' ', read.revision, " '", std::data(read.versionText), "'");
         const std::string text(read.versionText, sizeof read.versionText);
-        EXPECT_EQ(text.find_first_not_of('\0', text.find('\0')), text.npos) << line.str();
-        return line.str();
+        EXPECT_EQ(text.find_first_not_of('\0', text.find('\0')), text.npos) << line;
+        return line;
     };
     CALL(TAV_GetOSVersion(nullptr));
     for (const std::string& text :

@@ -6,14 +6,11 @@
 
 namespace {
 
-constexpr int kWidth = 480;
-constexpr int kHeight = 320;
-
 class InputTest : public tavtest::TranscriptTest {
 protected:
     void SetUp() override {
         TranscriptTest::SetUp();
-        SDL_SetVideoMode(kWidth, kHeight, 16, SDL_SWSURFACE);
+        SDL_SetVideoMode(480, 320, 16, SDL_SWSURFACE);
         userEvents();
     }
 
@@ -25,29 +22,23 @@ protected:
     static std::string textOf(const SDL_Event& event) {
         const bool isPressed = event.type == SDL_KEYDOWN || event.type == SDL_MOUSEBUTTONDOWN;
         const SDL_keysym& key = event.key.keysym;
-        std::ostringstream text;
         switch (event.type) {
         case SDL_KEYDOWN:
         case SDL_KEYUP:
-            text << (isPressed ? '+' : '-') << SDL_GetKeyName(key.sym) << std::hex << " mod "
-                 << key.mod << " unicode " << key.unicode;
-            break;
+            return join(isPressed ? '+' : '-', SDL_GetKeyName(key.sym), std::hex, " mod ", key.mod,
+                        " unicode ", key.unicode);
         case SDL_MOUSEMOTION:
-            text << "to " << event.motion.x << ',' << event.motion.y << " by " << event.motion.xrel
-                 << ',' << event.motion.yrel << " with " << +event.motion.state;
-            break;
+            return join("to ", event.motion.x, ',', event.motion.y, " by ", event.motion.xrel, ',',
+                        event.motion.yrel, " with ", +event.motion.state);
         case SDL_MOUSEBUTTONDOWN:
         case SDL_MOUSEBUTTONUP:
-            text << (isPressed ? "down " : "up ") << +event.button.button << " at "
-                 << event.button.x << ',' << event.button.y;
-            break;
+            return join(isPressed ? "down " : "up ", +event.button.button, " at ", event.button.x,
+                        ',', event.button.y);
         case SDL_ACTIVEEVENT:
-            text << "gain " << +event.active.gain << " of " << +event.active.state;
-            break;
+            return join("gain ", +event.active.gain, " of ", +event.active.state);
         default:
-            text << "event " << +event.type;
+            return join("event ", +event.type);
         }
-        return text.str();
     }
 
     // The events that are on the queue, and what SDL knows of keys and mouse.
@@ -56,19 +47,17 @@ protected:
         for (SDL_Event event; SDL_PollEvent(&event) != 0;) {
             text += textOf(event) + "; ";
         }
-        int x = -1;
-        int y = -1;
+        int x = -1, y = -1;
         const int buttons = SDL_GetMouseState(&x, &y);
         EXPECT_EQ(SDL_GetMouseState(nullptr, nullptr), buttons);
-        text += "mouse " + std::to_string(x) + "," + std::to_string(y) + " " +
-                std::to_string(buttons) + " keys";
+        text += join("mouse ", x, ',', y, ' ', buttons, " keys");
         int count = 0;
         const Uint8* keys = SDL_GetKeyState(&count);
         for (int key = 0; key < count; ++key) {
             text += keys[key] != SDL_RELEASED ? " " + std::to_string(key) : "";
         }
         SDL_ClearError();  // some builds of SDL leave one where there is no keyboard any more
-        return text + " mod " + std::to_string(SDL_GetModState());
+        return join(text, " mod ", SDL_GetModState());
     }
 
     void give(const std::vector<std::string>& lines) {
@@ -84,14 +73,13 @@ protected:
 TEST_F(InputTest, Keys) {
     give({"key tap left", "key down a", "key up a"});
     SDL_EnableUNICODE(1);
-    for (const char* key : {"a", "return", "backspace", "f1", "[7]", "enter", "world 73", "'"}) {
-        give({std::string("key tap ") + key});
-    }
-    give({"key down left shift", "key tap a", "key tap 2", "key up left shift",
-          "key down right shift", "key tap '", "key up right shift", "key down left ctrl",
-          "key tap c", "key up left ctrl", "key down caps lock", "key tap a", "key tap 2",
-          "text Ab", "key tap caps lock", "key down numlock", "key tap [7]", "key tap numlock",
-          "text \xc3\xa9 \xe2\x82\xac"});
+    give(
+        split("key tap a|key tap return|key tap backspace|key tap f1|key tap [7]|key tap enter|"
+              "key tap world 73|key tap '|key down left shift|key tap a|key tap 2|"
+              "key up left shift|key down right shift|key tap '|key up right shift|"
+              "key down left ctrl|key tap c|key up left ctrl|key down caps lock|key tap a|"
+              "key tap 2|text Ab|key tap caps lock|key down numlock|key tap [7]|key tap numlock|"
+              "text \xc3\xa9 \xe2\x82\xac"));
     SDL_EnableUNICODE(0);
     give({"text A1"});
     SDL_EventState(SDL_KEYUP, SDL_IGNORE);
@@ -103,10 +91,9 @@ TEST_F(InputTest, Keys) {
 
 TEST_F(InputTest, Touches) {
     const auto relative = [] {
-        int x = 0;
-        int y = 0;
+        int x = 0, y = 0;
         SDL_GetRelativeMouseState(&x, &y);
-        return std::to_string(x) + "," + std::to_string(y);
+        return join(x, ',', y);
     };
     give({"touch down 100 50", "touch move 90 60", "touch move 90 60", "touch up 90 60"});
     CALL(relative());
@@ -132,9 +119,8 @@ TEST_F(InputTest, Touches) {
 }
 
 TEST_F(InputTest, TheWindowComesAndGoes) {
-    give({"key down left ctrl"});
     const int shown = SDL_GetAppState();
-    give({"window minimize"});
+    give({"key down left ctrl", "window minimize"});
     EXPECT_EQ(SDL_GetAppState() & (SDL_APPACTIVE | SDL_APPINPUTFOCUS), 0);
     give({"window restore"});
     EXPECT_EQ(SDL_GetAppState(), shown);

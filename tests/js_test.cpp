@@ -60,8 +60,7 @@ TEST_F(JSTest, Parameters) {
         std::ostringstream text;
         text.precision(10);
         for (const int index : {-1, 0, 1}) {
-            text << TAV_GetJSParamInt(p, index) << ' ';
-            text << TAV_GetJSParamDouble(p, index) << ", ";
+            text << TAV_GetJSParamInt(p, index) << ' ' << TAV_GetJSParamDouble(p, index) << ", ";
         }
         TAV_JSReply(p, text.str().c_str());
     });

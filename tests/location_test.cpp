@@ -31,14 +31,11 @@ protected:
                                               : static_cast<void*>(&g_GPSContext.failure));
             text << (isFix ? "fix, " : "failure, ");
         }
-        TAV_Location location{};
-        text << TAV_GetLocation(&location);
+        TAV_Location read{};
         const TAV_Location& l = g_GPSContext.location;
-        for (const double value : {l.latitude, l.longitude, l.altitude, l.horizAccuracy,
-                                   l.vertAccuracy, l.heading, l.velocity}) {
-            text << ' ' << value;
-        }
-        return text.str();
+        return join(text.str(), TAV_GetLocation(&read), ' ', l.latitude, ' ', l.longitude, ' ',
+                    l.altitude, ' ', l.horizAccuracy, ' ', l.vertAccuracy, ' ', l.heading, ' ',
+                    l.velocity);
     }
 
     void deliver(const tavsim::Reply& reply) {

@@ -12,14 +12,10 @@
 
 namespace {
 
-constexpr Uint32 kAddress = 0x0102a8c0;
-constexpr Uint32 kNetmask = 0x00ffffff;
-constexpr Uint32 kBroadcast = 0xff02a8c0;
-
 // What the kernel is to answer about any interface, and what it was asked.
 struct Kernel {
     std::map<unsigned long, Uint32> answers = {
-        {SIOCGIFADDR, kAddress}, {SIOCGIFNETMASK, kNetmask}, {SIOCGIFBRDADDR, kBroadcast}};
+        {SIOCGIFADDR, 0x0102a8c0}, {SIOCGIFNETMASK, 0x00ffffff}, {SIOCGIFBRDADDR, 0xff02a8c0}};
     std::string name;  // as the last request had it, in full
     int requests = 0;
 };
@@ -63,12 +59,10 @@ protected:
         const long descriptors = openDescriptors();
         kernel.requests = 0;
         TAV_NetInfo info = {1, 1, 1};
-        std::ostringstream text;
-        text << TAV_GetNetInfo(interface.c_str(), &info) << std::hex << ": " << info.address << ' '
-             << info.netmask << ' ' << info.broadcast << " of '" << kernel.name.c_str() << "' in "
-             << kernel.requests;
+        const int code = TAV_GetNetInfo(interface.c_str(), &info);
         EXPECT_EQ(openDescriptors(), descriptors);
-        return text.str();
+        return join(code, std::hex, ": ", info.address, ' ', info.netmask, ' ', info.broadcast,
+                    " of '", kernel.name.c_str(), "' in ", kernel.requests);
     }
 
     Kernel kernel;

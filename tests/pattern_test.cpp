@@ -8,8 +8,7 @@ namespace {
 using PatternTest = tavtest::TranscriptTest;
 
 TEST_F(PatternTest, TimesAreNumbersWithAUnit) {
-    std::string times;
-    std::string others;
+    std::string times, others;
     for (const std::string& word :
          split("250ms|1.5s|2min|0s|0.6ms|.5s|4294967295ms||5|s|-1s|-0s|1 s|1e3s|1S|1.2.3s|infs|"
                "nanms|4294967296ms|1sec|+1s")) {

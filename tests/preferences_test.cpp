@@ -36,8 +36,7 @@ protected:
                                                       TAV_GetRegionCountryName, TAV_GetLanguage}) {
         const long descriptors = openDescriptors();
         const sqlite3_int64 memory = sqlite3_memory_used();
-        std::string results;
-        std::string errors;
+        std::string results, errors;
         for (const Query query : queries) {
             SDL_ClearError();
             results += (results.empty() ? "" : ", ") + filled(query, 256);

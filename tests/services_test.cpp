@@ -24,9 +24,9 @@ TEST_F(BlockingCallTest, WaitsInPassesOf50Milliseconds) {
         device.profile.services[kUri] = repliesOf({"reply"}, one.second);
         const tav::HStringPtr reply = tav::blockingKSCall(kUri, "{}", false, one.first);
         EXPECT_THAT(device.openCalls(), IsEmpty());
-        note(std::to_string(one.first) + " ms, reply after " + std::to_string(one.second) + " -> " +
-             (reply != nullptr ? HString_toStr(reply.get()) : SDL_GetError()) + " at " +
-             std::to_string(device.now()));
+        note(join(one.first, " ms, reply after ", one.second, " -> ",
+                  reply != nullptr ? HString_toStr(reply.get()) : SDL_GetError(), " at ",
+                  device.now()));
         device.advance(100000);
     }
 }
@@ -93,11 +93,10 @@ using ReplyValues = tavtest::TranscriptTest;
 std::string readAll(const TAV_ServiceParameters* parameters, const char* key) {
     char text[32] = "before";
     TAV_GetParamString(parameters, key, text, sizeof text);
-    std::ostringstream all;
-    all << TAV_ParamExists(parameters, key) << ' ' << TAV_GetParamBool(parameters, key) << ' '
-        << TAV_GetParamInt(parameters, key) << ' ' << TAV_GetParamDouble(parameters, key) << " '"
-        << text << '\'';
-    return all.str();
+    return ReplyValues::join(TAV_ParamExists(parameters, key), ' ',
+                             TAV_GetParamBool(parameters, key), ' ',
+                             TAV_GetParamInt(parameters, key), ' ',
+                             TAV_GetParamDouble(parameters, key), " '", text, '\'');
 }
 
 TEST_F(ReplyValues, AreReadInEveryType) {

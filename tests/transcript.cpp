@@ -49,7 +49,7 @@ std::string prose(const std::string& entry) {
             word = word == "0" ? "" : word + " ms";
         } else if (key == "kind" || key == "token" || word.starts_with("token ")) {
             word.clear();
-        } else if (std::count(std::begin(kNameless), std::end(kNameless), key) == 0) {
+        } else if (std::ranges::count(kNameless, key) == 0) {
             word = std::string(key) + '=' + word;
         }
         text += (text.empty() || word.empty() ? "" : " ") + word;
@@ -61,9 +61,7 @@ std::string prose(const std::string& entry) {
 bool isNews(const std::string& entry) {
     constexpr std::string_view kLookUps[] = {"SDL_NimboHookIsComponent", "NApp_GetJsonValue",
                                              "NApp_GetAppinfoValue", "KPSystemCopyStringValue"};
-    return std::none_of(std::begin(kLookUps), std::end(kLookUps), [&](std::string_view lookUp) {
-        return entry.find(lookUp) != std::string::npos;
-    });
+    return std::ranges::none_of(kLookUps, [&](auto name) { return entry.find(name) != name.npos; });
 }
 
 // The call with its arguments, as it has traced them itself.
@@ -86,8 +84,8 @@ std::string TranscriptTest::cut(const std::string& whole) {
     constexpr size_t kLongest = 130;
     constexpr size_t kKept = 50;
     return text.size() <= kLongest ? text
-                                   : text.substr(0, kKept) + "...(" + std::to_string(text.size()) +
-                                         ")..." + text.substr(text.size() - kKept);
+                                   : join(text.substr(0, kKept), "...(", text.size(), ")...",
+                                          text.substr(text.size() - kKept));
 }
 
 void TranscriptTest::note(const std::string& line) {

@@ -4,6 +4,7 @@
 #ifndef TAV_TESTS_TRANSCRIPT_H
 #define TAV_TESTS_TRANSCRIPT_H
 
+#include <iomanip>
 #include <map>
 #include <sstream>
 #include <type_traits>
@@ -20,6 +21,14 @@ class TranscriptTest : public EventTest {
 public:
     // Long values are as good as their beginning, their end and their length.
     static std::string cut(const std::string& whole);
+
+    // The parts as they are printed, one after the other.
+    template <typename... Parts>
+    static std::string join(const Parts&... parts) {
+        std::ostringstream text;
+        (text << ... << parts);
+        return text.str();
+    }
 
 protected:
     void SetUp() override {
@@ -117,10 +126,7 @@ protected:
     template <typename Number>
     static std::enable_if_t<std::is_arithmetic_v<Number> || std::is_enum_v<Number>, std::string>
     textOf(Number number) {
-        std::ostringstream text;
-        text.precision(12);
-        text << +number;
-        return text.str();
+        return join(std::setprecision(12), +number);
     }
     template <typename Record>
     static std::string textOf(Record* record) {
