@@ -11,23 +11,14 @@
 
 namespace fs = std::filesystem;
 
-namespace {
-
 // Every folder below /var that this program asks for, in order.
-std::vector<std::string>& createdFolders() {
-    static auto& folders = *new std::vector<std::string>;
-    return folders;
-}
-
-}  // namespace
+static std::vector<std::string> g_createdFolders;
 
 // Stands in front of the device's own.
-extern "C" __attribute__((visibility("default"))) int mkdir(const char* path,
-                                                            mode_t mode) noexcept {
-    using Function = int (*)(const char*, mode_t);
-    static const auto next = reinterpret_cast<Function>(dlsym(RTLD_NEXT, "mkdir"));
+extern "C" int mkdir(const char* path, mode_t mode) noexcept {
+    static const auto next = reinterpret_cast<decltype(&mkdir)>(dlsym(RTLD_NEXT, "mkdir"));
     if (std::string(path).rfind("/var", 0) == 0) {
-        createdFolders().push_back(path);
+        g_createdFolders.push_back(path);
     }
     return next(path, mode);
 }
@@ -66,8 +57,7 @@ protected:
 
     // Those since the last look.
     long rescans() {
-        const auto& journal = device.journal();
-        const long all = std::count_if(journal.begin(), journal.end(), [](const auto& line) {
+        const long all = std::ranges::count_if(device.journal(), [](const auto& line) {
             return line.find("\"what\":\"rescan\"") != std::string::npos;
         });
         return all - std::exchange(m_rescansSeen, all);
@@ -79,18 +69,14 @@ private:
 
 TEST_F(RolesTest, ExpandsATemplate) {
     const std::string before(100000, 'x');
-    const struct {
-        std::string text, id, exePath, expected;
-    } cases[] = {
-        {"<XXXIDXXX XXXIDXXX>\n", "sampleapp", "", "<sampleapp sampleapp>\n\n"},
-        {"<XXXEXEPATHXXX>", "", kExecutable, "</apps/sampleapp/bin/puzzle>\n"},
+    // The template, the id, the path, and the role.
+    const std::tuple<std::string, std::string, std::string, std::string> cases[] = {
         {"", "id", "path", "\n"},
         {"\n", "id", "path", "\n\n"},
-        {"XXXIDXXX\n\nXXXEXEPATHXXX XXXIDXXX", "id", "path", "id\n\npath id\n"},
-        {"a\0XXXIDXXX\0\r\nb\r"s, "id", "", "a\0id\0\r\nb\r\n"s},
+        {"<XXXIDXXX XXXIDXXX>\n\nXXXEXEPATHXXX XXXIDXXX", "id", "/p", "<id id>\n\n/p id\n"},
+        {"a\0XXXIDXXX\0\r\nxxxidxxx XXXID\nXXX XXXIDXX\r"s, "id", "",
+         "a\0id\0\r\nxxxidxxx XXXID\nXXX XXXIDXX\r\n"s},
         {before + "XXXIDXXX\nXXXIDXXX", "id", "", before + "id\nid\n"},
-        {"xxxidxxx XXXID\nXXX XXXIDXX", "id", "", "xxxidxxx XXXID\nXXX XXXIDXX\n"},
-        {"<XXXIDXXX>", "", "", "<>\n"},
         // An id that makes a path, but no path that makes an id.
         {"XXXIDXXX XXXEXEPATHXXX", "XXXEXEPATHXXX", "XXXIDXXX", "XXXIDXXX XXXIDXXX\n"},
         {"XXXIDXXX", "XXXEXEPATHXXX XXXEXEPATH", "XXX", "XXX XXXEXEPATH\n"},
@@ -100,14 +86,14 @@ TEST_F(RolesTest, ExpandsATemplate) {
         // Insertions that complete a placeholder with what follows, precedes and surrounds them.
         {"XXXIDXXXIDXXX", "aXXX", "", "aaXXX\n"},
         {"XXXIXXXIDXXX", "DXXX", "", "DXXX\n"},
-        {"<XXXXXXIDXXXIDXXX>", "", "", "<>\n"},
+        {"<XXXXXXIDXXXIDXXX>\n<XXXIDXXX>", "", "", "<>\n<>\n"},
         {"XXXIXXXIDXXXXXIDXXX", "DX", "", "DXIDXXX\n"},
     };
     tav::ensureRoleDirectories();
-    for (const auto& one : cases) {
-        write(kTemplate, one.text);
-        roleGenerate(kTemplate, kRole, one.id, one.exePath);
-        EXPECT_EQ(read(kRole), one.expected);
+    for (const auto& [text, id, exePath, expected] : cases) {
+        write(kTemplate, text);
+        roleGenerate(kTemplate, kRole, id, exePath);
+        EXPECT_EQ(read(kRole), expected);
         EXPECT_EQ(rescans(), 1);
         fs::remove(path(kRole));
     }
@@ -143,13 +129,10 @@ TEST_F(RolesTest, WhatIsThereStays) {
 }
 
 TEST_F(RolesTest, CreatesTheFoldersThatAreMissing) {
-    const std::string store = "/var/vire/ks2/roles";
-    const std::string pub = store + "/pub", prv = store + "/prv";
-    const struct {
-        std::vector<std::string> present;
-        std::string blocked;  // a file where a folder should be
-        std::vector<std::string> created;
-    } cases[] = {
+    const std::string store = "/var/vire/ks2/roles", pub = store + "/pub", prv = store + "/prv";
+    using Folders = std::vector<std::string>;
+    // The folders that are there, a file where one should be, and those that are created.
+    const std::tuple<Folders, std::string, Folders> cases[] = {
         {{}, "", {"/var", "/var/vire", "/var/vire/ks2", store, pub, prv}},
         {{store}, "", {pub, prv}},
         {{pub}, "", {prv}},
@@ -159,22 +142,20 @@ TEST_F(RolesTest, CreatesTheFoldersThatAreMissing) {
         {{"/var/vire"}, "/var/vire/ks2", {}},
     };
     const mode_t mask = umask(0);
-    for (const auto& one : cases) {
+    for (const auto& [present, blocked, created] : cases) {
         fs::remove_all(path("/var"));
-        for (const std::string& folder : one.present) {
+        for (const std::string& folder : present) {
             fs::create_directories(path(folder));
         }
-        if (!one.blocked.empty()) {
-            write(one.blocked, "");
-        }
-        createdFolders().clear();
+        blocked.empty() ? void() : write(blocked, "");
+        g_createdFolders.clear();
         tav::ensureRoleDirectories();
-        EXPECT_EQ(createdFolders(), one.created);
-        for (const std::string& folder : one.present) {
-            EXPECT_EQ(fs::status(path(folder)).permissions(), fs::perms::all) << folder;
-        }
-        for (const std::string& folder : one.created) {
-            EXPECT_EQ(fs::status(path(folder)).permissions(), fs::perms::owner_all) << folder;
+        EXPECT_EQ(g_createdFolders, created);
+        for (const auto& [folders, permissions] :
+             {std::pair(present, fs::perms::all), {created, fs::perms::owner_all}}) {
+            for (const std::string& folder : folders) {
+                EXPECT_EQ(fs::status(path(folder)).permissions(), permissions) << folder;
+            }
         }
     }
     umask(mask);
@@ -228,14 +209,14 @@ TEST_F(RolesTest, RegistersTheApplicationOfTheRootUser) {
         profile.executable = executable;
         profile.appinfo = appinfo;
         startWithTemplates(profile);
-        SDL_ClearError();
-        std::string result = std::to_string(registerRoleFile());
+        const int code = registerRoleFile();
         const std::vector<std::string> lines = trace();
         EXPECT_EQ(lines.front(), "tav_f registerRoleFile --");
         EXPECT_STREQ(SDL_GetError(), "");
         note("");
-        result += fs::exists(path("/var/vire/ks2/roles")) ? " with folders " : " ";
-        result += roles(id) + (lines.back().starts_with("tav_1") ? lines.back() : "");
+        std::string result =
+            join(code, fs::exists(path("/var/vire/ks2/roles")) ? " with folders " : " ", roles(id),
+                 lines.back().starts_with("tav_1") ? lines.back() : "");
         std::replace(result.begin(), result.end(), '\n', ';');
         return result;
     };
