@@ -29,12 +29,10 @@ bool isSpared(const void* caller) {
 
 // Memory runs out on the thread that runs a step, as long as it does.
 struct Memory {
-    int first = 0;
-    int last = 0;
+    int first = 0, last = 0;
     int occurred = 0;
     int blocks = 0;  // of C that are held
-    bool isArmed = false;
-    bool isArmedForNew = false;
+    bool isArmed = false, isArmedForNew = false;
 
     bool isExhausted(const void* caller) {
         if (!isArmed || isSpared(caller) || ++occurred < first || occurred > last) {
@@ -163,10 +161,10 @@ protected:
     // It goes off whether or not it went on.
     template <typename Read>
     std::string whileOn(int (*enable)(SDL_bool), Read read) {
-        std::string outcome = std::to_string(enable(SDL_TRUE));
+        const std::string enabled = textOf(enable(SDL_TRUE)) + " and ";
         device.advance(1000);
-        outcome += " and " + std::to_string(read());
-        return outcome + " and " + std::to_string(enable(SDL_FALSE));
+        const std::string seen = textOf(read()) + " and ";
+        return enabled + seen + textOf(enable(SDL_FALSE));
     }
 
     std::string replies(const char* uri, SDL_bool isOneEnough) {
@@ -179,8 +177,8 @@ protected:
     // The page's call is made here, in place of a page.
     std::string callFromPage() {
         EXPECT_EQ(TAV_RegisterJSHandler("greet", onGreet), TAV_NOERROR);
-        const tavtest::Answer answer =
-            tavtest::callMethod("greet", 9, std::vector<const char*>(9, "hello"));
+        const std::vector<const char*> parameters(9, "hello");
+        const tavtest::Answer answer = tavtest::callMethod("greet", 9, parameters);
         return answer ? answer->second : "unanswered";
     }
 
@@ -188,18 +186,17 @@ protected:
     std::string helpers() {
         HLinkedList list;
         std::string elements = "abc";
-        const std::string longText(1 << 20, ' ');  // for which no room is kept
-        const std::string json =
-            R"({"list": ["a text that is too long to be part of a string"]})" + longText;
-        std::string listed;
+        std::string json = R"({"list": ["a text that is too long to be part of a string"]})";
+        json.append(1 << 20, ' ');  // for which no room is kept
+        std::string outcome;
         t_memory.isArmedForNew = true;
         for (char& element : elements) {
-            listed += list.append(&element) != 0 ? element : '-';
+            outcome += list.append(&element) != 0 ? element : '-';
         }
         HJson* parsed = HJson_create(json.c_str());
         HString* value = HJson_getValueFromStr(json.c_str(), "list");
         t_memory.isArmedForNew = false;
-        std::string outcome = listed + " as ";
+        outcome += " as ";
         for (int index = 0; index < list.size(); ++index) {
             outcome += *static_cast<char*>(list.get(index));
         }
@@ -210,17 +207,6 @@ protected:
         return outcome;
     }
 
-    void plan() {
-        t_memory.occurred = 0;
-        t_memory.first = struck;
-        t_memory.last = fault ? 0 : lasts && struck > 0 ? INT_MAX : struck;
-        if (fault && lasts) {
-            device.failFrom(*fault, struck);
-        } else if (fault) {
-            device.failNth(*fault, struck);
-        }
-    }
-
     // One more time than it is struck, which is to be as undisturbed as it was.
     template <typename Function>
     void step(const std::string& name, Function function) {
@@ -229,7 +215,12 @@ protected:
         }
         SDL_ClearError();
         trace();
-        plan();
+        t_memory.occurred = 0;
+        t_memory.first = struck;
+        t_memory.last = fault ? 0 : lasts && struck > 0 ? INT_MAX : struck;
+        if (fault) {
+            lasts ? device.failFrom(*fault, struck) : device.failNth(*fault, struck);
+        }
         t_memory.isArmed = true;
         std::string outcome = textOf(function());
         t_memory.isArmed = false;
@@ -265,12 +256,8 @@ protected:
         TAV_OSVersion version;
         TAV_CompassReading reading;
         TAV_Location fix;
-        const auto appId = [](char* buffer, int length) {
-            return TAV_GetAppinfoValue("id", buffer, length);
-        };
-        const auto dataFile = [](char* buffer, int length) {
-            return TAV_GetDataFilePath("scores.txt", buffer, length);
-        };
+        const auto appId = [](char* to, int size) { return TAV_GetAppinfoValue("id", to, size); };
+        const auto dataFile = [](char* to, int size) { return TAV_GetDataFilePath("f", to, size); };
         STEP(rolesAfterStart());
         STEP(filled(TAV_GetDeviceName, 256));
         STEP(filled(TAV_GetLanguage, 256));
@@ -330,13 +317,14 @@ protected:
 
     // In which of the four ways, unless in all; what holds for a plug-in as well is said once.
     static std::string textOfWays(int ways) {
-        constexpr const char* kWays[] = {"once", "lasting", "once as a plug-in",
-                                         "lasting as a plug-in"};
+        const char* const texts[] = {"once", "lasting", "once as a plug-in",
+                                     "lasting as a plug-in"};
         const int told = (ways & 3) == ways >> 2 ? ways & 3 : ways;
         std::string text;
         for (int way = 0; way < 4 && told != 3; ++way) {
-            text += (told >> way & 1) != 0 ? (text.empty() ? "; " : ", ") + std::string(kWays[way])
-                                           : "";
+            if ((told >> way & 1) != 0) {
+                text += (text.empty() ? "; " : ", ") + std::string(texts[way]);
+            }
         }
         return text;
     }
