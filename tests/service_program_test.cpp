@@ -14,10 +14,16 @@ constexpr char kOtherUri[] = "a://c";
 
 class ServiceProgramTest : public tavtest::TranscriptTest {
 protected:
-    void startWith(std::vector<std::string> command, bool virtualTime = true) {
+    void TearDown() override {
+        device.stop();
+        EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "a process was left behind";
+        TranscriptTest::TearDown();
+    }
+
+    void start(bool virtualTime = true, const std::string& program = "python3 service_program.py") {
         tavsim::Profile profile;
         for (const char* uri : {kUri, kOtherUri}) {
-            profile.services[uri].program = {command, TAV_TESTS};
+            profile.services[uri].program = {split(program, ' '), TAV_TESTS};
         }
         tavsim::Options options;
         options.virtualTime = virtualTime;
@@ -25,21 +31,13 @@ protected:
         note("");
     }
 
-    void startProgram(bool virtualTime = true) {
-        startWith({"python3", "service_program.py"}, virtualTime);
-    }
-
-    void call(const std::string& payload, const char* uri = kUri) {
-        TranscriptTest::call(uri, payload);
-    }
-
-    void tell(const std::string& what) { call(R"({"do":")" + what + "\"}"); }
+    void tell(const std::string& what) { call(kUri, R"({"do":")" + what + "\"}"); }
 
     // The journal's lines of replies.
     std::vector<std::string> replies() const {
         std::vector<std::string> lines;
-        std::copy_if(device.journal().begin(), device.journal().end(), std::back_inserter(lines),
-                     [](const auto& line) { return line.find("\"reply\":") != line.npos; });
+        std::ranges::copy_if(device.journal(), std::back_inserter(lines),
+                             [](const auto& line) { return line.find("\"reply\":") != line.npos; });
         return lines;
     }
 
@@ -50,46 +48,36 @@ protected:
             SDL_Delay(1);
         }
     }
-
-    // Stops the device, and expects that it leaves no process behind.
-    void expectNothingLeft() {
-        device.stop();
-        EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1);
-        EXPECT_EQ(errno, ECHILD);
-    }
 };
 
 TEST_F(ServiceProgramTest, AnswersOnTheDevicesClock) {
-    startProgram();
+    start();
     device.advance(7);
     const int counter = subscribe(kUri, "count");
     pass(100);
     pass(5);
     bus.ksCancelCall(counter);
     pass(1000);
-    call(R"({ "a":"\u00e9" })", kOtherUri);
+    call(kOtherUri, R"({ "a":"\u00e9" })");
     bus.ksCall(kUri, "one way", false);
     pass(100);
-    call("\"what have you heard\"");
+    call(kUri, "\"what have you heard\"");
     pass(0);
-    expectNothingLeft();
 }
 
 TEST_F(ServiceProgramTest, InRealTimeRepliesArriveWhenTheyAreThere) {
-    startProgram(false);
+    start(false);
     subscribe(kUri, "\"later\"");
     pumpUntilReplies(2);
     EXPECT_THAT(replies(), testing::ElementsAre(HasSubstr("at once"), HasSubstr("later")));
-    expectNothingLeft();
 }
 
 TEST_F(ServiceProgramTest, InRealTimeOneThatEndsIsNoticed) {
     for (const char* what : {"exit", "close its output", "leave a child that holds its output"}) {
-        startProgram(false);
+        start(false);
         tell(what);
         pumpUntilReplies(1);
         EXPECT_THAT(replies(), testing::ElementsAre(HasSubstr("has ended"))) << what;
-        expectNothingLeft();
     }
 }
 
@@ -108,39 +96,34 @@ TEST_F(ServiceProgramTest, OneThatMisbehavesIsStoppedAndItsRequestsFail) {
     for (const auto& [what, problem] : rows) {
         SCOPED_TRACE(what);
         testing::internal::CaptureStderr();
-        startProgram();
-        call("1");  // its reply is on its way
+        start();
+        call(kUri, "1");  // its reply is on its way
         tell(what);
-        call("3", kOtherUri);
+        call(kOtherUri, "3");
         device.advance(20);
         const std::string printed = testing::internal::GetCapturedStderr();
-        EXPECT_THAT(printed,
-                    HasSubstr(std::string("python3 service_program.py: stopped: ") + problem));
+        EXPECT_THAT(printed, HasSubstr(join("python3 service_program.py: stopped: ", problem)));
         EXPECT_EQ(std::count(printed.begin(), printed.end(), '\n'), 1);
-        ASSERT_EQ(replies().size(), 3U);
-        EXPECT_THAT(replies().front(), HasSubstr("the service's program has ended"));
-        EXPECT_THAT(replies().back(), HasSubstr("\"reply\":\"1\""));
+        EXPECT_THAT(replies(), testing::ElementsAre(HasSubstr("the service's program has ended"),
+                                                    testing::_, HasSubstr("\"reply\":\"1\"")));
         EXPECT_THAT(device.openCalls(), testing::IsEmpty());
-        expectNothingLeft();
     }
 }
 
 TEST_F(ServiceProgramTest, OneThatStaysOnIsKilledWithTheDevice) {
-    startProgram();
+    start();
     tell("stay on");
     pass(1000);
     CALL(device.openCalls().size());
-    expectNothingLeft();
 }
 
 TEST_F(ServiceProgramTest, OneThatCannotBeRunIsNamed) {
     testing::internal::CaptureStderr();
-    startWith({"./no such program"});
-    call("1");
-    call("2");
+    start(true, "./no-such-program");
+    call(kUri, "1");
+    call(kUri, "2");
     pass(0);
     note(testing::internal::GetCapturedStderr());
-    expectNothingLeft();
 }
 
 }  // namespace
