@@ -3,8 +3,6 @@
 
 namespace {
 
-using testing::ElementsAre;
-
 class ProfileServicesTest : public tavtest::TranscriptTest {
 protected:
     void startWith(const std::string& services) {
@@ -68,15 +66,7 @@ TEST_F(ProfileServicesTest, DelaysAreSpreadAlikeWithTheSameSeed) {
     EXPECT_NE(repliesWith("6"), replies);
 }
 
-class ExtendingTest : public tavtest::TranscriptTest {
-protected:
-    std::optional<tavsim::Profile> readProfile(const std::string& name) {
-        error.clear();
-        return tavsim::readProfile(path(name), &error);
-    }
-
-    std::string error;
-};
+using ExtendingTest = tavtest::TranscriptTest;
 
 TEST_F(ExtendingTest, FieldsReplaceThoseOfTheProfileThatIsExtended) {
     write("/base.json", R"({"extends":"quern","title":"Base","refuse":["touch"],
@@ -86,18 +76,18 @@ TEST_F(ExtendingTest, FieldsReplaceThoseOfTheProfileThatIsExtended) {
     write("/top.json", R"({"title":"Top","extends":"./base.json","refuse":["keyboard"],
         "preferences":{"region":2},"items":[{"id":"c"}],"compass":{"turn":3},
         "services":{"a://1":{"reply":3}}})");
-    const std::optional<tavsim::Profile> profile = readProfile("/top.json");
+    std::string error;
+    const auto profile = tavsim::readProfile(path("/top.json"), &error);
     ASSERT_TRUE(profile) << error;
-    EXPECT_EQ(profile->name + " " + profile->title + " " + *profile->machine, "top Top quern");
-    EXPECT_THAT(profile->refused, ElementsAre("keyboard"));
-    EXPECT_EQ(profile->preferences->at("deviceName") + profile->preferences->at("region"),
-              "\"Base\"2");
-    EXPECT_EQ(profile->items.size(), 1U);
-    EXPECT_EQ(profile->compass.interval, 7);
-    EXPECT_EQ(profile->compass.turn, 3);
-    EXPECT_EQ(profile->services.at("a://1").replies, std::vector<tavsim::Reply>{"3"});
-    EXPECT_EQ(profile->services.at("a://1").delay, 0);
-    EXPECT_EQ(profile->services.at("a://2").replies, std::vector<tavsim::Reply>{"2"});
+    EXPECT_EQ(join(profile->name, ' ', profile->title, ' ', *profile->machine), "top Top quern");
+    EXPECT_EQ(join(profile->items.size(), ' ', profile->compass.interval, ' ',
+                   profile->compass.turn, ' ', profile->services.at("a://1").delay, ' ',
+                   profile->preferences->at("deviceName"), profile->preferences->at("region")),
+              "1 7 3 0 \"Base\"2");
+    EXPECT_THAT(profile->refused, testing::ElementsAre("keyboard"));
+    for (const auto& [uri, reply] : {std::pair("a://1", "3"), {"a://2", "2"}}) {
+        EXPECT_EQ(profile->services.at(uri).replies, std::vector<tavsim::Reply>{reply});
+    }
     EXPECT_TRUE(profile->services.contains("vire://com.vire.battery/status"));
 }
 
@@ -111,11 +101,12 @@ TEST_F(ExtendingTest, WhatCannotBeExtendedIsAnError) {
               R"({"extends":"d)" + std::to_string(i + 1) + R"(.json"})");
     }
     write("/d20.json", "{}");
+    std::string error;
     for (const char* file : {"/wrong.json", "/here.json", "/missing.json", "/d4.json"}) {
-        EXPECT_FALSE(readProfile(file));
+        EXPECT_FALSE(tavsim::readProfile(path(file), &error));
         note(cut(error));
     }
-    EXPECT_TRUE(readProfile("/d5.json")) << error;
+    EXPECT_TRUE(tavsim::readProfile(path("/d5.json"), &error)) << error;
 }
 
 }  // namespace
