@@ -49,16 +49,6 @@ protected:
     // The trace since the last look at it.
     std::vector<std::string> trace() { return device.takeTrace(); }
 
-    // Expects the last call's failure: its message as SDL's error string, and as the trace's last
-    // line under the function's name. Forgets both.
-    void expectFailure(const std::string& function, const std::string& message) {
-        EXPECT_EQ(SDL_GetError(), message);
-        const std::vector<std::string> lines = trace();
-        ASSERT_FALSE(lines.empty());
-        EXPECT_EQ(lines.back(), "tav_e " + function + " " + message);
-        SDL_ClearError();
-    }
-
     // Files of the device, by their paths there.
     std::string path(const std::string& name) const { return device.root() + name; }
 
