@@ -62,6 +62,10 @@ TEST_F(TavsimTest, RefusesWhatMakesNoSense) {
     CALL(TAVSim_FailNth(TAVSIM_READ, -1));
     CALL(TAVSim_FailFrom(TAVSIM_READ + 1, 1));
     CALL(TAVSim_Occurrences(-1));
+    TAVSim_Options realTime = {};
+    realTime.realTime = 1;
+    ASSERT_EQ(TAVSim_Start("quern", &realTime), 0) << TAVSim_GetError();
+    CALL(TAVSim_Advance(0));
 }
 
 TEST_F(TavsimTest, StartsNoDeviceFromWhatIsWrong) {
@@ -77,13 +81,6 @@ TEST_F(TavsimTest, StartsNoDeviceFromWhatIsWrong) {
     callAll();
 }
 
-TEST_F(TavsimTest, TimeIsTheMachinesWhereAsked) {
-    TAVSim_Options options = {};
-    options.realTime = 1;
-    ASSERT_EQ(TAVSim_Start("quern", &options), 0) << TAVSim_GetError();
-    CALL(TAVSim_Advance(0));
-}
-
 TEST_F(TavsimTest, FindsEntriesAmongTheLinesThatAreKept) {
     constexpr int kChanges = 6000;  // of two lines each, of which the last 10000 are kept
     for (int change = 0; change < kChanges; ++change) {
@@ -95,20 +92,16 @@ TEST_F(TavsimTest, FindsEntriesAmongTheLinesThatAreKept) {
     EXPECT_THAT(TAVSim_JournalLine(2000), testing::HasSubstr("NApp_SetKeyboardState"));
     EXPECT_THAT(TAVSim_JournalLine(11999), testing::HasSubstr("\"shown\""));
     EXPECT_EQ(TAVSim_JournalLine(12000), nullptr);
-    EXPECT_EQ(TAVSim_FindEntry("what=keyboard outcome=hidden", 0), 2001);
-    EXPECT_EQ(TAVSim_FindEntry("what=keyboard outcome=hidden", 2002), 2005);
-    EXPECT_EQ(TAVSim_FindEntry("what=keyboard outcome=hidden", 11998), -1);
-    EXPECT_EQ(TAVSim_FindEntry("what=keyboard", 1 << 30), -1);
-    EXPECT_EQ(TAVSim_FindEntry("what=keyboard", -1), 2001);
+    for (const auto& [start, found] :
+         {std::pair(-1, 2001), {0, 2001}, {2002, 2005}, {11998, -1}, {1 << 30, -1}}) {
+        EXPECT_EQ(TAVSim_FindEntry("what=keyboard outcome=hidden", start), found) << start;
+    }
 }
 
 TEST_F(TavsimTest, OneThingOrAllFromItOnFail) {
     const auto accepted = [] {
-        std::string outcomes;
-        for (int request = 0; request < 4; ++request) {
-            outcomes += NApp_SetKeyboardState(1) != 0 ? '1' : '0';
-        }
-        return outcomes;
+        const auto once = [] { return NApp_SetKeyboardState(1) != 0 ? '1' : '0'; };
+        return std::string{once(), once(), once(), once()};
     };
     TAVSim_FailNth(TAVSIM_HOST, 2);
     EXPECT_EQ(accepted(), "1011");
