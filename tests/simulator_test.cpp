@@ -7,7 +7,6 @@ namespace {
 
 using tavtest::repliesOf;
 
-using SimulatorTest = tavtest::DeviceTest;
 using ProfileTest = tavtest::TranscriptTest;
 
 TEST_F(ProfileTest, NamesTheFieldThatIsWrong) {
@@ -97,42 +96,30 @@ TEST_F(BusTest, ServicesLeaveTheirMarkInTheJournal) {
     CALL(device.advance(1000));
 }
 
-TEST_F(SimulatorTest, FilesAreMadeFromTheProfileOnceAndThenLeftAlone) {
+TEST_F(ProfileTest, FilesAreMadeFromTheProfileOnceAndThenLeftAlone) {
     tavsim::Profile profile;
     profile.preferences.emplace()["deviceName"] = "\"O'Neill\"";
     profile.uniqueId = "0123";
     profile.templates = {{"KOB.pub", "text"}};
     tavsim::Options options;
     options.root = testing::TempDir() + "/device-" + std::to_string(getpid());
+    const std::string own = device.root();
+    EXPECT_EQ(std::filesystem::status(own).permissions(), std::filesystem::perms::owner_all);
     ASSERT_TRUE(device.start(profile, options));
+    EXPECT_FALSE(std::filesystem::exists(own)) << "a root of its own goes with the device";
     std::ofstream(options.root + "/proc/nduid") << "edited";
     profile.preferences->at("deviceName") = "\"Other\"";
     ASSERT_TRUE(device.start(profile, options));
-    char text[64];
-    EXPECT_EQ(TAV_GetDeviceName(text, sizeof text), TAV_NOERROR);
-    EXPECT_STREQ(text, "O'Neill");
-    EXPECT_EQ(TAV_GetUniqueID(text, sizeof text), TAV_NOERROR);
-    EXPECT_STREQ(text, "edited");
+    EXPECT_EQ(filled(TAV_GetDeviceName, 64), "0 'O'Neill'");
+    EXPECT_EQ(filled(TAV_GetUniqueID, 64), "0 'edited'");
     device.stop();
     EXPECT_TRUE(std::filesystem::exists(options.root + "/usr/vire/ks2/templates/KOB.pub"));
     std::filesystem::remove_all(options.root);
 }
 
 // The sanitizers see a queue that is used after its end.
-TEST_F(SimulatorTest, AProgramMayEndWhileRepliesAreOnTheirWay) {
-    const auto endWithReplyQueued = [] {
-        NApp_GetKSCaller()->ksCallWithResponse(
-            "a://unknown", "{}", false, [](int, const char*, void*) {}, nullptr);
-        std::exit(0);
-    };
-    EXPECT_EXIT(endWithReplyQueued(), testing::ExitedWithCode(0), "");
-}
-
-TEST_F(SimulatorTest, AFreshRootIsPrivateAndGoesWithTheDevice) {
-    const std::string root = device.root();
-    EXPECT_EQ(std::filesystem::status(root).permissions(), std::filesystem::perms::owner_all);
-    device.stop();
-    EXPECT_FALSE(std::filesystem::exists(root));
+TEST_F(BusTest, AProgramMayEndWhileRepliesAreOnTheirWay) {
+    EXPECT_EXIT((call("a://unknown"), std::exit(0)), testing::ExitedWithCode(0), "");
 }
 
 }  // namespace
