@@ -42,13 +42,11 @@ TEST(HJsonTest, TakesNothingAndDeepNesting) {
 
 TEST(SuggestionTest, NamesTheNearestAndNothingThatIsFar) {
     const std::vector<std::string> names = {"list", "location", "state", "journal", "q"};
-    for (const auto& [word, meant] : {std::pair("locaton", "location"),
-                                      {"sate", "state"},
-                                      {"lsit", "list"},
-                                      {"ilst", "list"},
-                                      {"xjournal", "journal"},
-                                      {"stale", "state"}}) {
-        EXPECT_EQ(base::suggestion(word, names), std::string("; did you mean \"") + meant + "\"?");
+    const std::pair<const char*, const char*> meant[] = {
+        {"locaton", "location"}, {"sate", "state"},       {"lsit", "list"},
+        {"ilst", "list"},        {"xjournal", "journal"}, {"stale", "state"}};
+    for (const auto& [word, name] : meant) {
+        EXPECT_EQ(base::suggestion(word, names), std::string("; did you mean \"") + name + "\"?");
     }
     for (const char* word : {"quern", "", "xy", "ls", "lotion"}) {
         EXPECT_EQ(base::suggestion(word, names), "") << word;
@@ -83,14 +81,9 @@ TEST(HLinkedListTest, KeepsItsOrderThroughAppendsAndRemovals) {
             const auto found = std::find(model.begin(), model.end(), thing);
             model.erase(found, found == model.end() ? found : found + 1);
         }
-        const bool isThere = std::find(model.begin(), model.end(), thing) != model.end();
-        ASSERT_EQ(list.getLLElem(thing), isThere ? thing : nullptr);
+        ASSERT_EQ(list.getLLElem(thing), std::ranges::count(model, thing) != 0 ? thing : nullptr);
         ASSERT_EQ(list.size(), static_cast<int>(model.size()));
         ASSERT_EQ(list.get(static_cast<int>(index)), index < model.size() ? model[index] : nullptr);
-        for (int at = step % 100 == 0 ? list.size() : -1; at >= 0; --at) {
-            const auto place = static_cast<std::size_t>(at);
-            ASSERT_EQ(list.get(at), place < model.size() ? model[place] : nullptr);
-        }
         if (step % 20000 == 19999) {
             list.clear();
             model.clear();

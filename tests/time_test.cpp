@@ -76,9 +76,7 @@ protected:
 };
 
 TEST_F(TimerTest, EachFiresAtItsTimesUntilItEnds) {
-    Timer first{{}, {0}};
-    Timer slow{{}, {25, 10}, 35};
-    Timer removed;
+    Timer first{{}, {0}}, slow{{}, {25, 10}, 35}, removed;
     SDL_AddTimer(0, fire, &first);
     SDL_AddTimer(11, fire, &slow);
     const SDL_TimerID id = SDL_AddTimer(30, fire, &removed);
