@@ -63,7 +63,7 @@ struct Request {
 
 // Empty, or what is wrong with it.
 std::string readUri(const std::string& uri, Request* request) {
-    const std::string unknown = "no such service: " + uri;
+    std::string unknown = "no such service: " + uri;
     const size_t start = uri.find(kSchemeEnd);
     const size_t nameStart = start + kSchemeEnd.size();
     const size_t firstSlash = start != std::string::npos ? uri.find('/', nameStart) : start;

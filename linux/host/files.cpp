@@ -52,7 +52,7 @@ bool makeFiles(const fs::path& folder) {
 
 // A folder for temporary files is everyone's: what stands in it must be this user's own.
 fs::path ownTemporaryFolder() {
-    const fs::path folder = g_get_tmp_dir() + ("/libtav-" + std::to_string(geteuid()));
+    fs::path folder = g_get_tmp_dir() + ("/libtav-" + std::to_string(geteuid()));
     mkdir(folder.c_str(), S_IRWXU);
     struct stat found = {};
     const bool isOwn = lstat(folder.c_str(), &found) == 0 && S_ISDIR(found.st_mode) &&
@@ -62,11 +62,11 @@ fs::path ownTemporaryFolder() {
 
 fs::path makeDeviceFolder() {
     const fs::path own = fs::path("libtav") / fs::path(applicationId()).filename();
-    const fs::path folder = g_get_user_runtime_dir() / own;
+    fs::path folder = g_get_user_runtime_dir() / own;
     if (makeFiles(folder)) {
         return folder;
     }
-    const fs::path temporary = ownTemporaryFolder() / own;
+    fs::path temporary = ownTemporaryFolder() / own;
     makeFiles(temporary);
     return temporary;
 }

@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <charconv>
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
@@ -66,7 +67,10 @@ void Members::kill() const {
         std::error_code problem;
         for (fs::directory_iterator at("/proc", problem), end; !problem && at != end;
              at.increment(problem)) {
-            isAnyLeft |= send(std::atoi(at->path().filename().c_str()), SIGKILL);
+            const std::string name = at->path().filename();
+            pid_t process = 0;  // of what is no process
+            std::from_chars(name.data(), name.data() + name.size(), process);
+            isAnyLeft |= send(process, SIGKILL);
         }
         if (isAnyLeft) {
             std::this_thread::sleep_for(kBetweenLooks);
