@@ -1,6 +1,7 @@
 """What the desktop does for an application, and what nothing there does."""
 
 import os
+from pathlib import Path
 
 from buses import DRIVER, OnPrivateBuses
 
@@ -48,20 +49,19 @@ class Desktop(OnPrivateBuses):
             '{"id":"com.vire.app.browser","params":{"target":"y.z"}}', "call",
             "vire://com.example.Nobody/X", "{}", TAV_TRACE="tav_e", TAV_TRACE_FILE=trace, PATH="/")
         self.assertEqual(lines[:4], ["mail 0", "browse 0", "port 0", "vibrate 0"])
-        with open(trace) as file:
-            self.assertEqual({line.removeprefix("tav_e HKSCaller ") for line in file}, {
-                "the payload is no JSON object\n", "the target is no address of a page\n",
-                "nothing opens http://y.z\n", "there is nothing that vibrates\n",
-                "org.freedesktop.DBus.Error.ServiceUnknown: The name org.fedoraproject.FirewallD1 "
-                "was not provided by any .service files\n", "the payload is no JSON\n",
-                "no such service: com.example.Nobody\n"})
+        lines = Path(trace).read_text().splitlines()
+        self.assertEqual({line.removeprefix("tav_e HKSCaller ") for line in lines}, {
+            "the payload is no JSON object", "the target is no address of a page",
+            "nothing opens http://y.z", "there is nothing that vibrates",
+            "org.freedesktop.DBus.Error.ServiceUnknown: The name org.fedoraproject.FirewallD1 "
+            "was not provided by any .service files", "the payload is no JSON",
+            "no such service: com.example.Nobody"})
 
     def test_without_a_portal_a_program_gets_one_argument(self):
-        opener = self.folder + "/xdg-open"
-        with open(opener, "w") as file:
-            file.write(f'#!/bin/sh\nprintf "%s|" "$#" "$1" >{self.folder}/part\n'
-                       f"mv {self.folder}/part {self.folder}/opened\n")
-        os.chmod(opener, 0o700)
+        opener, opened = Path(self.folder, "xdg-open"), Path(self.folder, "opened")
+        opener.write_text(f'#!/bin/sh\nprintf "%s|" "$#" "$1" >{opened}.part\n'
+                          f"mv {opened}.part {opened}\n")
+        opener.chmod(0o700)
         path = self.folder + ":" + os.environ["PATH"]
         rows = {("browse", "--help; rm x"): "1|http://--help; rm x|",
                 ("browse", "example.com/'$x"): "1|http://example.com/'$x|",
@@ -69,10 +69,9 @@ class Desktop(OnPrivateBuses):
                     "1|mailto:x%40y.z?subject=S%26x%3D&body=a%20b|"}
         for command, expected in rows.items():
             with self.subTest(command=command):
-                self.run_driver(*command, "wait", self.folder + "/opened", PATH=path)
-                with open(self.folder + "/opened") as file:
-                    self.assertEqual(file.read(), expected)
-                os.remove(self.folder + "/opened")
+                self.run_driver(*command, "wait", str(opened), PATH=path)
+                self.assertEqual(opened.read_text(), expected)
+                opened.unlink()
 
     def test_every_player_is_paused(self):
         path, interface = "/org/mpris/MediaPlayer2", "org.mpris.MediaPlayer2.Player"

@@ -1,14 +1,14 @@
 """Whole programs, each the same file on a simulated device and on this machine."""
 
-import os
 import re
 import sys
+from pathlib import Path
 
 from buses import BUILD, HERE, OnPrivateBuses
 
 
 TAVSIM = BUILD + "/bin/tavsim"
-SOURCE = os.path.dirname(os.path.dirname(HERE))
+SOURCE = str(Path(HERE).parents[1])
 
 
 class Programs(OnPrivateBuses):
@@ -40,8 +40,7 @@ class Programs(OnPrivateBuses):
 
     def test_the_example_of_services_is_the_same_program(self):
         services = BUILD + "/bin/services"
-        with open(SOURCE + "/examples/services.txt") as file:
-            simulated = file.read().splitlines()
+        simulated = Path(SOURCE, "examples/services.txt").read_text().splitlines()
         self.device_services()
         lines = self.lines_of(services)
         self.assertEqual(sorted(re.sub(r"\d+$", "n", line) for line in lines), sorted([
@@ -51,9 +50,8 @@ class Programs(OnPrivateBuses):
     def test_programs_that_were_linked_otherwise_are_started_by_tavsim(self):
         self.device_services()
         commands = [[BUILD + "/tests/programs/service_reply_linux_sdl_first"]]
-        with open(BUILD + "/lib/libtavlinux.so", "rb") as library:
-            is_sanitized = b"__asan_init" in library.read()
-        if not is_sanitized:  # which an interpreter without that cannot have in front
+        library = Path(BUILD, "lib/libtavlinux.so").read_bytes()
+        if b"__asan_init" not in library:  # which an interpreter without that cannot have in front
             commands.append([sys.executable, SOURCE + "/tests/programs/loads_library.py",
                              BUILD + "/lib/libtav.so"])
         for command in commands:
