@@ -10,9 +10,10 @@
 // A hash table beside the list finds a pointer's node, and a look-up by index starts at the node of
 // the last one. So replies do not become slower as the list grows.
 struct HLinkedList::Elements {
-    using Place = std::list<void*>::iterator;
+    using List = std::list<void*>;
+    using Place = List::iterator;
 
-    std::list<void*> list;
+    List list;
     std::unordered_multimap<const void*, Place> places;
     Place last = list.end();  // the node that was last looked up by index, and its index
     int lastNumber = 0;
@@ -40,14 +41,17 @@ struct HLinkedList::Elements {
     }
 
     void append(void* element) {
-        std::list<void*> added{element};
+        List added(1, element);
         places.emplace(element, added.begin());
         list.splice(list.end(), added);
     }
 
     void erase(Place place) {
-        const auto [first, end] = places.equal_range(*place);
-        places.erase(std::find_if(first, end, [&](auto& entry) { return entry.second == place; }));
+        auto entry = places.find(*place);
+        while (entry->second != place) {
+            ++entry;  // equal pointers stand together
+        }
+        places.erase(entry);
         const bool isLast = place == last;
         const Place next = list.erase(place);
         last = isLast ? next : list.end();

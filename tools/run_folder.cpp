@@ -46,9 +46,9 @@ bool RunFolder::isUntouched() const {
 
 std::set<pid_t> RunFolder::programs() const {
     std::set<pid_t> programs = {tavsim::claimant(m_root, tavsim::kDeviceClaim)};
-    std::error_code problem;
-    for (fs::directory_iterator at(tavsim::freshRootsFolder(), problem), end; !problem && at != end;
-         at.increment(problem)) {
+    std::error_code failed;
+    for (fs::directory_iterator at(tavsim::freshRootsFolder(), failed), end; !failed && at != end;
+         at.increment(failed)) {
         programs.insert(tavsim::claimant(at->path(), tavsim::kDeviceClaim));
     }
     programs.erase(0);

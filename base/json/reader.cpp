@@ -1,5 +1,6 @@
 #include "base/json/reader.h"
 
+#include <algorithm>
 #include <set>
 #include <sstream>
 
@@ -19,10 +20,9 @@ std::string range(Number lowest, Number highest) {
 }
 
 std::vector<std::string> namesOf(const std::map<std::string_view, Reader>& known) {
-    std::vector<std::string> names;
-    for (const auto& field : known) {
-        names.emplace_back(field.first);
-    }
+    std::vector<std::string> names(known.size());
+    std::transform(known.begin(), known.end(), names.begin(),
+                   [](const auto& field) { return std::string(field.first); });
     return names;
 }
 

@@ -68,6 +68,7 @@ void GeoClue::setProperty(const char* name, GVariant* value) {
     call(ofClient(kProperties, "Set"), g_variant_new("(ssv)", kClient, name, value), nullptr);
 }
 
+// cppcheck-suppress constParameter; what takes a call's result has this type
 void GeoClue::takeStart(GVariant* result, const GError* problem) {
     m_isStarting = false;
     if (result == nullptr) {

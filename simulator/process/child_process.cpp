@@ -121,10 +121,10 @@ bool ChildProcess::isOurs() const {
 }
 
 bool ChildProcess::hasEnded() const {
-    siginfo_t end;
-    end.si_pid = 0;
+    siginfo_t found;
+    found.si_pid = 0;
     const int flags = WEXITED | WNOHANG | WNOWAIT;
-    return waitid(P_PID, static_cast<id_t>(m_process), &end, flags) != 0 || end.si_pid != 0;
+    return waitid(P_PID, static_cast<id_t>(m_process), &found, flags) != 0 || found.si_pid != 0;
 }
 
 bool ChildProcess::waitForEnd(milliseconds longest) const {
