@@ -53,10 +53,6 @@ no_linux='tav: *before libtav*refused*`tavsim run --real`*`pkg-config --libs tav
 refuses "$no_device" "$programs/service_reply_sdl_first"
 refuses "$no_device" "$programs/service_reply_c_first"
 refuses "$no_linux" "$programs/service_reply_linux_sdl_first"
-# A sanitizer's library in a program without it wants to be in front too, and to find C++'s there.
-sanitizer=
-[[ ${TAV_FLAGS:-} != *address* ]] ||
-    sanitizer="$("$CC" -print-file-name=libasan.so):$("$CC" -print-file-name=libstdc++.so)"
 refuses "$no_linux" env LD_PRELOAD="$sanitizer" "${python[@]}" "$libtav"
 refuses "$no_device" env LD_PRELOAD="$sanitizer" "${python[@]}" "$simulator" "$libtav"
 if [ "$TAV_LINUX" = ON ]; then

@@ -6,6 +6,10 @@ set -euo pipefail
 
 tavsim=$TAV_BUILD/bin/tavsim
 programs=$TAV_BUILD/tests/programs
+# A sanitizer's library in a program without it wants to be in front too, and to find C++'s there.
+sanitizer=
+[[ ${TAV_FLAGS:-} != *address* ]] ||
+    sanitizer="$("$CC" -print-file-name=libasan.so):$("$CC" -print-file-name=libstdc++.so)"
 work=$(mktemp -d)
 # A temporary folder of its own shows what a run leaves in it, and keeps the devices of tests that
 # run at the same time apart.

@@ -127,14 +127,17 @@ for option in '--device quern' '--timeout 5' --virtual-time; do
     refuses 'run: --real stands alone: *' run --real $option
 done
 if [ "$TAV_LINUX" = ON ]; then
-    says 0 $'--device\nnothing' '' run --real "${print[@]}" --device nothing
+    real=(env LD_PRELOAD="$sanitizer" "$tavsim" run --real)
+    run "${real[@]}" "${print[@]}" --device nothing
+    expect 0 $'--device\nnothing' ''
     says 127 '' 'tavsim: no-such-program: No such file or directory' run --real no-such-program
     # Nor does a trace that cannot be had end it.
     for where in TAV_TRACE_FILE={"$work/missing/trace",/dev/full}; do
         run env TAV_TRACE=tav_x,tav_f "$where" "$tavsim" run --real "$programs/service_reply_linux"
         expect 2 unknown 'tav: TAV_TRACE: "tav_x" is none of *'$'\n'"tav: *cannot write *"$'\nno call: *'
     done
-    says 1 '' '**' run --real cat /proc/nduid
+    run "${real[@]}" cat /proc/nduid
+    expect 1 '' '**'
 fi
 
 # The devices that come with it are the ones that it lists.
