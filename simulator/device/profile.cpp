@@ -215,15 +215,7 @@ bool isUri(const std::string& text) {
 }
 
 bool canBeRefused(const std::string& request) {
-    if (isUri(request)) {
-        return true;
-    }
-    for (const std::string_view name : kRefusable) {
-        if (name == request) {
-            return true;
-        }
-    }
-    return false;
+    return isUri(request) || std::ranges::find(kRefusable, request) != std::end(kRefusable);
 }
 
 std::optional<Profile> parseProfile(const std::string& document, const std::string& source,
@@ -250,16 +242,15 @@ std::string profileFolder() {
         return {};
     }
     std::error_code problem;
-    const fs::path library = fs::absolute(own.dli_fname, problem);
+    // Where a path cannot be preloaded, a link to the library is.
+    const fs::path library = fs::weakly_canonical(own.dli_fname, problem);
     return (library.parent_path() / TAVSIM_DATA_FROM_LIBRARY / "devices").lexically_normal();
 }
 
 std::vector<std::string> profileNames() {
     std::vector<std::string> names;
-    std::error_code problem;
-    for (fs::directory_iterator at(profileFolder(), problem), end; !problem && at != end;
-         at.increment(problem)) {
-        names.push_back(at->path().stem());
+    for (const fs::path path : base::entriesOf(profileFolder())) {
+        names.push_back(path.stem());
     }
     std::sort(names.begin(), names.end());
     return names;
