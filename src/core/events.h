@@ -1,6 +1,5 @@
 // SDL user events that announce state of the library.
-#ifndef TAV_CORE_EVENTS_H
-#define TAV_CORE_EVENTS_H
+#pragma once
 
 #include "SDL.h"
 
@@ -18,5 +17,3 @@ inline void pushUserEvent(int code, void* state) {
 }
 
 }  // namespace tav
-
-#endif

@@ -1,6 +1,5 @@
 // Owners of the helper library's objects.
-#ifndef TAV_CORE_HANDLES_H
-#define TAV_CORE_HANDLES_H
+#pragma once
 
 #include <memory>
 
@@ -20,5 +19,3 @@ struct HJsonDeleter {
 using HJsonPtr = std::unique_ptr<HJson, HJsonDeleter>;
 
 }  // namespace tav
-
-#endif

@@ -1,6 +1,5 @@
 // Whether the library was started.
-#ifndef TAV_CORE_INIT_H
-#define TAV_CORE_INIT_H
+#pragma once
 
 #include "SDL.h"
 
@@ -10,5 +9,3 @@ namespace tav {
 extern Sint32 g_calledInit;
 
 }  // namespace tav
-
-#endif

@@ -1,6 +1,5 @@
 // The one way to report a failure.
-#ifndef TAV_CORE_REPORT_H
-#define TAV_CORE_REPORT_H
+#pragma once
 
 #include "SDL.h"
 #include "platform/htracker.h"
@@ -18,5 +17,3 @@ namespace tav {
 inline constexpr char kOutOfMemory[] = "Could not allocate memory";
 
 }  // namespace tav
-
-#endif

@@ -1,6 +1,5 @@
 // Host statuses, and booleans in payloads.
-#ifndef TAV_CORE_STATUS_H
-#define TAV_CORE_STATUS_H
+#pragma once
 
 #include "SDL.h"
 #include "tav.h"
@@ -14,5 +13,3 @@ int convertFromNAppError(Sint32 status);
 
 // "true" or "false", as JSON spells it. Visible to other modules of the platform.
 TAV_API const char* getBooleanString(SDL_bool value);
-
-#endif

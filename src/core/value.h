@@ -1,6 +1,5 @@
 // Values from outside whose type does not allow every bit pattern.
-#ifndef TAV_CORE_VALUE_H
-#define TAV_CORE_VALUE_H
+#pragma once
 
 #include <cstring>
 
@@ -27,5 +26,3 @@ inline const char* trueOrFalse(Sint32 value) {
 }
 
 }  // namespace tav
-
-#endif

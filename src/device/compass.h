@@ -1,6 +1,5 @@
 // The compass's state, and what the host and the start of the library do to it.
-#ifndef TAV_DEVICE_COMPASS_H
-#define TAV_DEVICE_COMPASS_H
+#pragma once
 
 #include "SDL.h"
 #include "tav.h"
@@ -20,5 +19,3 @@ void resetCompass();
 void compassCallback(Sint32 intValue, double doubleValue1, double doubleValue2);
 
 }  // namespace tav
-
-#endif

@@ -1,6 +1,5 @@
 // The cached hardware id.
-#ifndef TAV_DEVICE_HARDWARE_H
-#define TAV_DEVICE_HARDWARE_H
+#pragma once
 
 #include "SDL.h"
 
@@ -13,5 +12,3 @@ inline constexpr Sint32 kUnknownHardware = -1;
 extern Sint32 g_hardwareType;
 
 }  // namespace tav
-
-#endif

@@ -29,8 +29,8 @@ using File = std::unique_ptr<std::FILE, FileCloser>;
 
 int TAV_GetUniqueID(char* buffer, int bufferLength) {
     HTracker_funcTrack("tav_f", __func__, "%p, %d", static_cast<void*>(buffer), bufferLength);
-    const int error = checkBuffer(__func__, buffer, bufferLength, tav::kLengthInvalid);
-    if (error != TAV_NOERROR) {
+    if (const int error = checkBuffer(__func__, buffer, bufferLength, tav::LengthMessage::Invalid);
+        error != TAV_NOERROR) {
         return error;
     }
     if (bufferLength < kUniqueIdMinimumLength) {
@@ -55,8 +55,8 @@ int TAV_GetUniqueID(char* buffer, int bufferLength) {
 
 int TAV_GetCallingPath(char* buffer, int bufferLength) {
     HTracker_funcTrack("tav_f", __func__, "%p, %d", static_cast<void*>(buffer), bufferLength);
-    const int error = checkBuffer(__func__, buffer, bufferLength, tav::kLengthInvalid);
-    if (error != TAV_NOERROR) {
+    if (const int error = checkBuffer(__func__, buffer, bufferLength, tav::LengthMessage::Invalid);
+        error != TAV_NOERROR) {
         return error;
     }
     if (bufferLength < static_cast<int>(sizeof kCallingPath)) {
@@ -70,8 +70,7 @@ int TAV_GetCallingPath(char* buffer, int bufferLength) {
 int TAV_GetDataFilePath(const char* dataFileName, char* buffer, int bufferLength) {
     HTracker_funcTrack("tav_f", __func__, "%s, %p, %d", dataFileName, static_cast<void*>(buffer),
                        bufferLength);
-    const int error = checkBuffer(__func__, buffer, bufferLength, tav::kLengthNotPositive);
-    if (error != TAV_NOERROR) {
+    if (const int error = checkBuffer(__func__, buffer, bufferLength); error != TAV_NOERROR) {
         return error;
     }
     if (dataFileName == nullptr) {
@@ -83,8 +82,7 @@ int TAV_GetDataFilePath(const char* dataFileName, char* buffer, int bufferLength
 int TAV_GetAppinfoValue(const char* name, char* buffer, int bufferLength) {
     HTracker_funcTrack("tav_f", __func__, "%s, %p, %d", name, static_cast<void*>(buffer),
                        bufferLength);
-    const int error = checkBuffer(__func__, buffer, bufferLength, tav::kLengthNotPositive);
-    if (error != TAV_NOERROR) {
+    if (const int error = checkBuffer(__func__, buffer, bufferLength); error != TAV_NOERROR) {
         return error;
     }
     if (name == nullptr) {

@@ -1,6 +1,5 @@
 // The state of location tracking.
-#ifndef TAV_DEVICE_LOCATION_H
-#define TAV_DEVICE_LOCATION_H
+#pragma once
 
 #include "SDL.h"
 #include "tav.h"
@@ -26,5 +25,3 @@ extern gpsCallbackContext g_GPSContext;
 void gpsCallback(int token, const char* reply, void* context);
 
 }  // namespace tav
-
-#endif

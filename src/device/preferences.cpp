@@ -20,7 +20,6 @@ namespace {
 
 using tav::checkBuffer;
 using tav::getPrefsDBField;
-using tav::kLengthNotPositive;
 
 constexpr char kDatabase[] = "/var/kora/preferences/systemprefs.db";
 constexpr char kDeviceNameQuery[] = "SELECT * FROM Preferences WHERE KEY='deviceName'";
@@ -131,8 +130,7 @@ int getKoraPrefSystemValue(const char* key, char* buffer, int bufferLength) {
 
 int TAV_GetDeviceName(char* buffer, int bufferLength) {
     HTracker_funcTrack("tav_f", __func__, "%p, %d", static_cast<void*>(buffer), bufferLength);
-    const int error = checkBuffer(__func__, buffer, bufferLength, kLengthNotPositive);
-    if (error != TAV_NOERROR) {
+    if (const int error = checkBuffer(__func__, buffer, bufferLength); error != TAV_NOERROR) {
         return error;
     }
     const Database database = openPreferences();
@@ -164,8 +162,7 @@ int TAV_GetDeviceName(char* buffer, int bufferLength) {
 
 int TAV_GetRegionCountryCode(char* buffer, int bufferLength) {
     HTracker_funcTrack("tav_f", __func__, "%p, %d", static_cast<void*>(buffer), bufferLength);
-    const int error = checkBuffer(__func__, buffer, bufferLength, kLengthNotPositive);
-    if (error != TAV_NOERROR) {
+    if (const int error = checkBuffer(__func__, buffer, bufferLength); error != TAV_NOERROR) {
         return error;
     }
     return getPrefsDBField("region", "countryCode", buffer, bufferLength);
@@ -173,8 +170,7 @@ int TAV_GetRegionCountryCode(char* buffer, int bufferLength) {
 
 int TAV_GetRegionCountryName(char* buffer, int bufferLength) {
     HTracker_funcTrack("tav_f", __func__, "%p, %d", static_cast<void*>(buffer), bufferLength);
-    const int error = checkBuffer(__func__, buffer, bufferLength, kLengthNotPositive);
-    if (error != TAV_NOERROR) {
+    if (const int error = checkBuffer(__func__, buffer, bufferLength); error != TAV_NOERROR) {
         return error;
     }
     return getPrefsDBField("region", "countryName", buffer, bufferLength);
@@ -182,12 +178,11 @@ int TAV_GetRegionCountryName(char* buffer, int bufferLength) {
 
 int TAV_GetLanguage(char* buffer, int bufferLength) {
     HTracker_funcTrack("tav_f", __func__, "%p, %d", static_cast<void*>(buffer), bufferLength);
-    int error = checkBuffer(__func__, buffer, bufferLength, kLengthNotPositive);
-    if (error != TAV_NOERROR) {
+    if (const int error = checkBuffer(__func__, buffer, bufferLength); error != TAV_NOERROR) {
         return error;
     }
     char language[kCodeSize] = {};
-    error = getPrefsDBField("locale", "languageCode", language, sizeof language);
+    int error = getPrefsDBField("locale", "languageCode", language, sizeof language);
     if (error != TAV_NOERROR) {
         return error;
     }

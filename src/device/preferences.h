@@ -1,6 +1,5 @@
 // The user's settings and the system's properties.
-#ifndef TAV_DEVICE_PREFERENCES_H
-#define TAV_DEVICE_PREFERENCES_H
+#pragma once
 
 namespace tav {
 
@@ -13,5 +12,3 @@ int getPrefsDBField(const char* key, const char* member, char* buffer, int buffe
 int getKoraPrefSystemValue(const char* key, char* buffer, int bufferLength);
 
 }  // namespace tav
-
-#endif

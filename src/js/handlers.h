@@ -1,6 +1,5 @@
 // The native methods that the page's JavaScript can call.
-#ifndef TAV_JS_HANDLERS_H
-#define TAV_JS_HANDLERS_H
+#pragma once
 
 #include "platform/hdata.h"
 #include "tav.h"
@@ -27,5 +26,3 @@ bool jsMethodCallback(HDataReader* reader, HDataWriter* writer);
 
 // Forgets every handler. Visible to other modules of the platform; applications use TAV_Quit.
 TAV_API void TAV_JSQuit();
-
-#endif

@@ -93,23 +93,6 @@ Record* request(const char* function, const char* uri, const tav::HStringPtr& pa
     return request<Record>(function, uri, HString_toStr(payload.get()), waitWithoutTimeOut);
 }
 
-template <typename Record>
-const char* recordText(const char* function, const Record* record, const char* missing) {
-    if (record == nullptr) {
-        return TAV_FAIL(function, nullptr, "%s", missing);
-    }
-    return HString_toStr(record->json.get());
-}
-
-template <typename Record>
-void freeRecord(const char* function, Record* record, const char* missing) {
-    if (record == nullptr) {
-        std::ignore = TAV_FAIL(function, nullptr, "%s", missing);
-        return;
-    }
-    delete record;
-}
-
 }  // namespace
 
 TAV_ItemCollection* TAV_GetAvailableItems(void) {
@@ -147,25 +130,37 @@ TAV_ItemReceipt* TAV_GetPendingPurchaseInfo(const char* orderNo) {
 }
 
 const char* TAV_GetItemCollectionJSON(const TAV_ItemCollection* itemCollectionInfo) {
-    return recordText(__func__, itemCollectionInfo, kCollectionMissing);
+    return itemCollectionInfo != nullptr ? HString_toStr(itemCollectionInfo->json.get())
+                                         : TAV_FAIL(__func__, nullptr, kCollectionMissing);
 }
 
 const char* TAV_GetItemReceiptJSON(const TAV_ItemReceipt* receipt) {
-    return recordText(__func__, receipt, kReceiptMissing);
+    return receipt != nullptr ? HString_toStr(receipt->json.get())
+                              : TAV_FAIL(__func__, nullptr, kReceiptMissing);
 }
 
 const char* TAV_GetItemJSON(const TAV_ItemInfo* itemInfo) {
-    return recordText(__func__, itemInfo, kItemInfoMissing);
+    return itemInfo != nullptr ? HString_toStr(itemInfo->json.get())
+                               : TAV_FAIL(__func__, nullptr, kItemInfoMissing);
 }
 
 void TAV_FreeItemCollection(TAV_ItemCollection* itemCollectionInfo) {
-    freeRecord(__func__, itemCollectionInfo, kCollectionMissing);
+    if (itemCollectionInfo == nullptr) {
+        std::ignore = TAV_FAIL(__func__, nullptr, kCollectionMissing);
+    }
+    delete itemCollectionInfo;
 }
 
 void TAV_FreeItemReceipt(TAV_ItemReceipt* receipt) {
-    freeRecord(__func__, receipt, kReceiptMissing);
+    if (receipt == nullptr) {
+        std::ignore = TAV_FAIL(__func__, nullptr, kReceiptMissing);
+    }
+    delete receipt;
 }
 
 void TAV_FreeItemInfo(TAV_ItemInfo* itemInfo) {
-    freeRecord(__func__, itemInfo, kItemInfoMissing);
+    if (itemInfo == nullptr) {
+        std::ignore = TAV_FAIL(__func__, nullptr, kItemInfoMissing);
+    }
+    delete itemInfo;
 }

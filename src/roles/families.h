@@ -1,6 +1,5 @@
 // The families of role templates.
-#ifndef TAV_ROLES_FAMILIES_H
-#define TAV_ROLES_FAMILIES_H
+#pragma once
 
 #include <string>
 
@@ -22,5 +21,3 @@ TAV_API void kobGenerateRole(std::string appId, std::string exePath);
 
 // From the templates for applications that run in the JavaScript engine.
 TAV_API void vantorGenerateRole(std::string appId);
-
-#endif

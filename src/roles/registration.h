@@ -1,6 +1,5 @@
 // The application's own roles, at start-up.
-#ifndef TAV_ROLES_REGISTRATION_H
-#define TAV_ROLES_REGISTRATION_H
+#pragma once
 
 #include "tav.h"
 
@@ -8,5 +7,3 @@
 // the generation was run, whatever its outcome. TAV_EOTHER when it was not; only the trace has the
 // reason. Visible to other modules of the platform.
 TAV_API int registerRoleFile();
-
-#endif

@@ -1,6 +1,5 @@
 // The store of the bus's role files: its directories, and single files made from templates.
-#ifndef TAV_ROLES_ROLE_FILE_H
-#define TAV_ROLES_ROLE_FILE_H
+#pragma once
 
 #include <string>
 
@@ -28,5 +27,3 @@ void generateRoleFile(const char* templatePath, const char* rolePath, const char
 // modules of the platform.
 TAV_API void roleGenerate(std::string templatePath, std::string rolePath, std::string appId,
                           std::string exePath);
-
-#endif

@@ -1,6 +1,5 @@
 // A request that is waited for.
-#ifndef TAV_SERVICES_BLOCKING_CALL_H
-#define TAV_SERVICES_BLOCKING_CALL_H
+#pragma once
 
 #include "core/handles.h"
 
@@ -20,5 +19,3 @@ HStringPtr blockingKSCall(const char* uri, const char* payload, bool option, int
 void blockingCallCallback(int token, const char* reply, void* context);
 
 }  // namespace tav
-
-#endif

@@ -1,6 +1,5 @@
 // Helpers for all requests over the message bus.
-#ifndef TAV_SERVICES_BUS_H
-#define TAV_SERVICES_BUS_H
+#pragma once
 
 #include "core/handles.h"
 #include "core/report.h"
@@ -40,5 +39,3 @@ HStringPtr formatPayload(const char* format, Arguments... arguments) {
 }
 
 }  // namespace tav
-
-#endif

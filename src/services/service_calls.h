@@ -1,6 +1,5 @@
 // Calls whose replies go to functions of the application.
-#ifndef TAV_SERVICES_SERVICE_CALLS_H
-#define TAV_SERVICES_SERVICE_CALLS_H
+#pragma once
 
 #include <cstdint>
 
@@ -28,5 +27,3 @@ void userCallback(int token, const char* reply, void* context);
 // Removes all open calls from the registry without cancelling them. Visible to other modules of the
 // platform.
 TAV_API void TAV_ServicesQuit();
-
-#endif
