@@ -110,6 +110,7 @@ TEST(Json, ArgumentsComeByNameOrByPositionAndNoneIsLost) {
         {{"d"}, "[5]", "(5.0,)"},
         {{"v"}, "[2147483648]", "(<int64 2147483648>,)"},
         {{"v"}, R"([{"type":"as","value":["x"]}])", "(<['x']>,)"},
+        {{"v"}, R"([{"value":[],"type":")" + std::string(40, 'a') + "y\"}]", "nested too deeply"},
         {{"s", "i"}, R"({"a":"x"})", "no argument \"arg1\""},
         {{"s"}, R"(["x",2])", "there are more arguments than the method has"},
         {{"s"}, R"({"a":"x","b":2})", "there are more arguments than the method has"},
