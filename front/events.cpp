@@ -18,8 +18,8 @@ int nextEvent(SDL_Event* event) {
 int deliverAndTakeNext(SDL_Event* event) {
     deliver();
     const int found = nextEvent(event);
-    if (found > 0 && event != nullptr) {
-        taken(*event);
+    if (found == 0 || (found > 0 && event != nullptr)) {
+        looked(found > 0 ? event : nullptr);
     }
     return found;
 }

@@ -1,7 +1,6 @@
 // Interposes SDL's event functions, so that the implementation of platform/ runs while the
 // application handles events.
-#ifndef TAV_FRONT_EVENTS_H
-#define TAV_FRONT_EVENTS_H
+#pragma once
 
 #include <atomic>
 
@@ -27,14 +26,12 @@ bool takesPart();
 // Makes the deliveries that are due.
 void deliver();
 
-// Called when the application, or the library while it waits for a reply, has taken this event off
-// SDL's queue.
-void taken(const SDL_Event& event);
+// Called when the application, or the library while it waits for a reply, has looked for an event:
+// with the one that it has taken off SDL's queue, or null when there was none.
+void looked(const SDL_Event* event);
 
 // Called while the application waits and there is no event. Returns when a delivery may be due, or
 // after a few milliseconds, because SDL may have an event.
 void waitForNext();
 
 }  // namespace front
-
-#endif

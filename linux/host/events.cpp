@@ -17,7 +17,7 @@ void deliver() {
     tavlinux::pump();
 }
 
-void taken(const SDL_Event&) {
+void looked(const SDL_Event*) {
 }
 
 void waitForNext() {

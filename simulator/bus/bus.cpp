@@ -6,7 +6,6 @@
 
 #include "platform/hkscaller.h"
 #include "platform/napp.h"
-#include "simulator/bus/payment.h"
 #include "simulator/bus/profile_services.h"
 #include "simulator/bus/service_program.h"
 #include "simulator/bus/services.h"
@@ -25,10 +24,6 @@ enum class Kind { OneWay, OneReply, Subscription };
 
 constexpr const char* kKindNames[] = {"call", "callWithResponse", "subscribe"};
 
-// The library takes all events of this moment off SDL's queue before it sees the answer to its
-// request.
-constexpr Milliseconds kSameMoment = 10;
-
 struct Call {
     std::string uri;
     std::string payload;
@@ -41,7 +36,8 @@ struct Call {
 struct Bus {
     std::unordered_map<int, Call> open;  // by token
     int lastToken = 0;
-    std::optional<Milliseconds> paymentAnswered;  // the time of the last payment answer
+    bool isPaymentAnswered = false;  // and the library still takes events
+    bool isQuitHeld = false;
 };
 
 Bus& bus() {
@@ -114,10 +110,8 @@ int dispatch(Kind kind, const char* uri, const char* payload, bool option,
               context};
     const bool refuses = refusesDispatch(call.uri);
     const int token = refuses ? -1 : ++bus().lastToken;
-    JournalEntry("bus", kKindNames[static_cast<int>(kind)])
-        .member("uri", uri)
-        .member("payload", payload)
-        .member("option", option)
+    JournalEntry("bus", kKindNames[static_cast<int>(kind)], "uri", uri, "payload", payload,
+                 "option", option)
         .outcome(refuses ? "refused" : "token " + std::to_string(token));
     if (refuses) {
         return token;
@@ -148,7 +142,7 @@ int dispatch(Kind kind, const char* uri, const char* payload, bool option,
 void clearBus() {
     endServicePrograms();
     bus().open.clear();
-    bus().paymentAnswered.reset();
+    bus().isPaymentAnswered = bus().isQuitHeld = false;
     clearProfileServices();
 }
 
@@ -163,16 +157,24 @@ std::vector<int> openBusCalls(const std::string& uri) {
     return tokens;
 }
 
-bool isPaymentAwaited() {
-    if (bus().paymentAnswered && now() - *bus().paymentAnswered < kSameMoment) {
-        return true;
-    }
-    return isPaymentOpen();
-}
-
 bool isPaymentOpen() {
     return std::any_of(bus().open.begin(), bus().open.end(),
                        [](const auto& open) { return open.second.uri.starts_with(kPayment); });
+}
+
+bool holdQuit() {
+    const bool isDropped = bus().isPaymentAnswered || isPaymentOpen();
+    bus().isQuitHeld = bus().isQuitHeld || isDropped;
+    return isDropped;
+}
+
+bool letQuitGo() {
+    bus().isPaymentAnswered = false;
+    if (!bus().isQuitHeld || isPaymentOpen()) {
+        return false;
+    }
+    bus().isQuitHeld = false;
+    return true;
 }
 
 void answerFromNowOn(const std::string& uri, const std::optional<std::string>& text) {
@@ -206,12 +208,9 @@ bool deliverReply(int token, const Reply& reply) {
     const HKSReplyFunction replyFunction = found->second.replyFunction;
     void* context = found->second.context;
     const char* text = reply ? reply->c_str() : nullptr;
-    JournalEntry("bus", "reply")
-        .member("token", token)
-        .member("uri", found->second.uri)
-        .member("reply", text);
+    JournalEntry("bus", "reply", "token", token, "uri", found->second.uri, "reply", text);
     if (found->second.uri.starts_with(kPayment)) {
-        bus().paymentAnswered = now();
+        bus().isPaymentAnswered = true;
     }
     if (found->second.kind == Kind::OneReply) {
         bus().open.erase(found);
@@ -242,14 +241,8 @@ void HKSCaller::ksCancelCall(int token) try {
     tavsim::running();
     const bool wasOpen = tavsim::bus().open.erase(token) != 0;
     tavsim::forgetServiceRequest(token);
-    tavsim::JournalEntry("bus", "cancel")
-        .member("token", token)
+    tavsim::JournalEntry("bus", "cancel", "token", token)
         .outcome(wasOpen ? "cancelled" : "no such call");
 } catch (...) {
     tavsim::refuseOrEnd();
-}
-
-HKSCaller* NApp_GetKSCaller() {
-    static HKSCaller caller;
-    return &caller;
 }

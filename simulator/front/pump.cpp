@@ -8,8 +8,8 @@
 #include "front/events.h"
 #include "front/next.h"
 #include "simulator/bus/bus.h"
-#include "simulator/bus/payment.h"
 #include "simulator/bus/service_program.h"
+#include "simulator/bus/services.h"
 #include "simulator/control/control.h"
 #include "simulator/device/edge.h"
 #include "simulator/device/journal.h"
@@ -18,16 +18,15 @@
 #include "simulator/scenario/recorder.h"
 #include "simulator/time/queue.h"
 #include "simulator/time/timers.h"
-#include "simulator/time/virtual_time.h"
 
 namespace tavsim {
 namespace {
 
 constexpr Milliseconds kWaitStep = 10;  // between two checks of SDL's queue
-// By then, the library no longer waits for a purchase and so leaves events to the application.
-constexpr Milliseconds kUntilAskedAgain = 100;
 // Sockets are not served in every poll, because that takes system calls.
 constexpr Milliseconds kControlPause = 5;
+
+int g_deliveries = 0;  // that are being made: a delivery may look for events itself
 
 void serveOutside() {
     serveControl();
@@ -68,6 +67,26 @@ void sleepAStep() {
     realDelay(static_cast<Uint32>(std::clamp<Milliseconds>(untilDue, 1, kWaitStep)));
 }
 
+void take(const SDL_Event& event) {
+    recordEvent(event);
+    const std::string input = inputCommand(event);
+    if (!input.empty() && isStarted() && isPaymentOpen()) {
+        JournalEntry("device", "input", "input", input)
+            .outcome("not the application's: a payment is awaited");
+    }
+    if (event.type == SDL_QUIT && isStarted() && holdQuit()) {
+        refuseOpenPurchases();
+    }
+}
+
+void sendQuitAgain() {
+    static const auto pushEvent = TAV_FRONT_NEXT(SDL_PushEvent);
+    SDL_Event again{};
+    again.type = SDL_QUIT;
+    noteOwnEvent(again);
+    pushEvent(&again);
+}
+
 }  // namespace
 
 void pumpNow() {
@@ -98,33 +117,20 @@ void deliver() try {
         tavsim::lookWithoutWaiting();
     }
     if (tavsim::isStarted()) {
+        ++tavsim::g_deliveries;
         tavsim::serveAndDeliver(tavsim::serveOutsideNowAndThen);
+        --tavsim::g_deliveries;
     }
 } catch (...) {
     tavsim::endProgramByException();
 }
 
-// While the library waits for the payment service, it drops the events that it takes. A request to
-// quit would be lost.
-void taken(const SDL_Event& event) try {
-    tavsim::recordEvent(event);
-    const std::string input = tavsim::inputCommand(event);
-    if (!input.empty() && tavsim::isStarted() && tavsim::isPaymentOpen()) {
-        tavsim::JournalEntry("device", "input")
-            .member("input", input)
-            .outcome("not the application's: a payment is awaited");
+void looked(const SDL_Event* event) try {
+    if (event != nullptr) {
+        tavsim::take(*event);
+    } else if (tavsim::isStarted() && tavsim::g_deliveries == 0 && tavsim::letQuitGo()) {
+        tavsim::sendQuitAgain();
     }
-    if (event.type != SDL_QUIT || !tavsim::isStarted() || !tavsim::isPaymentAwaited()) {
-        return;
-    }
-    tavsim::refuseOpenPurchases();
-    tavsim::schedule(tavsim::after(tavsim::now(), tavsim::kUntilAskedAgain), [] {
-        SDL_Event again{};
-        again.type = SDL_QUIT;
-        tavsim::noteOwnEvent(again);
-        static const auto pushEvent = TAV_FRONT_NEXT(SDL_PushEvent);
-        pushEvent(&again);
-    });
 } catch (...) {
     tavsim::endProgramByException();
 }
