@@ -76,4 +76,12 @@ std::vector<char*> pointersTo(const std::vector<std::string>& words) {
     return pointers;
 }
 
+std::string joined(const std::vector<std::string>& words) {
+    std::string line;
+    for (const std::string& word : words) {
+        line += (line.empty() ? "" : " ") + word;
+    }
+    return line;
+}
+
 }  // namespace base

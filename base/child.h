@@ -1,6 +1,5 @@
 // Starting other processes.
-#ifndef TAV_BASE_CHILD_H
-#define TAV_BASE_CHILD_H
+#pragma once
 
 #include <sys/types.h>
 
@@ -24,6 +23,7 @@ void setStandardStreams(int input, int output, int error);
 // The words as execve() takes them. They must outlive the result.
 std::vector<char*> pointersTo(const std::vector<std::string>& words);
 
-}  // namespace base
+// The words with blanks between them.
+std::string joined(const std::vector<std::string>& words);
 
-#endif
+}  // namespace base

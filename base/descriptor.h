@@ -1,6 +1,5 @@
 // File descriptors in a process that we share with an application.
-#ifndef TAV_BASE_DESCRIPTOR_H
-#define TAV_BASE_DESCRIPTOR_H
+#pragma once
 
 #include <sys/types.h>
 
@@ -48,5 +47,3 @@ private:
 };
 
 }  // namespace base
-
-#endif

@@ -83,4 +83,14 @@ bool createFile(const std::string& path, const std::string& content) {
     return close(file) == 0 && written == static_cast<ssize_t>(content.size());
 }
 
+std::vector<std::string> entriesOf(const std::string& folder) {
+    std::vector<std::string> paths;
+    std::error_code problem;
+    for (fs::directory_iterator at(folder, problem), end; !problem && at != end;
+         at.increment(problem)) {
+        paths.push_back(at->path());
+    }
+    return paths;
+}
+
 }  // namespace base

@@ -1,9 +1,9 @@
 // Whole files.
-#ifndef TAV_BASE_FILE_H
-#define TAV_BASE_FILE_H
+#pragma once
 
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace base {
 
@@ -22,6 +22,7 @@ bool writeFile(const std::string& path, const std::string& content, std::string*
 // symbolic link: then nothing is written. False, too, when the file cannot be written whole.
 bool createFile(const std::string& path, const std::string& content);
 
-}  // namespace base
+// The paths of what is in a folder; none when it cannot be read.
+std::vector<std::string> entriesOf(const std::string& folder);
 
-#endif
+}  // namespace base

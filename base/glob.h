@@ -1,6 +1,5 @@
 // Glob patterns.
-#ifndef TAV_BASE_GLOB_H
-#define TAV_BASE_GLOB_H
+#pragma once
 
 #include <string_view>
 
@@ -30,5 +29,3 @@ inline bool matchesGlob(std::string_view text, std::string_view glob) {
 }
 
 }  // namespace base
-
-#endif

@@ -1,6 +1,5 @@
 // A log file that is written from inside an application.
-#ifndef TAV_BASE_LINE_FILE_H
-#define TAV_BASE_LINE_FILE_H
+#pragma once
 
 #include <string>
 
@@ -28,5 +27,3 @@ private:
 };
 
 }  // namespace base
-
-#endif

@@ -1,13 +1,13 @@
 #include "base/message_socket.h"
 
 #include <poll.h>
+#include <sys/socket.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <climits>
 #include <cstring>
 #include <utility>
-
-#include "base/socket.h"
 
 namespace base {
 namespace {
@@ -29,6 +29,29 @@ int forPoll(milliseconds time) {
 }
 
 }  // namespace
+
+bool sendNow(int socket, const std::string& bytes, size_t* sent) {
+    while (*sent < bytes.size()) {
+        const ssize_t count =
+            send(socket, bytes.data() + *sent, bytes.size() - *sent, MSG_NOSIGNAL | MSG_DONTWAIT);
+        if (count < 0 && errno != EINTR) {
+            return errno == EAGAIN;
+        }
+        *sent += count > 0 ? static_cast<size_t>(count) : 0;
+    }
+    return true;
+}
+
+Received receiveNow(int socket, size_t most, std::string* bytes) {
+    const size_t before = bytes->size();
+    bytes->resize(before + most);
+    const ssize_t count = recv(socket, bytes->data() + before, most, MSG_DONTWAIT);
+    bytes->resize(before + (count > 0 ? static_cast<size_t>(count) : 0));
+    if (count < 0 && (errno == EAGAIN || errno == EINTR)) {
+        return Received::NothingYet;
+    }
+    return count > 0 ? Received::Some : Received::End;
+}
 
 std::optional<Message> MessageSocket::receive(Limit longestWait) {
     const SteadyClock::time_point end = SteadyClock::now() + longestWait.value_or(milliseconds(0));

@@ -1,6 +1,5 @@
-// Messages over a stream socket.
-#ifndef TAV_BASE_MESSAGE_SOCKET_H
-#define TAV_BASE_MESSAGE_SOCKET_H
+// Stream sockets, and messages over them.
+#pragma once
 
 #include <chrono>
 #include <cstddef>
@@ -12,6 +11,18 @@
 #include "base/descriptor.h"
 
 namespace base {
+
+// Memory for what a socket has is allocated in such steps.
+inline constexpr size_t kReceiveStep = size_t{64} * 1024;
+
+// Sends without waiting what the other end takes of the bytes behind the first `sent`, and counts
+// it there. False when it will take nothing more.
+bool sendNow(int socket, const std::string& bytes, size_t* sent);
+
+enum class Received { Some, NothingYet, End };
+
+// Appends what is there without waiting, at most so many bytes.
+Received receiveNow(int socket, size_t most, std::string* bytes);
 
 // A message: its kind, a number that both ends agree on, and its content.
 struct Message {
@@ -73,5 +84,3 @@ private:
 };
 
 }  // namespace base
-
-#endif

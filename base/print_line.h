@@ -1,6 +1,5 @@
 // Our own lines on the application's standard output and standard error.
-#ifndef TAV_BASE_PRINT_LINE_H
-#define TAV_BASE_PRINT_LINE_H
+#pragma once
 
 #include <cstdio>
 #include <string>
@@ -20,5 +19,3 @@ void printLine(FILE* stream, const std::string& line);
 void acceptStreams();
 
 }  // namespace base
-
-#endif

@@ -1,6 +1,5 @@
 // Suggestions for misspelt names.
-#ifndef TAV_BASE_SUGGESTION_H
-#define TAV_BASE_SUGGESTION_H
+#pragma once
 
 #include <string>
 #include <string_view>
@@ -13,5 +12,3 @@ namespace base {
 std::string suggestion(std::string_view word, const std::vector<std::string>& names);
 
 }  // namespace base
-
-#endif

@@ -3,10 +3,11 @@
 #include <dirent.h>
 #include <sqlite3.h>
 
+#include <algorithm>
 #include <cstdio>
+#include <iterator>
 #include <string_view>
 
-#include "front/fixed_paths.h"
 #include "front/functions.h"
 #include "front/next.h"
 #include "platform/visibility.h"
@@ -14,29 +15,46 @@
 namespace front {
 namespace {
 
+constexpr std::string_view kFoldersAbove[] = {"/var", "/var/vire", "/var/vire/ks2"};
+
+bool isIn(std::string_view path, std::string_view folder) {
+    return path.starts_with(folder) && (path.size() == folder.size() || path[folder.size()] == '/');
+}
+
 // Such a path leaves the device's folder, and could leave the root folder too.
 bool climbs(std::string_view path) {
     return path.find("/../") != std::string_view::npos || path.ends_with("/..");
 }
 
 // Most paths are not the device's. For these, this must cost nothing and must not start the device.
-const char* realPath(const char* path, bool isDevices, std::string* place) {
+const char* realPath(const char* path, bool isDevices, std::string* redirected) {
     if (!isDevices) {
         return path;
     }
-    std::optional<std::string> found = placeOf(path);
+    std::optional<std::string> found = pathOf(path);
     if (!found) {
         return path;
     }
-    *place = climbs(path) ? kNowhere : std::move(*found);
-    return place->c_str();
+    *redirected = climbs(path) ? kNowhere : std::move(*found);
+    return redirected->c_str();
 }
 
-const char* realPath(const char* path, std::string* place) {
-    return realPath(path, path != nullptr && isDevicePath(path), place);
+const char* realPath(const char* path, std::string* redirected) {
+    return realPath(path, path != nullptr && isDevicePath(path), redirected);
 }
 
 }  // namespace
+
+bool isDevicePath(const char* path) {
+    const std::string_view view = path;
+    return view == kDatabase || view == kUniqueId || isIn(view, kRoles) || isIn(view, kTemplates);
+}
+
+bool isDeviceFolder(const char* path) {
+    const bool isAbove =
+        std::ranges::find(kFoldersAbove, std::string_view(path)) != std::end(kFoldersAbove);
+    return isAbove || isDevicePath(path);
+}
 }  // namespace front
 
 // The functions are defined by their symbol names: the headers of libc declare them with attributes
@@ -48,8 +66,8 @@ const char* realPath(const char* path, std::string* place) {
     TAV_FRONT_DECLARE(name, Result, Parameters);                                \
     Result front_##name Parameters {                                            \
         static const auto real = front::nextFunction<Result Parameters>(#name); \
-        std::string place;                                                      \
-        path = front::realPath(path, &place);                                   \
+        std::string redirected;                                                 \
+        path = front::realPath(path, &redirected);                              \
         return real Arguments;                                                  \
     }
 TAV_FRONT_PATH_FUNCTIONS(TAV_FRONT_DEFINE_PATH_FUNCTION)
@@ -57,8 +75,8 @@ TAV_FRONT_PATH_FUNCTIONS(TAV_FRONT_DEFINE_PATH_FUNCTION)
 TAV_FRONT_DECLARE(mkdir, int, (const char* path, mode_t mode));
 int front_mkdir(const char* path, mode_t mode) {
     static const auto real = front::nextFunction<int(const char*, mode_t)>("mkdir");
-    std::string place;
-    path = front::realPath(path, path != nullptr && front::isDeviceFolder(path), &place);
+    std::string redirected;
+    path = front::realPath(path, path != nullptr && front::isDeviceFolder(path), &redirected);
     return real(path, mode);
 }
 

@@ -1,7 +1,6 @@
 // Interposes functions of libc and SQLite, to redirect the device's fixed paths, its rescan command
 // and its user id.
-#ifndef TAV_FRONT_FILES_H
-#define TAV_FRONT_FILES_H
+#pragma once
 
 #include <sys/types.h>
 
@@ -10,12 +9,30 @@
 
 namespace front {
 
+// The fixed paths at which the library finds the device's files.
+inline constexpr char kDatabase[] = "/var/kora/preferences/systemprefs.db";
+inline constexpr char kUniqueId[] = "/proc/nduid";
+inline constexpr char kRoles[] = "/var/vire/ks2/roles";
+inline constexpr char kTemplates[] = "/usr/vire/ks2/templates";
+inline constexpr char kRescanProgram[] = "/usr/bin/ks-control";
+inline constexpr char kRescanCommand[] = "/usr/bin/ks-control scan-services";
+
+// A path at which no file can exist. Refused paths are redirected to it.
+inline constexpr char kNowhere[] = "/dev/null/none";
+
+// Whether a path is one of these, or is inside of one that is a folder.
+bool isDevicePath(const char* path);
+
+// Whether a folder is one of these, or a parent of the roles' folder, which the library creates
+// too.
+bool isDeviceFolder(const char* path);
+
 // The following is defined by the implementation of platform/. It is called on any thread, even
 // before the implementation's static constructors have run.
 
 // The real path of this file of the device. Nothing when the process does not use the library: the
 // path is then not redirected.
-std::optional<std::string> placeOf(const char* devicePath);
+std::optional<std::string> pathOf(const char* devicePath);
 
 // The user id of the application on the device.
 uid_t deviceUser(uid_t realUser);
@@ -25,5 +42,3 @@ uid_t deviceUser(uid_t realUser);
 std::optional<int> rescan(int (*realSystem)(const char* command));
 
 }  // namespace front
-
-#endif

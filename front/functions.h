@@ -1,6 +1,5 @@
 // The table of functions of SDL, SQLite and libc that every implementation interposes.
-#ifndef TAV_FRONT_FUNCTIONS_H
-#define TAV_FRONT_FUNCTIONS_H
+#pragma once
 
 // clang-format off
 
@@ -71,5 +70,3 @@
     NAME(sqlite3_open) TAV_FRONT_TIME64_LIBRARY_FUNCTIONS(NAME)
 
 // clang-format on
-
-#endif

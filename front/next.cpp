@@ -2,6 +2,8 @@
 
 #include <dlfcn.h>
 
+#include "front/functions.h"
+
 namespace front {
 namespace {
 
@@ -20,12 +22,24 @@ void* findInLoadedSdl(const char* name) {
     return nullptr;
 }
 
-const void* objectOf(void* function) {
-    Dl_info found = {};
-    return function != nullptr && dladdr(function, &found) != 0 ? found.dli_fbase : nullptr;
+#define TAV_FRONT_PATH_NAME(name, Result, Parameters, Arguments) #name,
+#define TAV_FRONT_NAME(name) #name,
+constexpr const char* kNames[] = {TAV_FRONT_PATH_FUNCTIONS(TAV_FRONT_PATH_NAME)
+                                      TAV_FRONT_OTHER_FUNCTIONS(TAV_FRONT_NAME)};
+
+// Another library may come before this one and pass calls on, as sanitizers do. But symbol lookup
+// must not find the original function first.
+bool isOvertaken(const char* name) {
+    void* found = dlsym(RTLD_DEFAULT, name);
+    return found != nullptr && found == reinterpret_cast<void*>(nextFunction<void()>(name));
 }
 
 }  // namespace
+
+const void* objectOf(const void* function) {
+    Dl_info found = {};
+    return function != nullptr && dladdr(function, &found) != 0 ? found.dli_fbase : nullptr;
+}
 
 void* findNext(const char* name) {
     void* next = dlsym(RTLD_NEXT, name);
@@ -47,6 +61,27 @@ void* findNext(const char* name) {
 bool isFirst() {
     return objectOf(dlsym(RTLD_DEFAULT, "tav_front_next")) ==
            objectOf(reinterpret_cast<void*>(&findNext));
+}
+
+// The second look-up is for a program that loads the library with RTLD_LOCAL.
+bool usesLibrary() {
+    if (dlsym(RTLD_DEFAULT, "TAV_Init") != nullptr) {
+        return true;
+    }
+    void* library = dlopen(TAV_LIBRARY, RTLD_LAZY | RTLD_NOLOAD);
+    return library != nullptr && dlclose(library) == 0;
+}
+
+const char* firstOvertaken() {
+    if (!isFirst()) {
+        return kNames[0];
+    }
+    for (const char* name : kNames) {
+        if (isOvertaken(name)) {
+            return name;
+        }
+    }
+    return nullptr;
 }
 
 bool isSdl12() {

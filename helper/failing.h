@@ -1,6 +1,5 @@
 // Fault injection, for an implementation that offers it.
-#ifndef TAV_HELPER_FAILING_H
-#define TAV_HELPER_FAILING_H
+#pragma once
 
 #include <atomic>
 
@@ -19,5 +18,3 @@ inline bool fails(Operation operation) {
 }
 
 }  // namespace helper
-
-#endif

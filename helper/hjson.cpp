@@ -9,7 +9,6 @@
 #include <string>
 #include <vector>
 
-#include "base/json/parser.h"
 #include "base/json/text.h"
 
 namespace dom = simdjson::dom;

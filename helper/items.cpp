@@ -3,7 +3,6 @@
 #include <cstring>
 
 namespace helper {
-
 namespace {
 
 constexpr char kInt = 'i';

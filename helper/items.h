@@ -4,8 +4,7 @@
 // An item is a tag byte and its value in the machine's byte order: 'i' and 4 bytes, 'b' and a byte
 // that is 0 or 1, 's' with an 8-byte length and that many bytes without a NUL, 'n' alone for a null
 // string.
-#ifndef TAV_HELPER_ITEMS_H
-#define TAV_HELPER_ITEMS_H
+#pragma once
 
 #include <cstdint>
 #include <optional>
@@ -52,5 +51,3 @@ private:
 };
 
 }  // namespace helper
-
-#endif

@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <functional>
 #include <new>
 #include <set>
 #include <sstream>
@@ -23,40 +24,27 @@ namespace {
 
 constexpr std::string_view kKnownTags[] = {"tav_f", "tav_e", "tav_1", "tav_2", "tav_9", "all"};
 
-bool isKnownTag(std::string_view tag) {
-    return std::find(std::begin(kKnownTags), std::end(kKnownTags), tag) != std::end(kKnownTags);
+using Tags = std::set<std::string, std::less<>>;
+
+Tags tagsIn(const std::string& names) {
+    Tags tags;
+    std::istringstream stream(names);
+    for (std::string name; std::getline(stream, name, ',');) {
+        if (!name.empty()) {
+            tags.insert(name);
+        }
+    }
+    return tags;
 }
 
-class Tags {
-public:
-    explicit Tags(const std::string& names) {
-        std::istringstream stream(names);
-        for (std::string name; std::getline(stream, name, ',');) {
-            if (!name.empty()) {
-                m_names.insert(name);
-            }
-        }
-        m_all = m_names.contains("all");
-    }
-
-    bool empty() const { return m_names.empty(); }
-    bool contains(const char* tag) const { return m_all || m_names.contains(tag); }
-
-    // A tag that does not exist; empty when all of them do.
-    std::string firstUnknown() const {
-        const auto found = std::find_if_not(m_names.begin(), m_names.end(), isKnownTag);
-        return found != m_names.end() ? *found : std::string();
-    }
-
-private:
-    std::set<std::string> m_names;
-    bool m_all = false;
-};
+bool has(const Tags& tags, std::string_view tag) {
+    return tags.contains(tag) || tags.contains("all");
+}
 
 struct Trace {
-    Tags kept{""};
+    Tags kept;
     std::vector<std::string> lines;
-    Tags written{""};
+    Tags written;
     base::LineFile file;  // standard error when it is not open
 };
 
@@ -82,14 +70,16 @@ void startTrace() {
     if (tags == nullptr) {
         return;
     }
-    const Tags written(tags);
-    const std::string unknown = written.firstUnknown();
-    if (!unknown.empty()) {
+    const Tags written = tagsIn(tags);
+    const auto unknown = std::ranges::find_if(written, [](const std::string& tag) {
+        return std::ranges::find(kKnownTags, tag) == std::end(kKnownTags);
+    });
+    if (unknown != written.end()) {
         std::string known;
         for (const std::string_view tag : kKnownTags) {
             known += (known.empty() ? "" : ", ") + std::string(tag);
         }
-        traceCannotBeHad("TAV_TRACE: \"" + unknown + "\" is none of " + known);
+        traceCannotBeHad("TAV_TRACE: \"" + *unknown + "\" is none of " + known);
     }
     if (path != nullptr && !trace().file.open(path)) {
         traceCannotBeHad("TAV_TRACE_FILE: cannot write " + std::string(path) + ": " +
@@ -115,7 +105,7 @@ void write(const std::string& line) {
     if (!file.append(line)) {
         const std::string problem = file.path() + ": " + std::strerror(errno);
         file.close();
-        trace().written = Tags("");
+        trace().written.clear();
         updateListening();
         traceCannotBeHad("TAV_TRACE_FILE: cannot write " + problem);
     }
@@ -136,8 +126,8 @@ std::string formatted(const char* format, va_list arguments) {
 // When memory is exhausted, the line is lost.
 void record(const char* tag, const char* function, const char* format, va_list arguments) try {
     Trace& listeners = trace();
-    const bool isKept = listeners.kept.contains(tag);
-    const bool isWritten = listeners.written.contains(tag);
+    const bool isKept = has(listeners.kept, tag);
+    const bool isWritten = has(listeners.written, tag);
     if (!isKept && !isWritten) {
         return;
     }
@@ -154,7 +144,7 @@ void record(const char* tag, const char* function, const char* format, va_list a
 
 void keepTrace(const std::string& tags) {
     listen();
-    trace().kept = Tags(tags);
+    trace().kept = tagsIn(tags);
     trace().lines.clear();
     updateListening();
 }

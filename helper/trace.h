@@ -1,6 +1,5 @@
 // Access to the library's trace.
-#ifndef TAV_HELPER_TRACE_H
-#define TAV_HELPER_TRACE_H
+#pragma once
 
 #include <string>
 #include <vector>
@@ -18,5 +17,3 @@ std::vector<std::string> takeTraceLines();
 void traceCannotBeHad(const std::string& problem);
 
 }  // namespace helper
-
-#endif

@@ -1,6 +1,5 @@
 // The environment variables with which a program runs on a simulated device, or on this machine.
-#ifndef TAV_TOOLS_ENVIRONMENT_H
-#define TAV_TOOLS_ENVIRONMENT_H
+#pragma once
 
 #include <string>
 
@@ -28,5 +27,3 @@ void preload(const std::string& library);
 std::string absolutePath(const std::string& path);
 
 }  // namespace tools
-
-#endif

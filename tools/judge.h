@@ -1,6 +1,5 @@
 // The run's part of a scenario: what can only be checked from outside the program.
-#ifndef TAV_TOOLS_JUDGE_H
-#define TAV_TOOLS_JUDGE_H
+#pragma once
 
 #include "output_watch.h"
 #include "run.h"
@@ -21,5 +20,3 @@ int judge(const tavsim::Scenario& scenario, const RunRequest& request, const Run
           const RunEnd& end, const OutputWatch& output);
 
 }  // namespace tools
-
-#endif

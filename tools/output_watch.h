@@ -1,6 +1,5 @@
 // Passes the program's output on, and matches its lines.
-#ifndef TAV_TOOLS_OUTPUT_WATCH_H
-#define TAV_TOOLS_OUTPUT_WATCH_H
+#pragma once
 
 #include <string>
 #include <thread>
@@ -53,5 +52,3 @@ private:
 };
 
 }  // namespace tools
-
-#endif

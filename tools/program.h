@@ -1,6 +1,5 @@
 // Checks the program that is to run on the device before it starts.
-#ifndef TAV_TOOLS_PROGRAM_H
-#define TAV_TOOLS_PROGRAM_H
+#pragma once
 
 #include <string>
 
@@ -15,5 +14,3 @@ std::string findProgram(const std::string& name, int* problem);
 std::string whyNoDevice(const std::string& file);
 
 }  // namespace tools
-
-#endif

@@ -1,6 +1,5 @@
 // The run's part of a recording: what the device does not know.
-#ifndef TAV_TOOLS_RECORDING_H
-#define TAV_TOOLS_RECORDING_H
+#pragma once
 
 #include <string>
 
@@ -16,5 +15,3 @@ bool startRecording(const RunRequest& request, const std::string& root);
 void endRecording(const RunRequest& request, const std::string& root, int status);
 
 }  // namespace tools
-
-#endif

@@ -14,7 +14,6 @@
 #include "judge.h"
 #include "output_watch.h"
 #include "program.h"
-#include "real.h"
 #include "recording.h"
 #include "run_folder.h"
 #include "simulator/device/profile.h"
@@ -23,6 +22,7 @@
 #include "simulator/scenario/verdict.h"
 #include "supervisor.h"
 #include "tools/process/exit_status.h"
+#include "tools/process/process.h"
 #include "tools/process/signals.h"
 
 namespace fs = std::filesystem;
@@ -81,6 +81,36 @@ std::optional<tavsim::Scenario> scenarioOf(const RunRequest& request) {
     return scenario;
 }
 
+// The file of a program that something can be preloaded into. Empty, after printing why and with
+// the exit status, when there is none.
+std::string runnableFile(const std::string& name, int* status) {
+    int problem = 0;
+    std::string file = findProgram(name, &problem);
+    if (file.empty()) {
+        *status = complain(name + ": " + std::strerror(problem), kCannotStart);
+    } else if (const std::string reason = whyNoDevice(file); !reason.empty()) {
+        *status = complain(reason);
+        file.clear();
+    }
+    return file;
+}
+
+// Replaces this process by the program. Returns only on failure, with an exit status.
+int runOnThisMachine(const std::vector<std::string>& command) {
+    int status = 0;
+    const std::string file = runnableFile(command[0], &status);
+    if (file.empty()) {
+        return status;
+    }
+    std::string reason;
+    const std::string library = preloadableLinux(&reason);
+    if (library.empty()) {
+        return complain(reason);
+    }
+    preload(library);
+    return complain(command[0] + ": " + std::strerror(execute(file, command)), kCannotStart);
+}
+
 }  // namespace
 
 int run(RunRequest request) {
@@ -104,13 +134,10 @@ int run(RunRequest request) {
     if (const std::string reason = whyNoSetup(request); !reason.empty()) {
         return complain(reason);
     }
-    int problem = 0;
-    const std::string file = findProgram(request.command[0], &problem);
+    int status = 0;
+    const std::string file = runnableFile(request.command[0], &status);
     if (file.empty()) {
-        return complain(request.command[0] + ": " + std::strerror(problem), kCannotStart);
-    }
-    if (const std::string reason = whyNoDevice(file); !reason.empty()) {
-        return complain(reason);
+        return status;
     }
     RunFolder folder(request.root);
     if (!folder.problem().empty()) {

@@ -1,6 +1,5 @@
 // `tavsim run`: a program on a simulated device, or on this machine.
-#ifndef TAV_TOOLS_RUN_H
-#define TAV_TOOLS_RUN_H
+#pragma once
 
 #include <string>
 #include <vector>
@@ -30,5 +29,3 @@ struct RunRequest {
 int run(RunRequest request);
 
 }  // namespace tools
-
-#endif

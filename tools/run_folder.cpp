@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <utility>
 
+#include "base/file.h"
 #include "environment.h"
 #include "simulator/device/claim.h"
 #include "simulator/device/fresh_root.h"
@@ -46,10 +47,8 @@ bool RunFolder::isUntouched() const {
 
 std::set<pid_t> RunFolder::programs() const {
     std::set<pid_t> programs = {tavsim::claimant(m_root, tavsim::kDeviceClaim)};
-    std::error_code failed;
-    for (fs::directory_iterator at(tavsim::freshRootsFolder(), failed), end; !failed && at != end;
-         at.increment(failed)) {
-        programs.insert(tavsim::claimant(at->path(), tavsim::kDeviceClaim));
+    for (const std::string& folder : base::entriesOf(tavsim::freshRootsFolder())) {
+        programs.insert(tavsim::claimant(folder, tavsim::kDeviceClaim));
     }
     programs.erase(0);
     return programs;

@@ -1,6 +1,5 @@
 // The folders of one run: the device's root, and temporary ones.
-#ifndef TAV_TOOLS_RUN_FOLDER_H
-#define TAV_TOOLS_RUN_FOLDER_H
+#pragma once
 
 #include <sys/types.h>
 
@@ -41,5 +40,3 @@ private:
 };
 
 }  // namespace tools
-
-#endif

@@ -7,7 +7,6 @@
 #include <thread>
 
 #include "tools/process/exit_status.h"
-#include "tools/process/guard.h"
 
 namespace tools {
 namespace {

@@ -1,6 +1,5 @@
 // A run, from the start of its program to its end.
-#ifndef TAV_TOOLS_SUPERVISOR_H
-#define TAV_TOOLS_SUPERVISOR_H
+#pragma once
 
 #include <set>
 #include <string>
@@ -56,5 +55,3 @@ private:
 };
 
 }  // namespace tools
-
-#endif

@@ -26,30 +26,27 @@ constexpr char kReal[] = "--real";
 constexpr double kLongestTimeout = 7 * 24 * 3600;  // seconds
 constexpr char kDurations[] = "must be a number of seconds above 0 and at most 604800";
 
-int listDevices() {
-    const std::vector<std::string> names = tavsim::profileNames();
-    for (const std::string& name : names) {
-        std::string error;
-        const std::optional<tavsim::Profile> profile =
-            tavsim::readProfile(tavsim::profilePath(name), &error);
-        std::printf("%-12s %s\n", name.c_str(), profile ? profile->title.c_str() : error.c_str());
-    }
-    return names.empty() ? complain(tavsim::profileFolder() + ": no device profiles there") : 0;
-}
-
-int listDevicesAsJson() {
+int listDevices(bool asJson) {
     base::JsonWriter json;
     json.beginArray();
-    for (const std::string& name : tavsim::profileNames()) {
+    const std::vector<std::string> names = tavsim::profileNames();
+    for (const std::string& name : names) {
         const std::string file = tavsim::profilePath(name);
         std::string error;
         const std::optional<tavsim::Profile> profile = tavsim::readProfile(file, &error);
-        json.beginObject().member("name", name).member("file", file);
+        json.beginObject().members("name", name, "file", file);
         profile ? json.member("title", profile->title) : json.member("error", error);
         json.endObject();
+        if (!asJson) {
+            std::printf("%-12s %s\n", name.c_str(),
+                        profile ? profile->title.c_str() : error.c_str());
+        }
     }
-    std::puts(json.endArray().text().c_str());
-    return 0;
+    if (asJson) {
+        std::puts(json.endArray().text().c_str());
+        return 0;
+    }
+    return names.empty() ? complain(tavsim::profileFolder() + ": no device profiles there") : 0;
 }
 
 // What is wrong with a number of seconds; empty when nothing is.
@@ -194,7 +191,7 @@ int main(int argc, char** argv) try {
         if (!words.empty()) {
             return complain("devices: takes no \"" + words[0] + "\"");
         }
-        return asJson ? listDevicesAsJson() : listDevices();
+        return listDevices(asJson);
     }
     if (&used == test) {
         tests.paths.insert(tests.paths.end(), words.begin(), words.end());

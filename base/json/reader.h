@@ -9,8 +9,7 @@
 //     json::read(content, "track.json", json::list(&fixes, fix), &error);
 //
 // A target whose member is missing in the file keeps its value. Targets must outlive the reading.
-#ifndef TAV_BASE_JSON_READER_H
-#define TAV_BASE_JSON_READER_H
+#pragma once
 
 #include <simdjson.h>
 
@@ -122,5 +121,3 @@ Reader members(std::map<std::string, Target>* target, Function memberReader) {
 }
 
 }  // namespace base::json
-
-#endif

@@ -1,14 +1,26 @@
-// The textual form of JSON values.
-#ifndef TAV_BASE_JSON_TEXT_H
-#define TAV_BASE_JSON_TEXT_H
+// Reading single JSON texts and their values.
+#pragma once
 
 #include <simdjson.h>
 
+#include <optional>
 #include <string>
 
 #include "base/json/writer.h"
 
 namespace base {
+
+// Parses with a parser that is reused for many texts. False when the text is not JSON, or memory is
+// exhausted. In the latter case the parser is replaced by a new one, because it would believe that
+// it got all of its memory. A text without simdjson's padding after its end is copied.
+inline bool parse(simdjson::dom::parser& parser, std::string_view text, bool isPadded,
+                  simdjson::dom::element* root) {
+    const auto error = parser.parse(text.data(), text.size(), !isPadded).get(*root);
+    if (error == simdjson::MEMALLOC) {
+        parser = simdjson::dom::parser();
+    }
+    return error == simdjson::SUCCESS;
+}
 
 // The content of a string, the JSON text of any other value.
 inline std::string textOf(simdjson::dom::element value) {
@@ -26,6 +38,19 @@ inline std::string comparableText(simdjson::dom::element value) {
     return isNumber ? JsonWriter().value(number).take() : textOf(value);
 }
 
-}  // namespace base
+// A member of an object that is not trusted; nothing when it is missing or of another type.
+template <typename Value>
+std::optional<Value> memberOf(const simdjson::dom::object& object, std::string_view name) {
+    Value value{};
+    return object[name].get(value) == simdjson::SUCCESS ? std::optional(value) : std::nullopt;
+}
 
-#endif
+// The same for a text, which is empty, and a flag, which is false, when it is missing.
+inline std::string textMember(const simdjson::dom::object& object, std::string_view name) {
+    return std::string(memberOf<std::string_view>(object, name).value_or(""));
+}
+inline bool flagMember(const simdjson::dom::object& object, std::string_view name) {
+    return memberOf<bool>(object, name).value_or(false);
+}
+
+}  // namespace base

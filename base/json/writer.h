@@ -1,6 +1,5 @@
 // Writes JSON texts.
-#ifndef TAV_BASE_JSON_WRITER_H
-#define TAV_BASE_JSON_WRITER_H
+#pragma once
 
 #include <concepts>
 #include <string>
@@ -43,6 +42,13 @@ public:
         return key(name).value(content);
     }
 
+    // Several members: their names, each with its value behind it.
+    JsonWriter& members() { return *this; }
+    template <typename Value, typename... More>
+    JsonWriter& members(std::string_view name, const Value& content, const More&... more) {
+        return member(name, content).members(more...);
+    }
+
     const std::string& text() const { return m_text; }
     std::string take() { return std::move(m_text); }
 
@@ -54,6 +60,10 @@ private:
     std::string m_text;
 };
 
-}  // namespace base
+// The text of an object with these members: jsonObject("id", 1, "cancel", true).
+template <typename... Members>
+std::string jsonObject(const Members&... members) {
+    return JsonWriter().beginObject().members(members...).endObject().take();
+}
 
-#endif
+}  // namespace base

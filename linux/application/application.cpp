@@ -2,10 +2,8 @@
 
 #include <glib.h>
 #include <simdjson.h>
-#include <unistd.h>
 
 #include <filesystem>
-#include <vector>
 
 #include "base/file.h"
 #include "base/json/text.h"

@@ -1,6 +1,5 @@
 // The application: what it says about itself, and where its files are.
-#ifndef TAV_LINUX_APPLICATION_APPLICATION_H
-#define TAV_LINUX_APPLICATION_APPLICATION_H
+#pragma once
 
 #include <optional>
 #include <string>
@@ -26,5 +25,3 @@ std::string dataFilePath(const std::string& name);
 std::optional<std::string> portabilityValue(const std::string& key);
 
 }  // namespace tavlinux
-
-#endif

@@ -36,12 +36,11 @@ std::optional<std::string> machineName() {
 }
 
 std::optional<std::string> systemVersion() {
-    char* version = g_get_os_info(G_OS_INFO_KEY_VERSION_ID);
+    g_autofree char* version = g_get_os_info(G_OS_INFO_KEY_VERSION_ID);
     if (version == nullptr) {
         return std::nullopt;
     }
-    std::string text = version;
-    g_free(version);
+    const std::string text = version;
     return text.find('.') == std::string::npos ? text + ".0" : text;
 }
 
@@ -50,12 +49,10 @@ std::optional<std::string> uniqueId(const std::string& applicationId) {
     if (!machine) {
         return std::nullopt;
     }
-    char* digest = g_compute_hmac_for_string(
+    g_autofree char* digest = g_compute_hmac_for_string(
         G_CHECKSUM_SHA256, reinterpret_cast<const guchar*>(machine->data()), machine->size(),
         applicationId.c_str(), static_cast<gssize>(applicationId.size()));
-    const std::string digits(digest, kUniqueIdDigits);
-    g_free(digest);
-    return digits;
+    return std::string(digest, kUniqueIdDigits);
 }
 
 }  // namespace tavlinux

@@ -1,6 +1,5 @@
 // The machine and its system.
-#ifndef TAV_LINUX_APPLICATION_MACHINE_H
-#define TAV_LINUX_APPLICATION_MACHINE_H
+#pragma once
 
 #include <optional>
 #include <string>
@@ -18,5 +17,3 @@ std::optional<std::string> systemVersion();
 std::optional<std::string> uniqueId(const std::string& applicationId);
 
 }  // namespace tavlinux
-
-#endif

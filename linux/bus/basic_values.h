@@ -1,6 +1,5 @@
 // D-Bus values of the basic types, from JSON and from the names of members.
-#ifndef TAV_LINUX_BUS_BASIC_VALUES_H
-#define TAV_LINUX_BUS_BASIC_VALUES_H
+#pragma once
 
 #include <simdjson.h>
 
@@ -20,5 +19,3 @@ Variant basicFromKey(std::string_view spelling, char type);
 Variant bytesFromBase64(std::string_view text);
 
 }  // namespace tavlinux
-
-#endif

@@ -54,7 +54,7 @@ void onConnected(GObject*, GAsyncResult* result, gpointer data) {
 
 void connect(const std::string& address, Line* line) {
     const auto attempt = std::make_shared<Attempt>();
-    GCancellable* cancellable = g_cancellable_new();
+    g_autoptr(GCancellable) cancellable = g_cancellable_new();
     {
         const OnContext here;
         g_dbus_connection_new_for_address(
@@ -67,7 +67,6 @@ void connect(const std::string& address, Line* line) {
         line->restsUntil = g_get_monotonic_time() + kRestAfterHangUs;
         g_cancellable_cancel(cancellable);
     }
-    g_object_unref(cancellable);
     line->connection = attempt->connection;
     // The last messages, such as the release of the compass, must still be sent.
     [[maybe_unused]] static const int isRegistered = std::atexit(flushConnections);
@@ -86,11 +85,10 @@ Line& lineOf(Bus bus) {
 
 void onResult(GObject* connection, GAsyncResult* result, gpointer data) {
     const std::unique_ptr<Result> receiver(static_cast<Result*>(data));
-    GError* problem = nullptr;
+    g_autoptr(GError) problem = nullptr;
     const Variant answer(
         g_dbus_connection_call_finish(G_DBUS_CONNECTION(connection), result, &problem));
     (*receiver)(answer.get(), problem);
-    g_clear_error(&problem);
 }
 
 bool isListed(Bus bus, const char* list, const char* service) {
@@ -100,10 +98,8 @@ bool isListed(Bus bus, const char* list, const char* service) {
         return false;
     }
     const Variant array = childOf(names.get(), 0);
-    const char** texts = g_variant_get_strv(array.get(), nullptr);
-    const bool found = g_strv_contains(texts, service) != FALSE;
-    g_free(texts);
-    return found;
+    g_autofree const char** texts = g_variant_get_strv(array.get(), nullptr);
+    return g_strv_contains(texts, service) != FALSE;
 }
 
 gboolean lookAgain(gpointer number) {

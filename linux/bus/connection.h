@@ -1,6 +1,5 @@
 // The session bus and the system bus, and calls on them.
-#ifndef TAV_LINUX_BUS_CONNECTION_H
-#define TAV_LINUX_BUS_CONNECTION_H
+#pragma once
 
 #include <gio/gio.h>
 
@@ -58,5 +57,3 @@ bool isAvailable(Bus bus, const char* service);
 bool isNobodyThere(const GError* problem);
 
 }  // namespace tavlinux
-
-#endif

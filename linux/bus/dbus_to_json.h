@@ -9,8 +9,7 @@
 //   variants     the plain value. Where JSON does not tell its type, a member NAME has a member
 //                NAME:type beside it with the D-Bus signature, and in any other place stands
 //                {"type":SIGNATURE,"value":VALUE}
-#ifndef TAV_LINUX_BUS_DBUS_TO_JSON_H
-#define TAV_LINUX_BUS_DBUS_TO_JSON_H
+#pragma once
 
 #include <gio/gio.h>
 
@@ -27,5 +26,3 @@ std::string argumentName(GDBusArgInfo* const* arguments, size_t position);
 std::optional<std::string> jsonFromResult(GVariant* tuple, GDBusArgInfo* const* arguments);
 
 }  // namespace tavlinux
-
-#endif

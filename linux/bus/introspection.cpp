@@ -1,5 +1,6 @@
 #include "linux/bus/introspection.h"
 
+#include <algorithm>
 #include <map>
 #include <utility>
 #include <vector>
@@ -58,12 +59,11 @@ void takeXml(const Object& object, Bus bus, GVariant* result) {
     if (isOfType(result, "(s)")) {
         g_variant_get(result, "(&s)", &xml);
     }
-    GError* problem = nullptr;
+    g_autoptr(GError) problem = nullptr;
     auto description = std::make_shared<Description>();
     description->bus = bus;
-    description->node = g_dbus_node_info_new_for_xml(xml, &problem);
+    description->node.reset(g_dbus_node_info_new_for_xml(xml, &problem));
     tellWaiting(object, description->node != nullptr ? description : nullptr, problem);
-    g_clear_error(&problem);
 }
 
 bool ask(const Object& object, Bus bus) {
@@ -85,12 +85,6 @@ bool ask(const Object& object, Bus bus) {
 }
 
 }  // namespace
-
-Description::~Description() {
-    if (node != nullptr) {
-        g_dbus_node_info_unref(node);
-    }
-}
 
 bool describe(const std::string& service, const std::string& path, const Described& described) {
     const Object object{service, path};
@@ -116,12 +110,8 @@ bool describe(const std::string& service, const std::string& path, const Describ
 }
 
 bool isDescribing() {
-    for (const auto& [object, entry] : entries()) {
-        if (!entry.description) {
-            return true;
-        }
-    }
-    return false;
+    return std::ranges::any_of(
+        entries(), [](const auto& entry) { return entry.second.description == nullptr; });
 }
 
 void forgetDescription(const std::string& service, const std::string& path) {

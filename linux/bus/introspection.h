@@ -1,6 +1,5 @@
 // Introspection: the methods and signals that an object on a bus says it has.
-#ifndef TAV_LINUX_BUS_INTROSPECTION_H
-#define TAV_LINUX_BUS_INTROSPECTION_H
+#pragma once
 
 #include <gio/gio.h>
 
@@ -15,12 +14,8 @@ namespace tavlinux {
 
 struct Description {
     Bus bus = Bus::Session;
-    GDBusNodeInfo* node = nullptr;
-
-    Description() = default;
-    ~Description();
-    Description(const Description&) = delete;
-    Description& operator=(const Description&) = delete;
+    std::unique_ptr<GDBusNodeInfo, decltype(&g_dbus_node_info_unref)> node{nullptr,
+                                                                           g_dbus_node_info_unref};
 };
 
 // Receives the description, or null and the error.
@@ -37,5 +32,3 @@ bool isDescribing();
 void forgetDescription(const std::string& service, const std::string& path);
 
 }  // namespace tavlinux
-
-#endif

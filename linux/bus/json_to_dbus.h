@@ -1,6 +1,5 @@
 // JSON as D-Bus values, by the rule that stands in dbus_to_json.h.
-#ifndef TAV_LINUX_BUS_JSON_TO_DBUS_H
-#define TAV_LINUX_BUS_JSON_TO_DBUS_H
+#pragma once
 
 #include <gio/gio.h>
 #include <simdjson.h>
@@ -21,5 +20,3 @@ Variant argumentsFromJson(const simdjson::dom::element& payload, GDBusArgInfo* c
                           std::string* problem);
 
 }  // namespace tavlinux
-
-#endif

@@ -1,6 +1,5 @@
 // The desktop portal, which responds to a request with a signal.
-#ifndef TAV_LINUX_BUS_PORTAL_H
-#define TAV_LINUX_BUS_PORTAL_H
+#pragma once
 
 #include <functional>
 #include <string>
@@ -35,5 +34,3 @@ private:
 };
 
 }  // namespace tavlinux
-
-#endif

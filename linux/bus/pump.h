@@ -1,7 +1,6 @@
 // The pump: replies and signals are delivered while the application polls, waits for or pumps SDL
 // events.
-#ifndef TAV_LINUX_BUS_PUMP_H
-#define TAV_LINUX_BUS_PUMP_H
+#pragma once
 
 #include <gio/gio.h>
 
@@ -46,5 +45,3 @@ void waitForDelivery(int milliseconds);
 bool serveUntil(const std::function<bool()>& isSo, int milliseconds = kLongestWaitMs);
 
 }  // namespace tavlinux
-
-#endif

@@ -6,10 +6,11 @@
 #include <string_view>
 #include <utility>
 
-#include "base/json/parser.h"
+#include "base/json/text.h"
 #include "linux/bus/dbus_to_json.h"
 #include "linux/bus/introspection.h"
 #include "linux/bus/json_to_dbus.h"
+#include "platform/htracker.h"
 
 namespace tavlinux {
 namespace {
@@ -45,14 +46,10 @@ struct Request {
 
     // What a subscription holds on to. The stop function shares the request and empties it.
     std::unique_ptr<Subscription> signals;
-    GCancellable* const stopped = g_cancellable_new();
+    const std::unique_ptr<GCancellable, decltype(&g_object_unref)> stopped{g_cancellable_new(),
+                                                                           g_object_unref};
 
-    Request() = default;
-    ~Request() { g_object_unref(stopped); }
-    Request(const Request&) = delete;
-    Request& operator=(const Request&) = delete;
-
-    bool isStopped() const { return g_cancellable_is_cancelled(stopped) != FALSE; }
+    bool isStopped() const { return g_cancellable_is_cancelled(stopped.get()) != FALSE; }
 
     void reply(const std::string& text) const {
         if (answer && !isStopped()) {
@@ -169,7 +166,7 @@ void invoke(const std::shared_ptr<Request>& request,
         };
     }
     const Method target{description->bus, request->service, request->path, interface, method->name};
-    if (!call(target, arguments.get(), std::move(result), request->stopped)) {
+    if (!call(target, arguments.get(), std::move(result), request->stopped.get())) {
         request->reply(failure("the bus has gone"));
     }
 }
@@ -184,7 +181,7 @@ void carryOut(const std::shared_ptr<Request>& request,
         request->reply(isNobodyThere(problem) ? failure(nobody) : failure(problem));
         return;
     }
-    GDBusInterfaceInfo* interface = findInterface(*request, description->node);
+    GDBusInterfaceInfo* interface = findInterface(*request, description->node.get());
     if (interface == nullptr) {
         forgetDescription(request->service, request->path);
         request->reply(failure("no such method: " + request->member + " of " + request->service +
@@ -205,6 +202,19 @@ void carryOut(const std::shared_ptr<Request>& request,
 }
 
 }  // namespace
+
+std::string failure(const std::string& text) {
+    HTracker_funcTrack("tav_e", "HKSCaller", "%s", text.c_str());
+    return base::jsonObject("returnValue", false, "errorCode", -1, "errorText", text);
+}
+
+std::string failure(const GError* problem) {
+    g_autofree char* name = g_dbus_error_get_remote_error(problem);
+    g_autoptr(GError) plain = g_error_copy(problem);
+    g_dbus_error_strip_remote_error(plain);
+    const std::string prefix = name != nullptr ? std::string(name) + ": " : "";
+    return failure(prefix + plain->message);
+}
 
 Dispatched callService(const std::string& uri, const std::string& payload, bool isSubscription,
                        Answer answer) {
@@ -229,7 +239,7 @@ Dispatched callService(const std::string& uri, const std::string& payload, bool 
         return Stop();
     }
     return [request] {
-        g_cancellable_cancel(request->stopped);
+        g_cancellable_cancel(request->stopped.get());
         request->signals.reset();
     };
 }

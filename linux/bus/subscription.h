@@ -1,6 +1,5 @@
 // Signals of services.
-#ifndef TAV_LINUX_BUS_SUBSCRIPTION_H
-#define TAV_LINUX_BUS_SUBSCRIPTION_H
+#pragma once
 
 #include <gio/gio.h>
 
@@ -57,5 +56,3 @@ void detachSubscriptions(Bus bus);
 void attachSubscriptions(Bus bus);
 
 }  // namespace tavlinux
-
-#endif

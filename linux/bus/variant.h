@@ -1,6 +1,5 @@
 // D-Bus values that free themselves.
-#ifndef TAV_LINUX_BUS_VARIANT_H
-#define TAV_LINUX_BUS_VARIANT_H
+#pragma once
 
 #include <glib.h>
 
@@ -33,5 +32,3 @@ inline bool isOfType(GVariant* value, const char* type) {
 }
 
 }  // namespace tavlinux
-
-#endif

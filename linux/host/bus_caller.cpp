@@ -9,11 +9,7 @@
 #include "linux/bus/pump.h"
 #include "linux/bus/service_call.h"
 #include "linux/host/in_front.h"
-#include "linux/services/firewall.h"
-#include "linux/services/launch.h"
-#include "linux/services/location.h"
-#include "linux/services/media.h"
-#include "linux/services/vibration.h"
+#include "linux/services/services.h"
 #include "platform/hkscaller.h"
 
 namespace tavlinux {

@@ -1,6 +1,5 @@
 // The compass, of the sensors' service or of GeoClue.
-#ifndef TAV_LINUX_HOST_COMPASS_H
-#define TAV_LINUX_HOST_COMPASS_H
+#pragma once
 
 #include "platform/napp.h"
 
@@ -12,5 +11,3 @@ void setCompassCallback(NApp_CompassCallback callback);
 bool enableCompass(bool enable);
 
 }  // namespace tavlinux
-
-#endif

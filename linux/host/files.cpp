@@ -9,8 +9,8 @@
 #include <filesystem>
 #include <string>
 
-#include "front/fixed_paths.h"
-#include "front/in_front.h"
+#include "base/file.h"
+#include "front/next.h"
 #include "linux/application/application.h"
 #include "linux/application/machine.h"
 #include "linux/host/in_front.h"
@@ -21,18 +21,7 @@ namespace fs = std::filesystem;
 namespace tavlinux {
 namespace {
 
-// Another process of the same application may make its files at the same time.
-void replace(const fs::path& file, bool isMade) {
-    const fs::path made = file.string() + "." + std::to_string(getpid());
-    std::error_code problem;
-    if (isMade) {
-        fs::rename(made, file, problem);
-    }
-    fs::remove(isMade ? fs::path() : made, problem);
-}
-
 bool makeFiles(const fs::path& folder) {
-    const std::string suffix = "." + std::to_string(getpid());
     const fs::path database = folder / fs::path(front::kDatabase).relative_path();
     const fs::path uniqueIdFile = folder / fs::path(front::kUniqueId).relative_path();
     std::error_code problem;
@@ -41,12 +30,17 @@ bool makeFiles(const fs::path& folder) {
     if (access(uniqueIdFile.parent_path().c_str(), W_OK) != 0) {
         return false;
     }
-    fs::remove(database.string() + suffix, problem);
-    replace(database, writePreferences(database.string() + suffix));
-    const std::optional<std::string> id = uniqueId(applicationId());
-    const bool isWritten = id && g_file_set_contents((uniqueIdFile.string() + suffix).c_str(),
-                                                     (*id + "\n").c_str(), -1, nullptr) != FALSE;
-    replace(uniqueIdFile, isWritten);
+    // Another process of the same application may make its files at the same time.
+    const fs::path made = database.string() + "." + std::to_string(getpid());
+    fs::remove(made, problem);
+    if (writePreferences(made)) {
+        fs::rename(made, database, problem);
+    }
+    fs::remove(made, problem);
+    std::string error;
+    if (const std::optional<std::string> id = uniqueId(applicationId())) {
+        base::writeFile(uniqueIdFile, *id + "\n", &error);
+    }
     return true;
 }
 
@@ -76,7 +70,7 @@ fs::path makeDeviceFolder() {
 
 namespace front {
 
-std::optional<std::string> placeOf(const char* devicePath) {
+std::optional<std::string> pathOf(const char* devicePath) {
     if (!usesLibrary()) {
         return std::nullopt;
     }

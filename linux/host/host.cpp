@@ -1,22 +1,19 @@
 // The native-application host, the preferences library, the machine name, and SDL's hooks.
 #include <glib.h>
-#include <simdjson.h>
 
-#include <cstring>
 #include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
 
 #include "SDL.h"
-#include "base/json/text.h"
+#include "front/host.h"
 #include "front/next.h"
 #include "linux/application/application.h"
 #include "linux/application/machine.h"
 #include "linux/host/compass.h"
+#include "linux/host/desktop.h"
 #include "linux/host/in_front.h"
-#include "linux/host/inhibitions.h"
-#include "linux/host/keyboard.h"
 #include "platform/hhardware.h"
 #include "platform/kpsystem.h"
 #include "platform/napp.h"
@@ -27,33 +24,14 @@ namespace {
 
 constexpr std::string_view kVersionProperty = "com.vire.properties.version";
 
-// A look-up's answer: the value with its terminator, or the empty string.
-int answerLookUp(const std::optional<std::string>& value, char* buffer, int bufferLength) {
-    if (buffer == nullptr || bufferLength <= 0) {
-        return NAPP_BUFFER_TOO_SMALL;
-    }
-    buffer[0] = '\0';
-    if (!value) {
-        return NAPP_NO_SUCH_VALUE;
-    }
-    if (value->size() >= static_cast<size_t>(bufferLength)) {
-        return NAPP_BUFFER_TOO_SMALL;
-    }
-    std::memcpy(buffer, value->c_str(), value->size() + 1);
-    return NAPP_SUCCESS;
-}
-
 int lookUp(const std::function<std::optional<std::string>(const std::string&)>& find,
            const char* key, char* buffer, int bufferLength) {
     if (!isInFront()) {
-        answerLookUp(std::nullopt, buffer, bufferLength);
+        front::answerLookUp(nullptr, buffer, bufferLength);
         return NAPP_FAILURE;
     }
-    return answerLookUp(find(key != nullptr ? key : ""), buffer, bufferLength);
-}
-
-int accepted(bool accepts) {
-    return accepts ? 1 : 0;
+    const std::optional<std::string> value = find(key != nullptr ? key : "");
+    return front::answerLookUp(value ? &*value : nullptr, buffer, bufferLength);
 }
 
 // SDL 1.2 on SDL 2 counts its versions from 1.2.50. It minimises, and always answers 0.
@@ -78,7 +56,7 @@ bool minimize() {
 
 int NApp_registerTAV(const TAVCallbacks* callbacks) {
     tavlinux::setCompassCallback(callbacks->compassCallback);
-    return tavlinux::accepted(tavlinux::isInFront());
+    return tavlinux::isInFront();
 }
 
 int NApp_GetAppinfoValue(const char* key, char* buffer, int bufferLength) {
@@ -90,19 +68,10 @@ int NApp_GetDataFilePath(const char* name, char* buffer, int bufferLength) {
 }
 
 int NApp_GetJsonValue(const char* json, const char* member, char* buffer, int bufferLength) {
-    simdjson::dom::parser parser;
-    simdjson::dom::object object;
-    simdjson::dom::element value;
-    const size_t length = json != nullptr ? std::strlen(json) : 0;
-    if (member == nullptr || parser.parse(json, length).get(object) != simdjson::SUCCESS) {
-        tavlinux::answerLookUp(std::nullopt, buffer, bufferLength);
-        return NAPP_FAILURE;
-    }
-    std::optional<std::string> text;
-    if (object[member].get(value) == simdjson::SUCCESS) {
-        text = base::textOf(value);
-    }
-    return tavlinux::answerLookUp(text, buffer, bufferLength);
+    std::optional<std::string> value;
+    const bool isObject = front::findMember(json, member, &value);
+    const int status = front::answerLookUp(value ? &*value : nullptr, buffer, bufferLength);
+    return isObject ? status : int{NAPP_FAILURE};
 }
 
 const char* NApp_GetPortabilityValue(const char* key) {
@@ -113,25 +82,20 @@ const char* NApp_GetPortabilityValue(const char* key) {
 
 int NApp_GetProcSelfExe(char* buffer, int bufferLength) {
     const std::string path = tavlinux::executable();
-    return tavlinux::accepted(tavlinux::isInFront() && !path.empty() &&
-                              tavlinux::answerLookUp(path, buffer, bufferLength) == NAPP_SUCCESS);
-}
-
-HKSCaller* NApp_GetKSCaller() {
-    static HKSCaller caller;
-    return &caller;
+    return tavlinux::isInFront() && !path.empty() &&
+           front::answerLookUp(&path, buffer, bufferLength) == NAPP_SUCCESS;
 }
 
 int NApp_EnableCompass(bool enable) {
-    return tavlinux::accepted(tavlinux::isInFront() && tavlinux::enableCompass(enable));
+    return tavlinux::isInFront() && tavlinux::enableCompass(enable);
 }
 
 int NApp_SetKeyboardState(int visible) {
-    return tavlinux::accepted(tavlinux::isInFront() && tavlinux::showKeyboard(visible != 0));
+    return tavlinux::isInFront() && tavlinux::showKeyboard(visible != 0);
 }
 
 int NApp_Minimize() {
-    return tavlinux::accepted(tavlinux::isInFront() && tavlinux::minimize());
+    return tavlinux::isInFront() && tavlinux::minimize();
 }
 
 // Nothing on this system does what the following ask.
@@ -165,11 +129,11 @@ int SDL_NimboHookCustomPauseUiEnable(int) {
 }
 
 int SDL_NimboHookBannerMessagesEnable(int enable) {
-    return tavlinux::accepted(tavlinux::isInFront() && tavlinux::enableNotifications(enable != 0));
+    return tavlinux::isInFront() && tavlinux::enableNotifications(enable != 0);
 }
 
 int SDL_NimboHookScreenTimeoutEnable(int enable) {
-    return tavlinux::accepted(tavlinux::isInFront() && tavlinux::enableScreenTimeout(enable != 0));
+    return tavlinux::isInFront() && tavlinux::enableScreenTimeout(enable != 0);
 }
 
 const char* HHardware_getMachine() {

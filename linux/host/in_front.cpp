@@ -3,15 +3,15 @@
 #include <string>
 
 #include "base/print_line.h"
-#include "front/in_front.h"
+#include "front/next.h"
 
 namespace tavlinux {
 namespace {
 
 constexpr char kRemedy[] =
     " before libtav's own, so it would receive no replies, readings or events, and its requests "
-    "are "
-    "refused. Start it with `tavsim run --real`, or link it with the output of `pkg-config --libs "
+    "are refused. Start it with `tavsim run --real`, or link it with the output of `pkg-config "
+    "--libs "
     "tav` before SDL.";
 
 bool look() {

@@ -1,6 +1,5 @@
 // Whether this library's functions are the ones that the program calls.
-#ifndef TAV_LINUX_HOST_IN_FRONT_H
-#define TAV_LINUX_HOST_IN_FRONT_H
+#pragma once
 
 namespace tavlinux {
 
@@ -9,5 +8,3 @@ namespace tavlinux {
 bool isInFront();
 
 }  // namespace tavlinux
-
-#endif

@@ -1,14 +1,13 @@
 #include "linux/host/settings.h"
 
 #include <glib.h>
-#include <sqlite3.h>
 
 #include <algorithm>
 #include <fstream>
 #include <map>
-#include <memory>
 
 #include "base/json/writer.h"
+#include "front/host.h"
 #include "linux/bus/connection.h"
 
 namespace tavlinux {
@@ -100,51 +99,20 @@ std::map<std::string, std::string> preferences() {
     if (language.code.empty()) {
         return values;
     }
-    values["locale"] = base::JsonWriter()
-                           .beginObject()
-                           .member("languageCode", language.code)
-                           .member("countryCode", language.country)
-                           .endObject()
-                           .take();
+    values["locale"] =
+        base::jsonObject("languageCode", language.code, "countryCode", language.country);
     if (language.country.empty()) {
         return values;
     }
-    values["region"] = base::JsonWriter()
-                           .beginObject()
-                           .member("countryCode", language.country)
-                           .member("countryName", countryName(language.country))
-                           .endObject()
-                           .take();
+    values["region"] = base::jsonObject("countryCode", language.country, "countryName",
+                                        countryName(language.country));
     return values;
-}
-
-bool insert(sqlite3* database, const std::string& key, const std::string& value) {
-    sqlite3_stmt* statement = nullptr;
-    bool isDone = sqlite3_prepare_v2(database, "INSERT INTO Preferences VALUES (?, ?)", -1,
-                                     &statement, nullptr) == SQLITE_OK;
-    isDone = isDone &&
-             sqlite3_bind_text(statement, 1, key.c_str(), -1, SQLITE_TRANSIENT) == SQLITE_OK &&
-             sqlite3_bind_text(statement, 2, value.c_str(), -1, SQLITE_TRANSIENT) == SQLITE_OK &&
-             sqlite3_step(statement) == SQLITE_DONE;
-    sqlite3_finalize(statement);
-    return isDone;
 }
 
 }  // namespace
 
 bool writePreferences(const std::string& file) {
-    sqlite3* opened = nullptr;
-    const int status = sqlite3_open(file.c_str(), &opened);
-    const std::unique_ptr<sqlite3, decltype(&sqlite3_close)> database(opened, sqlite3_close);
-    bool isDone = status == SQLITE_OK &&
-                  sqlite3_exec(opened,
-                               "PRAGMA journal_mode=OFF; PRAGMA synchronous=OFF; BEGIN;"
-                               "CREATE TABLE Preferences (KEY TEXT PRIMARY KEY, VALUE TEXT);",
-                               nullptr, nullptr, nullptr) == SQLITE_OK;
-    for (const auto& [key, value] : preferences()) {
-        isDone = isDone && insert(opened, key, value);
-    }
-    return isDone && sqlite3_exec(opened, "COMMIT", nullptr, nullptr, nullptr) == SQLITE_OK;
+    return front::createPreferences(file, preferences());
 }
 
 }  // namespace tavlinux

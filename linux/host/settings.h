@@ -1,6 +1,5 @@
 // The machine's settings, in the form in which the library reads a device's.
-#ifndef TAV_LINUX_HOST_SETTINGS_H
-#define TAV_LINUX_HOST_SETTINGS_H
+#pragma once
 
 #include <string>
 
@@ -11,5 +10,3 @@ namespace tavlinux {
 bool writePreferences(const std::string& file);
 
 }  // namespace tavlinux
-
-#endif

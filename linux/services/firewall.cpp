@@ -1,9 +1,9 @@
-#include "linux/services/firewall.h"
-
+// firewalld's rules at run time.
 #include <string_view>
 
+#include "base/json/text.h"
 #include "linux/bus/connection.h"
-#include "linux/services/members.h"
+#include "linux/services/services.h"
 
 namespace tavlinux {
 namespace {
@@ -23,14 +23,14 @@ bool isAlreadySo(const GError* problem) {
 }  // namespace
 
 Dispatched setFirewallRule(const simdjson::dom::object& request, const Answer& answer) {
-    const std::string named = textMember(request, "protocol");
-    const int64_t port = integerMember(request, "port");
+    const std::string named = base::textMember(request, "protocol");
+    const int64_t port = base::memberOf<int64_t>(request, "port").value_or(0);
     const char* protocol = named == "TCP" ? "tcp" : named == "UDP" ? "udp" : nullptr;
     if (protocol == nullptr || port < 1 || port > kHighestPort) {
         answer(failure("a rule needs the protocol TCP or UDP and a port up to 65535"));
         return Stop();
     }
-    const bool enable = flagMember(request, "isEnabled");
+    const bool enable = base::flagMember(request, "isEnabled");
     const std::string text = std::to_string(port);
     GVariant* arguments = enable ? g_variant_new("(sssi)", "", text.c_str(), protocol, 0)
                                  : g_variant_new("(sss)", "", text.c_str(), protocol);

@@ -1,6 +1,5 @@
 // Where the machine is and where it heads, from GeoClue.
-#ifndef TAV_LINUX_SERVICES_GEOCLUE_H
-#define TAV_LINUX_SERVICES_GEOCLUE_H
+#pragma once
 
 #include <functional>
 #include <memory>
@@ -52,5 +51,3 @@ private:
 };
 
 }  // namespace tavlinux
-
-#endif

@@ -1,5 +1,4 @@
-#include "linux/services/launch.h"
-
+// The browser and the e-mail application.
 #include <algorithm>
 #include <cstring>
 #include <functional>
@@ -8,9 +7,10 @@
 #include <string_view>
 #include <vector>
 
+#include "base/json/text.h"
 #include "linux/bus/connection.h"
 #include "linux/bus/portal.h"
-#include "linux/services/members.h"
+#include "linux/services/services.h"
 
 namespace dom = simdjson::dom;
 
@@ -64,7 +64,8 @@ std::string mailAddress(const Message& message) {
 }
 
 Message readMessage(const dom::object& parameters) {
-    Message message{textMember(parameters, "summary"), textMember(parameters, "text"), {}};
+    Message message{
+        base::textMember(parameters, "summary"), base::textMember(parameters, "text"), {}};
     dom::array recipients;
     if (parameters["recipients"].get(recipients) != simdjson::SUCCESS) {
         return message;
@@ -84,11 +85,9 @@ bool runOpener(const std::string& address) {
     const char* arguments[] = {"xdg-open", address.c_str(), nullptr};
     const auto flags = static_cast<GSpawnFlags>(G_SPAWN_SEARCH_PATH | G_SPAWN_STDOUT_TO_DEV_NULL |
                                                 G_SPAWN_STDERR_TO_DEV_NULL);
-    char** environment = g_environ_unsetenv(g_get_environ(), "LD_PRELOAD");
-    const bool isStarted = g_spawn_async(nullptr, const_cast<char**>(arguments), environment, flags,
-                                         nullptr, nullptr, nullptr, nullptr) != FALSE;
-    g_strfreev(environment);
-    return isStarted;
+    g_auto(GStrv) environment = g_environ_unsetenv(g_get_environ(), "LD_PRELOAD");
+    return g_spawn_async(nullptr, const_cast<char**>(arguments), environment, flags, nullptr,
+                         nullptr, nullptr, nullptr) != FALSE;
 }
 
 struct Opening {
@@ -132,7 +131,7 @@ Dispatched open(const char* interface, const char* method, const Arguments& argu
 }
 
 Dispatched openPage(const dom::object& parameters, const Answer& answer) {
-    const std::string address = pageAddress(textMember(parameters, "target"));
+    const std::string address = pageAddress(base::textMember(parameters, "target"));
     if (address.empty()) {
         answer(failure("the target is no address of a page"));
         return Stop();
@@ -166,7 +165,7 @@ Dispatched writeMail(const dom::object& parameters, const Answer& answer) {
 }  // namespace
 
 Dispatched launchApplication(const dom::object& request, const Answer& answer) {
-    const std::string id = textMember(request, "id");
+    const std::string id = base::textMember(request, "id");
     dom::object parameters;
     const bool hasParameters = request["params"].get(parameters) == simdjson::SUCCESS;
     if (hasParameters && id == kBrowser) {

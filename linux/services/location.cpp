@@ -8,6 +8,7 @@
 #include "linux/bus/connection.h"
 #include "linux/services/geoclue.h"
 #include "linux/services/location_portal.h"
+#include "linux/services/services.h"
 
 namespace tavlinux {
 namespace {
@@ -28,18 +29,10 @@ Tracker& tracker() {
 }
 
 std::string fixReply(const Position& position) {
-    return base::JsonWriter()
-        .beginObject()
-        .member("errorCode", 0)
-        .member("latitude", position.latitude)
-        .member("longitude", position.longitude)
-        .member("altitude", position.altitude)
-        .member("horizAccuracy", position.accuracy)
-        .member("vertAccuracy", kUnknown)
-        .member("heading", position.heading)
-        .member("velocity", position.speed)
-        .endObject()
-        .take();
+    return base::jsonObject("errorCode", 0, "latitude", position.latitude, "longitude",
+                            position.longitude, "altitude", position.altitude, "horizAccuracy",
+                            position.accuracy, "vertAccuracy", kUnknown, "heading",
+                            position.heading, "velocity", position.speed);
 }
 
 std::string problemReply(const GError* problem) {
@@ -47,12 +40,7 @@ std::string problemReply(const GError* problem) {
         problem != nullptr &&
         g_error_matches(problem, G_DBUS_ERROR, G_DBUS_ERROR_ACCESS_DENIED) != FALSE;
     const char* text = problem != nullptr ? problem->message : "GeoClue gave no client";
-    return base::JsonWriter()
-        .beginObject()
-        .member("errorCode", isDenied ? kNotAllowed : kNotStarted)
-        .member("errorText", text)
-        .endObject()
-        .take();
+    return base::jsonObject("errorCode", isDenied ? kNotAllowed : kNotStarted, "errorText", text);
 }
 
 PositionListener everyListener() {

@@ -80,9 +80,8 @@ void LocationPortal::takeUpdate(GVariant* update) {
 }
 
 void LocationPortal::fail(GDBusError code, const char* text) {
-    GError* problem = g_error_new_literal(G_DBUS_ERROR, code, text);
+    g_autoptr(GError) problem = g_error_new_literal(G_DBUS_ERROR, code, text);
     m_listener.onProblem(problem);
-    g_error_free(problem);
 }
 
 }  // namespace tavlinux

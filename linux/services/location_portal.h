@@ -1,6 +1,5 @@
 // Where the machine is, from the desktop portal, which an application in a sandbox can reach.
-#ifndef TAV_LINUX_SERVICES_LOCATION_PORTAL_H
-#define TAV_LINUX_SERVICES_LOCATION_PORTAL_H
+#pragma once
 
 #include <functional>
 #include <memory>
@@ -37,5 +36,3 @@ private:
 };
 
 }  // namespace tavlinux
-
-#endif

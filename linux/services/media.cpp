@@ -1,6 +1,6 @@
-#include "linux/services/media.h"
-
+// The media players.
 #include "linux/bus/connection.h"
+#include "linux/services/services.h"
 
 namespace tavlinux {
 namespace {
@@ -10,7 +10,7 @@ constexpr char kPath[] = "/org/mpris/MediaPlayer2";
 constexpr char kPlayer[] = "org.mpris.MediaPlayer2.Player";
 
 void pauseAll(GVariant* names) {
-    GVariantIter* iterator = nullptr;
+    g_autoptr(GVariantIter) iterator = nullptr;
     const char* name = nullptr;
     g_variant_get(names, "(as)", &iterator);
     while (g_variant_iter_next(iterator, "&s", &name) != FALSE) {
@@ -18,7 +18,6 @@ void pauseAll(GVariant* names) {
             call({Bus::Session, name, kPath, kPlayer, "Pause"}, nullptr, nullptr);
         }
     }
-    g_variant_iter_free(iterator);
 }
 
 }  // namespace

@@ -1,6 +1,5 @@
 // What each location service of this system tells the library.
-#ifndef TAV_LINUX_SERVICES_POSITION_H
-#define TAV_LINUX_SERVICES_POSITION_H
+#pragma once
 
 #include <gio/gio.h>
 
@@ -31,5 +30,3 @@ struct PositionListener {
 Position positionFrom(GVariant* properties);
 
 }  // namespace tavlinux
-
-#endif

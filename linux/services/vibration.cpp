@@ -1,11 +1,18 @@
-#include "linux/services/vibration.h"
+// Vibrating, by feedbackd or by the motor itself, as an input device with force feedback.
+#include <fcntl.h>
+#include <linux/input.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <climits>
+#include <utility>
 
+#include "base/file.h"
+#include "base/json/text.h"
 #include "linux/application/application.h"
 #include "linux/bus/connection.h"
-#include "linux/services/haptic_device.h"
-#include "linux/services/members.h"
+#include "linux/services/services.h"
 
 namespace tavlinux {
 namespace {
@@ -15,6 +22,13 @@ constexpr char kPath[] = "/org/sigxcpu/Feedback";
 constexpr char kNoMotor[] = "there is nothing that vibrates";
 constexpr int64_t kMostPulses = 100;  // feedbackd takes no patterns of any length
 constexpr int64_t kLongest = G_MAXINT32;
+constexpr char kDevices[] = "/dev/input";
+constexpr int64_t kLongestEffect = 0x7fff;
+
+int64_t timeMember(const simdjson::dom::object& request, const char* name) {
+    const int64_t time = base::memberOf<int64_t>(request, name).value_or(0);
+    return std::clamp<int64_t>(time, 0, kLongest);
+}
 
 // Strengths with durations.
 GVariant* pattern(int64_t period, int64_t duration) {
@@ -44,6 +58,56 @@ GVariant* event(int64_t duration) {
                          static_cast<gint>((duration + 999) / 1000));
 }
 
+bool canRumble(int device) {
+    unsigned char bits[FF_MAX / CHAR_BIT + 1] = {};
+    const bool answered = ioctl(device, EVIOCGBIT(EV_FF, sizeof bits), bits) >= 0;
+    return answered && (bits[FF_RUMBLE / CHAR_BIT] >> (FF_RUMBLE % CHAR_BIT) & 1) != 0;
+}
+
+int openMotor() {
+    for (const std::string& path : base::entriesOf(kDevices)) {
+        const bool isEvents = path.find("/event") != std::string::npos;
+        const int device = isEvents ? open(path.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC) : -1;
+        if (device >= 0 && canRumble(device)) {
+            return device;
+        }
+        if (device >= 0) {
+            close(device);
+        }
+    }
+    return -1;
+}
+
+// Starts the motor and returns. False when there is none that the user may use.
+bool runMotor(int64_t period, int64_t duration) {
+    // An effect lasts no longer than its device is open, so it stays open until the next.
+    static int motor = -1;
+    if (motor >= 0) {
+        close(std::exchange(motor, -1));
+    }
+    motor = openMotor();
+    if (motor < 0) {
+        return false;
+    }
+    const int64_t length =
+        std::min(period >= 2 ? std::min(period, duration) : duration, kLongestEffect);
+    ff_effect effect = {};
+    effect.type = FF_RUMBLE;
+    effect.id = -1;
+    effect.u.rumble.strong_magnitude = USHRT_MAX;
+    effect.u.rumble.weak_magnitude = USHRT_MAX;
+    effect.replay.length = static_cast<__u16>(period >= 2 ? (length + 1) / 2 : length);
+    effect.replay.delay = static_cast<__u16>(length - effect.replay.length);
+    if (ioctl(motor, EVIOCSFF, &effect) < 0) {
+        return false;
+    }
+    input_event play = {};
+    play.type = EV_FF;
+    play.code = static_cast<__u16>(effect.id);
+    play.value = static_cast<__s32>(std::max<int64_t>(1, duration / std::max<int64_t>(1, length)));
+    return write(motor, &play, sizeof play) == static_cast<ssize_t>(sizeof play);
+}
+
 void answerWithMotor(int64_t period, int64_t duration, const Answer& answer) {
     answer(runMotor(period, duration) ? kDone : failure(kNoMotor));
 }
@@ -51,8 +115,8 @@ void answerWithMotor(int64_t period, int64_t duration, const Answer& answer) {
 }  // namespace
 
 Dispatched vibrate(const simdjson::dom::object& request, const Answer& answer) {
-    const int64_t period = std::clamp<int64_t>(integerMember(request, "period"), 0, kLongest);
-    const int64_t duration = std::clamp<int64_t>(integerMember(request, "duration"), 0, kLongest);
+    const int64_t period = timeMember(request, "period");
+    const int64_t duration = timeMember(request, "duration");
     const auto afterEvent = [=](const GVariant* result, const GError*) {
         if (result != nullptr) {
             answer(kDone);

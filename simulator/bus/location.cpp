@@ -1,24 +1,17 @@
-#include "simulator/bus/location.h"
-
+// The location service, which sends the device's position.
+#include "base/json/writer.h"
 #include "simulator/bus/bus.h"
 #include "simulator/bus/profile_services.h"
+#include "simulator/bus/services.h"
 
 namespace tavsim {
 namespace {
 
 std::string fixReply(const Fix& fix) {
-    return base::JsonWriter()
-        .beginObject()
-        .member("errorCode", 0)
-        .member("latitude", fix.latitude)
-        .member("longitude", fix.longitude)
-        .member("altitude", fix.altitude)
-        .member("horizAccuracy", fix.horizAccuracy)
-        .member("vertAccuracy", fix.vertAccuracy)
-        .member("heading", fix.heading)
-        .member("velocity", fix.velocity)
-        .endObject()
-        .take();
+    return base::jsonObject("errorCode", 0, "latitude", fix.latitude, "longitude", fix.longitude,
+                            "altitude", fix.altitude, "horizAccuracy", fix.horizAccuracy,
+                            "vertAccuracy", fix.vertAccuracy, "heading", fix.heading, "velocity",
+                            fix.velocity);
 }
 
 std::string replyOf(const Report& report) {
@@ -34,7 +27,7 @@ Answer startTracking(const simdjson::dom::object& /*request*/) {
 }
 
 std::string locationErrorReply(int code) {
-    return base::JsonWriter().beginObject().member("errorCode", code).endObject().take();
+    return base::jsonObject("errorCode", code);
 }
 
 void announceLocation(const Report& report) {

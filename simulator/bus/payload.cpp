@@ -1,5 +1,7 @@
 #include "simulator/bus/payload.h"
 
+#include <algorithm>
+
 #include "base/glob.h"
 #include "base/json/text.h"
 #include "base/json/writer.h"
@@ -101,12 +103,8 @@ std::optional<dom::element> Payload::member(std::string_view path) const {
 }
 
 bool Payload::matches(const std::map<std::string, PayloadPattern>& patterns) const {
-    for (const auto& [path, pattern] : patterns) {
-        if (!isAsSaid(member(path), pattern)) {
-            return false;
-        }
-    }
-    return true;
+    return std::ranges::all_of(
+        patterns, [&](const auto& each) { return isAsSaid(member(each.first), each.second); });
 }
 
 std::string fillTemplate(const std::string& text, const Insertions& insertions) {

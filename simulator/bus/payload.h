@@ -1,6 +1,5 @@
 // Access to a request's payload, for the services.
-#ifndef TAV_SIMULATOR_BUS_PAYLOAD_H
-#define TAV_SIMULATOR_BUS_PAYLOAD_H
+#pragma once
 
 #include <simdjson.h>
 
@@ -41,5 +40,3 @@ using Insertions = std::function<Insertion(std::string_view name)>;
 std::string fillTemplate(const std::string& text, const Insertions& insertions);
 
 }  // namespace tavsim
-
-#endif

@@ -1,6 +1,9 @@
-#include "simulator/bus/payment.h"
+// The payment service, which sells the items of the profile.
+#include <algorithm>
 
+#include "base/json/text.h"
 #include "simulator/bus/bus.h"
+#include "simulator/bus/services.h"
 #include "simulator/device/running.h"
 #include "simulator/device/state.h"
 
@@ -14,19 +17,14 @@ constexpr int kFirstOrder = 1001;
 
 void writeItem(base::JsonWriter& reply, const Item& item) {
     reply.beginObject()
-        .member("itemId", item.id)
-        .member("title", item.title)
-        .member("price", item.price)
+        .members("itemId", item.id, "title", item.title, "price", item.price)
         .endObject();
 }
 
 const Item* findItem(const std::string& id) {
-    for (const Item& item : profile().items) {
-        if (item.id == id) {
-            return &item;
-        }
-    }
-    return nullptr;
+    const std::vector<Item>& items = profile().items;
+    const auto found = std::ranges::find(items, id, &Item::id);
+    return found != items.end() ? &*found : nullptr;
 }
 
 Answer noSuchItem() {
@@ -38,38 +36,35 @@ std::string orderNumber(const Item& item) {
 }
 
 Answer receipt(const Item& item) {
-    return oneReply(successReply()
-                        .member("orderNo", orderNumber(item))
-                        .member("itemId", item.id)
-                        .member("quantity", 1)
-                        .member("state", "purchased")
-                        .endObject(),
-                    kDelay);
+    return {{base::jsonObject("returnValue", true, "orderNo", orderNumber(item), "itemId", item.id,
+                              "quantity", 1, "state", "purchased")},
+            kDelay};
 }
 
 }  // namespace
 
 Answer availableItems(const dom::object&) {
-    base::JsonWriter reply = successReply();
-    reply.key("items").beginArray();
+    base::JsonWriter reply;
+    reply.beginObject().member("returnValue", true).key("items").beginArray();
     for (const Item& item : profile().items) {
         writeItem(reply, item);
     }
-    return oneReply(reply.endArray().endObject(), kDelay);
+    return {{reply.endArray().endObject().take()}, kDelay};
 }
 
 Answer itemInfo(const dom::object& request) {
-    const Item* item = findItem(textMember(request, "itemId"));
+    const Item* item = findItem(base::textMember(request, "itemId"));
     if (item == nullptr) {
         return noSuchItem();
     }
-    base::JsonWriter reply = successReply();
+    base::JsonWriter reply;
+    reply.beginObject().member("returnValue", true);
     writeItem(reply.key("item"), *item);
-    return oneReply(reply.key("receipts").beginArray().endArray().endObject(), kDelay);
+    return {{reply.key("receipts").raw("[]").endObject().take()}, kDelay};
 }
 
 Answer purchaseItem(const dom::object& request) {
-    const Item* item = findItem(textMember(request, "itemId"));
+    const Item* item = findItem(base::textMember(request, "itemId"));
     if (item == nullptr) {
         return noSuchItem();
     }
@@ -86,7 +81,7 @@ Answer purchaseItem(const dom::object& request) {
 }
 
 Answer pendingPurchase(const dom::object& request) {
-    const std::string orderNo = textMember(request, "orderNo");
+    const std::string orderNo = base::textMember(request, "orderNo");
     for (const Item& item : profile().items) {
         if (item.purchase == Purchase::Succeeds && orderNumber(item) == orderNo) {
             return receipt(item);

@@ -1,10 +1,9 @@
 // The services that a profile describes, and the changes to them since.
-#ifndef TAV_SIMULATOR_BUS_PROFILE_SERVICES_H
-#define TAV_SIMULATOR_BUS_PROFILE_SERVICES_H
+#pragma once
 
 #include <string>
 
-#include "simulator/bus/answer.h"
+#include "simulator/bus/services.h"
 
 namespace tavsim {
 
@@ -26,5 +25,3 @@ Reply filledReply(const Reply& reply, const std::string& uri, const std::string&
 void clearProfileServices();
 
 }  // namespace tavsim
-
-#endif

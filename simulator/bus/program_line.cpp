@@ -20,10 +20,7 @@ json::Reader given(std::optional<Reply>* target, json::Reader (*read)(Reply*)) {
 std::string requestLine(int token, int turn, const ServiceRequest& request) {
     base::JsonWriter line;
     line.beginObject()
-        .member("id", token)
-        .member("turn", turn)
-        .member("at", now())
-        .member("uri", request.uri)
+        .members("id", token, "turn", turn, "at", now(), "uri", request.uri)
         .member("subscribe", request.isSubscription)
         .key("payload");
     dom::parser parser;
@@ -37,12 +34,7 @@ std::string requestLine(int token, int turn, const ServiceRequest& request) {
 }
 
 std::string cancelLine(int token) {
-    return base::JsonWriter()
-        .beginObject()
-        .member("id", token)
-        .member("cancel", true)
-        .endObject()
-        .take();
+    return base::jsonObject("id", token, "cancel", true);
 }
 
 std::optional<ProgramLine> readProgramLine(const std::string& line, std::string* error) {

@@ -1,6 +1,5 @@
 // The protocol between the device and a service's program: one JSON object a line.
-#ifndef TAV_SIMULATOR_BUS_PROGRAM_LINE_H
-#define TAV_SIMULATOR_BUS_PROGRAM_LINE_H
+#pragma once
 
 #include <optional>
 #include <string>
@@ -32,5 +31,3 @@ struct ProgramLine {
 std::optional<ProgramLine> readProgramLine(const std::string& line, std::string* error);
 
 }  // namespace tavsim
-
-#endif

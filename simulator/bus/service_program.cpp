@@ -10,6 +10,7 @@
 #include <memory>
 #include <optional>
 
+#include "base/child.h"
 #include "base/json/writer.h"
 #include "base/print_line.h"
 #include "simulator/bus/bus.h"
@@ -40,10 +41,39 @@ class ServiceProgram : public std::enable_shared_from_this<ServiceProgram> {
 public:
     explicit ServiceProgram(ServiceCommand command) : m_command(std::move(command)) {}
 
-    void ask(int token, const ServiceRequest& request);
-    void forget(int token);
-    void serve();
-    void end();
+    void ask(int token, const ServiceRequest& request) {
+        if (request.wantsReply) {
+            m_requests[token] = {request};
+        }
+        if (start()) {
+            send(token, 1, request);
+        } else {
+            reply(token, errorReply(-1, kHasEnded), 0);
+        }
+    }
+
+    void forget(int token) {
+        if (m_requests.erase(token) != 0 && isAlive()) {
+            m_socket->queue(cancelLine(token));
+            m_socket->sendNow();
+        }
+    }
+
+    void serve() {
+        if (isAlive()) {
+            m_socket->sendNow();
+            m_socket->receiveNow(m_process.hasEnded());
+            takeLines();
+        }
+    }
+
+    void end() {
+        if (isAlive()) {
+            m_socket->endSending();
+            m_process.end(kLongestEnd);
+        }
+        m_socket.reset();
+    }
 
 private:
     struct Request {
@@ -52,19 +82,151 @@ private:
         int onTheirWay = 0;  // replies
     };
 
-    bool start();
+    bool start() {
+        if (m_hasStarted) {
+            return isAlive();
+        }
+        m_hasStarted = true;
+        base::Descriptor output;
+        const int socket = m_process.startProgram(m_command.words, m_command.folder, &output);
+        if (socket < 0) {
+            base::printLine(stderr, name() + ": cannot be run: " + std::strerror(errno));
+            return false;
+        }
+        m_socket.emplace(base::Descriptor(socket), std::move(output));
+        return true;
+    }
+
     bool isAlive() const { return m_socket && m_process.isOurs(); }
-    void send(int token, int turn, const ServiceRequest& request);
-    void askAgain(int token);
-    void awaitAnswer(int token);
-    void takeLines();
-    std::string whyGone();
-    void handle(const ProgramLine& line);
-    void reply(int token, const Reply& reply, int delay);
-    void deliver(int token, const Reply& reply);
-    void queue(int delay, const std::function<void(ServiceProgram&)>& action);
-    void endWith(const std::string& reason);
-    std::string name() const;
+
+    void send(int token, int turn, const ServiceRequest& request) {
+        m_lastToken = std::max(m_lastToken, token);
+        m_socket->queue(requestLine(token, turn, request));
+        m_socket->sendNow();
+        if (isTimeVirtual()) {
+            awaitAnswer(token);
+        }
+    }
+
+    void askAgain(int token) {
+        const auto found = m_requests.find(token);
+        if (found != m_requests.end() && isAlive()) {
+            const ServiceRequest request = found->second.content;
+            send(token, ++found->second.turn, request);
+        }
+    }
+
+    // Virtual time stands still during the wait, so that each run is the same.
+    void awaitAnswer(int token) {
+        m_awaited = token;
+        const SteadyClock::time_point limit = SteadyClock::now() + kLongestAnswer;
+        while (isAlive() && m_awaited != 0) {
+            const auto left = std::chrono::ceil<milliseconds>(limit - SteadyClock::now());
+            if (left <= milliseconds(0)) {
+                endWith("it did not answer within 5 seconds");
+                return;
+            }
+            m_socket->wait(std::min(left, kBetweenLooks));
+            serve();
+        }
+    }
+
+    void takeLines() {
+        while (isAlive()) {
+            const std::optional<std::string> line = m_socket->takeLine();
+            if (!line) {
+                break;
+            }
+            std::string error;
+            const std::optional<ProgramLine> content = readProgramLine(*line, &error);
+            content ? handle(*content) : endWith(error);
+        }
+        if (!isAlive()) {
+            return;
+        }
+        if (m_socket->receivedWithoutEnd() > kLongestLine) {
+            endWith("its output: a line of more than 1 MiB");
+        } else if (m_socket->queued() > kMostUnread) {
+            endWith("it does not read its requests");
+        } else if (m_socket->isGone()) {
+            endWith(whyGone());
+        }
+    }
+
+    std::string whyGone() {
+        if (!m_socket->isOurs()) {
+            return "the application closed its connection to it";
+        }
+        return m_process.waitForEnd(kLongestEnd) ? "it ended" + m_process.end()
+                                                 : "it closed its standard input or output";
+    }
+
+    void handle(const ProgramLine& line) {
+        if (line.id > m_lastToken) {
+            endWith("its output: id: there is no request " + std::to_string(line.id));
+            return;
+        }
+        if (line.id == m_awaited && !line.more) {
+            m_awaited = 0;
+        }
+        if (!m_requests.contains(line.id)) {
+            return;
+        }
+        if (line.reply) {
+            reply(line.id, *line.reply, line.delay);
+        }
+        if (line.again > 0) {
+            queue(line.again, [token = line.id](ServiceProgram& self) { self.askAgain(token); });
+        }
+        if (m_queued > kMostQueued) {
+            endWith("it has more than 10000 replies on their way");
+        }
+    }
+
+    void reply(int token, const Reply& reply, int delay) {
+        const auto found = m_requests.find(token);
+        if (found != m_requests.end()) {
+            ++found->second.onTheirWay;
+            queue(delay, [token, reply](ServiceProgram& self) { self.deliver(token, reply); });
+        }
+    }
+
+    void deliver(int token, const Reply& reply) {
+        const auto found = m_requests.find(token);
+        if (found == m_requests.end()) {
+            return;
+        }
+        --found->second.onTheirWay;
+        if (!found->second.content.isSubscription) {
+            m_requests.erase(found);
+        }
+        deliverReply(token, reply);
+    }
+
+    void queue(int delay, const std::function<void(ServiceProgram&)>& action) {
+        ++m_queued;
+        schedule(after(now(), delay), [weak = weak_from_this(), action] {
+            if (const std::shared_ptr<ServiceProgram> self = weak.lock()) {
+                --self->m_queued;
+                action(*self);
+            }
+        });
+    }
+
+    // A call with a pending reply counts as answered.
+    void endWith(const std::string& reason) {
+        base::printLine(stderr, name() + ": stopped: " + reason);
+        m_process.end();  // first, or it would report a broken pipe
+        m_socket.reset();
+        m_awaited = 0;
+        for (const auto& [token, request] : m_requests) {
+            if (request.content.isSubscription || request.onTheirWay == 0) {
+                reply(token, errorReply(-1, kHasEnded), 0);
+            }
+        }
+    }
+
+    std::string name() const { return base::escapedJson(base::joined(m_command.words)); }
 
     const ServiceCommand m_command;
     ChildProcess m_process;
@@ -75,190 +237,6 @@ private:
     int m_awaited = 0;  // token of the request whose answer the device waits for
     int m_queued = 0;   // answers of the program that are not due yet
 };
-
-void ServiceProgram::ask(int token, const ServiceRequest& request) {
-    if (request.wantsReply) {
-        m_requests[token] = {request};
-    }
-    if (start()) {
-        send(token, 1, request);
-    } else {
-        reply(token, errorReply(-1, kHasEnded), 0);
-    }
-}
-
-void ServiceProgram::forget(int token) {
-    if (m_requests.erase(token) != 0 && isAlive()) {
-        m_socket->queue(cancelLine(token));
-        m_socket->sendNow();
-    }
-}
-
-void ServiceProgram::serve() {
-    if (isAlive()) {
-        m_socket->sendNow();
-        m_socket->receiveNow(m_process.hasEnded());
-        takeLines();
-    }
-}
-
-void ServiceProgram::end() {
-    if (isAlive()) {
-        m_socket->endSending();
-        m_process.end(kLongestEnd);
-    }
-    m_socket.reset();
-}
-
-bool ServiceProgram::start() {
-    if (m_hasStarted) {
-        return isAlive();
-    }
-    m_hasStarted = true;
-    base::Descriptor output;
-    const int socket = m_process.startProgram(m_command.words, m_command.folder, &output);
-    if (socket < 0) {
-        base::printLine(stderr, name() + ": cannot be run: " + std::strerror(errno));
-        return false;
-    }
-    m_socket.emplace(base::Descriptor(socket), std::move(output));
-    return true;
-}
-
-void ServiceProgram::send(int token, int turn, const ServiceRequest& request) {
-    m_lastToken = std::max(m_lastToken, token);
-    m_socket->queue(requestLine(token, turn, request));
-    m_socket->sendNow();
-    if (isTimeVirtual()) {
-        awaitAnswer(token);
-    }
-}
-
-void ServiceProgram::askAgain(int token) {
-    const auto found = m_requests.find(token);
-    if (found != m_requests.end() && isAlive()) {
-        const ServiceRequest request = found->second.content;
-        send(token, ++found->second.turn, request);
-    }
-}
-
-// Virtual time stands still during the wait, so that each run is the same.
-void ServiceProgram::awaitAnswer(int token) {
-    m_awaited = token;
-    const SteadyClock::time_point limit = SteadyClock::now() + kLongestAnswer;
-    while (isAlive() && m_awaited != 0) {
-        const auto left = std::chrono::ceil<milliseconds>(limit - SteadyClock::now());
-        if (left <= milliseconds(0)) {
-            endWith("it did not answer within 5 seconds");
-            return;
-        }
-        m_socket->wait(std::min(left, kBetweenLooks));
-        serve();
-    }
-}
-
-void ServiceProgram::takeLines() {
-    while (isAlive()) {
-        const std::optional<std::string> line = m_socket->takeLine();
-        if (!line) {
-            break;
-        }
-        std::string error;
-        const std::optional<ProgramLine> content = readProgramLine(*line, &error);
-        content ? handle(*content) : endWith(error);
-    }
-    if (!isAlive()) {
-        return;
-    }
-    if (m_socket->receivedWithoutEnd() > kLongestLine) {
-        endWith("its output: a line of more than 1 MiB");
-    } else if (m_socket->queued() > kMostUnread) {
-        endWith("it does not read its requests");
-    } else if (m_socket->isGone()) {
-        endWith(whyGone());
-    }
-}
-
-std::string ServiceProgram::whyGone() {
-    if (!m_socket->isOurs()) {
-        return "the application closed its connection to it";
-    }
-    return m_process.waitForEnd(kLongestEnd) ? "it ended" + m_process.end()
-                                             : "it closed its standard input or output";
-}
-
-void ServiceProgram::handle(const ProgramLine& line) {
-    if (line.id > m_lastToken) {
-        endWith("its output: id: there is no request " + std::to_string(line.id));
-        return;
-    }
-    if (line.id == m_awaited && !line.more) {
-        m_awaited = 0;
-    }
-    if (!m_requests.contains(line.id)) {
-        return;
-    }
-    if (line.reply) {
-        reply(line.id, *line.reply, line.delay);
-    }
-    if (line.again > 0) {
-        queue(line.again, [token = line.id](ServiceProgram& self) { self.askAgain(token); });
-    }
-    if (m_queued > kMostQueued) {
-        endWith("it has more than 10000 replies on their way");
-    }
-}
-
-void ServiceProgram::reply(int token, const Reply& reply, int delay) {
-    const auto found = m_requests.find(token);
-    if (found != m_requests.end()) {
-        ++found->second.onTheirWay;
-        queue(delay, [token, reply](ServiceProgram& self) { self.deliver(token, reply); });
-    }
-}
-
-void ServiceProgram::deliver(int token, const Reply& reply) {
-    const auto found = m_requests.find(token);
-    if (found == m_requests.end()) {
-        return;
-    }
-    --found->second.onTheirWay;
-    if (!found->second.content.isSubscription) {
-        m_requests.erase(found);
-    }
-    deliverReply(token, reply);
-}
-
-void ServiceProgram::queue(int delay, const std::function<void(ServiceProgram&)>& action) {
-    ++m_queued;
-    schedule(after(now(), delay), [weak = weak_from_this(), action] {
-        if (const std::shared_ptr<ServiceProgram> self = weak.lock()) {
-            --self->m_queued;
-            action(*self);
-        }
-    });
-}
-
-// A call with a pending reply counts as answered.
-void ServiceProgram::endWith(const std::string& reason) {
-    base::printLine(stderr, name() + ": stopped: " + reason);
-    m_process.end();  // first, or it would report a broken pipe
-    m_socket.reset();
-    m_awaited = 0;
-    for (const auto& [token, request] : m_requests) {
-        if (request.content.isSubscription || request.onTheirWay == 0) {
-            reply(token, errorReply(-1, kHasEnded), 0);
-        }
-    }
-}
-
-std::string ServiceProgram::name() const {
-    std::string words;
-    for (const std::string& word : m_command.words) {
-        words += (words.empty() ? "" : " ") + word;
-    }
-    return base::escapedJson(words);
-}
 
 using Programs = std::map<ServiceCommand, std::shared_ptr<ServiceProgram>>;
 

@@ -1,6 +1,5 @@
 // The user's own programs that answer requests.
-#ifndef TAV_SIMULATOR_BUS_SERVICE_PROGRAM_H
-#define TAV_SIMULATOR_BUS_SERVICE_PROGRAM_H
+#pragma once
 
 #include "simulator/bus/program_line.h"
 #include "simulator/device/profile.h"
@@ -21,5 +20,3 @@ void serveServicePrograms();
 void endServicePrograms();
 
 }  // namespace tavsim
-
-#endif

@@ -2,13 +2,12 @@
 
 #include <glib.h>
 
-#include <functional>
 #include <map>
 
-#include "simulator/bus/location.h"
-#include "simulator/bus/payment.h"
+#include "base/json/text.h"
 #include "simulator/device/journal.h"
 #include "simulator/device/running.h"
+#include "simulator/device/service_reader.h"
 #include "simulator/device/state.h"
 #include "simulator/time/clock.h"
 #include "simulator/time/queue.h"
@@ -20,11 +19,15 @@ namespace {
 
 constexpr int kHighestPort = 65535;
 
+Answer success() {
+    return {{base::jsonObject("returnValue", true)}};
+}
+
 Answer vibrate(const dom::object& request) {
     static int run = 0;
-    const std::optional<int64_t> period = numberMember(request, "period", 0, INT64_MAX);
-    const std::optional<int64_t> duration = numberMember(request, "duration", 0, INT64_MAX);
-    if (!period || !duration) {
+    const auto period = base::memberOf<int64_t>(request, "period");
+    const auto duration = base::memberOf<int64_t>(request, "duration");
+    if (period.value_or(-1) < 0 || duration.value_or(-1) < 0) {
         return failure("a vibration needs a period and a duration in milliseconds");
     }
     setState("vibrator", "on, period " + std::to_string(*period) + " ms");
@@ -37,12 +40,13 @@ Answer vibrate(const dom::object& request) {
 }
 
 Answer setFirewallRule(const dom::object& request) {
-    const std::string protocol = textMember(request, "protocol");
-    const std::optional<int64_t> port = numberMember(request, "port", 1, kHighestPort);
+    const std::string protocol = base::textMember(request, "protocol");
+    const int64_t port = base::memberOf<int64_t>(request, "port").value_or(0);
+    const bool isPort = port > 0 && port <= kHighestPort;
     for (const char* known : {"tcp", "udp"}) {
-        if (port && g_ascii_strcasecmp(protocol.c_str(), known) == 0) {
-            setState("port " + std::to_string(*port) + " " + known,
-                     flagMember(request, "isEnabled") ? "open" : "closed");
+        if (isPort && g_ascii_strcasecmp(protocol.c_str(), known) == 0) {
+            setState("port " + std::to_string(port) + " " + known,
+                     base::flagMember(request, "isEnabled") ? "open" : "closed");
             return success();
         }
     }
@@ -55,7 +59,7 @@ Answer pauseMedia(const dom::object&) {
 }
 
 Answer launch(const dom::object& request) {
-    const std::string id = textMember(request, "id");
+    const std::string id = base::textMember(request, "id");
     if (id.empty()) {
         return failure("no application id");
     }
@@ -63,7 +67,7 @@ Answer launch(const dom::object& request) {
     return success();
 }
 
-using Handler = std::function<Answer(const dom::object&)>;
+using Handler = Answer (*)(const dom::object&);
 
 const std::map<std::string, Handler>& handlers() {
     static const auto& table = *new std::map<std::string, Handler>{
@@ -82,6 +86,10 @@ const std::map<std::string, Handler>& handlers() {
 
 }  // namespace
 
+Answer failure(const std::string& reason, int delay) {
+    return {{errorReply(-1, reason)}, delay};
+}
+
 Answer deviceServiceAnswer(const std::string& uri, const std::string& payload) {
     const auto handler = handlers().find(uri);
     if (handler == handlers().end()) {
@@ -90,9 +98,7 @@ Answer deviceServiceAnswer(const std::string& uri, const std::string& payload) {
     dom::parser parser;
     dom::object request;
     if (parser.parse(payload).get(request) != simdjson::SUCCESS) {
-        JournalEntry("device", "request not understood")
-            .member("uri", uri)
-            .member("payload", payload);
+        JournalEntry("device", "request not understood", "uri", uri, "payload", payload);
         return failure("the payload is no JSON object");
     }
     return handler->second(request);

@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "simulator/bus/bus.h"
-#include "simulator/bus/location.h"
+#include "simulator/bus/services.h"
 #include "simulator/control/command.h"
 #include "simulator/control/pattern.h"
 #include "simulator/host/compass.h"

@@ -3,8 +3,7 @@
 // A claim is a dangling symbolic link in the folder, whose target names the process. So others can
 // check whether that process still lives, even if it was killed or has closed all its descriptors.
 // A lock on a file would not survive that.
-#ifndef TAV_SIMULATOR_DEVICE_CLAIM_H
-#define TAV_SIMULATOR_DEVICE_CLAIM_H
+#pragma once
 
 #include <sys/types.h>
 
@@ -45,5 +44,3 @@ private:
 };
 
 }  // namespace tavsim
-
-#endif

@@ -8,8 +8,7 @@
 //     } catch (...) {
 //         return tavsim::refused(0);
 //     }
-#ifndef TAV_SIMULATOR_DEVICE_EDGE_H
-#define TAV_SIMULATOR_DEVICE_EDGE_H
+#pragma once
 
 #include <string>
 
@@ -38,5 +37,3 @@ Result refused(Result refusal) {
 }
 
 }  // namespace tavsim
-
-#endif

@@ -1,8 +1,9 @@
 // Fault injection.
-#ifndef TAV_SIMULATOR_DEVICE_FAULTS_H
-#define TAV_SIMULATOR_DEVICE_FAULTS_H
+#pragma once
 
 #include <string_view>
+
+#include "platform/visibility.h"
 
 namespace tavsim {
 
@@ -18,10 +19,10 @@ enum class Fault {
 bool faultStrikes(Fault fault);
 
 // Both restart the count; the next operation is number 1. With n = 0 nothing fails.
-void failNthFault(Fault fault, int n);
-void failFaultsFrom(Fault fault, int n);
+TAV_PLATFORM_API void failNthFault(Fault fault, int n);
+TAV_PLATFORM_API void failFaultsFrom(Fault fault, int n);
 
-int faultOccurrences(Fault fault);
+TAV_PLATFORM_API int faultOccurrences(Fault fault);
 
 // Reads "allocation:3", "dispatch:1", "host:2" or "read:1"; a + at the end stands for all from that
 // one on. False for anything else.
@@ -29,5 +30,3 @@ bool setFaultFromText(std::string_view text);
 bool isFaultText(std::string_view text);
 
 }  // namespace tavsim
-
-#endif

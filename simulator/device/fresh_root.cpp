@@ -5,8 +5,8 @@
 
 #include <cstdlib>
 #include <filesystem>
-#include <vector>
 
+#include "base/file.h"
 #include "simulator/device/claim.h"
 
 namespace fs = std::filesystem;
@@ -24,17 +24,11 @@ bool isOwnFolder(const std::string& path) {
 }
 
 void removeStaleRoots(const std::string& parent) {
-    std::error_code problem;
-    std::vector<std::string> stale;
-    for (fs::directory_iterator at(parent, problem), end; !problem && at != end;
-         at.increment(problem)) {
-        const std::string& path = at->path();
+    for (const std::string& path : base::entriesOf(parent)) {
         if (!isClaimed(path, kRunClaim) && !isClaimed(path, kDeviceClaim)) {
-            stale.push_back(path);
+            std::error_code problem;
+            fs::remove_all(path, problem);
         }
-    }
-    for (const std::string& path : stale) {
-        fs::remove_all(path, problem);
     }
 }
 

@@ -1,6 +1,5 @@
 // Temporary root folders, each created for one run and removed after it.
-#ifndef TAV_SIMULATOR_DEVICE_FRESH_ROOT_H
-#define TAV_SIMULATOR_DEVICE_FRESH_ROOT_H
+#pragma once
 
 #include <string>
 
@@ -22,5 +21,3 @@ TAV_PLATFORM_API std::string makeFreshRoot(const char* claim);
 TAV_PLATFORM_API void removeFreshRoot(const std::string& path);
 
 }  // namespace tavsim
-
-#endif

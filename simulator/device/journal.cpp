@@ -54,8 +54,8 @@ void write(const std::string& line) {
 
 }  // namespace
 
-JournalEntry::JournalEntry(const char* kind, const char* what) {
-    m_line.beginObject().member("at", now()).member("kind", kind).member("what", what);
+base::JsonWriter& JournalEntry::begin(const char* kind, const char* what) {
+    return m_line.beginObject().members("at", now(), "kind", kind, "what", what);
 }
 
 JournalEntry::~JournalEntry() try {
@@ -69,13 +69,12 @@ JournalEntry::~JournalEntry() try {
     endProgramByException();
 }
 
-JournalEntry& JournalEntry::texts(const char* key, const char* const* values, int count) {
+void JournalEntry::texts(const char* key, const char* const* values, int count) {
     m_line.key(key).beginArray();
     for (int index = 0; index < count; ++index) {
         m_line.value(values[index]);
     }
     m_line.endArray();
-    return *this;
 }
 
 bool startJournal(const std::string& file, std::string* error) {

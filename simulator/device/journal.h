@@ -1,6 +1,5 @@
 // The journal: what the application did to the device, one JSON object a line.
-#ifndef TAV_SIMULATOR_DEVICE_JOURNAL_H
-#define TAV_SIMULATOR_DEVICE_JOURNAL_H
+#pragma once
 
 #include <cstdint>
 #include <deque>
@@ -8,6 +7,7 @@
 #include <string>
 
 #include "base/json/writer.h"
+#include "platform/visibility.h"
 
 namespace tavsim {
 
@@ -15,21 +15,22 @@ namespace tavsim {
 // {"at":120,"kind":"bus","what":"call",…,"outcome":"token 7"}
 class JournalEntry {
 public:
-    JournalEntry(const char* kind, const char* what);
+    // Members are names with their values, as of JsonWriter::value: a text, which may be null, a
+    // number, or true and false.
+    template <typename... Members>
+    JournalEntry(const char* kind, const char* what, const Members&... members) {
+        begin(kind, what).members(members...);
+    }
     ~JournalEntry();
     JournalEntry(const JournalEntry&) = delete;
     JournalEntry& operator=(const JournalEntry&) = delete;
 
-    // As of JsonWriter::value: a text, which may be null, a number, or true and false.
-    template <typename Value>
-    JournalEntry& member(const char* key, const Value& value) {
-        m_line.member(key, value);
-        return *this;
-    }
-    JournalEntry& texts(const char* key, const char* const* values, int count);
-    JournalEntry& outcome(const std::string& value) { return member("outcome", value); }
+    void texts(const char* key, const char* const* values, int count);
+    void outcome(const std::string& value) { m_line.member("outcome", value); }
 
 private:
+    base::JsonWriter& begin(const char* kind, const char* what);
+
     base::JsonWriter m_line;
 };
 
@@ -42,9 +43,7 @@ void stopJournal();
 void observeJournal(std::function<void(const std::string& line)> observer);
 
 // The last 10000 lines, or fewer if they are long, and the number of lines since the start.
-const std::deque<std::string>& journalLines();
+TAV_PLATFORM_API const std::deque<std::string>& journalLines();
 std::int64_t journalLength();
 
 }  // namespace tavsim
-
-#endif

@@ -1,6 +1,5 @@
 // The description of a simulated device, and the reading of profile files.
-#ifndef TAV_SIMULATOR_DEVICE_PROFILE_H
-#define TAV_SIMULATOR_DEVICE_PROFILE_H
+#pragma once
 
 #include <functional>
 #include <map>
@@ -152,5 +151,3 @@ TAV_PLATFORM_API std::vector<std::string> profileNames();
 TAV_PLATFORM_API std::string profilePath(const std::string& nameOrPath);
 
 }  // namespace tavsim
-
-#endif

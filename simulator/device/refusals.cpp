@@ -3,6 +3,7 @@
 #include <utility>
 #include <vector>
 
+#include "simulator/device/faults.h"
 #include "simulator/device/running.h"
 
 namespace tavsim {
@@ -54,6 +55,16 @@ std::set<std::string> refusedRequests() {
 
 void clearRefusals() {
     refusals().clear();
+}
+
+bool hostAccepts(const char* request) {
+    running();
+    const bool refused = isRefused(request);
+    return !faultStrikes(Fault::HostRequest) && !refused;
+}
+
+const char* acceptance(bool accepts) {
+    return accepts ? "accepted" : "refused";
 }
 
 }  // namespace tavsim

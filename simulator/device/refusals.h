@@ -1,6 +1,5 @@
 // Refusals of requests, in addition to those of the profile.
-#ifndef TAV_SIMULATOR_DEVICE_REFUSALS_H
-#define TAV_SIMULATOR_DEVICE_REFUSALS_H
+#pragma once
 
 #include <limits>
 #include <set>
@@ -29,6 +28,10 @@ std::set<std::string> refusedRequests();
 
 void clearRefusals();
 
-}  // namespace tavsim
+// False when the profile, a command or an injected fault makes the host refuse this request.
+bool hostAccepts(const char* request);
 
-#endif
+// "accepted" or "refused", for the journal.
+const char* acceptance(bool accepts);
+
+}  // namespace tavsim

@@ -1,16 +1,12 @@
 #include "simulator/device/root.h"
 
-#include <sqlite3.h>
-
 #include <atomic>
 #include <filesystem>
 #include <forward_list>
-#include <memory>
-#include <new>
 
 #include "base/file.h"
-#include "front/fixed_paths.h"
-#include "front/next.h"
+#include "front/files.h"
+#include "front/host.h"
 #include "simulator/device/claim.h"
 #include "simulator/device/fresh_root.h"
 #include "simulator/device/trusted_folder.h"
@@ -46,47 +42,6 @@ bool writeFile(const std::string& path, const std::string& content) {
     return isThere(path) || base::createFile(path, content);
 }
 
-struct DatabaseCloser {
-    void operator()(sqlite3* database) const { sqlite3_close(database); }
-};
-
-using DatabasePtr = std::unique_ptr<sqlite3, DatabaseCloser>;
-
-bool execute(sqlite3* database, const std::string& statements) {
-    return sqlite3_exec(database, statements.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK;
-}
-
-// No syncs: a simulated device need not survive a power cut.
-DatabasePtr openDatabase(const std::string& path) {
-    static const auto open = front::nextFunction<int(const char*, sqlite3**)>("sqlite3_open");
-    sqlite3* opened = nullptr;
-    const int result = open(path.c_str(), &opened);
-    DatabasePtr database(opened);
-    const bool isOpen = result == SQLITE_OK &&
-                        execute(opened, "PRAGMA synchronous = OFF; PRAGMA journal_mode = MEMORY;");
-    return isOpen ? std::move(database) : nullptr;
-}
-
-std::string storingStatement(const std::string& key, const std::string& value) {
-    const std::unique_ptr<char, decltype(&sqlite3_free)> statement(
-        sqlite3_mprintf("REPLACE INTO Preferences VALUES (%Q, %Q);", key.c_str(), value.c_str()),
-        sqlite3_free);
-    return statement != nullptr ? statement.get() : throw std::bad_alloc();
-}
-
-// One row a preference, all in one transaction.
-bool writeDatabase(const std::string& path, const std::map<std::string, std::string>& preferences) {
-    if (isThere(path)) {
-        return true;
-    }
-    const DatabasePtr database = openDatabase(path);
-    std::string statements = "BEGIN; CREATE TABLE Preferences (KEY TEXT PRIMARY KEY, VALUE TEXT);";
-    for (const auto& [key, value] : preferences) {
-        statements += storingStatement(key, value);
-    }
-    return database != nullptr && execute(database.get(), statements + "COMMIT;");
-}
-
 bool writeFiles(const Profile& profile, std::string* error) {
     const std::string& base = rootFolder();
     const auto fail = [error](const std::string& path) {
@@ -98,8 +53,10 @@ bool writeFiles(const Profile& profile, std::string* error) {
             return fail(base + folder);
         }
     }
-    if (profile.preferences && !writeDatabase(base + front::kDatabase, *profile.preferences)) {
-        return fail(base + front::kDatabase);
+    const std::string database = base + front::kDatabase;
+    if (profile.preferences && !isThere(database) &&
+        !front::createPreferences(database, *profile.preferences)) {
+        return fail(database);
     }
     if (profile.uniqueId && !writeFile(base + front::kUniqueId, *profile.uniqueId + "\n")) {
         return fail(base + front::kUniqueId);
@@ -178,8 +135,7 @@ bool isRootFresh() {
 }
 
 bool storePreference(const std::string& key, const std::string& value) {
-    const DatabasePtr database = openDatabase(rootFolder() + front::kDatabase);
-    return database != nullptr && execute(database.get(), storingStatement(key, value));
+    return front::storePreference(rootFolder() + front::kDatabase, key, value);
 }
 
 }  // namespace tavsim

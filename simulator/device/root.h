@@ -1,6 +1,5 @@
 // The root folder, which contains the device's files.
-#ifndef TAV_SIMULATOR_DEVICE_ROOT_H
-#define TAV_SIMULATOR_DEVICE_ROOT_H
+#pragma once
 
 #include <string>
 
@@ -25,5 +24,3 @@ bool isRootFresh();
 bool storePreference(const std::string& key, const std::string& value);
 
 }  // namespace tavsim
-
-#endif

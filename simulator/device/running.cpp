@@ -6,7 +6,7 @@
 
 #include "base/print_line.h"
 #include "front/events.h"
-#include "front/in_front.h"
+#include "front/next.h"
 #include "helper/trace.h"
 #include "simulator/device/edge.h"
 #include "simulator/device/faults.h"

@@ -1,6 +1,5 @@
 // Starting and stopping the device, also by itself from the environment.
-#ifndef TAV_SIMULATOR_DEVICE_RUNNING_H
-#define TAV_SIMULATOR_DEVICE_RUNNING_H
+#pragma once
 
 #include <functional>
 #include <string>
@@ -44,12 +43,11 @@ Profile& profile();
 bool changeDevice(const std::function<bool()>& change);
 
 // Starts all rooms of the device; defined where they are put together. False, with a line in
-// `error`, on failure.
+// `error`, on failure. It is not handed in when the library is loaded: the static constructors of a
+// program's libraries may run before those of this one, and already use the device.
 bool startDevice(Profile newProfile, const Options& options, std::string* error);
 
 // Reads the TAVSIM_… variables. False, with a line in `error`, when one of them is wrong.
 bool environmentSetup(Profile* newProfile, Options* options, std::string* error);
 
 }  // namespace tavsim
-
-#endif

@@ -135,13 +135,7 @@ json::Reader errorReader(Reply* reply) {
 }
 
 std::string errorReply(int code, const std::string& text) {
-    return base::JsonWriter()
-        .beginObject()
-        .member("returnValue", false)
-        .member("errorCode", code)
-        .member("errorText", text)
-        .endObject()
-        .take();
+    return base::jsonObject("returnValue", false, "errorCode", code, "errorText", text);
 }
 
 }  // namespace tavsim

@@ -1,6 +1,5 @@
 // Readers for the services in a profile.
-#ifndef TAV_SIMULATOR_DEVICE_SERVICE_READER_H
-#define TAV_SIMULATOR_DEVICE_SERVICE_READER_H
+#pragma once
 
 #include <string>
 
@@ -22,5 +21,3 @@ base::json::Reader errorReader(Reply* reply);
 std::string errorReply(int code, const std::string& text);
 
 }  // namespace tavsim
-
-#endif

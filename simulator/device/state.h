@@ -1,6 +1,5 @@
 // The state of the device's parts by name: "keyboard" is "shown", …
-#ifndef TAV_SIMULATOR_DEVICE_STATE_H
-#define TAV_SIMULATOR_DEVICE_STATE_H
+#pragma once
 
 #include <map>
 #include <string>
@@ -15,5 +14,3 @@ const std::map<std::string, std::string>& deviceState();
 void clearState();
 
 }  // namespace tavsim
-
-#endif

@@ -5,7 +5,7 @@
 
 #include <filesystem>
 
-#include "front/fixed_paths.h"
+#include "front/files.h"
 
 namespace fs = std::filesystem;
 

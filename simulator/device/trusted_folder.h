@@ -1,6 +1,5 @@
 // Folders that other users cannot manipulate.
-#ifndef TAV_SIMULATOR_DEVICE_TRUSTED_FOLDER_H
-#define TAV_SIMULATOR_DEVICE_TRUSTED_FOLDER_H
+#pragma once
 
 #include <string>
 
@@ -24,5 +23,3 @@ bool makeFolders(const std::string& path);
 TAV_PLATFORM_API std::string makeTrustedRoot(const std::string& path);
 
 }  // namespace tavsim
-
-#endif

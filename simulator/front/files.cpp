@@ -4,17 +4,14 @@
 
 #include <unistd.h>
 
-#include <filesystem>
 #include <string_view>
 
-#include "front/fixed_paths.h"
+#include "base/file.h"
 #include "simulator/device/edge.h"
 #include "simulator/device/faults.h"
 #include "simulator/device/journal.h"
 #include "simulator/device/root.h"
 #include "simulator/device/running.h"
-
-namespace fs = std::filesystem;
 
 namespace tavsim {
 namespace {
@@ -33,22 +30,12 @@ std::string shellQuoted(const std::string& text) {
     return quoted + "'";
 }
 
-long countFiles(const std::string& folder) {
-    std::error_code problem;
-    long count = 0;
-    for (fs::directory_iterator at(folder, problem), end; !problem && at != end;
-         at.increment(problem)) {
-        ++count;
-    }
-    return count;
-}
-
 }  // namespace
 }  // namespace tavsim
 
 namespace front {
 
-std::optional<std::string> placeOf(const char* devicePath) try {
+std::optional<std::string> pathOf(const char* devicePath) try {
     if (!tavsim::isWanted()) {
         return std::nullopt;
     }
@@ -82,12 +69,13 @@ std::optional<int> rescan(int (*realSystem)(const char* command)) try {
     const std::string program = tavsim::rootFolder() + kRescanProgram;
     if (access(program.c_str(), X_OK) == 0) {
         const int result = realSystem((tavsim::shellQuoted(program) + " scan-services").c_str());
-        tavsim::JournalEntry("bus", "rescan").member("program", program).member("status", result);
+        tavsim::JournalEntry("bus", "rescan", "program", program, "status", result);
         return result;
     }
     const std::string roles = tavsim::rootFolder() + kRoles;
-    const long found = tavsim::countFiles(roles + "/pub") + tavsim::countFiles(roles + "/prv");
-    tavsim::JournalEntry("bus", "rescan").member("roles", found).outcome("rescanned");
+    const size_t found =
+        base::entriesOf(roles + "/pub").size() + base::entriesOf(roles + "/prv").size();
+    tavsim::JournalEntry("bus", "rescan", "roles", found).outcome("rescanned");
     return 0;
 } catch (...) {
     return tavsim::refused(-1);

@@ -1,8 +1,6 @@
 // Interposes SDL's functions for the state of mouse and window, so that they know the input that
 // was sent to the application, and SDL_PushEvent, because an event that the application sends to
 // itself is not input. The keyboard's state can be changed in SDL itself.
-#include <dlfcn.h>
-
 #include "SDL.h"
 #include "front/next.h"
 #include "platform/visibility.h"
@@ -30,13 +28,6 @@ Uint32 tell(const Mouse& mouse, int* x, int* y) {
     return mouse.buttons;
 }
 
-bool areInOneLibrary(const void* one, const void* other) {
-    Dl_info ofOne;
-    Dl_info ofOther;
-    return dladdr(one, &ofOne) != 0 && dladdr(other, &ofOther) != 0 &&
-           ofOne.dli_fbase == ofOther.dli_fbase;
-}
-
 }  // namespace
 }  // namespace tavsim
 
@@ -62,9 +53,9 @@ Uint32 tavsimMouseMovement(int* x, int* y) {
 // another layout.
 TAV_PLATFORM_API int SDL_PushEvent(SDL_Event* event) {
     static const auto real = TAV_FRONT_NEXT(SDL_PushEvent);
-    const bool isOwn =
-        event != nullptr && tavsim::areOriginsTracked() && front::isSdl12() &&
-        !tavsim::areInOneLibrary(__builtin_return_address(0), reinterpret_cast<const void*>(real));
+    const bool isOwn = event != nullptr && tavsim::areOriginsTracked() && front::isSdl12() &&
+                       front::objectOf(__builtin_return_address(0)) !=
+                           front::objectOf(reinterpret_cast<const void*>(real));
     if (isOwn) {
         tavsim::noteOwnEvent(*event);
     }

@@ -1,17 +1,15 @@
 // The event pump: it delivers while the application polls, waits for or pumps SDL events.
-#ifndef TAV_SIMULATOR_FRONT_PUMP_H
-#define TAV_SIMULATOR_FRONT_PUMP_H
+#pragma once
 
+#include "platform/visibility.h"
 #include "simulator/time/clock.h"
 
 namespace tavsim {
 
 // Serves the control socket and makes the deliveries that are due.
-void pumpNow();
+TAV_PLATFORM_API void pumpNow();
 
 // In virtual time: moves the clock from one delivery to the next, and finally to `time`.
 void pumpUntil(Milliseconds time);
 
 }  // namespace tavsim
-
-#endif

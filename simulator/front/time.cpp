@@ -6,7 +6,6 @@
 #include "simulator/device/edge.h"
 #include "simulator/time/clock.h"
 #include "simulator/time/timers.h"
-#include "simulator/time/virtual_time.h"
 
 namespace tavsim {
 namespace {

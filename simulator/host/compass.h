@@ -1,6 +1,5 @@
 // The compass: its readings, and the callback that receives them.
-#ifndef TAV_SIMULATOR_HOST_COMPASS_H
-#define TAV_SIMULATOR_HOST_COMPASS_H
+#pragma once
 
 #include "platform/napp.h"
 #include "simulator/device/profile.h"
@@ -16,10 +15,8 @@ void enableCompass(bool enable);
 void letCompassFollow(bool follow);
 
 // Delivers a reading now; false when nobody has registered a callback.
-bool deliverCompassReading(const CompassReading& reading);
+TAV_PLATFORM_API bool deliverCompassReading(const CompassReading& reading);
 
 void stopCompass();
 
 }  // namespace tavsim
-
-#endif

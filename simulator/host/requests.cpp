@@ -4,26 +4,13 @@
 #include "platform/napp.h"
 #include "platform/sdl_nimbo.h"
 #include "simulator/device/edge.h"
-#include "simulator/device/faults.h"
 #include "simulator/device/journal.h"
 #include "simulator/device/refusals.h"
 #include "simulator/device/running.h"
 #include "simulator/device/state.h"
 #include "simulator/host/compass.h"
-#include "simulator/host/host.h"
 
 namespace tavsim {
-
-bool hostAccepts(const char* request) {
-    running();
-    const bool refused = isRefused(request);
-    return !faultStrikes(Fault::HostRequest) && !refused;
-}
-
-const char* acceptance(bool accepts) {
-    return accepts ? "accepted" : "refused";
-}
-
 namespace {
 
 // One request: it is written to the journal with its unchanged argument, and carried out if the
@@ -32,7 +19,7 @@ template <typename Argument, typename Action>
 int request(const char* kind, const char* function, const char* name, const char* argument,
             const Argument& value, const Action& carryOut) try {
     const bool accepts = hostAccepts(name);
-    JournalEntry(kind, function).member(argument, value).outcome(acceptance(accepts));
+    JournalEntry(kind, function, argument, value).outcome(acceptance(accepts));
     if (accepts) {
         carryOut();
     }

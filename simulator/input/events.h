@@ -1,6 +1,5 @@
 // Sends input to the application through SDL's event queue.
-#ifndef TAV_SIMULATOR_INPUT_EVENTS_H
-#define TAV_SIMULATOR_INPUT_EVENTS_H
+#pragma once
 
 #include <string>
 #include <vector>
@@ -22,5 +21,3 @@ bool sendEvents(const std::vector<SDL_Event>& events, std::string* error);
 void stopInput();
 
 }  // namespace tavsim
-
-#endif

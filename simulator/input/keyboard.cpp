@@ -2,6 +2,8 @@
 
 #include <glib.h>
 
+#include <algorithm>
+
 #include "base/json/writer.h"
 #include "base/suggestion.h"
 #include "front/next.h"
@@ -29,12 +31,8 @@ constexpr Modifier kModifiers[] = {
     {SDLK_NUMLOCK, KMOD_NUM},   {SDLK_CAPSLOCK, KMOD_CAPS}};
 
 int modifierOf(SDLKey key) {
-    for (const Modifier& modifier : kModifiers) {
-        if (modifier.key == key) {
-            return modifier.flag;
-        }
-    }
-    return KMOD_NONE;
+    const auto* const found = std::ranges::find(kModifiers, key, &Modifier::key);
+    return found != std::end(kModifiers) ? found->flag : int{KMOD_NONE};
 }
 
 bool isLock(SDLKey key) {

@@ -1,6 +1,5 @@
 // Pressed keys and typed texts, on a keyboard with a US layout.
-#ifndef TAV_SIMULATOR_INPUT_KEYBOARD_H
-#define TAV_SIMULATOR_INPUT_KEYBOARD_H
+#pragma once
 
 #include <optional>
 #include <string>
@@ -41,5 +40,3 @@ private:
 void followKey(const SDL_KeyboardEvent& event);
 
 }  // namespace tavsim
-
-#endif

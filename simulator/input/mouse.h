@@ -1,6 +1,5 @@
 // The state of the mouse, which stands for the touch screen, after the events that were sent.
-#ifndef TAV_SIMULATOR_INPUT_MOUSE_H
-#define TAV_SIMULATOR_INPUT_MOUSE_H
+#pragma once
 
 #include "SDL.h"
 
@@ -28,5 +27,3 @@ void followButton(const SDL_MouseButtonEvent& event);
 void forgetMouse();
 
 }  // namespace tavsim
-
-#endif

@@ -1,6 +1,5 @@
 // Tells events from outside, of the window or a signal, from those that the program pushes.
-#ifndef TAV_SIMULATOR_INPUT_ORIGIN_H
-#define TAV_SIMULATOR_INPUT_ORIGIN_H
+#pragma once
 
 #include "SDL.h"
 
@@ -17,5 +16,3 @@ void noteOwnEvent(const SDL_Event& event);
 bool isFromOutside(const SDL_Event& event);
 
 }  // namespace tavsim
-
-#endif

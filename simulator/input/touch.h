@@ -1,6 +1,5 @@
 // The touch screen. To SDL, a finger is the left button of a mouse.
-#ifndef TAV_SIMULATOR_INPUT_TOUCH_H
-#define TAV_SIMULATOR_INPUT_TOUCH_H
+#pragma once
 
 #include <string>
 
@@ -27,5 +26,3 @@ bool dragFinger(const Point& from, const Point& to, Milliseconds time, std::stri
 void stopTouch();
 
 }  // namespace tavsim
-
-#endif

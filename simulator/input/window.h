@@ -1,6 +1,5 @@
 // The application's window: shown or minimized.
-#ifndef TAV_SIMULATOR_INPUT_WINDOW_H
-#define TAV_SIMULATOR_INPUT_WINDOW_H
+#pragma once
 
 #include <string>
 
@@ -22,5 +21,3 @@ Uint8 appState(Uint8 real);
 void forgetWindow();
 
 }  // namespace tavsim
-
-#endif

@@ -7,22 +7,14 @@
 
 #include "base/print_line.h"
 #include "helper/trace.h"
-#include "simulator/bus/bus.h"
-#include "simulator/bus/location.h"
+#include "simulator/bus/services.h"
 #include "simulator/control/control.h"
-#include "simulator/device/faults.h"
-#include "simulator/device/journal.h"
 #include "simulator/device/refusals.h"
-#include "simulator/device/root.h"
-#include "simulator/device/running.h"
 #include "simulator/device/state.h"
-#include "simulator/front/pump.h"
-#include "simulator/host/compass.h"
 #include "simulator/input/events.h"
 #include "simulator/page/bridge.h"
 #include "simulator/scenario/player.h"
 #include "simulator/scenario/recorder.h"
-#include "simulator/time/clock.h"
 #include "simulator/time/queue.h"
 #include "simulator/time/timers.h"
 #include "simulator/world/position.h"
@@ -133,10 +125,6 @@ void Device::advance(Milliseconds milliseconds) {
     pumpUntil(tavsim::after(now(), milliseconds));
 }
 
-void Device::pump() {
-    pumpNow();
-}
-
 void Device::listen(const std::string& tags) {
     helper::keepTrace(tags);
 }
@@ -147,34 +135,6 @@ void Device::acceptStreams() {
 
 std::vector<std::string> Device::takeTrace() {
     return helper::takeTraceLines();
-}
-
-const std::deque<std::string>& Device::journal() const {
-    return journalLines();
-}
-
-std::vector<int> Device::openCalls(const std::string& uri) const {
-    return openBusCalls(uri);
-}
-
-bool Device::deliver(int token, const Reply& reply) {
-    return deliverReply(token, reply);
-}
-
-bool Device::deliverCompass(const CompassReading& reading) {
-    return deliverCompassReading(reading);
-}
-
-void Device::failNth(Fault fault, int n) {
-    failNthFault(fault, n);
-}
-
-void Device::failFrom(Fault fault, int n) {
-    failFaultsFrom(fault, n);
-}
-
-int Device::occurrences(Fault fault) const {
-    return faultOccurrences(fault);
 }
 
 bool startDevice(Profile newProfile, const Options& options, std::string* error) {

@@ -2,18 +2,15 @@
 //
 // There is one device for the process. It starts by itself when the simulator is loaded, from the
 // environment that `tavsim run` sets. Test code restarts it with its own profile.
-#ifndef TAV_SIMULATOR_INTERFACE_DEVICE_H
-#define TAV_SIMULATOR_INTERFACE_DEVICE_H
+#pragma once
 
-#include <deque>
-#include <string>
-#include <vector>
-
+#include "simulator/bus/bus.h"
 #include "simulator/device/faults.h"
-#include "simulator/device/profile.h"
+#include "simulator/device/journal.h"
 #include "simulator/device/root.h"
 #include "simulator/device/running.h"
-#include "simulator/time/clock.h"
+#include "simulator/front/pump.h"
+#include "simulator/host/compass.h"
 
 namespace tavsim {
 
@@ -40,7 +37,7 @@ public:
     void advance(Milliseconds milliseconds);
 
     // Delivers what is due now, as polling SDL's events does.
-    void pump();
+    void pump() { pumpNow(); }
 
     // For a test that has redirected standard output or standard error: the device's own lines go
     // to the files to which they refer now.
@@ -52,30 +49,28 @@ public:
     std::vector<std::string> takeTrace();
 
     // The last lines of the journal, each one JSON object.
-    const std::deque<std::string>& journal() const;
+    const std::deque<std::string>& journal() const { return journalLines(); }
 
     // The tokens of the open calls and subscriptions of one URI, or of all, in the order of
     // dispatch.
-    std::vector<int> openCalls(const std::string& uri = {}) const;
+    std::vector<int> openCalls(const std::string& uri = {}) const { return openBusCalls(uri); }
 
     // Delivers a reply to an open call now; false when there is no open call with this token.
-    bool deliver(int token, const Reply& reply);
+    bool deliver(int token, const Reply& reply) { return deliverReply(token, reply); }
 
     // Delivers a compass reading now, enabled or not; false when no callback is registered.
-    bool deliverCompass(const CompassReading& reading);
+    bool deliverCompass(const CompassReading& reading) { return deliverCompassReading(reading); }
 
     // Lets only the n-th operation from now fail, counting from 1; 0 lets none fail.
-    void failNth(Fault fault, int n);
+    void failNth(Fault fault, int n) { failNthFault(fault, n); }
 
     // The same for the n-th operation and all after it.
-    void failFrom(Fault fault, int n);
+    void failFrom(Fault fault, int n) { failFaultsFrom(fault, n); }
 
     // The number of operations since one of these two was called, or since the start.
-    int occurrences(Fault fault) const;
+    int occurrences(Fault fault) const { return faultOccurrences(fault); }
 };
 
 TAV_PLATFORM_API Device& device();
 
 }  // namespace tavsim
-
-#endif

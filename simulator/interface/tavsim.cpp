@@ -19,6 +19,7 @@ namespace {
 constexpr int kFailed = -1;
 constexpr int kNoEntry = -1;
 constexpr int kCannotSearch = -2;
+constexpr const char* kNoText = nullptr;
 constexpr char kWhiteSpace[] = " \t\r\n";
 
 const char* g_error = "";
@@ -28,14 +29,6 @@ Result fail(Result result, std::string reason) {
     static std::string& kept = *new std::string;
     kept = std::move(reason);
     g_error = kept.c_str();
-    return result;
-}
-
-// In a handler.
-template <typename Result>
-Result failForMemory(Result result) {
-    refuseOrEnd();
-    g_error = "there is not enough memory";
     return result;
 }
 
@@ -49,6 +42,16 @@ bool isDeviceThere() {
         return fail(false, "no device runs; TAVSim_Start() starts one");
     }
     return isThreadRight();
+}
+
+// What an exported function does, if that is possible now. No exception leaves it.
+template <typename Result, typename Function>
+Result guarded(Result failure, bool (*isPossible)(), const Function& run) try {
+    return isPossible() ? run() : failure;
+} catch (...) {
+    refuseOrEnd();
+    g_error = "there is not enough memory";
+    return failure;
 }
 
 std::string textOr(const char* text) {
@@ -82,8 +85,7 @@ bool isFault(int fault) {
 }
 
 bool canFail(int fault, int n) {
-    return isDeviceThere() && isFault(fault) &&
-           (n >= 0 || fail(false, "things are counted from 1"));
+    return isFault(fault) && (n >= 0 || fail(false, "things are counted from 1"));
 }
 
 Fault faultFrom(int fault) {
@@ -97,180 +99,148 @@ Fault faultFrom(int fault) {
 }  // namespace
 }  // namespace tavsim
 
+using namespace tavsim;
+
 extern "C" {
 
 const char* TAVSim_GetError(void) {
-    return tavsim::g_error;
+    return g_error;
 }
 
-int TAVSim_Start(const char* profile, const TAVSim_Options* options) try {
-    using namespace tavsim;
-    if (!isThreadRight()) {
-        return kFailed;
-    }
-    device().stop();
-    if (profile == nullptr) {
-        return fail(kFailed, "the profile is null");
-    }
-    if (const std::string problem = whyNotInFront(); !problem.empty()) {
-        return fail(kFailed, problem);
-    }
-    const Options chosen = optionsFrom(options != nullptr ? *options : TAVSim_Options{});
-    std::string error;
-    std::optional<Profile> read = profileFrom(profile, &error);
-    if (!read) {
-        return fail(kFailed, error);
-    }
-    if (!chosen.pageFile.empty()) {
-        read->plugin = true;
-        if (error = base::whyNoFile(chosen.pageFile); !error.empty()) {
+int TAVSim_Start(const char* profile, const TAVSim_Options* options) {
+    return guarded(kFailed, isThreadRight, [&] {
+        device().stop();
+        if (profile == nullptr) {
+            return fail(kFailed, "the profile is null");
+        }
+        if (const std::string problem = whyNotInFront(); !problem.empty()) {
+            return fail(kFailed, problem);
+        }
+        const Options chosen = optionsFrom(options != nullptr ? *options : TAVSim_Options{});
+        std::string error;
+        std::optional<Profile> read = profileFrom(profile, &error);
+        if (!read) {
             return fail(kFailed, error);
         }
-    }
-    return device().start(std::move(*read), chosen, &error) ? 0 : fail(kFailed, error);
-} catch (...) {
-    return tavsim::failForMemory(tavsim::kFailed);
+        if (!chosen.pageFile.empty()) {
+            read->plugin = true;
+            if (error = base::whyNoFile(chosen.pageFile); !error.empty()) {
+                return fail(kFailed, error);
+            }
+        }
+        return device().start(std::move(*read), chosen, &error) ? 0 : fail(kFailed, error);
+    });
 }
 
-int TAVSim_Stop(void) try {
-    if (!tavsim::isThreadRight()) {
-        return tavsim::kFailed;
-    }
-    tavsim::device().stop();
-    return 0;
-} catch (...) {
-    return tavsim::failForMemory(tavsim::kFailed);
+int TAVSim_Stop(void) {
+    return guarded(kFailed, isThreadRight, [] {
+        device().stop();
+        return 0;
+    });
 }
 
-int TAVSim_Advance(int milliseconds) try {
-    using namespace tavsim;
-    if (!isDeviceThere()) {
-        return kFailed;
-    }
-    if (milliseconds < 0) {
-        return fail(kFailed, "time cannot go back");
-    }
-    if (!isTimeVirtual()) {
-        return fail(kFailed, "the device is not in virtual time");
-    }
-    device().advance(milliseconds);
-    return 0;
-} catch (...) {
-    return tavsim::failForMemory(tavsim::kFailed);
+int TAVSim_Advance(int milliseconds) {
+    return guarded(kFailed, isDeviceThere, [&] {
+        if (milliseconds < 0) {
+            return fail(kFailed, "time cannot go back");
+        }
+        if (!isTimeVirtual()) {
+            return fail(kFailed, "the device is not in virtual time");
+        }
+        device().advance(milliseconds);
+        return 0;
+    });
 }
 
-const char* TAVSim_Command(const char* line) try {
-    using namespace tavsim;
-    constexpr const char* kNoText = nullptr;
-    if (!isDeviceThere()) {
-        return nullptr;
-    }
-    if (line == nullptr) {
-        return fail(kNoText, "the command is null");
-    }
-    CommandResult result = carryOut(line);
-    if (!result.error.empty()) {
-        return fail(kNoText, std::move(result.error));
-    }
-    static std::string& output = *new std::string;
-    output = std::move(result.output);
-    return output.c_str();
-} catch (...) {
-    return tavsim::failForMemory<const char*>(nullptr);
+const char* TAVSim_Command(const char* line) {
+    return guarded(kNoText, isDeviceThere, [&] {
+        if (line == nullptr) {
+            return fail(kNoText, "the command is null");
+        }
+        CommandResult result = carryOut(line);
+        if (!result.error.empty()) {
+            return fail(kNoText, std::move(result.error));
+        }
+        static std::string& output = *new std::string;
+        output = std::move(result.output);
+        return output.c_str();
+    });
 }
 
-const char* TAVSim_State(const char* name) try {
-    using namespace tavsim;
-    constexpr const char* kNoText = nullptr;
-    if (!isDeviceThere()) {
-        return nullptr;
-    }
-    if (name == nullptr) {
-        return fail(kNoText, "the name is null");
-    }
-    const auto found = deviceState().find(name);
-    return found != deviceState().end()
-               ? found->second.c_str()
-               : fail(kNoText, "the application has done nothing to " + std::string(name));
-} catch (...) {
-    return tavsim::failForMemory<const char*>(nullptr);
+const char* TAVSim_State(const char* name) {
+    return guarded(kNoText, isDeviceThere, [&] {
+        if (name == nullptr) {
+            return fail(kNoText, "the name is null");
+        }
+        const auto found = deviceState().find(name);
+        return found != deviceState().end()
+                   ? found->second.c_str()
+                   : fail(kNoText, "the application has done nothing to " + std::string(name));
+    });
 }
 
-int TAVSim_JournalLength(void) try {
-    return tavsim::isDeviceThere() ? static_cast<int>(tavsim::journalLength()) : tavsim::kFailed;
-} catch (...) {
-    return tavsim::failForMemory(tavsim::kFailed);
+int TAVSim_JournalLength(void) {
+    return guarded(kFailed, isDeviceThere, [] { return static_cast<int>(journalLength()); });
 }
 
-const char* TAVSim_JournalLine(int index) try {
-    using namespace tavsim;
-    constexpr const char* kNoText = nullptr;
-    if (!isDeviceThere()) {
-        return nullptr;
-    }
-    if (index < firstKeptLine() || index >= journalLength()) {
-        return fail(kNoText, "the journal has no line " + std::to_string(index));
-    }
-    return journalLines()[static_cast<size_t>(index - firstKeptLine())].c_str();
-} catch (...) {
-    return tavsim::failForMemory<const char*>(nullptr);
+const char* TAVSim_JournalLine(int index) {
+    return guarded(kNoText, isDeviceThere, [&] {
+        if (index < firstKeptLine() || index >= journalLength()) {
+            return fail(kNoText, "the journal has no line " + std::to_string(index));
+        }
+        return journalLines()[static_cast<size_t>(index - firstKeptLine())].c_str();
+    });
 }
 
-int TAVSim_FindEntry(const char* pattern, int from) try {
-    using namespace tavsim;
-    if (!isDeviceThere()) {
-        return kCannotSearch;
-    }
-    if (pattern == nullptr) {
-        return fail(kCannotSearch, "the pattern is null");
-    }
-    std::string error;
-    const std::optional<Awaited> wanted = readAwaited(pattern, &error);
-    if (!wanted) {
-        return fail(kCannotSearch, error);
-    }
-    if (wanted->within) {
-        return fail(kCannotSearch, "the journal is searched as it is; let time pass before");
-    }
-    const auto& lines = journalLines();
-    const auto kept = static_cast<std::int64_t>(lines.size());
-    const auto skipped =
-        static_cast<std::ptrdiff_t>(std::clamp<std::int64_t>(from - firstKeptLine(), 0, kept));
-    const auto found =
-        std::find_if(lines.begin() + skipped, lines.end(),
-                     [&](const std::string& line) { return matches(line, wanted->pattern); });
-    return found != lines.end()
-               ? static_cast<int>(firstKeptLine() + std::distance(lines.begin(), found))
-               : kNoEntry;
-} catch (...) {
-    return tavsim::failForMemory(tavsim::kCannotSearch);
+int TAVSim_FindEntry(const char* pattern, int from) {
+    return guarded(kCannotSearch, isDeviceThere, [&] {
+        if (pattern == nullptr) {
+            return fail(kCannotSearch, "the pattern is null");
+        }
+        std::string error;
+        const std::optional<Awaited> wanted = readAwaited(pattern, &error);
+        if (!wanted) {
+            return fail(kCannotSearch, error);
+        }
+        if (wanted->within) {
+            return fail(kCannotSearch, "the journal is searched as it is; let time pass before");
+        }
+        const auto& lines = journalLines();
+        const auto kept = static_cast<std::int64_t>(lines.size());
+        const auto skipped =
+            static_cast<std::ptrdiff_t>(std::clamp<std::int64_t>(from - firstKeptLine(), 0, kept));
+        const auto found =
+            std::find_if(lines.begin() + skipped, lines.end(),
+                         [&](const std::string& line) { return matches(line, wanted->pattern); });
+        return found != lines.end()
+                   ? static_cast<int>(firstKeptLine() + std::distance(lines.begin(), found))
+                   : kNoEntry;
+    });
 }
 
-int TAVSim_FailNth(int fault, int n) try {
-    if (!tavsim::canFail(fault, n)) {
-        return tavsim::kFailed;
-    }
-    tavsim::device().failNth(tavsim::faultFrom(fault), n);
-    return 0;
-} catch (...) {
-    return tavsim::failForMemory(tavsim::kFailed);
+int TAVSim_FailNth(int fault, int n) {
+    return guarded(kFailed, isDeviceThere, [&] {
+        if (!canFail(fault, n)) {
+            return kFailed;
+        }
+        device().failNth(faultFrom(fault), n);
+        return 0;
+    });
 }
 
-int TAVSim_FailFrom(int fault, int n) try {
-    if (!tavsim::canFail(fault, n)) {
-        return tavsim::kFailed;
-    }
-    tavsim::device().failFrom(tavsim::faultFrom(fault), n);
-    return 0;
-} catch (...) {
-    return tavsim::failForMemory(tavsim::kFailed);
+int TAVSim_FailFrom(int fault, int n) {
+    return guarded(kFailed, isDeviceThere, [&] {
+        if (!canFail(fault, n)) {
+            return kFailed;
+        }
+        device().failFrom(faultFrom(fault), n);
+        return 0;
+    });
 }
 
-int TAVSim_Occurrences(int fault) try {
-    return tavsim::isDeviceThere() && tavsim::isFault(fault)
-               ? tavsim::device().occurrences(tavsim::faultFrom(fault))
-               : tavsim::kFailed;
-} catch (...) {
-    return tavsim::failForMemory(tavsim::kFailed);
+int TAVSim_Occurrences(int fault) {
+    return guarded(kFailed, isDeviceThere, [&] {
+        return isFault(fault) ? device().occurrences(faultFrom(fault)) : kFailed;
+    });
 }
 }

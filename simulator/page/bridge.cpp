@@ -13,13 +13,12 @@
 #include "platform/napp.h"
 #include "simulator/device/edge.h"
 #include "simulator/device/journal.h"
+#include "simulator/device/refusals.h"
 #include "simulator/device/running.h"
-#include "simulator/host/host.h"
 #include "simulator/page/page.h"
 #include "simulator/time/clock.h"
 
 namespace tavsim {
-
 namespace {
 
 constexpr size_t kLargestScript = 16 << 20;
@@ -133,8 +132,7 @@ bool NApp_RegisterKiteHandlers(NApp_MethodListCallback methodList,
 
 bool NApp_JSCall(const char* functionName, const char* const* arguments, int argumentCount) try {
     const bool accepts = tavsim::callPage(functionName, arguments, argumentCount);
-    tavsim::JournalEntry entry("host", __func__);
-    entry.member("function", functionName);
+    tavsim::JournalEntry entry("host", __func__, "function", functionName);
     if (accepts) {
         entry.texts("arguments", arguments, argumentCount);
     }

@@ -1,6 +1,5 @@
 // The bridge between the application and the web page whose plug-in it is.
-#ifndef TAV_SIMULATOR_PAGE_BRIDGE_H
-#define TAV_SIMULATOR_PAGE_BRIDGE_H
+#pragma once
 
 #include <string>
 
@@ -14,5 +13,3 @@ void startPage(const std::string& pageFile);
 void stopPage();
 
 }  // namespace tavsim
-
-#endif

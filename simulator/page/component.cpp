@@ -1,11 +1,9 @@
-#include "simulator/page/component.h"
-
+// `component`: the application as the page's script sees it, with its native methods as members.
 #include <cstring>
 
-#include "simulator/page/console.h"
+#include "simulator/page/script.h"
 
 namespace tavsim {
-
 namespace {
 
 constexpr char kListeners[] = "listeners";  // the script's functions, by name

@@ -1,7 +1,7 @@
-#include "simulator/page/console.h"
+// console.log, console.warn and console.error.
+#include "simulator/page/script.h"
 
 namespace tavsim {
-
 namespace {
 
 enum Stream { kStandardOutput, kStandardError };

@@ -3,8 +3,7 @@
 // It owns the objects that have destructors: messages while they are built and read, and the text
 // that was read last. So nothing leaks or is left half done when the engine's longjmp skips a
 // caller.
-#ifndef TAV_SIMULATOR_PAGE_CONVERSATION_H
-#define TAV_SIMULATOR_PAGE_CONVERSATION_H
+#pragma once
 
 #include <cstddef>
 
@@ -43,5 +42,3 @@ EngineText readText();  // null on failure; valid until the next
 bool hasReadFailed();
 
 }  // namespace tavsim
-
-#endif

@@ -5,7 +5,6 @@
 #include <cstdlib>
 
 namespace tavsim {
-
 namespace {
 
 // Small enough not to burden the machine.

@@ -3,8 +3,7 @@
 // The engine reports errors with longjmp, which skips stack frames without running destructors. So
 // files that include this one hold only numbers, pointers and the engine's own values. Objects with
 // destructors are in conversation.cpp, which never calls the engine.
-#ifndef TAV_SIMULATOR_PAGE_ENGINE_H
-#define TAV_SIMULATOR_PAGE_ENGINE_H
+#pragma once
 
 #include <duktape.h>
 
@@ -47,5 +46,3 @@ void addFunctions(duk_context* engine, const Function (&functions)[count]) {
 }
 
 }  // namespace tavsim
-
-#endif

@@ -6,11 +6,9 @@
 #include <cstdio>
 
 #include "base/print_line.h"
-#include "simulator/page/page_process.h"
 #include "simulator/time/queue.h"
 
 namespace tavsim {
-
 namespace {
 
 using std::chrono::duration_cast;

@@ -1,6 +1,5 @@
 // The running page: the process of its script, and its pending events.
-#ifndef TAV_SIMULATOR_PAGE_PAGE_H
-#define TAV_SIMULATOR_PAGE_PAGE_H
+#pragma once
 
 #include <chrono>
 #include <memory>
@@ -76,5 +75,3 @@ private:
 };
 
 }  // namespace tavsim
-
-#endif

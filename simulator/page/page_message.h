@@ -1,8 +1,7 @@
 // The protocol between the device and the process of its page.
 //
 // The device sends an event and then answers the page's questions until the page is idle again.
-#ifndef TAV_SIMULATOR_PAGE_PAGE_MESSAGE_H
-#define TAV_SIMULATOR_PAGE_PAGE_MESSAGE_H
+#pragma once
 
 #include <cstdint>
 
@@ -30,6 +29,8 @@ enum class PageMessageKind : uint8_t {
     Idle          // nothing
 };
 
-}  // namespace tavsim
+// Runs in the new process after the fork. It closes all descriptors of the application but its end
+// of the connection and standard error, serves the device until the connection is closed, and ends.
+[[noreturn]] void runPageProcess(int socket);
 
-#endif
+}  // namespace tavsim

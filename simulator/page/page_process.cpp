@@ -1,19 +1,12 @@
-#include "simulator/page/page_process.h"
-
+// The process in which the page's script runs.
 #include <unistd.h>
 
 #include <cstdlib>
 #include <cstring>
 
-#include "simulator/page/component.h"
-#include "simulator/page/console.h"
-#include "simulator/page/conversation.h"
-#include "simulator/page/engine.h"
-#include "simulator/page/thrown.h"
-#include "simulator/page/timers.h"
+#include "simulator/page/script.h"
 
 namespace tavsim {
-
 namespace {
 
 [[noreturn]] void endBroken(void*, const char* reason) {

@@ -1,7 +1,7 @@
-#include "simulator/page/thrown.h"
+// Uncaught exceptions of a script.
+#include "simulator/page/script.h"
 
 namespace tavsim {
-
 namespace {
 
 constexpr char kScript[] = "script";

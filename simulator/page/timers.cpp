@@ -1,7 +1,8 @@
-#include "simulator/page/timers.h"
+// setTimeout, setInterval, clearTimeout and clearInterval. The script's functions are kept here;
+// the device's clock says when they are due.
+#include "simulator/page/script.h"
 
 namespace tavsim {
-
 namespace {
 
 // Timers by number: [interval or kOnce, function, arguments…].

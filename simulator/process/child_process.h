@@ -1,6 +1,5 @@
 // Child processes of the simulated device.
-#ifndef TAV_SIMULATOR_PROCESS_CHILD_PROCESS_H
-#define TAV_SIMULATOR_PROCESS_CHILD_PROCESS_H
+#pragma once
 
 #include <sys/types.h>
 
@@ -52,5 +51,3 @@ private:
 };
 
 }  // namespace tavsim
-
-#endif

@@ -5,7 +5,7 @@
 
 #include <iterator>
 
-#include "base/socket.h"
+#include "base/message_socket.h"
 
 namespace tavsim {
 

@@ -1,6 +1,5 @@
 // Lines of text over a pair of sockets.
-#ifndef TAV_SIMULATOR_PROCESS_LINE_SOCKET_H
-#define TAV_SIMULATOR_PROCESS_LINE_SOCKET_H
+#pragma once
 
 #include <chrono>
 #include <cstddef>
@@ -58,5 +57,3 @@ private:
 };
 
 }  // namespace tavsim
-
-#endif

@@ -1,6 +1,5 @@
 // Pictures, and PNG files.
-#ifndef TAV_SIMULATOR_SCREEN_PICTURE_H
-#define TAV_SIMULATOR_SCREEN_PICTURE_H
+#pragma once
 
 #include <cstddef>
 #include <cstdint>
@@ -45,5 +44,3 @@ Difference difference(const Picture& left, const Picture& right, int tolerance);
 Picture comparison(const Picture& left, const Picture& right, int tolerance);
 
 }  // namespace tavsim
-
-#endif

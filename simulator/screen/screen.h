@@ -1,6 +1,5 @@
 // The application's screen.
-#ifndef TAV_SIMULATOR_SCREEN_SCREEN_H
-#define TAV_SIMULATOR_SCREEN_SCREEN_H
+#pragma once
 
 #include <optional>
 #include <string>
@@ -13,5 +12,3 @@ namespace tavsim {
 std::optional<Picture> screenPicture(std::string* error);
 
 }  // namespace tavsim
-
-#endif

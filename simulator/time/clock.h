@@ -1,6 +1,5 @@
 // The device's clock, and the thread that it belongs to.
-#ifndef TAV_SIMULATOR_TIME_CLOCK_H
-#define TAV_SIMULATOR_TIME_CLOCK_H
+#pragma once
 
 #include <cstdint>
 
@@ -47,5 +46,3 @@ Milliseconds lag();
 void setTime(Milliseconds moment);
 
 }  // namespace tavsim
-
-#endif

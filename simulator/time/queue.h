@@ -1,6 +1,5 @@
 // The queue of deliveries to the application.
-#ifndef TAV_SIMULATOR_DEVICE_QUEUE_H
-#define TAV_SIMULATOR_DEVICE_QUEUE_H
+#pragma once
 
 #include <functional>
 #include <optional>
@@ -30,5 +29,3 @@ std::optional<Milliseconds> nextDue();
 void clearQueue();
 
 }  // namespace tavsim
-
-#endif

@@ -2,14 +2,31 @@
 
 #include <algorithm>
 #include <mutex>
+#include <utility>
 #include <vector>
 
+#include "base/print_line.h"
 #include "front/next.h"
 
 namespace tavsim {
 namespace {
 
 constexpr Milliseconds kResolution = 10;
+
+constexpr int kLooksInAMillisecond = 1000;
+
+constexpr char kNeverWaits[] =
+    "tavsim: the program polls without waiting, so from now on a millisecond of virtual time "
+    "passes with every 1000 calls of SDL_PollEvent, SDL_PumpEvents or SDL_GetTicks. SDL_Delay and "
+    "SDL_WaitEvent let time pass at once.";
+
+// Paced time would stand still if each check took long.
+constexpr int kLooksInVain = 50;
+constexpr Milliseconds kLongestLag = 1000;
+
+constexpr char kNeverWaitsForReal[] =
+    "tavsim: the program does not wait with SDL_Delay or SDL_WaitEvent, so the times of this "
+    "recording depend on this machine";
 
 struct Timer {
     SDL_TimerID id;
@@ -56,6 +73,46 @@ std::optional<Timer> first() {
     return found != all.end() ? std::optional(*found) : std::nullopt;
 }
 
+int g_looks = 0;
+bool g_firing = false;
+
+void sayOnce(const char* text, bool* said) {
+    if (!std::exchange(*said, true)) {
+        base::printLine(stderr, text);
+    }
+}
+
+// Calls the function of the timer that is due next.
+void fireNextTimer() {
+    const std::optional<Timer> due = first();
+    if (!due) {
+        return;
+    }
+    const Uint32 interval = due->function(static_cast<Uint32>(due->interval), due->parameter);
+    if (interval == 0) {
+        removeTimer(due->id);
+        return;
+    }
+    const std::lock_guard lock(timers().mutex);
+    const auto timer = find(due->id);
+    if (timer != timers().all.end()) {  // it may have been removed meanwhile
+        timer->interval = rounded(interval);
+        timer->due = std::max(after(due->due, timer->interval), now());
+    }
+}
+
+void fireTimersUntil(Milliseconds until) {
+    // A timer's function that waits makes the others wait too.
+    if (std::exchange(g_firing, true)) {
+        return;
+    }
+    for (auto due = nextTimer(); due && *due <= until; due = nextTimer()) {
+        setTime(*due);
+        fireNextTimer();
+    }
+    g_firing = false;
+}
+
 }  // namespace
 
 SDL_TimerID addTimer(Uint32 interval, SDL_NewTimerCallback function, void* parameter) {
@@ -93,21 +150,23 @@ std::optional<Milliseconds> nextTimer() {
     return timer ? std::optional(timer->due) : std::nullopt;
 }
 
-void fireNextTimer() {
-    const std::optional<Timer> due = first();
-    if (!due) {
-        return;
+void passTime(Milliseconds until) {
+    g_looks = 0;
+    fireTimersUntil(until);
+    setTime(until);
+}
+
+void lookWithoutWaiting() {
+    ++g_looks;
+    if (isTimePaced() && g_looks >= kLooksInVain && lag() > kLongestLag) {
+        static bool said = false;
+        sayOnce(kNeverWaitsForReal, &said);
+        passTime(after(now(), lag()));
     }
-    const Uint32 interval = due->function(static_cast<Uint32>(due->interval), due->parameter);
-    if (interval == 0) {
-        removeTimer(due->id);
-        return;
-    }
-    const std::lock_guard lock(timers().mutex);
-    const auto timer = find(due->id);
-    if (timer != timers().all.end()) {  // it may have been removed meanwhile
-        timer->interval = rounded(interval);
-        timer->due = std::max(after(due->due, timer->interval), now());
+    if (g_looks >= kLooksInAMillisecond) {
+        static bool said = false;
+        sayOnce(kNeverWaits, &said);
+        passTime(after(now(), 1));
     }
 }
 

@@ -1,7 +1,6 @@
 // SDL's timers on virtual time. SDL runs its timers on a thread of its own, which sleeps in real
 // time. These fire on the application's thread when it lets time pass.
-#ifndef TAV_SIMULATOR_TIME_TIMERS_H
-#define TAV_SIMULATOR_TIME_TIMERS_H
+#pragma once
 
 #include <optional>
 
@@ -22,9 +21,15 @@ bool areTimersInitialized();
 // When the next timer falls due, if there is one.
 std::optional<Milliseconds> nextTimer();
 
-// Calls the function of the timer that is due next. On the application's thread.
-void fireNextTimer();
+// These move virtual time, without waiting, from one timer to the next. On the application's thread
+// only.
+
+// The application waits until a moment: fires the timers that fall due until then.
+void passTime(Milliseconds until);
+
+// The application polls its events or reads the time without waiting. If it never waits, time would
+// stand still. So after a thousand such calls at the same moment a millisecond passes, and the
+// first time standard error says so.
+void lookWithoutWaiting();
 
 }  // namespace tavsim
-
-#endif

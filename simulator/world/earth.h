@@ -1,7 +1,6 @@
 // Distances and directions on the earth, as a sphere: in metres, and in degrees clockwise from
 // north.
-#ifndef TAV_SIMULATOR_WORLD_EARTH_H
-#define TAV_SIMULATOR_WORLD_EARTH_H
+#pragma once
 
 namespace tavsim {
 
@@ -19,5 +18,3 @@ double bearingTo(const Place& from, const Place& to);
 Place placeAt(const Place& from, double bearing, double distance);
 
 }  // namespace tavsim
-
-#endif

@@ -26,17 +26,9 @@ public:
         if (nameOf(root) != "gpx") {
             throw TrackError{lineAt(root.offset_debug()), "the element is none of GPX"};
         }
-        for (const pugi::xml_node& track : root.children()) {
-            if (nameOf(track) == "trk") {
-                for (const pugi::xml_node& segment : track.children()) {
-                    addPoints(segment, "trkpt");
-                }
-            }
-        }
+        addPoints(root, "*[local-name()='trk']/*/*[local-name()='trkpt']");
         if (m_track.empty()) {
-            for (const pugi::xml_node& route : root.children()) {
-                addPoints(route, "rtept");
-            }
+            addPoints(root, "*/*[local-name()='rtept']");
         }
         return std::move(m_track);
     }
@@ -72,11 +64,11 @@ private:
         return m_line;
     }
 
-    void addPoints(const pugi::xml_node& parent, std::string_view name) {
-        for (const pugi::xml_node& node : parent.children()) {
-            if (nameOf(node) == name) {
-                addPoint(node);
-            }
+    void addPoints(const pugi::xml_node& root, const char* path) {
+        pugi::xpath_node_set points = root.select_nodes(path);
+        points.sort();
+        for (const pugi::xpath_node& point : points) {
+            addPoint(point.node());
         }
     }
 

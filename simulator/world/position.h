@@ -1,6 +1,5 @@
 // The position of the device. It does not depend on who tracks it.
-#ifndef TAV_SIMULATOR_WORLD_POSITION_H
-#define TAV_SIMULATOR_WORLD_POSITION_H
+#pragma once
 
 #include <functional>
 #include <optional>
@@ -50,5 +49,3 @@ void startWorld(std::function<void(const Report&)> announce);
 void stopWorld();
 
 }  // namespace tavsim
-
-#endif

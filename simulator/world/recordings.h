@@ -1,6 +1,5 @@
 // The two file formats of recorded tracks.
-#ifndef TAV_SIMULATOR_WORLD_RECORDINGS_H
-#define TAV_SIMULATOR_WORLD_RECORDINGS_H
+#pragma once
 
 #include <charconv>
 #include <cmath>
@@ -40,5 +39,3 @@ inline std::optional<double> numberIn(std::string_view text) {
 }
 
 }  // namespace tavsim
-
-#endif

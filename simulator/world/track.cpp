@@ -1,6 +1,5 @@
 #include "simulator/world/track.h"
 
-#include <algorithm>
 #include <cmath>
 
 #include "base/file.h"

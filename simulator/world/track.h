@@ -1,6 +1,5 @@
 // Recorded tracks: GPX files and NMEA 0183 logs.
-#ifndef TAV_SIMULATOR_WORLD_TRACK_H
-#define TAV_SIMULATOR_WORLD_TRACK_H
+#pragma once
 
 #include <memory>
 #include <optional>
@@ -36,5 +35,3 @@ std::optional<Track> readTrack(const std::string& path, std::string* problem);
 Way wayOf(std::shared_ptr<const Track> track, double factor);
 
 }  // namespace tavsim
-
-#endif

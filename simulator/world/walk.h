@@ -1,6 +1,5 @@
 // Walks along great circles.
-#ifndef TAV_SIMULATOR_WORLD_WALK_H
-#define TAV_SIMULATOR_WORLD_WALK_H
+#pragma once
 
 #include <vector>
 
@@ -18,5 +17,3 @@ Fix roundedFix(Fix fix);
 Way walkAlong(const std::vector<Place>& places, double speed, double metres, const Fix& like);
 
 }  // namespace tavsim
-
-#endif

@@ -1,6 +1,5 @@
 // A client of a device's control socket: a line to it, and what it answers.
-#ifndef TAV_TOOLS_CONTROL_CLIENT_H
-#define TAV_TOOLS_CONTROL_CLIENT_H
+#pragma once
 
 #include <string>
 
@@ -45,5 +44,3 @@ private:
 };
 
 }  // namespace tools
-
-#endif

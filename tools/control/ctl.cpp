@@ -5,13 +5,13 @@
 #include <chrono>
 #include <cstdio>
 #include <cstring>
-#include <optional>
 
+#include "base/child.h"
 #include "simulator/control/commands.h"
 #include "simulator/control/words.h"
 #include "tools/control/client.h"
 #include "tools/control/reach.h"
-#include "tools/control/wait.h"
+#include "tools/process/exit_status.h"
 
 using std::chrono::milliseconds;
 
@@ -19,12 +19,6 @@ namespace tools {
 namespace {
 
 constexpr int kRefused = 1;
-constexpr int kNotReached = 2;
-
-int complain(const std::string& text) {
-    std::fprintf(stderr, "tavsim: ctl: %s\n", text.c_str());
-    return kNotReached;
-}
 
 // False when it cannot be printed, which is said.
 bool print(const std::string& text) {
@@ -32,13 +26,8 @@ bool print(const std::string& text) {
         std::fflush(stdout) == 0) {
         return true;
     }
-    complain(std::string("standard output: ") + std::strerror(errno));
+    complain(std::string("ctl: standard output: ") + std::strerror(errno));
     return false;
-}
-
-int refuse(const std::string& reason) {
-    std::fprintf(stderr, "tavsim: %s\n", reason.c_str());
-    return kRefused;
 }
 
 // Prints the answer, to its end, and gives the exit status.
@@ -47,7 +36,7 @@ int show(Answer answer, Client& device) {
     while (answer.end == Answer::End::Following) {
         hasFollowed = true;
         if (!answer.lost.empty()) {
-            complain(answer.lost + " lines were not taken in time and are lost");
+            complain("ctl: " + answer.lost + " lines were not taken in time and are lost");
         }
         if (!print(answer.text)) {
             return kNotReached;
@@ -56,38 +45,30 @@ int show(Answer answer, Client& device) {
     }
     switch (answer.end) {
     case Answer::End::Refused:
-        return refuse(answer.text);
+        return complain(answer.text, kRefused);
     case Answer::End::Ended:
-        return hasFollowed ? 0 : complain("the application ended before it answered");
+        return hasFollowed ? 0 : complain("ctl: the application ended before it answered");
     case Answer::End::Gone:
-        return complain("the device is gone, the answer not complete");
+        return complain("ctl: the device is gone, the answer not complete");
     case Answer::End::Late:
         return complain(
-            "the application has not handled SDL's events in time; --timeout gives it more");
+            "ctl: the application has not handled SDL's events in time; --timeout gives it more");
     case Answer::End::Strange:
-        return complain("what answers there is no device");
+        return complain("ctl: what answers there is no device");
     default:
         return print(answer.text) ? 0 : kNotReached;
     }
 }
 
-std::string joined(const std::vector<std::string>& words) {
-    std::string line;
-    for (const std::string& word : words) {
-        line += (line.empty() ? "" : " ") + word;
-    }
-    return line;
-}
-
 }  // namespace
 
 int control(const ControlRequest& request) {
-    const std::string line = joined(request.command);
+    const std::string line = base::joined(request.command);
     if (line.empty()) {
-        return complain("no command given (`tavsim ctl --help` lists them)");
+        return complain("ctl: no command given (`tavsim ctl --help` lists them)");
     }
     if (line.find('\n') != std::string::npos) {
-        return complain("a command is one line");
+        return complain("ctl: a command is one line");
     }
     tavsim::Words words(line);
     const std::string_view name = words.next();
@@ -95,17 +76,17 @@ int control(const ControlRequest& request) {
         return waitFor(request, words.rest());
     }
     if (const std::string problem = tavsim::whyMalformed(line); !problem.empty()) {
-        return refuse(problem);
+        return complain(problem, kRefused);
     }
     if (name == "list") {
-        words.isEmpty() ? printRunningDevices() : printRunningDevicesAsJson();
+        printRunningDevices(!words.isEmpty());
         return 0;
     }
     const milliseconds timeout = inMilliseconds(request.timeout);
     const auto end = std::chrono::steady_clock::now() + timeout;
     const ReachedDevice reached = reachDevice(request.root, std::min(timeout, kStarting), timeout);
     if (reached.connection < 0) {
-        return complain(reached.problem);
+        return complain("ctl: " + reached.problem);
     }
     Client device(reached.connection);
     const auto left = [end] {

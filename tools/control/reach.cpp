@@ -91,20 +91,19 @@ ReachedDevice reachDevice(const std::string& root, milliseconds untilStarted,
     }
 }
 
-void printRunningDevices() {
-    for (const RunningDevice& device : tavsim::runningDevices()) {
-        std::printf("%s  %s\n", device.root.c_str(), description(device).c_str());
-    }
-}
-
-void printRunningDevicesAsJson() {
+void printRunningDevices(bool asJson) {
     base::JsonWriter json;
     json.beginArray();
     for (const RunningDevice& device : tavsim::runningDevices()) {
-        json.beginObject().member("root", device.root).member("device", device.device);
-        json.member("program", device.program).member("process", device.process).endObject();
+        json.beginObject().members("root", device.root, "device", device.device);
+        json.members("program", device.program, "process", device.process).endObject();
+        if (!asJson) {
+            std::printf("%s  %s\n", device.root.c_str(), description(device).c_str());
+        }
     }
-    std::puts(json.endArray().text().c_str());
+    if (asJson) {
+        std::puts(json.endArray().text().c_str());
+    }
 }
 
 }  // namespace tools

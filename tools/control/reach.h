@@ -1,6 +1,5 @@
 // Finds a running device and connects to it.
-#ifndef TAV_TOOLS_CONTROL_REACH_H
-#define TAV_TOOLS_CONTROL_REACH_H
+#pragma once
 
 #include <chrono>
 #include <string>
@@ -29,9 +28,6 @@ inline std::chrono::milliseconds inMilliseconds(double seconds) {
 }
 
 // The output of `tavsim ctl list`.
-void printRunningDevices();
-void printRunningDevicesAsJson();
+void printRunningDevices(bool asJson);
 
 }  // namespace tools
-
-#endif

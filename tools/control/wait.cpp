@@ -1,5 +1,4 @@
-#include "tools/control/wait.h"
-
+// Waits for an event on a device.
 #include <poll.h>
 #include <unistd.h>
 
@@ -14,7 +13,9 @@
 #include "simulator/control/words.h"
 #include "simulator/device/claim.h"
 #include "tools/control/client.h"
+#include "tools/control/ctl.h"
 #include "tools/control/reach.h"
+#include "tools/process/exit_status.h"
 
 using std::chrono::milliseconds;
 
@@ -22,15 +23,13 @@ namespace tools {
 namespace {
 
 constexpr int kHasNotHappened = 1;
-constexpr int kNotReached = 2;
 constexpr milliseconds kBetweenLooks(20);
 
 constexpr char kReady[] = "ready";
 constexpr char kEnded[] = "ended";
 
-int complain(const std::string& text, int status) {
-    std::fprintf(stderr, "tavsim: ctl: wait: %s\n", text.c_str());
-    return status;
+int tell(const std::string& text, int status) {
+    return complain("ctl: wait: " + text, status);
 }
 
 // For what is no entry of the journal.
@@ -65,8 +64,60 @@ public:
     explicit Wait(milliseconds limit) : m_limit(limit), m_end(Clock::now() + limit) {}
 
     // An empty pattern stands for the application being ready.
-    int forAnswer(const std::string& root, const tavsim::Pattern& pattern) const;
-    int forEnd(const std::string& root) const;
+    int forAnswer(const std::string& root, const tavsim::Pattern& pattern) const {
+        const ReachedDevice reached = reachDevice(root, left(), left());
+        if (reached.connection < 0) {
+            return tell(reached.problem, kNotReached);
+        }
+        Client device(reached.connection);
+        const bool isReadiness = pattern.empty();
+        Answer answer = device.ask(isReadiness ? "state" : "journal --follow", left());
+        while (answer.end == Answer::End::Following) {
+            if (!answer.lost.empty()) {
+                tell(answer.lost + " lines were not taken in time and are lost", 0);
+            }
+            if (const std::string line = firstMatch(answer.text, pattern); !line.empty()) {
+                std::puts(line.c_str());
+                return 0;
+            }
+            answer = left() > milliseconds(0) ? device.more(left()) : Answer();
+        }
+        switch (answer.end) {
+        case Answer::End::Refused:
+            return tell(answer.text, kNotReached);
+        case Answer::End::Ended:
+            return tell("the application ended before that", kHasNotHappened);
+        case Answer::End::Gone:
+            return tell("the application is gone before that", kHasNotHappened);
+        case Answer::End::Late:
+            return complainOfTime(isReadiness ? "the application has not handled SDL's events"
+                                              : "no such entry");
+        case Answer::End::Strange:
+            return tell("what answers there is no device", kNotReached);
+        default:
+            return 0;
+        }
+    }
+
+    int forEnd(const std::string& root) const {
+        // That it runs is enough.
+        const ReachedDevice reached =
+            reachDevice(root, std::min(left(), kStarting), milliseconds(0));
+        if (reached.connection < 0 && !reached.isCrowded) {
+            return reached.isNone ? 0 : tell(reached.problem, kNotReached);
+        }
+        if (reached.connection >= 0) {
+            close(reached.connection);
+        }
+        while (tavsim::isClaimed(reached.root, tavsim::kRunClaim) ||
+               tavsim::isClaimed(reached.root, tavsim::kDeviceClaim)) {
+            if (left() == milliseconds(0)) {
+                return complainOfTime("the program has not ended");
+            }
+            poll(nullptr, 0, kBetweenLooks.count());
+        }
+        return 0;
+    }
 
 private:
     using Clock = std::chrono::steady_clock;
@@ -78,66 +129,12 @@ private:
 
     int complainOfTime(const std::string& what) const {
         const std::string limit = std::to_string(m_limit.count());
-        return complain(what + " within " + limit + " ms", kHasNotHappened);
+        return tell(what + " within " + limit + " ms", kHasNotHappened);
     }
 
     milliseconds m_limit;
     Clock::time_point m_end;
 };
-
-int Wait::forAnswer(const std::string& root, const tavsim::Pattern& pattern) const {
-    const ReachedDevice reached = reachDevice(root, left(), left());
-    if (reached.connection < 0) {
-        return complain(reached.problem, kNotReached);
-    }
-    Client device(reached.connection);
-    const bool isReadiness = pattern.empty();
-    Answer answer = device.ask(isReadiness ? "state" : "journal --follow", left());
-    while (answer.end == Answer::End::Following) {
-        if (!answer.lost.empty()) {
-            complain(answer.lost + " lines were not taken in time and are lost", 0);
-        }
-        if (const std::string line = firstMatch(answer.text, pattern); !line.empty()) {
-            std::puts(line.c_str());
-            return 0;
-        }
-        answer = left() > milliseconds(0) ? device.more(left()) : Answer();
-    }
-    switch (answer.end) {
-    case Answer::End::Refused:
-        return complain(answer.text, kNotReached);
-    case Answer::End::Ended:
-        return complain("the application ended before that", kHasNotHappened);
-    case Answer::End::Gone:
-        return complain("the application is gone before that", kHasNotHappened);
-    case Answer::End::Late:
-        return complainOfTime(isReadiness ? "the application has not handled SDL's events"
-                                          : "no such entry");
-    case Answer::End::Strange:
-        return complain("what answers there is no device", kNotReached);
-    default:
-        return 0;
-    }
-}
-
-int Wait::forEnd(const std::string& root) const {
-    // That it runs is enough.
-    const ReachedDevice reached = reachDevice(root, std::min(left(), kStarting), milliseconds(0));
-    if (reached.connection < 0 && !reached.isCrowded) {
-        return reached.isNone ? 0 : complain(reached.problem, kNotReached);
-    }
-    if (reached.connection >= 0) {
-        close(reached.connection);
-    }
-    while (tavsim::isClaimed(reached.root, tavsim::kRunClaim) ||
-           tavsim::isClaimed(reached.root, tavsim::kDeviceClaim)) {
-        if (left() == milliseconds(0)) {
-            return complainOfTime("the program has not ended");
-        }
-        poll(nullptr, 0, kBetweenLooks.count());
-    }
-    return 0;
-}
 
 }  // namespace
 
@@ -149,8 +146,8 @@ int waitFor(const ControlRequest& request, std::string_view line) {
     const std::optional<tavsim::Awaited> awaited =
         isEntry ? tavsim::readAwaited(line, &error) : readLimit(words, &error);
     if (!awaited) {
-        return complain(error + (isEntry ? base::suggestion(first, {kReady, kEnded}) : ""),
-                        kNotReached);
+        return tell(error + (isEntry ? base::suggestion(first, {kReady, kEnded}) : ""),
+                    kNotReached);
     }
     const Wait wait(awaited->within ? milliseconds(*awaited->within)
                                     : inMilliseconds(request.timeout));

@@ -1,6 +1,5 @@
 // How the commands end, as the shell sees it.
-#ifndef TAV_TOOLS_PROCESS_EXIT_STATUS_H
-#define TAV_TOOLS_PROCESS_EXIT_STATUS_H
+#pragma once
 
 #include <cstdio>
 #include <string>
@@ -22,5 +21,3 @@ inline int complain(const std::string& text, int status = kBadSetup) {
 }
 
 }  // namespace tools
-
-#endif

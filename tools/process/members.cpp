@@ -6,17 +6,15 @@
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <thread>
 
 #include "base/descriptor.h"
+#include "base/file.h"
 
 extern "C" {  // which the header itself lacks
 #include <sys/pidfd.h>
 }
-
-namespace fs = std::filesystem;
 
 namespace tools {
 namespace {
@@ -64,10 +62,8 @@ void Members::kill() const {
     bool isAnyLeft = true;
     while (isAnyLeft && Clock::now() < limit) {
         isAnyLeft = false;
-        std::error_code problem;
-        for (fs::directory_iterator at("/proc", problem), end; !problem && at != end;
-             at.increment(problem)) {
-            const std::string name = at->path().filename();
+        for (const std::string& path : base::entriesOf("/proc")) {
+            const std::string name = path.substr(path.rfind('/') + 1);
             pid_t process = 0;  // of what is no process
             std::from_chars(name.data(), name.data() + name.size(), process);
             isAnyLeft |= send(process, SIGKILL);

@@ -1,6 +1,5 @@
 // The processes of a run, including those whose parents have ended.
-#ifndef TAV_TOOLS_PROCESS_MEMBERS_H
-#define TAV_TOOLS_PROCESS_MEMBERS_H
+#pragma once
 
 #include <sys/types.h>
 
@@ -29,5 +28,3 @@ private:
 };
 
 }  // namespace tools
-
-#endif

@@ -1,9 +1,9 @@
 // The program as a process.
-#ifndef TAV_TOOLS_PROCESS_PROCESS_H
-#define TAV_TOOLS_PROCESS_PROCESS_H
+#pragma once
 
 #include <sys/types.h>
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -46,6 +46,16 @@ private:
     int m_status = 0;
 };
 
-}  // namespace tools
+// As long as this object exists, a child process waits for this process to die, and then cleans up.
+class Guard {
+public:
+    explicit Guard(const std::function<void()>& cleanUp);
+    ~Guard();
+    Guard(const Guard&) = delete;
+    Guard& operator=(const Guard&) = delete;
 
-#endif
+private:
+    pid_t m_process;
+};
+
+}  // namespace tools

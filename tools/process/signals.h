@@ -1,6 +1,5 @@
 // The signals of a run, taken in order without losing any.
-#ifndef TAV_TOOLS_PROCESS_SIGNALS_H
-#define TAV_TOOLS_PROCESS_SIGNALS_H
+#pragma once
 
 #include <sys/signalfd.h>
 
@@ -41,5 +40,3 @@ private:
 };
 
 }  // namespace tools
-
-#endif

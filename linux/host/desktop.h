@@ -1,6 +1,5 @@
-// What the application keeps the desktop from doing.
-#ifndef TAV_LINUX_HOST_INHIBITIONS_H
-#define TAV_LINUX_HOST_INHIBITIONS_H
+// What the application asks of the desktop.
+#pragma once
 
 namespace tavlinux {
 
@@ -8,6 +7,7 @@ namespace tavlinux {
 bool enableScreenTimeout(bool enable);
 bool enableNotifications(bool enable);
 
-}  // namespace tavlinux
+// The on-screen keyboard; false when there is none on the session bus.
+bool showKeyboard(bool visible);
 
-#endif
+}  // namespace tavlinux

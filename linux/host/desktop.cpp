@@ -1,7 +1,6 @@
-#include "linux/host/inhibitions.h"
+#include "linux/host/desktop.h"
 
 #include <optional>
-#include <string>
 
 #include "linux/application/application.h"
 #include "linux/bus/connection.h"
@@ -102,6 +101,12 @@ bool enableNotifications(bool enable) {
         release(&g_notifications, unInhibitNotifications);
     }
     return true;
+}
+
+bool showKeyboard(bool visible) {
+    constexpr char service[] = "sm.puri.OSK0";
+    const Method setVisible{Bus::Session, service, "/sm/puri/OSK0", service, "SetVisible"};
+    return callBriefly(setVisible, g_variant_new("(b)", visible ? TRUE : FALSE), "()") != nullptr;
 }
 
 }  // namespace tavlinux
