@@ -1,4 +1,4 @@
-// Owners of the helper library's objects.
+// Owners of what C functions release.
 #pragma once
 
 #include <memory>
@@ -8,14 +8,15 @@
 
 namespace tav {
 
-struct HStringDeleter {
-    void operator()(HString* string) const { HString_free(string); }
+template <auto Release>
+struct Releaser {
+    void operator()(auto* object) const { Release(object); }
 };
-using HStringPtr = std::unique_ptr<HString, HStringDeleter>;
 
-struct HJsonDeleter {
-    void operator()(HJson* json) const { HJson_free(json); }
-};
-using HJsonPtr = std::unique_ptr<HJson, HJsonDeleter>;
+template <typename Object, auto Release>
+using Owner = std::unique_ptr<Object, Releaser<Release>>;
+
+using HStringPtr = Owner<HString, HString_free>;
+using HJsonPtr = Owner<HJson, HJson_free>;
 
 }  // namespace tav

@@ -1,8 +1,8 @@
 #include <cstdio>
 #include <cstring>
-#include <memory>
 
 #include "core/buffer.h"
+#include "core/handles.h"
 #include "core/report.h"
 #include "core/status.h"
 #include "platform/napp.h"
@@ -20,10 +20,7 @@ constexpr int kGestureBack = SDLK_ESCAPE;
 constexpr int kGestureForward = SDLK_WORLD_69;
 constexpr int kGestureArea = SDLK_WORLD_71;
 
-struct FileCloser {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-};
-using File = std::unique_ptr<std::FILE, FileCloser>;
+using File = tav::Owner<std::FILE, std::fclose>;
 
 }  // namespace
 

@@ -5,11 +5,11 @@
 
 #include <cstdio>
 #include <cstring>
-#include <memory>
 #include <string_view>
 #include <utility>
 
 #include "core/buffer.h"
+#include "core/handles.h"
 #include "core/report.h"
 #include "core/status.h"
 #include "platform/kpsystem.h"
@@ -28,20 +28,9 @@ constexpr int kQuerySize = 1024;
 constexpr int kValueColumn = 1;
 constexpr int kCodeSize = 32;
 
-struct DatabaseCloser {
-    void operator()(sqlite3* database) const { sqlite3_close(database); }
-};
-using Database = std::unique_ptr<sqlite3, DatabaseCloser>;
-
-struct StatementFinalizer {
-    void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
-};
-using Statement = std::unique_ptr<sqlite3_stmt, StatementFinalizer>;
-
-struct GlibDeleter {
-    void operator()(char* text) const { g_free(text); }
-};
-using GlibText = std::unique_ptr<char, GlibDeleter>;
+using Database = tav::Owner<sqlite3, sqlite3_close>;
+using Statement = tav::Owner<sqlite3_stmt, sqlite3_finalize>;
+using GlibText = tav::Owner<char, g_free>;
 
 Database openPreferences() {
     sqlite3* handle = nullptr;

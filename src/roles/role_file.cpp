@@ -7,9 +7,10 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
 #include <string_view>
 #include <tuple>
+
+#include "core/handles.h"
 
 namespace {
 
@@ -19,10 +20,7 @@ constexpr char kExePathPlaceholder[] = "XXXEXEPATHXXX";
 constexpr char kBothBeginWith[] = "XXX";
 constexpr char kRescanCommand[] = "/usr/bin/ks-control scan-services";
 
-struct FileCloser {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-};
-using FilePtr = std::unique_ptr<std::FILE, FileCloser>;
+using FilePtr = tav::Owner<std::FILE, std::fclose>;
 
 FilePtr openFile(const char* path, const char* mode) {
     return FilePtr(std::fopen(path, mode));
