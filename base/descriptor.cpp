@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <utility>
 
 namespace base {
@@ -50,6 +51,17 @@ void Descriptor::close() {
         ::close(m_number);
     }
     m_number = -1;
+}
+
+bool writeAll(int file, std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ssize_t count = write(file, bytes.data(), bytes.size());
+        if (count < 0 && errno != EINTR) {
+            return false;
+        }
+        bytes.remove_prefix(count > 0 ? static_cast<size_t>(count) : 0);
+    }
+    return true;
 }
 
 }  // namespace base

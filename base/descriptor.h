@@ -4,6 +4,7 @@
 #include <sys/types.h>
 
 #include <optional>
+#include <string_view>
 
 namespace base {
 
@@ -45,5 +46,8 @@ private:
     int m_number = -1;
     std::optional<FileIdentity> m_identity;
 };
+
+// Writes all of the bytes; false, with errno, when that is not possible.
+bool writeAll(int file, std::string_view bytes);
 
 }  // namespace base

@@ -5,7 +5,6 @@
 
 #include <cerrno>
 #include <filesystem>
-#include <string_view>
 #include <utility>
 
 namespace base {
@@ -34,14 +33,7 @@ bool LineFile::append(std::string line) {
         return false;
     }
     line += '\n';
-    for (std::string_view rest = line; !rest.empty();) {
-        const ssize_t count = write(m_file.number(), rest.data(), rest.size());
-        if (count < 0 && errno != EINTR) {
-            return false;
-        }
-        rest.remove_prefix(count > 0 ? static_cast<size_t>(count) : 0);
-    }
-    return true;
+    return writeAll(m_file.number(), line);
 }
 
 void LineFile::close() {

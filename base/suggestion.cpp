@@ -15,27 +15,24 @@ size_t mostMistakes(std::string_view word) {
 
 // The edit distance: letters inserted, deleted, replaced, or swapped with their neighbour.
 size_t distance(std::string_view left, std::string_view right) {
-    std::vector<size_t> beforeLast(right.size() + 1);
-    std::vector<size_t> last(right.size() + 1);
-    std::vector<size_t> current(right.size() + 1);
-    for (size_t j = 0; j <= right.size(); ++j) {
-        current[j] = j;
-    }
-    for (size_t i = 1; i <= left.size(); ++i) {
-        beforeLast.swap(last);
-        last.swap(current);
-        current[0] = i;
-        for (size_t j = 1; j <= right.size(); ++j) {
-            const size_t replaced = last[j - 1] + (left[i - 1] == right[j - 1] ? 0 : 1);
-            current[j] = std::min({last[j] + 1, current[j - 1] + 1, replaced});
+    using Row = std::vector<size_t>;
+    std::vector<Row> between(left.size() + 1, Row(right.size() + 1));  // so many letters of each
+    for (size_t i = 0; i <= left.size(); ++i) {
+        for (size_t j = 0; j <= right.size(); ++j) {
+            if (i == 0 || j == 0) {
+                between[i][j] = i + j;
+                continue;
+            }
+            const size_t replaced = between[i - 1][j - 1] + (left[i - 1] == right[j - 1] ? 0 : 1);
+            between[i][j] = std::min({between[i - 1][j] + 1, between[i][j - 1] + 1, replaced});
             const bool isSwapped =
                 i > 1 && j > 1 && left[i - 1] == right[j - 2] && left[i - 2] == right[j - 1];
             if (isSwapped) {
-                current[j] = std::min(current[j], beforeLast[j - 2] + 1);
+                between[i][j] = std::min(between[i][j], between[i - 2][j - 2] + 1);
             }
         }
     }
-    return current.back();
+    return between.back().back();
 }
 
 }  // namespace

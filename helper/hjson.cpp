@@ -36,28 +36,20 @@ struct HJson {
 
 namespace {
 
-constexpr size_t kParsersKept = 4;
 constexpr size_t kBytesKept = 1 << 20;  // after a larger text, the parser is destroyed
 
-std::vector<std::unique_ptr<HJson>>& idleParsers() {
-    static auto& parsers = *new std::vector<std::unique_ptr<HJson>>;
-    return parsers;
+std::unique_ptr<HJson>& idleParser() {
+    static auto& parser = *new std::unique_ptr<HJson>;
+    return parser;
 }
 
 std::unique_ptr<HJson> takeParser() {
-    auto& idle = idleParsers();
-    if (idle.empty()) {
-        return std::make_unique<HJson>();
-    }
-    std::unique_ptr<HJson> json = std::move(idle.back());
-    idle.pop_back();
-    return json;
+    return idleParser() != nullptr ? std::move(idleParser()) : std::make_unique<HJson>();
 }
 
 void giveBack(std::unique_ptr<HJson> json) {
-    auto& idle = idleParsers();
-    if (idle.size() < kParsersKept && json->padded.size() <= kBytesKept) {
-        idle.push_back(std::move(json));
+    if (json->padded.size() <= kBytesKept) {
+        idleParser() = std::move(json);
     }
 }
 
@@ -86,12 +78,10 @@ HJson* HJson_create(const char* text) try {
     return nullptr;
 }
 
-void HJson_free(HJson* json) try {
+void HJson_free(HJson* json) {
     if (json != nullptr) {
         giveBack(std::unique_ptr<HJson>(json));
     }
-} catch (const std::bad_alloc&) {
-    // The parser is destroyed then.
 }
 
 int HJson_getBool(const HJson* json, const char* key) {

@@ -1,5 +1,8 @@
-// The run's part of a scenario: what can only be checked from outside the program.
+// The run's part of a scenario, which can only be checked from outside the program, and of a
+// recording, which the device does not know.
 #pragma once
+
+#include <string>
 
 #include "output_watch.h"
 #include "run.h"
@@ -18,5 +21,12 @@ std::vector<std::string> globsOf(const tavsim::Scenario& scenario);
 // has done so, and returns the exit status of the run.
 int judge(const tavsim::Scenario& scenario, const RunRequest& request, const RunFolder& folder,
           const RunEnd& end, const OutputWatch& output);
+
+// Creates the file with the header of a scenario; the device appends the steps. False when it
+// cannot be written.
+bool startRecording(const RunRequest& request, const std::string& root);
+
+// The program has ended with this status.
+void endRecording(const RunRequest& request, const std::string& root, int status);
 
 }  // namespace tools

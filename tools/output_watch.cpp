@@ -6,7 +6,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <utility>
 
 #include "simulator/control/pattern.h"
@@ -15,16 +14,6 @@ namespace tools {
 namespace {
 
 constexpr size_t kLongestLine = 64 << 10;  // the rest of a longer line is not matched
-
-void writeAll(int target, std::string_view bytes) {
-    while (!bytes.empty()) {
-        const ssize_t count = write(target, bytes.data(), bytes.size());
-        if (count < 0 && errno != EINTR) {
-            return;  // the reader has closed it
-        }
-        bytes.remove_prefix(count > 0 ? static_cast<size_t>(count) : 0);
-    }
-}
 
 }  // namespace
 
@@ -91,7 +80,7 @@ void OutputWatch::take(Stream& stream) {
     ssize_t count = 0;
     while ((count = read(stream.ours.number(), bytes, sizeof bytes)) > 0) {
         const std::string_view taken(bytes, static_cast<size_t>(count));
-        writeAll(stream.target, taken);
+        base::writeAll(stream.target, taken);  // in vain once its reader has closed it
         look(stream, taken);
     }
 }

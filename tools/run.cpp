@@ -14,7 +14,6 @@
 #include "judge.h"
 #include "output_watch.h"
 #include "program.h"
-#include "recording.h"
 #include "run_folder.h"
 #include "simulator/device/profile.h"
 #include "simulator/device/trusted_folder.h"

@@ -7,7 +7,6 @@
 #include "output_watch.h"
 #include "run.h"
 #include "run_folder.h"
-#include "tools/process/members.h"
 #include "tools/process/process.h"
 #include "tools/process/signals.h"
 

@@ -1,4 +1,4 @@
-// The application: what it says about itself, and where its files are.
+// The application and its machine: what they say about themselves, and where the files are.
 #pragma once
 
 #include <optional>
@@ -23,5 +23,15 @@ std::string dataFilePath(const std::string& name);
 // What the environment (TAV_PORTABILITY_KEY) or the file libtav/portability.json in the user's
 // folder of configurations says about the key.
 std::optional<std::string> portabilityValue(const std::string& key);
+
+// The model as the device tree or the firmware names it.
+std::optional<std::string> machineName();
+
+// The version of os-release, with ".0" behind one that is a single number.
+std::optional<std::string> systemVersion();
+
+// 40 hexadecimal digits that stand for this application on this machine, and tell nothing about the
+// machine's own id, from which they are derived. Nothing where the machine has no id.
+std::optional<std::string> uniqueId(const std::string& application);
 
 }  // namespace tavlinux

@@ -14,19 +14,6 @@ namespace {
 
 constexpr std::string_view kTypeSuffix = ":type";
 
-struct Output {
-    base::JsonWriter json;
-    bool isComplete = true;
-
-    void value(GVariant* value);
-    void variant(GVariant* inner);
-    void member(const std::string& name, GVariant* value);
-    void dictionary(GVariant* dictionary);
-    void list(GVariant* container);
-    void number(double value);
-    void bytes(GVariant* array);
-};
-
 int64_t integerOf(GVariant* value) {
     switch (g_variant_classify(value)) {
     case G_VARIANT_CLASS_BYTE:
@@ -45,15 +32,7 @@ int64_t integerOf(GVariant* value) {
 }
 
 // A dictionary's key as the name of a member.
-std::string keyText(GVariant* key) {
-    if (isOfType(key, "s") || isOfType(key, "o") || isOfType(key, "g")) {
-        return g_variant_get_string(key, nullptr);
-    }
-    Output output;
-    output.value(key);
-    std::string text = output.json.take();
-    return text.front() == '"' ? text.substr(1, text.size() - 2) : text;
-}
+std::string keyText(GVariant* key);
 
 // Whether the keys can be names of members: each there once, and none like the types beside them.
 bool canBeObject(GVariant* dictionary) {
@@ -97,116 +76,131 @@ bool isTypeEvident(GVariant* inner) {
     }
 }
 
-void Output::number(double value) {
-    if (!std::isfinite(value)) {
-        json.value(std::isnan(value) ? "NaN" : value > 0.0 ? "Infinity" : "-Infinity");
-        return;
-    }
-    char digits[40];
-    const auto [end, problem] = std::to_chars(std::begin(digits), std::end(digits), value);
-    std::string text(digits, end);
-    if (text.find_first_of(".e") == std::string::npos) {
-        text += ".0";
-    }
-    json.raw(text);
-}
+struct Output {
+    base::JsonWriter json;
+    bool isComplete = true;
 
-void Output::bytes(GVariant* array) {
-    gsize size = 0;
-    const void* start = g_variant_get_fixed_array(array, &size, 1);
-    g_autofree char* text = g_base64_encode(static_cast<const guchar*>(start), size);
-    json.value(text);
-}
-
-void Output::list(GVariant* container) {
-    json.beginArray();
-    for (gsize i = 0; i < g_variant_n_children(container); ++i) {
-        value(childOf(container, i).get());
-    }
-    json.endArray();
-}
-
-// Of a variant the value, and beside it the type unless that is evident.
-void Output::member(const std::string& name, GVariant* content) {
-    json.key(name);
-    if (!isOfType(content, "v")) {
-        value(content);
-        return;
-    }
-    const Variant inner = childOf(content, 0);
-    value(inner.get());
-    if (!isTypeEvident(inner.get())) {
-        json.member(name + std::string(kTypeSuffix), g_variant_get_type_string(inner.get()));
-    }
-}
-
-void Output::dictionary(GVariant* dictionary) {
-    if (!canBeObject(dictionary)) {
-        list(dictionary);
-        return;
-    }
-    json.beginObject();
-    for (gsize i = 0; i < g_variant_n_children(dictionary); ++i) {
-        const Variant entry = childOf(dictionary, i);
-        member(keyText(childOf(entry.get(), 0).get()), childOf(entry.get(), 1).get());
-    }
-    json.endObject();
-}
-
-void Output::variant(GVariant* inner) {
-    if (isTypeEvident(inner)) {
-        value(inner);
-        return;
-    }
-    json.beginObject().member("type", g_variant_get_type_string(inner)).key("value");
-    value(inner);
-    json.endObject();
-}
-
-void Output::value(GVariant* value) {
-    switch (g_variant_classify(value)) {
-    case G_VARIANT_CLASS_BOOLEAN:
-        json.value(g_variant_get_boolean(value) != FALSE);
-        break;
-    case G_VARIANT_CLASS_BYTE:
-    case G_VARIANT_CLASS_INT16:
-    case G_VARIANT_CLASS_UINT16:
-    case G_VARIANT_CLASS_INT32:
-    case G_VARIANT_CLASS_UINT32:
-    case G_VARIANT_CLASS_INT64:
-        json.value(integerOf(value));
-        break;
-    case G_VARIANT_CLASS_UINT64:
-        json.value(g_variant_get_uint64(value));
-        break;
-    case G_VARIANT_CLASS_DOUBLE:
-        number(g_variant_get_double(value));
-        break;
-    case G_VARIANT_CLASS_STRING:
-    case G_VARIANT_CLASS_OBJECT_PATH:
-    case G_VARIANT_CLASS_SIGNATURE:
-        json.value(g_variant_get_string(value, nullptr));
-        break;
-    case G_VARIANT_CLASS_VARIANT:
-        variant(childOf(value, 0).get());
-        break;
-    case G_VARIANT_CLASS_ARRAY:
-        if (isOfType(value, "ay")) {
-            bytes(value);
-        } else if (isOfType(value, "a{?*}")) {
-            dictionary(value);
-        } else {
+    void value(GVariant* value) {
+        switch (g_variant_classify(value)) {
+        case G_VARIANT_CLASS_BOOLEAN:
+            json.value(g_variant_get_boolean(value) != FALSE);
+            break;
+        case G_VARIANT_CLASS_BYTE:
+        case G_VARIANT_CLASS_INT16:
+        case G_VARIANT_CLASS_UINT16:
+        case G_VARIANT_CLASS_INT32:
+        case G_VARIANT_CLASS_UINT32:
+        case G_VARIANT_CLASS_INT64:
+            json.value(integerOf(value));
+            break;
+        case G_VARIANT_CLASS_UINT64:
+            json.value(g_variant_get_uint64(value));
+            break;
+        case G_VARIANT_CLASS_DOUBLE:
+            number(g_variant_get_double(value));
+            break;
+        case G_VARIANT_CLASS_STRING:
+        case G_VARIANT_CLASS_OBJECT_PATH:
+        case G_VARIANT_CLASS_SIGNATURE:
+            json.value(g_variant_get_string(value, nullptr));
+            break;
+        case G_VARIANT_CLASS_VARIANT:
+            variant(childOf(value, 0).get());
+            break;
+        case G_VARIANT_CLASS_ARRAY:
+            if (isOfType(value, "ay")) {
+                bytes(value);
+            } else if (isOfType(value, "a{?*}")) {
+                dictionary(value);
+            } else {
+                list(value);
+            }
+            break;
+        case G_VARIANT_CLASS_TUPLE:
+        case G_VARIANT_CLASS_DICT_ENTRY:
             list(value);
+            break;
+        default:  // a file descriptor
+            json.raw("null");
+            isComplete = false;
         }
-        break;
-    case G_VARIANT_CLASS_TUPLE:
-    case G_VARIANT_CLASS_DICT_ENTRY:
-        list(value);
-        break;
-    default:  // a file descriptor
-        json.raw("null");
-        isComplete = false;
     }
+
+    void variant(GVariant* inner) {
+        if (isTypeEvident(inner)) {
+            value(inner);
+            return;
+        }
+        json.beginObject().member("type", g_variant_get_type_string(inner)).key("value");
+        value(inner);
+        json.endObject();
+    }
+
+    // Of a variant the value, and beside it the type unless that is evident.
+    void member(const std::string& name, GVariant* content) {
+        json.key(name);
+        if (!isOfType(content, "v")) {
+            value(content);
+            return;
+        }
+        const Variant inner = childOf(content, 0);
+        value(inner.get());
+        if (!isTypeEvident(inner.get())) {
+            json.member(name + std::string(kTypeSuffix), g_variant_get_type_string(inner.get()));
+        }
+    }
+
+    void dictionary(GVariant* dictionary) {
+        if (!canBeObject(dictionary)) {
+            list(dictionary);
+            return;
+        }
+        json.beginObject();
+        for (gsize i = 0; i < g_variant_n_children(dictionary); ++i) {
+            const Variant entry = childOf(dictionary, i);
+            member(keyText(childOf(entry.get(), 0).get()), childOf(entry.get(), 1).get());
+        }
+        json.endObject();
+    }
+
+    void list(GVariant* container) {
+        json.beginArray();
+        for (gsize i = 0; i < g_variant_n_children(container); ++i) {
+            value(childOf(container, i).get());
+        }
+        json.endArray();
+    }
+
+    void number(double value) {
+        if (!std::isfinite(value)) {
+            json.value(std::isnan(value) ? "NaN" : value > 0.0 ? "Infinity" : "-Infinity");
+            return;
+        }
+        char digits[40];
+        const auto [end, problem] = std::to_chars(std::begin(digits), std::end(digits), value);
+        std::string text(digits, end);
+        if (text.find_first_of(".e") == std::string::npos) {
+            text += ".0";
+        }
+        json.raw(text);
+    }
+
+    void bytes(GVariant* array) {
+        gsize size = 0;
+        const void* start = g_variant_get_fixed_array(array, &size, 1);
+        g_autofree char* text = g_base64_encode(static_cast<const guchar*>(start), size);
+        json.value(text);
+    }
+};
+
+std::string keyText(GVariant* key) {
+    if (isOfType(key, "s") || isOfType(key, "o") || isOfType(key, "g")) {
+        return g_variant_get_string(key, nullptr);
+    }
+    Output output;
+    output.value(key);
+    std::string text = output.json.take();
+    return text.front() == '"' ? text.substr(1, text.size() - 2) : text;
 }
 
 // GLib gives arguments without a name one of this form.

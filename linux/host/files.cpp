@@ -12,7 +12,6 @@
 #include "base/file.h"
 #include "front/next.h"
 #include "linux/application/application.h"
-#include "linux/application/machine.h"
 #include "linux/host/in_front.h"
 #include "linux/host/settings.h"
 

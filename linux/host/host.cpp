@@ -10,7 +10,6 @@
 #include "front/host.h"
 #include "front/next.h"
 #include "linux/application/application.h"
-#include "linux/application/machine.h"
 #include "linux/host/compass.h"
 #include "linux/host/desktop.h"
 #include "linux/host/in_front.h"

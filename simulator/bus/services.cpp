@@ -5,6 +5,9 @@
 #include <map>
 
 #include "base/json/text.h"
+#include "base/json/writer.h"
+#include "simulator/bus/bus.h"
+#include "simulator/bus/profile_services.h"
 #include "simulator/device/journal.h"
 #include "simulator/device/running.h"
 #include "simulator/device/service_reader.h"
@@ -84,6 +87,18 @@ const std::map<std::string, Handler>& handlers() {
     return table;
 }
 
+std::string fixReply(const Fix& fix) {
+    return base::jsonObject("errorCode", 0, "latitude", fix.latitude, "longitude", fix.longitude,
+                            "altitude", fix.altitude, "horizAccuracy", fix.horizAccuracy,
+                            "vertAccuracy", fix.vertAccuracy, "heading", fix.heading, "velocity",
+                            fix.velocity);
+}
+
+std::string replyOf(const Report& report) {
+    const Fix* fix = std::get_if<Fix>(&report);
+    return fix != nullptr ? fixReply(*fix) : locationErrorReply(std::get<int>(report));
+}
+
 }  // namespace
 
 Answer failure(const std::string& reason, int delay) {
@@ -102,6 +117,24 @@ Answer deviceServiceAnswer(const std::string& uri, const std::string& payload) {
         return failure("the payload is no JSON object");
     }
     return handler->second(request);
+}
+
+Answer startTracking(const simdjson::dom::object& /*request*/) {
+    const std::optional<Report> report = beginTracking();
+    return report ? Answer{{replyOf(*report)}} : Answer();
+}
+
+std::string locationErrorReply(int code) {
+    return base::jsonObject("errorCode", code);
+}
+
+void announceLocation(const Report& report) {
+    if (profileService(kLocationUri) != nullptr) {
+        return;  // which replaces this service
+    }
+    for (const int token : openBusCalls(kLocationUri)) {
+        deliverReply(token, replyOf(report));
+    }
 }
 
 }  // namespace tavsim

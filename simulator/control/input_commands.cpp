@@ -4,7 +4,6 @@
 #include "simulator/input/events.h"
 #include "simulator/input/keyboard.h"
 #include "simulator/input/touch.h"
-#include "simulator/input/window.h"
 
 namespace tavsim {
 namespace {

@@ -5,9 +5,9 @@
 #include "front/next.h"
 #include "platform/visibility.h"
 #include "simulator/device/running.h"
-#include "simulator/input/mouse.h"
+#include "simulator/input/events.h"
 #include "simulator/input/origin.h"
-#include "simulator/input/window.h"
+#include "simulator/input/touch.h"
 
 namespace tavsim {
 namespace {

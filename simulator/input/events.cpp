@@ -1,16 +1,20 @@
 #include "simulator/input/events.h"
 
+#include <atomic>
+
 #include "front/next.h"
+#include "simulator/device/state.h"
 #include "simulator/input/keyboard.h"
-#include "simulator/input/mouse.h"
 #include "simulator/input/origin.h"
 #include "simulator/input/touch.h"
-#include "simulator/input/window.h"
 
 namespace tavsim {
 namespace {
 
 constexpr int kQueueHolds = 127;  // in SDL 1.2
+constexpr Uint8 kInFront = SDL_APPACTIVE | SDL_APPINPUTFOCUS;
+
+std::atomic<bool> g_isMinimized = false;
 
 // Negative when there is no queue.
 int queuedEvents() {
@@ -33,7 +37,7 @@ void followEvent(const SDL_Event& event) {
         followButton(event.button);
         break;
     case SDL_ACTIVEEVENT:
-        followWindow(event.active);
+        g_isMinimized = event.active.gain == 0;
         break;
     default:
         break;
@@ -48,6 +52,26 @@ bool isWanted(const SDL_Event& event) {
     }
     const SDL_EventFilter filter = eventFilter();
     return filter == nullptr || filter(&event) != 0;
+}
+
+// As SDL does when a window loses the keyboard focus.
+void releaseKeys(KeyStrokes* strokes) {
+    static const auto keyState = TAV_FRONT_NEXT(SDL_GetKeyState);
+    int count = 0;
+    const Uint8* keys = keyState(&count);
+    for (int key = 0; key < count; ++key) {
+        if (keys[key] == SDL_PRESSED) {
+            strokes->release(static_cast<SDLKey>(key));
+        }
+    }
+}
+
+SDL_Event activeEvent(bool gain) {
+    SDL_Event event{};
+    event.active.type = SDL_ACTIVEEVENT;
+    event.active.gain = gain ? 1 : 0;
+    event.active.state = kInFront;
+    return event;
 }
 
 }  // namespace
@@ -81,8 +105,37 @@ bool sendEvents(const std::vector<SDL_Event>& events, std::string* error) {
 
 void stopInput() {
     stopTouch();
-    forgetMouse();
-    forgetWindow();
+    g_isMinimized = false;
+}
+
+bool minimizeWindow(std::string* error) {
+    KeyStrokes strokes;
+    releaseKeys(&strokes);
+    std::vector<SDL_Event> events = strokes.events();
+    events.push_back(activeEvent(false));
+    if (!sendEvents(events, error)) {
+        return false;
+    }
+    setState("window", "minimized");
+    return true;
+}
+
+bool restoreWindow(std::string* error) {
+    if (!sendEvents({activeEvent(true)}, error)) {
+        return false;
+    }
+    setState("window", "shown");
+    return true;
+}
+
+bool askToQuit(std::string* error) {
+    SDL_Event event{};
+    event.type = SDL_QUIT;
+    return sendEvents({event}, error);
+}
+
+Uint8 appState(Uint8 real) {
+    return g_isMinimized ? static_cast<Uint8>(real & ~kInFront) : real;
 }
 
 }  // namespace tavsim

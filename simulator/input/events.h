@@ -1,4 +1,4 @@
-// Sends input to the application through SDL's event queue.
+// Sends input to the application through SDL's event queue; its window, shown or minimized.
 #pragma once
 
 #include <string>
@@ -19,5 +19,14 @@ bool sendEvents(const std::vector<SDL_Event>& events, std::string* error);
 
 // Resets the state of keys, mouse and window.
 void stopInput();
+
+// False, with a line in `error` and nothing done, when the application's event queue has not enough
+// room.
+bool minimizeWindow(std::string* error);
+bool restoreWindow(std::string* error);
+bool askToQuit(std::string* error);
+
+// The result of SDL_GetAppState(), given that of SDL's own. May be called on any thread.
+Uint8 appState(Uint8 real);
 
 }  // namespace tavsim

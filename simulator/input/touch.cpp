@@ -1,13 +1,14 @@
 #include "simulator/input/touch.h"
 
 #include <algorithm>
+#include <mutex>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "SDL.h"
 #include "front/next.h"
 #include "simulator/input/events.h"
-#include "simulator/input/mouse.h"
 #include "simulator/time/queue.h"
 
 namespace tavsim {
@@ -150,6 +151,42 @@ void dragOn() {
     scheduleDrag();
 }
 
+// The state that was sent, and the real mouse at that time. SDL's own state of the mouse cannot be
+// set.
+struct Sent {
+    std::mutex mutex;
+    std::optional<Mouse> mouse;
+    Mouse real;
+    int movedX = 0;
+    int movedY = 0;
+};
+
+Sent& sent() {
+    // Never destroyed, because threads that outlive static objects still read it.
+    static Sent& instance = *new Sent;
+    return instance;
+}
+
+Mouse realMouse() {
+    static const auto mouseState = TAV_FRONT_NEXT(SDL_GetMouseState);
+    Mouse mouse;
+    mouse.buttons = mouseState(&mouse.x, &mouse.y);
+    return mouse;
+}
+
+Mouse presentMouse() {
+    const Mouse real = realMouse();
+    if (real != sent().real) {
+        sent().mouse.reset();
+    }
+    return sent().mouse.value_or(real);
+}
+
+void follow(const Mouse& mouse) {
+    sent().mouse = mouse;
+    sent().real = realMouse();
+}
+
 }  // namespace
 
 bool touchDown(const Point& point, std::string* error) {
@@ -214,6 +251,41 @@ bool dragFinger(const Point& from, const Point& to, Milliseconds time, std::stri
 
 void stopTouch() {
     g_drag.reset();
+    const std::lock_guard lock(sent().mutex);
+    sent().mouse.reset();
+    sent().movedX = 0;
+    sent().movedY = 0;
+}
+
+Mouse mouseNow() {
+    const std::lock_guard lock(sent().mutex);
+    return presentMouse();
+}
+
+Mouse mouseMovement() {
+    static const auto relativeState = TAV_FRONT_NEXT(SDL_GetRelativeMouseState);
+    const std::lock_guard lock(sent().mutex);
+    Mouse movement;
+    relativeState(&movement.x, &movement.y);
+    movement.x += std::exchange(sent().movedX, 0);
+    movement.y += std::exchange(sent().movedY, 0);
+    movement.buttons = presentMouse().buttons;
+    return movement;
+}
+
+void followMotion(const SDL_MouseMotionEvent& event) {
+    const std::lock_guard lock(sent().mutex);
+    sent().movedX += event.xrel;
+    sent().movedY += event.yrel;
+    follow({event.x, event.y, event.state});
+}
+
+void followButton(const SDL_MouseButtonEvent& event) {
+    const std::lock_guard lock(sent().mutex);
+    const auto bit = SDL_BUTTON(event.button);
+    const int others = presentMouse().buttons & ~bit;
+    follow(
+        {event.x, event.y, static_cast<Uint8>(event.state == SDL_PRESSED ? others | bit : others)});
 }
 
 }  // namespace tavsim

@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "SDL.h"
 #include "simulator/time/clock.h"
 
 namespace tavsim {
@@ -23,6 +24,27 @@ bool tapScreen(const Point& point, std::string* error);
 // Returns at once; the finger moves as time passes.
 bool dragFinger(const Point& from, const Point& to, Milliseconds time, std::string* error);
 
+// Ends a drag, and forgets the state that was sent.
 void stopTouch();
+
+// The mouse, which stands for the touch screen.
+struct Mouse {
+    int x = 0;
+    int y = 0;
+    Uint8 buttons = 0;  // a bit for each, as of SDL_BUTTON()
+
+    bool operator==(const Mouse&) const = default;
+};
+
+// These two may be called on any thread.
+
+// The state that was sent last, until the real mouse moves.
+Mouse mouseNow();
+
+// The motion since the last call, instead of the position.
+Mouse mouseMovement();
+
+void followMotion(const SDL_MouseMotionEvent& event);
+void followButton(const SDL_MouseButtonEvent& event);
 
 }  // namespace tavsim

@@ -4,8 +4,8 @@
 #include <algorithm>
 #include <array>
 
-#include "simulator/world/earth.h"
 #include "simulator/world/recordings.h"
+#include "simulator/world/walk.h"
 
 namespace tavsim {
 namespace {

@@ -3,7 +3,6 @@
 #include <cmath>
 
 #include "base/file.h"
-#include "simulator/world/earth.h"
 #include "simulator/world/recordings.h"
 #include "simulator/world/walk.h"
 

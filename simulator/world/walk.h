@@ -1,12 +1,17 @@
-// Walks along great circles.
+// Walks along great circles, and distances and directions on the earth, which is a sphere here: in
+// metres, and in degrees clockwise from north.
 #pragma once
 
 #include <vector>
 
-#include "simulator/world/earth.h"
 #include "simulator/world/position.h"
 
 namespace tavsim {
+
+struct Place {
+    double latitude = 0.0;
+    double longitude = 0.0;
+};
 
 // Coordinates and directions are rounded to the device's precision.
 Fix roundedFix(Fix fix);
@@ -15,5 +20,13 @@ Fix roundedFix(Fix fix);
 // metres and one at the end, where the device stands still. Altitude and accuracy are those of
 // `like`.
 Way walkAlong(const std::vector<Place>& places, double speed, double metres, const Fix& like);
+
+// The distance along the great circle.
+double distanceBetween(const Place& from, const Place& to);
+
+// The initial direction of the great circle.
+double bearingTo(const Place& from, const Place& to);
+
+Place placeAt(const Place& from, double bearing, double distance);
 
 }  // namespace tavsim
