@@ -30,17 +30,17 @@ std::vector<std::string> namesOf(const std::map<std::string_view, Reader>& known
 
 // Names are escaped, because a name may contain a line break and an error is one line.
 Value Value::member(std::string_view name, Element element) const {
-    return {element, m_place + (m_place.empty() ? "" : ".") + escapedJson(shortened(name)),
+    return {element, m_path + (m_path.empty() ? "" : ".") + escapedJson(shortened(name)),
             m_problem};
 }
 
 Value Value::at(size_t index, Element element) const {
-    return {element, m_place + "[" + std::to_string(index) + "]", m_problem};
+    return {element, m_path + "[" + std::to_string(index) + "]", m_problem};
 }
 
 void Value::fail(const std::string& what) const {
     if (m_problem->empty()) {
-        *m_problem = m_place + (m_place.empty() ? "" : ": ") + what;
+        *m_problem = m_path + (m_path.empty() ? "" : ": ") + what;
     }
 }
 

@@ -29,8 +29,8 @@ class Value {
 public:
     using Element = simdjson::dom::element;
 
-    Value(Element element, std::string place, std::string* problem)
-        : m_element(element), m_place(std::move(place)), m_problem(problem) {}
+    Value(Element element, std::string path, std::string* problem)
+        : m_element(element), m_path(std::move(path)), m_problem(problem) {}
 
     Element element() const { return m_element; }
 
@@ -43,7 +43,7 @@ public:
 
 private:
     Element m_element;
-    std::string m_place;
+    std::string m_path;
     std::string* m_problem;
 };
 

@@ -1,18 +1,23 @@
+// This library in front of others, and what it does there: while the application handles SDL's
+// events, this system delivers.
 #include "linux/host/in_front.h"
 
+#include <atomic>
 #include <string>
 
 #include "base/print_line.h"
+#include "front/events.h"
 #include "front/next.h"
+#include "helper/trace.h"
+#include "linux/bus/pump.h"
 
 namespace tavlinux {
 namespace {
 
 constexpr char kRemedy[] =
     " before libtav's own, so it would receive no replies, readings or events, and its requests "
-    "are refused. Start it with `tavsim run --real`, or link it with the output of `pkg-config "
-    "--libs "
-    "tav` before SDL.";
+    "are refused. Start it with `tavsim run --real`, or link it with the output of "
+    "`pkg-config --libs tav` before SDL.";
 
 bool look() {
     const char* overtaken = front::firstOvertaken();
@@ -30,3 +35,29 @@ bool isInFront() {
 }
 
 }  // namespace tavlinux
+
+namespace front {
+
+constinit std::atomic<bool> g_isAwake = true;
+
+bool takesPart() {
+    return tavlinux::isApplicationThread() && tavlinux::isStarted();
+}
+
+void deliver() {
+    tavlinux::pump();
+}
+
+void looked(const SDL_Event*) {
+}
+
+void waitForNext() {
+    constexpr int step = 10;  // milliseconds, as SDL itself has between two looks at its queue
+    tavlinux::waitForDelivery(step);
+}
+
+}  // namespace front
+
+void helper::traceCannotBeHad(const std::string& problem) {
+    base::printLine(stderr, "tav: " + problem);
+}

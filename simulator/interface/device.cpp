@@ -50,13 +50,8 @@ bool startRooms(const Options& options, std::string* error) {
          {Fault::Allocation, Fault::Dispatch, Fault::HostRequest, Fault::Read}) {
         failNthFault(fault, 0);
     }
-    if (!prepareRoot(profile(), options.root, error)) {
-        return false;
-    }
-    if (!startJournal(journalFile(options), error)) {
-        return false;
-    }
-    if (options.control && !startControl(error)) {
+    if (!prepareRoot(profile(), options.root, error) ||
+        !startJournal(journalFile(options), error) || (options.control && !startControl(error))) {
         return false;
     }
     if (options.control) {

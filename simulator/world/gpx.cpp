@@ -2,7 +2,6 @@
 #include <glib.h>
 
 #include <algorithm>
-#include <memory>
 #include <pugixml.hpp>
 
 #include "simulator/world/recordings.h"
@@ -103,16 +102,12 @@ private:
     }
 
     Milliseconds timeIn(const char* text) const {
-        const std::unique_ptr<GTimeZone, decltype(&g_time_zone_unref)> utc(g_time_zone_new_utc(),
-                                                                           g_time_zone_unref);
-        GDateTime* time = g_date_time_new_from_iso8601(text, utc.get());
+        g_autoptr(GTimeZone) utc = g_time_zone_new_utc();
+        g_autoptr(GDateTime) time = g_date_time_new_from_iso8601(text, utc);
         if (time == nullptr) {
             throw TrackError{m_line, "time must be a date and time, such as 2026-05-01T10:00:00Z"};
         }
-        const Milliseconds sinceEpoch =
-            g_date_time_to_unix(time) * 1000 + g_date_time_get_microsecond(time) / 1000;
-        g_date_time_unref(time);
-        return sinceEpoch;
+        return g_date_time_to_unix(time) * 1000 + g_date_time_get_microsecond(time) / 1000;
     }
 
     const std::string& m_content;

@@ -1,9 +1,11 @@
-// Look-ups of the host, the preferences library, the helper library and SDL's hooks.
+// The host, the preferences library, the machine name, and SDL's hooks.
 #include <glib.h>
 #include <limits.h>
 #include <unistd.h>
 
+#include "SDL.h"
 #include "front/host.h"
+#include "front/next.h"
 #include "platform/hhardware.h"
 #include "platform/kpsystem.h"
 #include "platform/napp.h"
@@ -11,8 +13,11 @@
 #include "simulator/device/edge.h"
 #include "simulator/device/faults.h"
 #include "simulator/device/journal.h"
+#include "simulator/device/refusals.h"
 #include "simulator/device/root.h"
 #include "simulator/device/running.h"
+#include "simulator/device/state.h"
+#include "simulator/host/compass.h"
 
 namespace tavsim {
 namespace {
@@ -41,6 +46,36 @@ int lookUp(const char* function, const char* key, const std::string* value, char
 
 const char* lookUpOutcome(const std::string* value) {
     return value != nullptr ? "found" : "not found";
+}
+
+// One request: it is written to the journal with its unchanged argument, and carried out if the
+// host accepts it. Returns what the contract prescribes: 1 accepted, 0 refused.
+template <typename Action, typename... Argument>
+int request(const char* kind, const char* function, const char* name, const Action& carryOut,
+            const Argument&... argument) try {
+    const bool accepts = hostAccepts(name);
+    JournalEntry(kind, function, argument...).outcome(acceptance(accepts));
+    if (accepts) {
+        carryOut();
+    }
+    return accepts ? 1 : 0;
+} catch (...) {
+    return refused(0);
+}
+
+// A switch of the device's SDL.
+int switchHook(const char* hook, const char* name, int enable) {
+    return request(
+        "sdl", hook, name, [=] { setState(name, enable != 0 ? "on" : "off"); }, "enable", enable);
+}
+
+void minimize() {
+    setState("window", "minimized");
+    static const auto videoSurface = TAV_FRONT_NEXT(SDL_GetVideoSurface);
+    static const auto iconifyWindow = TAV_FRONT_NEXT(SDL_WM_IconifyWindow);
+    if (videoSurface() != nullptr) {
+        iconifyWindow();
+    }
 }
 
 }  // namespace
@@ -125,4 +160,58 @@ SDL_bool SDL_NimboHookIsComponent() try {
     return plugin ? SDL_TRUE : SDL_FALSE;
 } catch (...) {
     return tavsim::refused(SDL_FALSE);
+}
+
+int NApp_registerTAV(const TAVCallbacks* callbacks) try {
+    tavsim::running();
+    tavsim::JournalEntry("host", __func__).outcome("accepted");
+    tavsim::setCompassCallback(callbacks->compassCallback);
+    return 1;
+} catch (...) {
+    return tavsim::refused(0);
+}
+
+int NApp_EnableCompass(bool enable) {
+    return tavsim::request(
+        "host", __func__, "compass", [=] { tavsim::enableCompass(enable); }, "enable", enable);
+}
+
+int NApp_SetKeyboardState(int visible) {
+    return tavsim::request(
+        "host", __func__, "keyboard",
+        [=] { tavsim::setState("keyboard", visible != 0 ? "shown" : "hidden"); }, "visible",
+        visible);
+}
+
+int NApp_Minimize() {
+    return tavsim::request("host", __func__, "minimize", tavsim::minimize);
+}
+
+int NApp_SetTouchAggression(int aggression) {
+    return tavsim::request(
+        "host", __func__, "touch",
+        [=] { tavsim::setState("touch", aggression == 1 ? "aggressive" : "normal"); }, "aggression",
+        aggression);
+}
+
+int SDL_NimboHookSetOrientation(const char* orientation) {
+    return tavsim::request(
+        "sdl", __func__, "orientation", [=] { tavsim::setState("orientation", orientation); },
+        "orientation", orientation);
+}
+
+int SDL_NimboHookSetGesturesEnable(int enable) {
+    return tavsim::switchHook(__func__, "gestures", enable);
+}
+
+int SDL_NimboHookBannerMessagesEnable(int enable) {
+    return tavsim::switchHook(__func__, "banners", enable);
+}
+
+int SDL_NimboHookCustomPauseUiEnable(int enable) {
+    return tavsim::switchHook(__func__, "pauseUi", enable);
+}
+
+int SDL_NimboHookScreenTimeoutEnable(int enable) {
+    return tavsim::switchHook(__func__, "screenTimeout", enable);
 }
