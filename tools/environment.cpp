@@ -97,6 +97,7 @@ void setEnvironment(const RunRequest& request, const std::string& root,
     set("TAVSIM_JOURNAL", absolutePath(request.journal));
     set("TAVSIM_RECORD", absolutePath(request.record));
     set("TAVSIM_SCENARIO", absolutePath(request.scenario));
+    set("TAVSIM_ROW", request.row);
     set("TAVSIM_PLUGIN", request.plugin ? "1" : "");
     set("TAVSIM_VIRTUAL_TIME", request.virtualTime ? "1" : "");
     set("TAVSIM_CONTROL", "1");

@@ -8,6 +8,7 @@
 #include "base/json/writer.h"
 #include "environment.h"
 #include "simulator/device/profile.h"
+#include "simulator/scenario/parameters.h"
 #include "simulator/scenario/recorder.h"
 #include "simulator/scenario/verdict.h"
 #include "tools/process/exit_status.h"
@@ -130,18 +131,19 @@ int judge(const Scenario& scenario, const RunRequest& request, const RunFolder& 
 bool startRecording(const RunRequest& request, const std::string& root) {
     tavsim::removeRecordingMark(root);
     const bool isFile = tavsim::profilePath(request.device) == request.device;
-    std::ofstream file(request.record);
-    file << "device " << (isFile ? fromRecording(request, request.device) : request.device)
-         << "\nprogram";
+    std::string header =
+        "device " + (isFile ? fromRecording(request, request.device) : request.device) +
+        "\nprogram";
     for (size_t n = 0; n < request.command.size(); ++n) {
         const std::string& word = request.command[n];
         const bool isPath = n == 0 && word.find('/') != std::string::npos;
-        file << " " << asWord(isPath ? fromRecording(request, word) : word);
+        header += " " + asWord(isPath ? fromRecording(request, word) : word);
     }
     if (!request.page.empty()) {
-        file << "\npage " << fromRecording(request, request.page);
+        header += "\npage " + fromRecording(request, request.page);
     }
-    file << "\n";
+    std::ofstream file(request.record);
+    file << tavsim::unfilled(header) << "\n";
     return file.flush().good();
 }
 

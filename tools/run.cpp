@@ -69,13 +69,18 @@ std::string whyNoSetup(const RunRequest& request) {
 
 // Nothing, after printing why, when there is a scenario and it is malformed.
 std::optional<tavsim::Scenario> scenarioOf(const RunRequest& request) {
+    std::string error;
     if (request.scenario.empty()) {
         return tavsim::Scenario();
     }
-    std::string error;
-    std::optional<tavsim::Scenario> scenario = tavsim::readScenario(request.scenario, &error);
-    if (!scenario) {
+    std::optional<tavsim::Scenario> scenario =
+        tavsim::readScenario(request.scenario, request.row, &error);
+    if (scenario && !scenario->rows.empty()) {
+        error = tavsim::whyNoRow(request.scenario, *scenario);
+    }
+    if (!error.empty()) {
         std::fprintf(stderr, "%s\n", error.c_str());
+        return std::nullopt;
     }
     return scenario;
 }
@@ -115,6 +120,9 @@ int runOnThisMachine(const std::vector<std::string>& command) {
 int run(RunRequest request) {
     if (request.real) {
         return hasNoProgram(request) ? complain(kNoProgram) : runOnThisMachine(request.command);
+    }
+    if (request.scenario.empty() && !request.row.empty()) {
+        return complain("run: --row chooses a row of the scenario that --scenario names");
     }
     const Signals signals;
     const std::optional<tavsim::Scenario> scenario = scenarioOf(request);

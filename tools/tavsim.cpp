@@ -78,6 +78,7 @@ void addRun(CLI::App& app, tools::RunRequest* request) {
                     "Write what the program does to the device into this file");
     run->add_option("--scenario", request->scenario,
                     "Play this scenario, and find out whether all is as it expects");
+    run->add_option("--row", request->row, "Play the scenario with this row of its table");
     run->add_option("--record", request->record,
                     "Write what happens to the device from outside into this file, as a scenario");
     run->add_option("--timeout", request->timeout,

@@ -60,6 +60,7 @@ bool environmentSetup(Profile* newProfile, Options* options, std::string* error)
     options->pageFile = environment("TAVSIM_PAGE");
     options->journalFile = environment("TAVSIM_JOURNAL");
     options->scenarioFile = environment("TAVSIM_SCENARIO");
+    options->scenarioRow = environment("TAVSIM_ROW");
     options->recordFile = environment("TAVSIM_RECORD");
     options->virtualTime = environment("TAVSIM_VIRTUAL_TIME") == "1";
     options->control = environment("TAVSIM_CONTROL") == "1";

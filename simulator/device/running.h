@@ -14,6 +14,7 @@ struct Options {
     std::string pageFile;      // script of the page; needs a profile that is a plug-in
     std::string journalFile;
     std::string scenarioFile;  // what happens to the device, and what is expected
+    std::string scenarioRow;   // of the scenario's table
     std::string recordFile;    // of what happens to the device from outside
     bool control = false;      // listen on the control socket in the root folder
 };

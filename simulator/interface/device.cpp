@@ -63,8 +63,8 @@ bool startRooms(const Options& options, std::string* error) {
         return true;
     }
     const bool isRecorded = options.recordFile.empty() || startRecording(options.recordFile, error);
-    return isRecorded &&
-           (options.scenarioFile.empty() || startScenario(options.scenarioFile, error));
+    return isRecorded && (options.scenarioFile.empty() ||
+                          startScenario(options.scenarioFile, options.scenarioRow, error));
 }
 
 void stopRooms() {

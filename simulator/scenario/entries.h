@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <utility>
 #include <vector>
@@ -15,15 +16,18 @@ namespace tavsim {
 // Its arguments must outlive it.
 class Entries {
 public:
-    // Seeks the first entry that matches, after the last one that was taken, or only among future
-    // ones. Does nothing when it is sought already.
-    void seek(const Pattern& pattern);
+    // Seeks an entry for each of the patterns, in any order, after the last one that was taken, or
+    // only among future ones. Does nothing when they are sought already.
+    void seek(std::span<const Pattern> patterns);
     void seekInFuture(const Pattern& pattern);
     void stopSeeking();
 
-    // The sought entry; null until it was found.
-    const std::string* found() const { return m_found ? &m_found->second : nullptr; }
-    void takeFound() { m_taken = m_found->first + 1; }
+    bool areAllFound() const { return m_found.size() == m_sought.size(); }
+    const std::string& lastFound() const { return m_found.back().line; }
+    void takeFound() { m_taken = m_found.back().number + 1; }
+
+    // The patterns without an entry.
+    std::vector<size_t> missing() const;
 
     // Bans such entries from here on.
     void ban(const Step& step, const Pattern& pattern) { m_bans.push_back({&step, &pattern}); }
@@ -33,7 +37,7 @@ public:
         return m_violation;
     }
 
-    // Checks the journal's last entry. True when it is the sought one, or banned.
+    // Checks the journal's last entry. True when it is a sought one, or banned.
     bool look(const std::string& line);
 
 private:
@@ -42,9 +46,19 @@ private:
         const Pattern* pattern;
     };
 
+    struct Found {
+        std::int64_t number;
+        std::string line;
+        std::vector<size_t> patterns;  // that it matches
+    };
+
+    bool findIn(const std::string& line, std::int64_t number);
+    bool assign(size_t found, std::vector<bool>* isTried);
+
     std::int64_t m_taken = 0;  // the number of entries that are consumed
-    const Pattern* m_sought = nullptr;
-    std::optional<std::pair<std::int64_t, std::string>> m_found;  // its number, and its line
+    std::span<const Pattern> m_sought;
+    std::vector<Found> m_found;
+    std::vector<std::optional<size_t>> m_assigned;  // for each pattern, the entry that meets it
     std::vector<Ban> m_bans;
     std::optional<std::pair<const Step*, std::string>> m_violation;
 };

@@ -177,8 +177,8 @@ bool Player::isDone(const CommandLine& command) {
     return true;
 }
 
-bool Player::isDone(const ExpectEntry& expected) {
-    if (!hasCome(expected.pattern, expected.within)) {
+bool Player::isDone(const ExpectEntries& expected) {
+    if (!haveCome(expected.patterns, expected.within, expected.lines)) {
         return false;
     }
     startNextStep();
@@ -192,8 +192,8 @@ bool Player::isDone(const ExpectNoEntry& expected) {
         return true;
     }
     m_entries.seekInFuture(expected.pattern);
-    if (const std::string* line = m_entries.found()) {
-        fail(step(), "the journal has " + *line);
+    if (m_entries.areAllFound()) {
+        fail(step(), "the journal has " + m_entries.lastFound());
         return false;
     }
     if (!hasPassed(after(m_since, *expected.time))) {
@@ -237,16 +237,32 @@ bool Player::hasPassed(Milliseconds moment) {
     return isPast;
 }
 
-bool Player::hasCome(const Pattern& pattern, Milliseconds within) {
-    m_entries.seek(pattern);
-    if (m_entries.found() != nullptr) {
+bool Player::haveCome(std::span<const Pattern> patterns, Milliseconds within,
+                      const std::vector<BlockLine>& lines) {
+    m_entries.seek(patterns);
+    if (m_entries.areAllFound()) {
         m_entries.takeFound();
         return true;
     }
     if (hasPassed(after(m_since, within))) {
-        fail(step(), "the journal has no such entry");
+        failForMissing(lines);
     }
     return false;
+}
+
+// Of a block, the first line without an entry fails.
+void Player::failForMissing(const std::vector<BlockLine>& lines) {
+    const std::vector<size_t> missing = m_entries.missing();
+    Step failing = step();
+    std::string reason = "the journal has no such entry";
+    if (!lines.empty()) {
+        failing.place = lines[missing.front()].place;
+        failing.text = lines[missing.front()].text;
+    }
+    if (missing.size() > 1) {
+        reason += ", nor one for " + std::to_string(missing.size() - 1) + " more of its block";
+    }
+    fail(failing, reason);
 }
 
 void Player::startPhase() {
@@ -272,12 +288,16 @@ void Player::wakeAt(Milliseconds moment) const {
     moment > now() ? scheduleFirst(moment, wakeUp) : schedule(moment, wakeUp);
 }
 
-bool startScenario(const std::string& file, std::string* error) {
+bool startScenario(const std::string& file, const std::string& row, std::string* error) {
     if (wasPlayed()) {
         return true;
     }
-    std::optional<Scenario> scenario = readScenario(shownPath(file), error);
+    std::optional<Scenario> scenario = readScenario(shownPath(file), row, error);
     if (!scenario) {
+        return false;
+    }
+    if (!scenario->rows.empty()) {
+        *error = whyNoRow(file, *scenario);
         return false;
     }
     removeVerdict(rootFolder());

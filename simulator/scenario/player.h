@@ -5,8 +5,10 @@
 #include <sys/types.h>
 #include <unistd.h>
 
+#include <span>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "simulator/scenario/entries.h"
 #include "simulator/scenario/scenario.h"
@@ -14,10 +16,11 @@
 
 namespace tavsim {
 
-// Reads the scenario and starts it, on the device's queue. The verdict is written into the root
-// folder. False, with a line in `error`, on failure. A step that fails ends the program with status
-// 3, and standard error says why. Only the first device of a run plays the scenario.
-bool startScenario(const std::string& file, std::string* error);
+// Reads the scenario, with a row of its table, and starts it, on the device's queue. The verdict is
+// written into the root folder. False, with a line in `error`, on failure. A step that fails ends
+// the program with status 3, and standard error says why. Only the first device of a run plays the
+// scenario.
+bool startScenario(const std::string& file, const std::string& row, std::string* error);
 
 // Called when the application has ended: the remaining steps fail, on standard error and in the
 // verdict.
@@ -48,15 +51,17 @@ private:
     bool isDone(const Step& step);
     bool isItsTurn(const AtTime& turn) { return !m_isStarting && hasPassed(turn.time); }
     bool isItsTurn(const AfterTime& turn) { return hasPassed(after(m_since, turn.time)); }
-    bool isItsTurn(const WhenEntry& turn) { return hasCome(turn.pattern, turn.within); }
+    bool isItsTurn(const WhenEntry& turn) { return haveCome({&turn.pattern, 1}, turn.within, {}); }
     bool isDone(const CommandLine& command);
-    bool isDone(const ExpectEntry& expected);
+    bool isDone(const ExpectEntries& expected);
     bool isDone(const ExpectNoEntry& expected);
     bool isDone(const ExpectState& expected);
     bool isDone(const ExpectEnd& expected);
 
     bool hasPassed(Milliseconds moment);
-    bool hasCome(const Pattern& pattern, Milliseconds within);
+    bool haveCome(std::span<const Pattern> patterns, Milliseconds within,
+                  const std::vector<BlockLine>& lines);
+    void failForMissing(const std::vector<BlockLine>& lines);
     void startPhase();
     void startNextStep();
     void wakeAt(Milliseconds moment) const;

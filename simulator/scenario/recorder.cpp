@@ -17,6 +17,7 @@
 #include "simulator/device/running.h"
 #include "simulator/device/trusted_folder.h"
 #include "simulator/input/origin.h"
+#include "simulator/scenario/parameters.h"
 #include "simulator/time/clock.h"
 
 namespace tavsim {
@@ -45,7 +46,7 @@ bool isRecording() {
 }
 
 void append(const std::string& line) {
-    if (!recording().file.append(line)) {
+    if (!recording().file.append(unfilled(line))) {
         const std::string path = recording().file.path();
         const std::string reason = std::strerror(errno);
         recording().file.close();

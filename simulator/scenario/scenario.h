@@ -30,9 +30,14 @@ struct CommandLine {
     std::string line;
     std::string folder;  // where relative paths start
 };
-struct ExpectEntry {
-    Pattern pattern;
+struct BlockLine {
+    std::string place;  // FILE:LINE
+    std::string text;
+};
+struct ExpectEntries {
+    std::vector<Pattern> patterns;  // of entries that come in any order
     Milliseconds within;
+    std::vector<BlockLine> lines;  // of a block, one for each pattern
 };
 struct ExpectNoEntry {
     Pattern pattern;
@@ -45,7 +50,7 @@ struct ExpectState {
 struct ExpectEnd {
     Milliseconds within;
 };
-using Action = std::variant<CommandLine, ExpectEntry, ExpectNoEntry, ExpectState, ExpectEnd>;
+using Action = std::variant<CommandLine, ExpectEntries, ExpectNoEntry, ExpectState, ExpectEnd>;
 
 struct Step {
     std::string place;  // FILE:LINE
@@ -73,6 +78,8 @@ struct Scenario {
     std::vector<Step> steps;
     std::vector<ExpectedOutput> output;
     std::optional<ExpectedStatus> status;
+    std::vector<std::string>
+        rows;  // of the table, when one has to be chosen: there is nothing else
 };
 
 inline constexpr double kDefaultLimit = 60;

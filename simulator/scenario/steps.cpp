@@ -1,4 +1,5 @@
 // Reads the steps of a scenario: the condition and the action.
+#include <algorithm>
 #include <filesystem>
 
 #include "base/json/writer.h"
@@ -18,15 +19,18 @@ constexpr char kWhenUsage[] =
     "a step is [at TIME:|after TIME:|when MEMBER=GLOB… [within TIME]:] ACTION, with a colon "
     "behind its time";
 constexpr char kExpectUsage[] =
-    "usage: expect [within TIME|never [for TIME]] MEMBER=GLOB…, or expect state NAME GLOB, or "
+    "usage: expect [within TIME|never [for TIME]] MEMBER=GLOB…, or expect [within TIME] all, or "
+    "expect state NAME GLOB, or "
     "expect picture FILE [TOLERANCE], or expect ended [within TIME], or expect output GLOB, or "
     "expect status N";
+constexpr char kAll[] = "all";
+constexpr size_t kMostBlockLines = 100;
 constexpr char kJudgedAtEnd[] = "holds for the whole run, so no time stands in front of it";
 
-const std::vector<std::string> kStatementNames = {"include", "device", "program", "page",  "limit",
-                                                  "at",      "after",  "when",    "expect"};
-const std::vector<std::string> kExpectNames = {"within", "never",  "state", "picture",
-                                               "ended",  "output", "status"};
+const std::vector<std::string> kStatementNames = {
+    "include", "table", "device", "program", "page", "limit", "at", "after", "when", "expect"};
+const std::vector<std::string> kExpectNames = {"within",  "never", "all",    "state",
+                                               "picture", "ended", "output", "status"};
 
 // Takes the part before the colon off, if the text begins with a time or a condition. False when
 // the colon is missing.
@@ -93,8 +97,12 @@ std::optional<Pattern> readPattern(std::string_view text, std::string* error) {
 }
 
 std::optional<Action> readEntry(std::string_view text, Milliseconds within, std::string* error) {
+    if (text == kAll) {
+        return ExpectEntries{{}, within, {}};
+    }
     std::optional<Pattern> pattern = readPattern(text, error);
-    return pattern ? std::optional<Action>(ExpectEntry{std::move(*pattern), within}) : std::nullopt;
+    return pattern ? std::optional<Action>(ExpectEntries{{std::move(*pattern)}, within, {}})
+                   : std::nullopt;
 }
 
 std::optional<Action> readWithin(std::string_view text, std::string* error) {
@@ -171,7 +179,7 @@ std::optional<Action> readExpectation(std::string_view text, const Line& line, s
     if (word == "picture") {
         return readCommand(text, line, error);
     }
-    if (word.find('=') != std::string_view::npos) {
+    if (text == kAll || word.find('=') != std::string_view::npos) {
         return readEntry(text, 0, error);
     }
     const std::string meant = base::suggestion(word, kExpectNames);
@@ -232,6 +240,34 @@ void readStep(const Line& line, Scenario* scenario, std::string* error) {
         scenario->steps.push_back(
             {line.place, std::string(line.text), std::move(*turn), std::move(*action)});
     }
+}
+
+bool beginsBlock(const Scenario& scenario) {
+    const auto* block = scenario.steps.empty()
+                            ? nullptr
+                            : std::get_if<ExpectEntries>(&scenario.steps.back().action);
+    return block != nullptr && block->patterns.empty();
+}
+
+void readBlockLine(const Line& line, Scenario* scenario, std::string* error) {
+    auto& block = std::get<ExpectEntries>(scenario->steps.back().action);
+    std::optional<Pattern> pattern = readPattern(line.text, error);
+    if (block.patterns.size() == kMostBlockLines) {
+        *error = "more than " + std::to_string(kMostBlockLines) + " lines in one block";
+    } else if (pattern) {
+        block.patterns.push_back(std::move(*pattern));
+        block.lines.push_back({line.place, std::string(line.text)});
+    }
+}
+
+bool expectsSomething(const Scenario& scenario) {
+    const auto isExpectation = [](const Step& step) {
+        const auto* command = std::get_if<CommandLine>(&step.action);
+        return command == nullptr || command->line.starts_with("picture ") ||
+               std::holds_alternative<WhenEntry>(step.turn);
+    };
+    return !scenario.output.empty() || scenario.status ||
+           std::any_of(scenario.steps.begin(), scenario.steps.end(), isExpectation);
 }
 
 }  // namespace tavsim

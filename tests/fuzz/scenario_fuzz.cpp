@@ -37,7 +37,11 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
                pwrite(kDescriptor, bytes, size, 0) == static_cast<ssize_t>(size),
            "the input is written");
     std::string error;
-    const std::optional<tavsim::Scenario> scenario = tavsim::readScenario(kFile, &error);
+    std::optional<tavsim::Scenario> scenario = tavsim::readScenario(kFile, {}, &error);
+    if (scenario && !scenario->rows.empty()) {
+        expect(scenario->steps.empty(), "a row is to be chosen");
+        scenario = tavsim::readScenario(kFile, scenario->rows.back(), &error);
+    }
     if (scenario) {
         expect(error.empty(), "a scenario that was read has no error");
         expectSteps(*scenario);

@@ -55,6 +55,22 @@ expect ended within 2s|the application still runs
 after 1s: quit; after 1s: plugin on|the application ended at 1000 ms before this
 EOF
 
+# Entries in any order: each meets one line, also where another line would take it.
+readings=$'after 5ms: compass 1 1 1\ncompass 2 2 2\ncompass 1 3 3\nexpect within 1s all\nwhat=compass*\n'
+plays 0 quit '' "$readings"$'intValue=2\nintValue=1\nend\nexpect never for 1s what=*'
+plays 3 '' 'scenario:8: intValue=3: the journal has no such entry, nor one for 1 more**' \
+    "$readings"$'intValue=2\nintValue=3\nintValue=4\nintValue=1\nend'
+
+# A table: each row is a run of its own.
+printf '%s\n' 'table n row' '1 "a b"' '2 compass' end "program $waits" 'after 5ms: compass ${n} 1 1' \
+    'expect intValue=2' >table
+says 2 '' 'table:1: table: nothing uses the parameter "row"' run --scenario table --row 1
+sed -i 's/intValue=2/& what="${row}*"/' table
+says 2 '' 'table: has a table, of which --row chooses a row: 1, 2' run --scenario table
+says 0 quit '' run --virtual-time --scenario table --row 2
+says 3 '' 'table:7: expect intValue=2 what="a b[*]": **' run --virtual-time --scenario table --row 1
+complains 'run: --row *' run --row 2 "$waits"
+
 # What never should come ends it at once, and counts until the program is through.
 for steps in 'expect never for 1s what=reply' $'expect never what=reply\nafter 1ms: plugin on'; do
     plays 3 '**' "scenario:2: ${steps%%$'\n'*}: the journal has {**" "$steps" "$programs/service_reply"
@@ -112,7 +128,7 @@ plays 0 $'*\npercent 72\n*' '' \
 "$tavsim" run --device quern --record session --journal recorded "$TAV_BUILD/bin/instruments" &
 runner=$!
 "$tavsim" ctl wait ready within 60s
-for command in 'key tap c' 'compass 1 77 0.5' 'tap 60 300' 'drag 10 10 90 90 100ms' 'key tap v'; do
+for command in 'key tap c' 'compass 1 77 0.5' 'tap 60 300' 'drag 10 10 90 90 100ms' 'set property ${a} $$${' 'key tap v'; do
     # shellcheck disable=SC2086
     "$tavsim" ctl $command
 done
