@@ -145,6 +145,11 @@ CLI::App* addTest(CLI::App& app, tools::TestRequest* request) {
     test->add_option("--device", request->device, "The device of all, in place of their own");
     test->add_option("--program", request->program, "The program of all, in place of their own");
     test->add_option("--junit", request->junit, "Write a report as JUnit's XML into this file");
+    test->add_option("--filter", request->filter,
+                     "Only scenarios with this in their names; * stands for any characters");
+    test->add_flag("--failed", request->failed, "Only those that failed when they last ran");
+    test->add_flag("--verbose", request->verbose,
+                   "Show each that passes too, and the five slowest");
     test->add_option("paths", request->paths, "Scenarios, and folders with *.scenario");
     test->allow_extras();
     return test;

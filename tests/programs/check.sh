@@ -15,7 +15,7 @@ work=$(mktemp -d)
 # run at the same time apart.
 export TMPDIR=$work/tmp
 mkdir "$TMPDIR"
-export SDL_VIDEODRIVER=dummy
+export SDL_VIDEODRIVER=dummy XDG_CACHE_HOME=$work/cache
 # Without a simulated device, nothing of this machine's user is reached.
 export XDG_RUNTIME_DIR=$work/runtime
 export DBUS_SESSION_BUS_ADDRESS=unix:path=$work/none DBUS_SYSTEM_BUS_ADDRESS=unix:path=$work/none

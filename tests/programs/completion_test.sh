@@ -26,3 +26,4 @@ offers '--json' ctl state -
 offers 'off on' ctl compass follow ''
 offers '--json' devices --j
 offers '--jobs --junit' test --j
+offers '--failed --filter' test --f

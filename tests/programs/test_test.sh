@@ -53,6 +53,25 @@ for words in '' empty nowhere suite/nowhere.scenario '--jobs 0 suite' '--junit n
     says 2 '' '?**' test $words
 done
 
+# What to run: a part of a name, those that failed last time, each row of a table; and what is said of
+# those that pass.
+mkdir some
+printf '%s\n' 'table row what' 'good percent' '"not good" nothing' end "program $reply" \
+    'expect output "${what}*"' >some/rows.scenario
+printf 'program %s\n' "$reply" >some/idle.scenario
+idle='some/idle.scenario: expects nothing, so it passes unless the program fails'
+says 1 "$idle"$'\nFAILED some/rows.scenario[[]not good] (**3 scenarios: 2 passed, 1 failed in *' '' \
+    test --jobs 1 some
+says 1 'FAILED **1 scenario: 0 passed, 1 failed in *' '' test --failed some
+says 0 $'passed some/rows.scenario[[]good] (* s)\nthe slowest:\n  * s  some/rows.scenario[[]good]\n1 *' '' \
+    test --verbose --filter 's*[good' some
+says 2 '' 'tavsim: test: no scenario has "gold" in its name' test --filter gold some
+sed -i s/nothing/percent/ some/rows.scenario
+says 0 '1 scenario: 1 passed in *' '' test --failed some
+says 0 'none of the scenarios failed when it last ran' '' test --failed some
+run python3 -c 'import pty, sys; pty.spawn(sys.argv[1:])' "$tavsim" test --jobs 1 some
+expect 0 $'**\r\e[[]K1 of 3 scenarios**\r\e[[]K3 scenarios: 3 passed in *' ''
+
 # Without another descriptor no run can be begun.
 if [ -z "${TAV_FLAGS:-}" ]; then
     run_with_descriptors 6 "$tavsim" test suite/first.scenario
@@ -67,7 +86,7 @@ mkfifo fifo
 script pair/write "echo >fifo; exec $programs/service_reply"
 script pair/read "read -r line <fifo; exec $programs/service_reply"
 for name in write read; do
-    printf 'limit 20\nprogram ./%s\n' "$name" >"pair/$name.scenario"
+    printf 'limit 20\nprogram ./%s\nexpect status 0\n' "$name" >"pair/$name.scenario"
 done
 says 0 '2 scenarios: 2 passed in *' '' test --jobs 2 pair
 

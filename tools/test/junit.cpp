@@ -51,11 +51,12 @@ void addTotals(pugi::xml_node node, const std::vector<TestResult>& results, doub
 }
 
 void addCase(pugi::xml_node suite, const TestResult& result) {
-    const fs::path file(result.scenario);
+    const fs::path file(result.what.scenario);
     pugi::xml_node node = suite.append_child("testcase");
     add(node, "classname", file.parent_path().string());
-    add(node, "name", file.stem().string());
-    add(node, "file", result.scenario);
+    const std::string row = result.what.row.empty() ? "" : "[" + result.what.row + "]";
+    add(node, "name", file.stem().string() + row);
+    add(node, "file", result.what.scenario);
     addTime(node, result.seconds);
     const TestResult::Kind kind = result.kind();
     if (kind != TestResult::Kind::Passed) {

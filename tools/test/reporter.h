@@ -14,10 +14,14 @@ namespace tools {
 // On a terminal, one line shows the progress.
 class Reporter {
 public:
-    void tellProgress(size_t done, size_t all) const;
+    explicit Reporter(bool isVerbose) : m_isVerbose(isVerbose) {}
 
-    // Prints the output of a scenario that has failed, and nothing for one that has passed.
+    void tellProgress(const std::vector<TestResult>& results, size_t all) const;
+
+    // Prints the output of a scenario that has failed, and the notes of one that has passed.
     void tell(const TestResult& result) const;
+
+    void tellSlowest(std::vector<TestResult> results) const;
 
     // The summary of so many scenarios; those without a result have not finished.
     void tellEnd(const std::vector<TestResult>& results, size_t all, double seconds) const;
@@ -25,6 +29,7 @@ public:
 private:
     const char* freshLine() const;
 
+    bool m_isVerbose;
     bool m_isOnTerminal = isatty(STDOUT_FILENO) == 1;
 };
 

@@ -1,6 +1,7 @@
 #include "tools/test/result.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <filesystem>
 #include <string_view>
 #include <system_error>
@@ -36,6 +37,13 @@ TestResult::Kind TestResult::kind() const {
         return Kind::Passed;
     }
     return status == kBadSetup || status == kCannotStart ? Kind::NotRun : Kind::Failed;
+}
+
+std::string TestResult::headline() const {
+    constexpr const char* kWords[] = {"passed", "FAILED", "NOT RUN"};
+    char time[32];
+    std::snprintf(time, sizeof time, " (%.2f s)", seconds);
+    return kWords[static_cast<size_t>(kind())] + (" " + what.name()) + time;
 }
 
 size_t TestResult::reasonAt() const {

@@ -3,6 +3,8 @@
 #include <filesystem>
 #include <set>
 
+#include "simulator/scenario/reader.h"
+
 namespace fs = std::filesystem;
 
 namespace tools {
@@ -23,10 +25,23 @@ std::error_code addBelow(const fs::path& folder, std::set<fs::path>* files) {
     return problem;
 }
 
+// One that is malformed is a case too, which says so when it runs.
+void addCases(const std::string& file, std::vector<TestCase>* cases) {
+    std::string error;
+    const std::optional<tavsim::Scenario> scenario = tavsim::readScenario(file, {}, &error);
+    if (!scenario || scenario->rows.empty()) {
+        cases->push_back({file, {}});
+        return;
+    }
+    for (const std::string& row : scenario->rows) {
+        cases->push_back({file, row});
+    }
+}
+
 }  // namespace
 
-std::optional<std::vector<std::string>> findScenarios(const std::vector<std::string>& paths,
-                                                      std::string* error) {
+std::optional<std::vector<TestCase>> findScenarios(const std::vector<std::string>& paths,
+                                                   std::string* error) {
     std::set<fs::path> files;
     for (const std::string& path : paths) {
         const size_t before = files.size();
@@ -46,7 +61,18 @@ std::optional<std::vector<std::string>> findScenarios(const std::vector<std::str
             return std::nullopt;
         }
     }
-    return std::vector<std::string>(files.begin(), files.end());
+    std::vector<TestCase> cases;
+    for (const fs::path& file : files) {
+        addCases(file, &cases);
+    }
+    return cases;
+}
+
+bool expectsNothing(const TestCase& one) {
+    std::string error;
+    const std::optional<tavsim::Scenario> scenario =
+        tavsim::readScenario(one.scenario, one.row, &error);
+    return scenario && !tavsim::expectsSomething(*scenario);
 }
 
 }  // namespace tools

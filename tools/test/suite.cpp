@@ -6,6 +6,8 @@
 #include <csignal>
 #include <thread>
 
+#include "tools/test/failed_cases.h"
+
 namespace tools {
 namespace {
 
@@ -14,29 +16,36 @@ constexpr std::chrono::milliseconds kLongestWait(1000);
 
 }  // namespace
 
-Suite::Suite(const TestRequest& request, const std::vector<std::string>& scenarios,
-             const Signals& signals)
+Suite::Suite(const TestRequest& request, const std::vector<TestCase>& cases, const Signals& signals)
     : m_request(request),
-      m_scenarios(scenarios),
+      m_cases(cases),
       m_signals(signals),
       m_jobs(request.jobs > 0 ? request.jobs : std::max(1U, std::thread::hardware_concurrency())),
-      m_signalled(signals.openDescriptor()) {
+      m_signalled(signals.openDescriptor()),
+      m_reporter(request.verbose) {
 }
 
 int Suite::run() {
+    m_reporter.tellProgress(m_results, m_cases.size());
     while (startSome(), !m_running.empty()) {
         waitForSomething();
         takeSignals();
         takeEnded();
     }
     std::sort(m_results.begin(), m_results.end(),
-              [](const auto& left, const auto& right) { return left.scenario < right.scenario; });
+              [](const auto& left, const auto& right) { return left.number < right.number; });
     return m_askedToEnd;
 }
 
+void Suite::tellEnd() const {
+    m_reporter.tellSlowest(m_results);
+    m_reporter.tellEnd(m_results, m_cases.size(), seconds());
+}
+
 void Suite::startSome() {
-    while (m_askedToEnd == 0 && m_running.size() < m_jobs && m_next < m_scenarios.size()) {
-        m_running.emplace_back(m_request, m_scenarios[m_next++], m_signals);
+    while (m_askedToEnd == 0 && m_running.size() < m_jobs && m_next < m_cases.size()) {
+        m_running.emplace_back(m_request, m_cases[m_next], m_next, m_signals);
+        ++m_next;
     }
 }
 
@@ -79,7 +88,8 @@ void Suite::takeEnded() {
         if (m_askedToEnd == 0) {
             m_reporter.tell(one->result());
             m_results.push_back(one->result());
-            m_reporter.tellProgress(m_results.size(), m_scenarios.size());
+            rememberWhetherFailed(one->result());
+            m_reporter.tellProgress(m_results, m_cases.size());
         }
         one = m_running.erase(one);
     }

@@ -18,10 +18,15 @@ constexpr char kOwnFile[] = "/proc/self/exe";
 // The end of a longer output is kept.
 constexpr size_t kMostOutput = 1 << 20;
 constexpr int kMostReads = 64;  // at once, so that an endless output does not block the other runs
+constexpr char kExpectsNothing[] = ": expects nothing, so it passes unless the program fails";
 constexpr char kLeftOut[] = "[what came before is left out]\n";
 
-std::vector<std::string> commandLine(const TestRequest& request, const std::string& scenario) {
-    std::vector<std::string> words = {"tavsim", "run", "--virtual-time", "--scenario", scenario};
+std::vector<std::string> commandLine(const TestRequest& request, const TestCase& what) {
+    std::vector<std::string> words = {"tavsim", "run", "--virtual-time", "--scenario",
+                                      what.scenario};
+    if (!what.row.empty()) {
+        words.insert(words.end(), {"--row", what.row});
+    }
     if (!request.device.empty()) {
         words.insert(words.end(), {"--device", request.device});
     }
@@ -33,21 +38,23 @@ std::vector<std::string> commandLine(const TestRequest& request, const std::stri
 
 }  // namespace
 
-TestRun::TestRun(const TestRequest& request, const std::string& scenario, const Signals& signals) {
-    m_result.scenario = scenario;
+TestRun::TestRun(const TestRequest& request, const TestCase& what, size_t number,
+                 const Signals& signals) {
+    m_result.number = number;
+    m_result.what = what;
     int ends[2];
     int problem = pipe2(ends, O_CLOEXEC | O_NONBLOCK) == 0 ? 0 : errno;
     if (problem == 0) {
         m_output = ends[0];
         fcntl(ends[1], F_SETFL, 0);  // which the programs share
-        problem = m_process.start(kOwnFile, commandLine(request, scenario), signals,
+        problem = m_process.start(kOwnFile, commandLine(request, what), signals,
                                   {ends[1], ends[1], true});
         close(ends[1]);
     }
     m_isStarted = problem == 0;
     if (problem != 0) {
         m_result.status = kCannotStart;
-        m_result.output = scenario + ": " + std::strerror(problem) + "\n";
+        m_result.output = what.scenario + ": " + std::strerror(problem) + "\n";
     }
 }
 
@@ -86,8 +93,17 @@ bool TestRun::hasEnded() {
         m_result.status =
             WIFSIGNALED(status) ? kDeathBySignal + WTERMSIG(status) : WEXITSTATUS(status);
     }
+    takeNotes();
     m_result.seconds = std::chrono::duration<double>(Clock::now() - m_start).count();
     return true;
+}
+
+// What is to be told of a case that has passed.
+void TestRun::takeNotes() {
+    if (m_result.kind() == TestResult::Kind::Passed && expectsNothing(m_result.what)) {
+        m_result.notes.push_back(m_result.what.name() + kExpectsNothing);
+        m_result.output += m_result.notes.back() + "\n";
+    }
 }
 
 }  // namespace tools

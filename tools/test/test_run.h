@@ -14,7 +14,8 @@ namespace tools {
 
 class TestRun {
 public:
-    TestRun(const TestRequest& request, const std::string& scenario, const Signals& signals);
+    TestRun(const TestRequest& request, const TestCase& what, size_t number,
+            const Signals& signals);
     ~TestRun();
     TestRun(const TestRun&) = delete;
     TestRun& operator=(const TestRun&) = delete;
@@ -30,6 +31,8 @@ public:
     void send(int signal) const { m_process.send(signal); }
 
 private:
+    void takeNotes();
+
     using Clock = std::chrono::steady_clock;
 
     TestResult m_result;
