@@ -23,10 +23,9 @@ export DBUS_SESSION_BUS_ADDRESS=unix:path=$work/none DBUS_SYSTEM_BUS_ADDRESS=uni
 finish() {
     local running
     running=$(jobs -p)
-    # The list is of process ids.
+    # The list is of process ids. What a substitution runs may wait for this shell.
     # shellcheck disable=SC2086
-    [ -z "$running" ] || kill $running 2>/dev/null || true
-    wait
+    [ -z "$running" ] || { kill $running 2>/dev/null || true; wait $running || true; }
     rm -rf "$work"
 }
 trap finish EXIT
