@@ -98,14 +98,14 @@ bool isStatic(std::ifstream& file, const ElfW(Ehdr) & header) {
     return true;
 }
 
-std::string whyNoDevice(const std::string& path, bool isInterpreter, int depth) {
+std::string whyNoDeviceIn(const std::string& path, bool isInterpreter, int depth) {
     if (hasOtherRights(path)) {
         return path + kOtherRights;
     }
     std::ifstream file(path, std::ios::binary);
     const std::string interpreter = interpreterOf(file);
     if (!interpreter.empty() && depth < kMostInterpreters) {
-        return whyNoDevice(interpreter, true, depth + 1);
+        return whyNoDeviceIn(interpreter, true, depth + 1);
     }
     ElfW(Ehdr) header{};
     if (!readAt(file, 0, &header) || !isElf(header)) {
@@ -139,7 +139,7 @@ std::string findProgram(const std::string& name, int* problem) {
 }
 
 std::string whyNoDevice(const std::string& file) {
-    return whyNoDevice(file, false, 0);
+    return whyNoDeviceIn(file, false, 0);
 }
 
 }  // namespace tools

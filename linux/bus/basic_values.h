@@ -9,6 +9,9 @@
 
 namespace tavlinux {
 
+// The member NAME:type tells the type of the variant in the member NAME.
+inline constexpr std::string_view kTypeSuffix = ":type";
+
 // A value of the type, which is one letter; null where the JSON does not fit.
 Variant basicFromJson(const simdjson::dom::element& json, char type);
 

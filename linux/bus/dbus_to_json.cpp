@@ -7,12 +7,12 @@
 #include <string_view>
 
 #include "base/json/writer.h"
+#include "linux/bus/basic_values.h"
 #include "linux/bus/variant.h"
 
 namespace tavlinux {
 namespace {
 
-constexpr std::string_view kTypeSuffix = ":type";
 
 int64_t integerOf(GVariant* value) {
     switch (g_variant_classify(value)) {

@@ -14,7 +14,6 @@ namespace tavlinux {
 namespace {
 
 constexpr int kDeepest = 60;  // the bus ends the connection of who nests deeper than 64 levels
-constexpr std::string_view kTypeSuffix = ":type";
 
 std::string spelled(const GVariantType* type) {
     return {g_variant_type_peek_string(type), g_variant_type_get_string_length(type)};

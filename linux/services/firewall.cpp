@@ -8,8 +8,8 @@
 namespace tavlinux {
 namespace {
 
-constexpr char kService[] = "org.fedoraproject.FirewallD1";
-constexpr char kPath[] = "/org/fedoraproject/FirewallD1";
+constexpr char kFirewall[] = "org.fedoraproject.FirewallD1";
+constexpr char kFirewallPath[] = "/org/fedoraproject/FirewallD1";
 constexpr char kZones[] = "org.fedoraproject.FirewallD1.zone";
 constexpr int64_t kHighestPort = 65535;
 
@@ -35,8 +35,8 @@ Dispatched setFirewallRule(const simdjson::dom::object& request, const Answer& a
     GVariant* arguments = enable ? g_variant_new("(sssi)", "", text.c_str(), protocol, 0)
                                  : g_variant_new("(sss)", "", text.c_str(), protocol);
     const bool isDispatched =
-        call({Bus::System, kService, kPath, kZones, enable ? "addPort" : "removePort"}, arguments,
-             [answer](const GVariant* result, const GError* problem) {
+        call({Bus::System, kFirewall, kFirewallPath, kZones, enable ? "addPort" : "removePort"},
+             arguments, [answer](const GVariant* result, const GError* problem) {
                  answer(result != nullptr || isAlreadySo(problem) ? kDone : failure(problem));
              });
     return isDispatched ? Dispatched(Stop()) : std::nullopt;

@@ -10,7 +10,7 @@ namespace {
 constexpr char kManagerPath[] = "/org/freedesktop/GeoClue2/Manager";
 constexpr char kManager[] = "org.freedesktop.GeoClue2.Manager";
 constexpr char kClient[] = "org.freedesktop.GeoClue2.Client";
-constexpr char kLocation[] = "org.freedesktop.GeoClue2.Location";
+constexpr char kGeoClueLocation[] = "org.freedesktop.GeoClue2.Location";
 constexpr guint32 kExact = 8;
 
 Method ofManager(const char* name) {
@@ -91,8 +91,8 @@ void GeoClue::readLocation(GVariant* update) {
     }
     const char* path = nullptr;
     g_variant_get_child(update, 1, "&o", &path);
-    call({Bus::System, kGeoClue, path, kProperties, "GetAll"}, g_variant_new("(s)", kLocation),
-         whileSessionLasts(&GeoClue::takeLocation));
+    call({Bus::System, kGeoClue, path, kProperties, "GetAll"},
+         g_variant_new("(s)", kGeoClueLocation), whileSessionLasts(&GeoClue::takeLocation));
 }
 
 void GeoClue::takeLocation(GVariant* result, const GError*) {

@@ -98,8 +98,8 @@ struct Opening {
 
 using Arguments = std::function<GVariant*(GVariantBuilder* options)>;
 
-Dispatched open(const char* interface, const char* method, const Arguments& arguments,
-                const std::string& address, const Answer& answer) {
+Dispatched openByPortal(const char* interface, const char* method, const Arguments& arguments,
+                        const std::string& address, const Answer& answer) {
     const auto opening = std::make_shared<Opening>(Opening{address, answer, nullptr});
     if (connectionTo(Bus::Session) == nullptr) {
         if (!runOpener(address)) {
@@ -139,7 +139,7 @@ Dispatched openPage(const dom::object& parameters, const Answer& answer) {
     const auto arguments = [&address](GVariantBuilder* options) {
         return g_variant_new("(ssa{sv})", "", address.c_str(), options);
     };
-    return open("org.freedesktop.portal.OpenURI", "OpenURI", arguments, address, answer);
+    return openByPortal("org.freedesktop.portal.OpenURI", "OpenURI", arguments, address, answer);
 }
 
 Dispatched writeMail(const dom::object& parameters, const Answer& answer) {
@@ -158,8 +158,8 @@ Dispatched writeMail(const dom::object& parameters, const Answer& answer) {
         }
         return g_variant_new("(sa{sv})", "", options);
     };
-    return open("org.freedesktop.portal.Email", "ComposeEmail", arguments, mailAddress(message),
-                answer);
+    return openByPortal("org.freedesktop.portal.Email", "ComposeEmail", arguments,
+                        mailAddress(message), answer);
 }
 
 }  // namespace

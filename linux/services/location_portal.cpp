@@ -7,7 +7,7 @@
 namespace tavlinux {
 namespace {
 
-constexpr char kLocation[] = "org.freedesktop.portal.Location";
+constexpr char kPortalLocation[] = "org.freedesktop.portal.Location";
 
 }  // namespace
 
@@ -35,7 +35,7 @@ LocationPortal::~LocationPortal() {
 void LocationPortal::ask(const char* method, GVariant* arguments,
                          const std::function<void()>& next) {
     const bool isAsked = call(
-        {Bus::Session, kPortal, kPortalPath, kLocation, method}, arguments,
+        {Bus::Session, kPortal, kPortalPath, kPortalLocation, method}, arguments,
         [this, next, life = std::weak_ptr(m_life)](const GVariant* result, const GError* problem) {
             if (life.expired()) {
                 return;
@@ -53,7 +53,7 @@ void LocationPortal::ask(const char* method, GVariant* arguments,
 
 void LocationPortal::start() {
     m_updates = std::make_unique<Subscription>(
-        Subscription::Match{Bus::Session, kPortal, kPortalPath, kLocation, "LocationUpdated"},
+        Subscription::Match{Bus::Session, kPortal, kPortalPath, kPortalLocation, "LocationUpdated"},
         [this](const char*, GVariant* update) { takeUpdate(update); });
     m_response = std::make_unique<PortalResponse>([this](guint32 code) { takeResponse(code); });
     GVariantBuilder options = m_response->options();

@@ -6,7 +6,7 @@ namespace tavlinux {
 namespace {
 
 constexpr char kPlayers[] = "org.mpris.MediaPlayer2.";
-constexpr char kPath[] = "/org/mpris/MediaPlayer2";
+constexpr char kPlayerPath[] = "/org/mpris/MediaPlayer2";
 constexpr char kPlayer[] = "org.mpris.MediaPlayer2.Player";
 
 void pauseAll(GVariant* names) {
@@ -15,7 +15,7 @@ void pauseAll(GVariant* names) {
     g_variant_get(names, "(as)", &iterator);
     while (g_variant_iter_next(iterator, "&s", &name) != FALSE) {
         if (g_str_has_prefix(name, kPlayers) != FALSE) {
-            call({Bus::Session, name, kPath, kPlayer, "Pause"}, nullptr, nullptr);
+            call({Bus::Session, name, kPlayerPath, kPlayer, "Pause"}, nullptr, nullptr);
         }
     }
 }

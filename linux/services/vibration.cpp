@@ -17,8 +17,8 @@
 namespace tavlinux {
 namespace {
 
-constexpr char kService[] = "org.sigxcpu.Feedback";
-constexpr char kPath[] = "/org/sigxcpu/Feedback";
+constexpr char kFeedback[] = "org.sigxcpu.Feedback";
+constexpr char kFeedbackPath[] = "/org/sigxcpu/Feedback";
 constexpr char kNoMotor[] = "there is nothing that vibrates";
 constexpr int64_t kMostPulses = 100;  // feedbackd takes no patterns of any length
 constexpr int64_t kLongest = G_MAXINT32;
@@ -135,11 +135,12 @@ Dispatched vibrate(const simdjson::dom::object& request, const Answer& answer) {
             answerWithMotor(period, duration, answer);
         } else {
             // An older feedbackd plays events, and no patterns.
-            call({Bus::Session, kService, kPath, kService, "TriggerFeedback"}, event(duration),
-                 afterEvent);
+            call({Bus::Session, kFeedback, kFeedbackPath, kFeedback, "TriggerFeedback"},
+                 event(duration), afterEvent);
         }
     };
-    const Method haptic{Bus::Session, kService, kPath, "org.sigxcpu.Feedback.Haptic", "Vibrate"};
+    const Method haptic{Bus::Session, kFeedback, kFeedbackPath, "org.sigxcpu.Feedback.Haptic",
+                        "Vibrate"};
     if (call(haptic, pattern(period, duration), afterPattern)) {
         return Stop();
     }

@@ -110,7 +110,7 @@ CommandResult journal(Words words) {
     return {{}, lines, !words.isEmpty()};
 }
 
-constexpr Command kCommands[] = {
+constexpr Command kDeviceCommands[] = {
     {"set property", "KEY VALUE", "Set a system property.", setProperty},
     {"set appinfo", "KEY VALUE", "Set a value of the application's information.", setAppinfo},
     {"set preference", "KEY JSON", "Store one of the user's preferences.", setPreference},
@@ -124,7 +124,7 @@ constexpr Command kCommands[] = {
 }  // namespace
 
 std::span<const Command> deviceCommands() {
-    return kCommands;
+    return kDeviceCommands;
 }
 
 std::vector<std::pair<std::string, std::string>> stateValues() {

@@ -91,7 +91,7 @@ CommandResult quit(Words) {
     return resultOf("quit", isDone, error);
 }
 
-constexpr Command kCommands[] = {
+constexpr Command kInputCommands[] = {
     {"key", "down|up|tap NAME", "Press a key, release it, or both; named as SDL_GetKeyName() does.",
      pressKey},
     {"text", "TEXT", "Type the text, key by key.", typeText},
@@ -106,7 +106,7 @@ constexpr Command kCommands[] = {
 }  // namespace
 
 std::span<const Command> inputCommands() {
-    return kCommands;
+    return kInputCommands;
 }
 
 }  // namespace tavsim

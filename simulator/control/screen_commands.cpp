@@ -56,7 +56,7 @@ CommandResult picture(Words words) {
     return comparedWith(*screen, *stored, path, tolerance);
 }
 
-constexpr Command kCommands[] = {
+constexpr Command kScreenCommands[] = {
     {"screenshot", "FILE", "Store the application's surface as a PNG.", screenshot},
     {"picture", "FILE [TOLERANCE]",
      "Compare the application's surface with a PNG; a channel may differ by so much, of 255.",
@@ -66,7 +66,7 @@ constexpr Command kCommands[] = {
 }  // namespace
 
 std::span<const Command> screenCommands() {
-    return kCommands;
+    return kScreenCommands;
 }
 
 }  // namespace tavsim

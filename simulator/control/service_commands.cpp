@@ -65,7 +65,7 @@ CommandResult fail(Words words) {
     return {};
 }
 
-constexpr Command kCommands[] = {
+constexpr Command kServiceCommands[] = {
     {"reply", "URI TEXT", "Send a reply to every open call and subscription of the service.",
      reply},
     {"answer", "URI TEXT",
@@ -86,7 +86,7 @@ constexpr Command kCommands[] = {
 }  // namespace
 
 std::span<const Command> serviceCommands() {
-    return kCommands;
+    return kServiceCommands;
 }
 
 CommandResult replyToAll(const std::string& uri, const std::string& text) {

@@ -129,7 +129,7 @@ CommandResult track(Words words) {
     return result;
 }
 
-constexpr Command kCommands[] = {
+constexpr Command kWorldCommands[] = {
     {"compass", "INT DOUBLE DOUBLE", "Deliver a compass reading.", compass},
     {"compass follow", "on|off", "Let the compass point where the device is heading, or not.",
      compassFollow},
@@ -150,7 +150,7 @@ constexpr Command kCommands[] = {
 }  // namespace
 
 std::span<const Command> worldCommands() {
-    return kCommands;
+    return kWorldCommands;
 }
 
 }  // namespace tavsim

@@ -16,8 +16,6 @@ namespace fs = std::filesystem;
 namespace tavsim {
 namespace {
 
-constexpr char kData[] = "/data";
-
 // All root folders of the process are kept, because another thread may still read an earlier one's
 // name.
 const std::string& kept(std::string folder) {
@@ -33,13 +31,13 @@ void setRoot(const std::string& folder, bool isFresh) {
     g_isFresh = isFresh;
 }
 
-bool isThere(const std::string& path) {
+bool exists(const std::string& path) {
     std::error_code problem;
     return fs::exists(path, problem);
 }
 
 bool writeFile(const std::string& path, const std::string& content) {
-    return isThere(path) || base::createFile(path, content);
+    return exists(path) || base::createFile(path, content);
 }
 
 bool writeFiles(const Profile& profile, std::string* error) {
@@ -48,13 +46,13 @@ bool writeFiles(const Profile& profile, std::string* error) {
         *error = path + ": cannot be made below the device's root";
         return false;
     };
-    for (const char* folder : {"/var/kora/preferences", "/proc", front::kTemplates, kData}) {
+    for (const char* folder : {"/var/kora/preferences", "/proc", front::kTemplates, kDataFolder}) {
         if (!makeFolders(base + folder)) {
             return fail(base + folder);
         }
     }
     const std::string database = base + front::kDatabase;
-    if (profile.preferences && !isThere(database) &&
+    if (profile.preferences && !exists(database) &&
         !front::createPreferences(database, *profile.preferences)) {
         return fail(database);
     }

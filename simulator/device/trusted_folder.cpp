@@ -26,7 +26,6 @@ constexpr char kNoFile[] = ": is neither a file nor a folder";
 // Everything that the device and the library use in the root folder, except the application's data.
 constexpr const char* kUsed[] = {"/var",         "/usr",   "/proc",       kDescription,
                                  kControlSocket, kVerdict, kRecordingMark};
-constexpr char kData[] = "/data";
 
 // The user, or root.
 bool isTrusted(uid_t owner) {
@@ -111,8 +110,8 @@ std::string whyNotTrusted(const std::string& root) {
         end = next;
     }
     std::string reason = isThere(root) ? whyNotOnTheWay(root, true) : std::string();
-    if (reason.empty() && isThere(root + kData)) {
-        reason = whyNotInside(root + kData);
+    if (reason.empty() && isThere(root + kDataFolder)) {
+        reason = whyNotInside(root + kDataFolder);
     }
     for (const char* name : kUsed) {
         reason = reason.empty() ? whyNotUsed(root + name) : reason;

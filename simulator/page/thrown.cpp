@@ -5,7 +5,7 @@ namespace tavsim {
 namespace {
 
 constexpr char kScript[] = "script";
-constexpr char kName[] = "name";
+constexpr char kErrorName[] = "name";
 
 constexpr char kIndescribableText[] = "an exception that cannot be described";
 constexpr EngineText kIndescribable = {kIndescribableText, sizeof kIndescribableText - 1};
@@ -33,7 +33,7 @@ constexpr Function kEngineHooks[] = {{"errThrow", rememberThrow, 1, 0}};
 
 void pushScriptName(duk_context* engine) {
     pushHidden(engine, kScript);
-    duk_get_prop_string(engine, -1, kName);
+    duk_get_prop_string(engine, -1, kErrorName);
     duk_remove(engine, -2);
 }
 
@@ -71,7 +71,7 @@ void watchThrows(duk_context* engine) {
 void nameScript(duk_context* engine) {
     pushHidden(engine, kScript);
     duk_dup(engine, -2);
-    duk_put_prop_string(engine, -2, kName);
+    duk_put_prop_string(engine, -2, kErrorName);
     duk_pop(engine);
 }
 

@@ -21,7 +21,6 @@ namespace {
 
 constexpr int kFailed = 3;
 constexpr Milliseconds kUntilAskedAgain = 10;
-constexpr char kQuit[] = "quit";
 
 // Never destroyed, because the device ends after static objects are destroyed.
 std::unique_ptr<Player>& player() {

@@ -18,13 +18,13 @@
 #include "simulator/device/trusted_folder.h"
 #include "simulator/input/origin.h"
 #include "simulator/scenario/parameters.h"
+#include "simulator/scenario/scenario.h"
 #include "simulator/time/clock.h"
 
 namespace tavsim {
 namespace {
 
-constexpr Milliseconds kPatience = 10000;  // the time-out for an application that ends by itself
-constexpr char kQuit[] = "quit";
+constexpr Milliseconds kPatience = 10000;    // the time-out for an application that ends by itself
 constexpr char kNameless[] = "unknown key";  // SDL's name of what is no key
 
 struct Recording {

@@ -12,6 +12,9 @@
 
 namespace tavsim {
 
+// The command that ends a scenario, and with it the application.
+inline constexpr char kQuit[] = "quit";
+
 // When a step's turn comes, once the step before is done.
 struct AtTime {
     Milliseconds time;  // since the program's start

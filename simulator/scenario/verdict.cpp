@@ -13,7 +13,7 @@ namespace json = base::json;
 namespace tavsim {
 namespace {
 
-constexpr size_t kMostBytes = 64 << 20;
+constexpr size_t kLongestVerdict = 64 << 20;
 
 constexpr std::pair<std::string_view, Outcome> kOutcomes[] = {
     {"waiting", Outcome::Waiting}, {"passed", Outcome::Passed}, {"failed", Outcome::Failed}};
@@ -49,7 +49,7 @@ void VerdictFile::note(Outcome outcome, const std::string& step) {
 Verdict readVerdict(const std::string& root) {
     Verdict verdict;
     std::string error;
-    std::string text = base::readFile(root + kVerdict, kMostBytes, &error).value_or("");
+    std::string text = base::readFile(root + kVerdict, kLongestVerdict, &error).value_or("");
     text.resize(text.find_last_not_of('\n') + 1);
     const std::string last = text.substr(text.rfind('\n') + 1);
     const json::Reader reader = json::fields(

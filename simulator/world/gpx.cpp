@@ -9,9 +9,9 @@
 namespace tavsim {
 namespace {
 
-class Reader {
+class GpxReader {
 public:
-    explicit Reader(const std::string& content) : m_content(content) {}
+    explicit GpxReader(const std::string& content) : m_content(content) {}
 
     Track read() {
         pugi::xml_document document;
@@ -119,7 +119,7 @@ private:
 }  // namespace
 
 Track pointsOfGpx(const std::string& content) {
-    return Reader(content).read();
+    return GpxReader(content).read();
 }
 
 }  // namespace tavsim

@@ -28,9 +28,9 @@ Fields fieldsOf(std::string_view sentence) {
     return fields;
 }
 
-class Reader {
+class NmeaReader {
 public:
-    explicit Reader(std::string_view content) : m_rest(content) {}
+    explicit NmeaReader(std::string_view content) : m_rest(content) {}
 
     Track read(std::string* leftOut) {
         while (!m_rest.empty()) {
@@ -222,7 +222,7 @@ private:
 }  // namespace
 
 Track pointsOfNmea(const std::string& content, std::string* leftOut) {
-    return Reader(content).read(leftOut);
+    return NmeaReader(content).read(leftOut);
 }
 
 }  // namespace tavsim
