@@ -13,7 +13,6 @@
 namespace tavlinux {
 namespace {
 
-
 int64_t integerOf(GVariant* value) {
     switch (g_variant_classify(value)) {
     case G_VARIANT_CLASS_BYTE:
