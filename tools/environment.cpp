@@ -98,6 +98,8 @@ void setEnvironment(const RunRequest& request, const std::string& root,
     set("TAVSIM_RECORD", absolutePath(request.record));
     set("TAVSIM_SCENARIO", absolutePath(request.scenario));
     set("TAVSIM_ROW", request.row);
+    set("TAVSIM_UPDATE_PICTURES", request.updatePictures ? "1" : "");
+    set("TAVSIM_DIFFERENCES", absolutePath(request.differences));
     set("TAVSIM_PLUGIN", request.plugin ? "1" : "");
     set("TAVSIM_VIRTUAL_TIME", request.virtualTime ? "1" : "");
     set("TAVSIM_CONTROL", "1");

@@ -131,9 +131,9 @@ int judge(const Scenario& scenario, const RunRequest& request, const RunFolder& 
 bool startRecording(const RunRequest& request, const std::string& root) {
     tavsim::removeRecordingMark(root);
     const bool isFile = tavsim::profilePath(request.device) == request.device;
-    std::string header =
-        "device " + (isFile ? fromRecording(request, request.device) : request.device) +
-        "\nprogram";
+    std::string header = "device " +
+                         (isFile ? fromRecording(request, request.device) : request.device) +
+                         "\nprogram";
     for (size_t n = 0; n < request.command.size(); ++n) {
         const std::string& word = request.command[n];
         const bool isPath = n == 0 && word.find('/') != std::string::npos;

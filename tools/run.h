@@ -16,6 +16,8 @@ struct RunRequest {
     std::string record;    // file for what happens to the device from outside, as a scenario
     std::string scenario;  // file of what happens to the device, and what is expected
     std::string row;       // of the scenario's table
+    bool updatePictures = false;
+    std::string differences;  // folder for pictures of differences; empty: beside the stored ones
     bool plugin = false;
     bool virtualTime = false;
     double timeout = 0;                // seconds; 0: none, or as the scenario says

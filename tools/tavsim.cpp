@@ -79,6 +79,10 @@ void addRun(CLI::App& app, tools::RunRequest* request) {
     run->add_option("--scenario", request->scenario,
                     "Play this scenario, and find out whether all is as it expects");
     run->add_option("--row", request->row, "Play the scenario with this row of its table");
+    run->add_flag("--update-pictures", request->updatePictures,
+                  "Store anew the pictures of the scenario that differ");
+    run->add_option("--differences", request->differences,
+                    "Folder for pictures of differences; beside the stored ones when not given");
     run->add_option("--record", request->record,
                     "Write what happens to the device from outside into this file, as a scenario");
     run->add_option("--timeout", request->timeout,
@@ -150,6 +154,8 @@ CLI::App* addTest(CLI::App& app, tools::TestRequest* request) {
     test->add_flag("--failed", request->failed, "Only those that failed when they last ran");
     test->add_flag("--verbose", request->verbose,
                    "Show each that passes too, and the five slowest");
+    test->add_flag("--update-pictures", request->updatePictures,
+                   "Store anew the pictures that differ, and tell by how much they did");
     test->add_option("paths", request->paths, "Scenarios, and folders with *.scenario");
     test->allow_extras();
     return test;

@@ -35,6 +35,16 @@ TAV_PLATFORM_API std::string whyMalformed(const std::string& line);
 // other names are suggested too where one of them was meant.
 std::string whyNoStep(const std::string& line, const std::vector<std::string>& otherNames);
 
+// How the command `picture` compares.
+struct PictureOptions {
+    bool update = false;      // stores what differs
+    std::string differences;  // folder for pictures of differences; empty: beside the stored ones
+};
+void setPictureOptions(PictureOptions given);
+
+// Stands between the name of a stored picture and what differed.
+inline constexpr char kWrittenAnew[] = ": written anew, ";
+
 // What the device is and what the application has made of it, by name and value.
 std::vector<std::pair<std::string, std::string>> stateValues();
 

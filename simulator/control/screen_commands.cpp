@@ -1,15 +1,36 @@
 // Commands that look at what the application shows.
+#include <filesystem>
+#include <utility>
+
 #include "simulator/control/command.h"
 #include "simulator/screen/screen.h"
+
+namespace fs = std::filesystem;
 
 namespace tavsim {
 namespace {
 
-// Beside the stored picture.
+PictureOptions& options() {
+    static auto& instance = *new PictureOptions;
+    return instance;
+}
+
+// Beside the stored picture, unless there is a folder for all.
 std::string differencePath(const std::string& path) {
     constexpr std::string_view kEnding = ".png";
-    return path.substr(0, path.size() - (path.ends_with(kEnding) ? kEnding.size() : 0)) +
-           ".difference.png";
+    const std::string beside =
+        path.substr(0, path.size() - (path.ends_with(kEnding) ? kEnding.size() : 0)) +
+        ".difference.png";
+    if (options().differences.empty()) {
+        return beside;
+    }
+    std::error_code ignored;  // writing says what is wrong
+    fs::create_directories(options().differences, ignored);
+    return fs::path(options().differences) / fs::path(beside).filename();
+}
+
+std::string sizeText(const Picture& picture) {
+    return std::to_string(picture.width) + " x " + std::to_string(picture.height);
 }
 
 std::string inWords(const Difference& found, const Picture& screen) {
@@ -18,11 +39,30 @@ std::string inWords(const Difference& found, const Picture& screen) {
            " pixels differ, by up to " + std::to_string(found.greatest);
 }
 
+CommandResult replaced(const Picture& screen, const std::string& path, const std::string& why) {
+    std::string error;
+    CommandResult result;
+    if (writePng(screen, path, &error)) {
+        result.output = "picture: " + path + kWrittenAnew + why + "\n";
+    } else {
+        result.error = "picture: " + error;
+    }
+    return result;
+}
+
 CommandResult comparedWith(const Picture& screen, const Picture& stored, const std::string& path,
                            int tolerance) {
+    if (stored.width != screen.width || stored.height != screen.height) {
+        const std::string sizes = sizeText(stored) + ", and not " + sizeText(screen);
+        return options().update ? replaced(screen, path, "it was " + sizes)
+                                : failed("picture: " + path + ": is " + sizes);
+    }
     const Difference found = difference(stored, screen, tolerance);
     if (found.pixels == 0) {
         return {};
+    }
+    if (options().update) {
+        return replaced(screen, path, inWords(found, screen));
     }
     const std::string shown = differencePath(path);
     std::string error;
@@ -47,9 +87,13 @@ CommandResult picture(Words words) {
     if (!screen) {
         return failed("picture: " + error);
     }
-    const std::optional<Picture> stored = readPng(path, screen->width, screen->height, &error);
+    const std::optional<Picture> stored = readPng(path, &error);
     if (!stored) {
-        const bool isMissing = error.ends_with("no such file");
+        std::error_code unknown;
+        const bool isMissing = !fs::exists(path, unknown);
+        if (isMissing && options().update) {
+            return replaced(*screen, path, "there was none");
+        }
         return failed("picture: " + error +
                       (isMissing ? "; `screenshot " + file + "` makes it" : ""));
     }
@@ -64,6 +108,10 @@ constexpr Command kScreenCommands[] = {
 };
 
 }  // namespace
+
+void setPictureOptions(PictureOptions given) {
+    options() = std::move(given);
+}
 
 std::span<const Command> screenCommands() {
     return kScreenCommands;

@@ -61,6 +61,8 @@ bool environmentSetup(Profile* newProfile, Options* options, std::string* error)
     options->journalFile = environment("TAVSIM_JOURNAL");
     options->scenarioFile = environment("TAVSIM_SCENARIO");
     options->scenarioRow = environment("TAVSIM_ROW");
+    options->updatePictures = environment("TAVSIM_UPDATE_PICTURES") == "1";
+    options->differences = environment("TAVSIM_DIFFERENCES");
     options->recordFile = environment("TAVSIM_RECORD");
     options->virtualTime = environment("TAVSIM_VIRTUAL_TIME") == "1";
     options->control = environment("TAVSIM_CONTROL") == "1";

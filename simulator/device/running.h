@@ -16,7 +16,9 @@ struct Options {
     std::string scenarioFile;  // what happens to the device, and what is expected
     std::string scenarioRow;   // of the scenario's table
     std::string recordFile;    // of what happens to the device from outside
-    bool control = false;      // listen on the control socket in the root folder
+    bool updatePictures = false;
+    std::string differences;  // folder for pictures of differences; empty: beside the stored ones
+    bool control = false;     // listen on the control socket in the root folder
 };
 
 // Empty when symbol interposition works; otherwise a message that says what to do. Without it, the

@@ -8,6 +8,7 @@
 #include "base/print_line.h"
 #include "helper/trace.h"
 #include "simulator/bus/services.h"
+#include "simulator/control/commands.h"
 #include "simulator/control/control.h"
 #include "simulator/device/refusals.h"
 #include "simulator/device/state.h"
@@ -57,6 +58,7 @@ bool startRooms(const Options& options, std::string* error) {
     if (options.control) {
         takeHangUpAsRequestToEnd();
     }
+    setPictureOptions({options.updatePictures, options.differences});
     startWorld(announceLocation);
     startPage(options.pageFile);
     if (isSecond(options)) {

@@ -11,6 +11,7 @@ namespace tavsim {
 namespace {
 
 constexpr size_t kLargestFile = 64 << 20;
+constexpr png_uint_32 kMostPixels = 1 << 24;
 constexpr uint8_t kRed[] = {255, 0, 0};
 
 struct PngImage : png_image {
@@ -32,10 +33,6 @@ std::string bytesOf(const Picture& picture) {
                                                      picture.rgb.data(), 0, nullptr) != 0;
     bytes.resize(isWritten ? size : 0);
     return bytes;
-}
-
-std::string sizeText(unsigned width, unsigned height) {
-    return std::to_string(width) + " x " + std::to_string(height);
 }
 
 int pixelDifference(const uint8_t* left, const uint8_t* right) {
@@ -66,7 +63,7 @@ bool writePng(const Picture& picture, const std::string& path, std::string* erro
     return base::writeFile(path, bytes, error);
 }
 
-std::optional<Picture> readPng(const std::string& path, int width, int height, std::string* error) {
+std::optional<Picture> readPng(const std::string& path, std::string* error) {
     const std::optional<std::string> bytes = base::readFile(path, kLargestFile, error);
     if (!bytes) {
         return std::nullopt;
@@ -76,14 +73,12 @@ std::optional<Picture> readPng(const std::string& path, int width, int height, s
         *error = path + ": no PNG: " + image.message;
         return std::nullopt;
     }
-    if (image.width != static_cast<unsigned>(width) ||
-        image.height != static_cast<unsigned>(height)) {
-        *error = path + ": is " + sizeText(image.width, image.height) + ", and not " +
-                 sizeText(static_cast<unsigned>(width), static_cast<unsigned>(height));
+    if (image.width > kMostPixels / image.height) {
+        *error = path + ": has more than 16 million pixels";
         return std::nullopt;
     }
     image.format = PNG_FORMAT_RGB;
-    Picture picture(width, height);
+    Picture picture(static_cast<int>(image.width), static_cast<int>(image.height));
     if (png_image_finish_read(&image, nullptr, picture.rgb.data(), 0, nullptr) == 0) {
         *error = path + ": no whole PNG: " + image.message;
         return std::nullopt;

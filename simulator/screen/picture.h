@@ -29,8 +29,8 @@ private:
 // Writes the file atomically. False, with a line in `error`, on failure.
 bool writePng(const Picture& picture, const std::string& path, std::string* error);
 
-// Reads a picture of exactly that size. Without one, `error` is a line that names the file.
-std::optional<Picture> readPng(const std::string& path, int width, int height, std::string* error);
+// Without a picture, `error` is a line that names the file.
+std::optional<Picture> readPng(const std::string& path, std::string* error);
 
 // The difference between two pictures of the same size.
 struct Difference {

@@ -72,6 +72,20 @@ says 0 'none of the scenarios failed when it last ran' '' test --failed some
 run python3 -c 'import pty, sys; pty.spawn(sys.argv[1:])' "$tavsim" test --jobs 1 some
 expect 0 $'**\r\e[[]K1 of 3 scenarios**\r\e[[]K3 scenarios: 3 passed in *' ''
 
+# Pictures: what differs is beside the report, until they are stored anew.
+printf 'device quern\nprogram %s\nat 1s: picture a.png\n' "$TAV_BUILD/bin/instruments" >show.scenario
+anew=$'show.scenario:*/a.png: written anew, * \n1 scenario: 1 passed in *'
+says 0 "${anew/ \* / there was none}" '' test --update-pictures show.scenario
+says 0 '1 scenario: 1 passed in *' '' test --update-pictures show.scenario
+sed -i 's/^at 1s/at 500ms: key tap c\n&/' show.scenario
+difference=report-pictures/1-show/a.difference.png
+says 1 "FAILED **pixels differ, by up to *; see $PWD/$difference**" '' test --junit report.xml show.scenario
+[ -f "$difference" ] || fail 'the difference is not beside the report'
+grep -q "ATTACHMENT|$difference" report.xml || fail 'the report does not name the difference'
+says 0 "${anew/ \* / * of 128000 pixels differ, by up to *}" '' \
+    test --junit report.xml --update-pictures show.scenario
+[ ! -e report-pictures ] || fail 'the difference of an earlier run is still there'
+
 # Without another descriptor no run can be begun.
 if [ -z "${TAV_FLAGS:-}" ]; then
     run_with_descriptors 6 "$tavsim" test suite/first.scenario

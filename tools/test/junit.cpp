@@ -1,13 +1,16 @@
 #include "tools/test/junit.h"
 
 #include <glib.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <memory>
 #include <pugixml.hpp>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace fs = std::filesystem;
 
@@ -50,7 +53,31 @@ void addTotals(pugi::xml_node node, const std::vector<TestResult>& results, doub
     addTime(node, seconds);
 }
 
-void addCase(pugi::xml_node suite, const TestResult& result) {
+fs::path allDifferences(const std::string& report) {
+    return fs::path(report).replace_extension().string() + "-pictures";
+}
+
+std::vector<fs::path> filesIn(const fs::path& folder) {
+    std::error_code problem;
+    std::vector<fs::path> files;
+    for (fs::directory_iterator at(folder, problem), end; !problem && at != end;
+         at.increment(problem)) {
+        files.push_back(at->path());
+    }
+    std::sort(files.begin(), files.end());
+    return files;
+}
+
+// The form in which continuous integration takes files for attachments of a case.
+std::string attachments(const std::string& report, const TestResult& result) {
+    std::string lines;
+    for (const fs::path& file : filesIn(differencesFolder(report, result.number, result.what))) {
+        lines += "[[ATTACHMENT|" + file.string() + "]]\n";
+    }
+    return lines;
+}
+
+void addCase(pugi::xml_node suite, const TestResult& result, const std::string& report) {
     const fs::path file(result.what.scenario);
     pugi::xml_node node = suite.append_child("testcase");
     add(node, "classname", file.parent_path().string());
@@ -65,13 +92,32 @@ void addCase(pugi::xml_node suite, const TestResult& result) {
         add(why, "message", result.reason());
         why.text() = possible(result.details()).c_str();
     }
-    node.append_child("system-out").text() = possible(result.output).c_str();
+    node.append_child("system-out").text() =
+        possible(result.output + attachments(report, result)).c_str();
 }
 
 }  // namespace
 
+std::string differencesFolder(const std::string& report, size_t number, const TestCase& what) {
+    const std::string name = fs::path(what.scenario).stem();
+    return allDifferences(report) / (std::to_string(number + 1) + "-" + name);
+}
+
+void removeDifferences(const std::string& report) {
+    std::error_code ignored;
+    for (const fs::path& folder : filesIn(allDifferences(report))) {
+        for (const fs::path& file : filesIn(folder)) {
+            if (file.string().ends_with(".difference.png")) {
+                fs::remove(file, ignored);
+            }
+        }
+        rmdir(folder.c_str());  // not where there is something else in it
+    }
+    rmdir(allDifferences(report).c_str());
+}
+
 void writeJunitReport(const std::vector<TestResult>& results, double seconds,
-                      std::ostream& report) {
+                      const std::string& name, std::ostream& report) {
     pugi::xml_document document;
     pugi::xml_node suites = document.append_child("testsuites");
     addTotals(suites, results, seconds);
@@ -79,7 +125,7 @@ void writeJunitReport(const std::vector<TestResult>& results, double seconds,
     add(suite, "name", "tavsim");
     addTotals(suite, results, seconds);
     for (const TestResult& result : results) {
-        addCase(suite, result);
+        addCase(suite, result, name);
     }
     document.save(report, "  ");
 }

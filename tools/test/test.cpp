@@ -59,6 +59,7 @@ int test(const TestRequest& request) {
     std::ofstream report;
     if (!request.junit.empty()) {
         report.open(request.junit);
+        removeDifferences(request.junit);
     }
     // Windows of many programs at once would be of no use.
     setenv("SDL_VIDEODRIVER", "dummy", 0);
@@ -67,7 +68,7 @@ int test(const TestRequest& request) {
     Suite suite(request, *cases, signals);
     const int signal = report ? suite.run() : 0;
     if (!request.junit.empty()) {
-        writeJunitReport(suite.results(), suite.seconds(), report);
+        writeJunitReport(suite.results(), suite.seconds(), request.junit, report);
     }
     if (!report.flush()) {
         return complain("test: " + request.junit + ": the report cannot be written");

@@ -16,6 +16,7 @@ struct TestRequest {
     std::string filter;              // a glob for a part of their names
     bool failed = false;             // only those that failed when they last ran
     bool verbose = false;
+    bool updatePictures = false;
 };
 
 // Runs the scenarios, and tells how that went. The exit status: 0 when all have passed, 1 when some

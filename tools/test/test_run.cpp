@@ -6,9 +6,12 @@
 
 #include <cerrno>
 #include <cstring>
+#include <sstream>
 #include <vector>
 
+#include "simulator/control/commands.h"
 #include "tools/process/exit_status.h"
+#include "tools/test/junit.h"
 
 namespace tools {
 namespace {
@@ -21,11 +24,19 @@ constexpr int kMostReads = 64;  // at once, so that an endless output does not b
 constexpr char kExpectsNothing[] = ": expects nothing, so it passes unless the program fails";
 constexpr char kLeftOut[] = "[what came before is left out]\n";
 
-std::vector<std::string> commandLine(const TestRequest& request, const TestCase& what) {
+std::vector<std::string> commandLine(const TestRequest& request, const TestCase& what,
+                                     size_t number) {
     std::vector<std::string> words = {"tavsim", "run", "--virtual-time", "--scenario",
                                       what.scenario};
     if (!what.row.empty()) {
         words.insert(words.end(), {"--row", what.row});
+    }
+    if (request.updatePictures) {
+        words.emplace_back("--update-pictures");
+    }
+    if (!request.junit.empty()) {
+        words.insert(words.end(),
+                     {"--differences", differencesFolder(request.junit, number, what)});
     }
     if (!request.device.empty()) {
         words.insert(words.end(), {"--device", request.device});
@@ -47,7 +58,7 @@ TestRun::TestRun(const TestRequest& request, const TestCase& what, size_t number
     if (problem == 0) {
         m_output = ends[0];
         fcntl(ends[1], F_SETFL, 0);  // which the programs share
-        problem = m_process.start(kOwnFile, commandLine(request, what), signals,
+        problem = m_process.start(kOwnFile, commandLine(request, what, number), signals,
                                   {ends[1], ends[1], true});
         close(ends[1]);
     }
@@ -100,6 +111,12 @@ bool TestRun::hasEnded() {
 
 // What is to be told of a case that has passed.
 void TestRun::takeNotes() {
+    std::istringstream lines(m_result.output);
+    for (std::string line; std::getline(lines, line);) {
+        if (line.find(tavsim::kWrittenAnew) != std::string::npos) {
+            m_result.notes.push_back(line);
+        }
+    }
     if (m_result.kind() == TestResult::Kind::Passed && expectsNothing(m_result.what)) {
         m_result.notes.push_back(m_result.what.name() + kExpectsNothing);
         m_result.output += m_result.notes.back() + "\n";
