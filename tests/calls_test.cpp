@@ -1,5 +1,5 @@
-// Calls with arguments that are right, at the edge, and wrong; on a device that takes them, refuses
-// them, and has the application as a plug-in.
+// Calls with valid arguments, with arguments at the limits and with invalid ones: on a device that
+// accepts them, on one that refuses them, and in an application that runs as a plug-in.
 #include <climits>
 #include <set>
 
@@ -202,7 +202,7 @@ TEST_F(Calls, Compass) {
     CALL(TAV_GetCompass(nullptr));
     TAV_Init(0);
     CALL(TAV_GetCompass(nullptr));
-    CALL(device.deliverCompass({3, 12.5, -0.25}));  // although it is not enabled
+    CALL(device.deliverCompass({3, 12.5, -0.25}));  // although the compass is disabled
     SDL_Event event;
     ASSERT_EQ(SDL_PeepEvents(&event, 1, SDL_GETEVENT, SDL_EVENTMASK(SDL_USEREVENT)), 1);
     EXPECT_EQ(event.user.data1, &tav::g_compass);
@@ -211,7 +211,7 @@ TEST_F(Calls, Compass) {
     CALL(TAV_GetCompass(&reading));
     CALL(reading.intValue + reading.doubleValue1 + reading.doubleValue2);
     while (SDL_PushEvent(&event) == 0) {}
-    device.deliverCompass({4, 7.5, 0.25});  // its event is lost, and it is not
+    device.deliverCompass({4, 7.5, 0.25});  // the event is lost, the reading is not
     CALL(TAV_GetCompass(&reading));
     CALL(reading.intValue + reading.doubleValue1 + reading.doubleValue2);
     device.profile.refused.insert("compass");
@@ -247,7 +247,7 @@ TEST_F(Calls, Purchases) {
     CALL(TAV_FreeItemInfo(nullptr));
 }
 
-// What each function traces beside its entry, and what is called behind the application's back.
+// What functions trace besides their entry, and what the library's internal functions trace.
 TEST_F(Calls, Traces) {
     char text[256];
     TAV_Location location;

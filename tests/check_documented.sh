@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Everything that a user can name is in the documents and in the man page, which formats without a
-# complaint, and their links lead somewhere: check_documented.sh TAVSIM PROJECT_FOLDER
+# Checks that the documents and the man page mention every name that a user can use, that the man
+# page formats without warnings, and that links have targets: check_documented.sh TAVSIM
+# PROJECT_FOLDER
 set -euo pipefail
 tavsim=$1
 cd "$2"
@@ -16,7 +17,7 @@ complain() {
     missing=1
 }
 [ ! -s "$work/complaints" ] || complain "$(<"$work/complaints")"
-# Each name that the pattern finds in the sources must stand in the text as a word of its own.
+# Each name that the pattern finds in the sources must be in the text as a whole word.
 expect_in() {
     local text=$1 pattern=$2 names name
     shift 2
@@ -30,15 +31,15 @@ expect_in() {
 expect_in docs/guide.md '^TAV_API .*?\K(TAV|TAVNet)_\w+(?=\()' include/tav.h
 expect_in docs/testing.md '^TAVSIM_API .*?\KTAVSim_\w+(?=\()' include/tavsim.h
 expect_in docs/testing.md '^    def \K[a-z]\w*' python/tavsim/run.py
-# Profile fields, and what a service's program says, are rows of tables: {"field", handler}.
+# Fields of profiles and of a service program's lines are rows of tables: {"field", handler}.
 expect_in docs/simulator.md '\{+"\K\w+(?=",( (json::)?\w+\(&| \[|$))' simulator/device/{profile,service_reader}.cpp simulator/bus/program_line.cpp
 for text in docs/simulator.md "$page"; do
     expect_in "$text" '"\K(TAVSIM_[A-Z]|TAV_TRACE)[A-Z_]*(?=")' helper/*.cpp base/*.cpp simulator/*/*.cpp tools/*.cpp tools/*/*.cpp
     expect_in "$text" '"\K--[a-z-]+(?=")' tools/*.cpp tools/*/*.cpp
 done
 
-# The commands of `tavsim ctl` are the same wherever they are listed. In the man page, what a command
-# does may stand behind a short one on its line.
+# All lists of the commands of `tavsim ctl` must be the same. In the man page, a description may
+# follow a short command on its line.
 "$tavsim" ctl --help | sed -n '/^Commands:/,$ s/^  \([a-z].*\)/\1/p' >"$work/commands"
 sed -n '/^| Command /,/^$/ s/^| `\([^`]*\)` |.*/\1/p' docs/simulator.md | sed 's/\\|/|/g' |
     diff "$work/commands" - >&2 || missing=1
@@ -48,7 +49,7 @@ while read -r usage; do
         complain "the man page lacks the command $usage"
 done <"$work/commands"
 
-# The headings as links name them: in small letters, without punctuation, with dashes for blanks.
+# The anchors of a file's headings: in lower case, without punctuation, with dashes for blanks.
 anchors() {
     sed -n 's/^##* //p' "$1" | tr '[:upper:]' '[:lower:]' | tr -cd '[:alnum:] \n-' | tr ' ' '-'
 }

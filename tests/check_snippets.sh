@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
 # Checks the C programs of a text: check_snippets.sh TAVSIM FOLDER FILE.md COMPILER [OPTIONS…]
 #
-# Every block of C must compile, and one with a main must link. Where a block of the kind "console"
-# that begins with "$ tavsim run" comes next, the program is run like that and must print what stands
-# there. A block whose kind is followed by a name is a file that the programs use. OPTIONS are the
-# compiler's, libraries included.
+# Every block of C must compile, and one with a main must link. When a "console" block that begins
+# with "$ tavsim run" comes next, that command is run and must print the rest of the block. A block
+# whose kind is followed by a name is a file that the programs use. OPTIONS go to the compiler and
+# name libraries too.
 set -euo pipefail
 tavsim=$1 folder=$2 text=$(realpath "$3")
 shift 3
@@ -37,7 +37,7 @@ for source in [0-9]*.c; do
         fail "$source" "does not compile and link"
     elif [ -f "$name.console" ]; then
         read -ra words <"$name.console"
-        # Between "$ tavsim run" and the program's name are the options.
+        # The options are between "$ tavsim run" and the program's name.
         "$tavsim" run "${words[@]:3:${#words[@]}-4}" "./$name" >"$name.printed" 2>&1 ||
             fail "$source" "ended with status $?"
         tail -n +2 "$name.console" | diff --unified - "$name.printed" >&2 ||

@@ -37,7 +37,7 @@ protected:
         return MessageSocket(client);
     }
 
-    // What has come: each message as the letter of its kind and its content.
+    // The messages received so far, each as the letter of its kind followed by its content.
     static std::string received(MessageSocket& client) {
         std::string all;
         while (const std::optional<Message> message = client.receiveNow()) {
@@ -141,7 +141,7 @@ TEST_F(ControlTest, AServiceAnswersOtherwiseUntilThatIsTakenBack) {
     call("a://ticks");
     pass(9);
     pass(100);
-    // What is on its way does not arrive any more, and the call stays open.
+    // A reply that is already on its way is dropped, and the call stays open.
     call("a://ticks");
     give({"silence a://ticks"});
     pass(100);
@@ -168,7 +168,7 @@ TEST_F(ControlTest, MalformedCommandsAnswerWithAnErrorAndChangeNothing) {
 
 TEST_F(ControlTest, ClientsThatMisbehaveAreLetGo) {
     using namespace std::string_literals;
-    // Text, another kind of message, a length that nothing has.
+    // Plain text, a message of an unknown kind, and an impossible length.
     for (const std::string& bytes :
          {"state\n"s, "x\5\0\0\0\0\0\0\0state"s, "c\xff\xff\xff\xff\xff\xff\xff\x7f"s}) {
         MessageSocket client = connectClient();
@@ -249,7 +249,7 @@ TEST_F(ControlTest, AFollowerThatDoesNotReadIsToldWhatItLost) {
 
 TEST_F(ControlTest, JournalAndSocketAreLeftAloneByWhatTheProgramDoesToDescriptors) {
     constexpr int kMostUsed = 700;
-    SDL_Quit();  // whose own descriptors are not to be closed under it
+    SDL_Quit();  // its descriptors must not be closed while it uses them
     tavsim::Options options;
     options.root = testing::TempDir() + "/descriptors-" + std::to_string(getpid());
     options.control = true;
@@ -257,7 +257,7 @@ TEST_F(ControlTest, JournalAndSocketAreLeftAloneByWhatTheProgramDoesToDescriptor
     ASSERT_TRUE(device.start({}, options));
     const MessageSocket clientBefore = follow();
 
-    // The program closes all descriptors and uses them for a file of its own.
+    // The program closes all descriptors and reuses their numbers for a file of its own.
     close_range(STDERR_FILENO + 1, ~0U, 0);
     const int saved =
         open(path("/save").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR);
@@ -268,7 +268,7 @@ TEST_F(ControlTest, JournalAndSocketAreLeftAloneByWhatTheProgramDoesToDescriptor
     device.pump();
     EXPECT_THAT(read("/journal"), HasSubstr("\"aggression\":12,"));
 
-    // A fork of it takes no part.
+    // A child process writes nothing to the journal and does not answer clients.
     MessageSocket client = connectClient();
     client.send('c', "plugin on");
     const pid_t fork = ::fork();

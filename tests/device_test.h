@@ -18,7 +18,7 @@
 
 namespace tavtest {
 
-// An enumeration with a value that its type does not promise, as a C caller can pass it.
+// An enumeration that holds none of its constants, as a caller in C can pass it.
 template <typename Enumeration>
 Enumeration anyValue(int value) {
     Enumeration enumeration;
@@ -35,7 +35,7 @@ protected:
         tavsim::device().stop();
     }
 
-    // Starts over with these data.
+    // Starts the device anew.
     void startDevice(tavsim::Profile profile, std::string pageFile = {}) {
         tavsim::Options options;
         options.virtualTime = true;
@@ -46,10 +46,10 @@ protected:
         SDL_ClearError();
     }
 
-    // The trace since the last look at it.
+    // The lines traced since the last call.
     std::vector<std::string> trace() { return device.takeTrace(); }
 
-    // Files of the device, by their paths there.
+    // Files of the device, named by their paths on the device.
     std::string path(const std::string& name) const { return device.root() + name; }
 
     void write(const std::string& name, const std::string& content) const {
@@ -83,7 +83,7 @@ protected:
         SDL_Quit();
     }
 
-    // Takes everything off the queue and returns the user events' codes.
+    // Empties the event queue and returns the codes of the user events.
     std::vector<int> userEvents() {
         std::vector<int> codes;
         for (SDL_Event event; SDL_PollEvent(&event) != 0;) {

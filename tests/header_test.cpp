@@ -12,7 +12,7 @@ struct DoubleAfterInt {
 constexpr std::size_t kAfterInt = offsetof(DoubleAfterInt, doubleValue);
 constexpr std::size_t kPointer = sizeof(void*);
 
-// Where the members after the first begin, and the record's end.
+// The offsets of the members after the first, and the size of the record.
 static_assert(offsetof(TAV_ServiceParameters, reserved1) == kPointer &&
               offsetof(TAV_ServiceParameters, reserved2) == kPointer + 4 &&
               sizeof(TAV_ServiceParameters) == kPointer + 8);

@@ -16,7 +16,7 @@ TEST(HStringTest, GrowsKeepsItsLengthAndSurvivesAFailure) {
     const std::string piece(100000, 'x');
     ASSERT_NE(HString_append(string, "%s", "kept "), 0);
     ASSERT_NE(HString_append(string, "%s", piece.c_str()), 0);
-    const char* volatile null = nullptr;  // or the compiler warns where it can see it
+    const char* volatile null = nullptr;  // volatile: else the compiler warns
     EXPECT_NE(HString_append(string, "%s", null), 0);
     tavsim::device().failNth(tavsim::Fault::Allocation, 1);
     EXPECT_EQ(HString_append(string, " lost"), 0);
@@ -54,8 +54,8 @@ TEST(SuggestionTest, NamesTheNearestAndNothingThatIsFar) {
     EXPECT_EQ(base::suggestion(std::string(1 << 20, 'q'), names), "");
 }
 
-// Beside a model, in phases that fill and empty it from every side, with elements that are in it
-// more than once.
+// Compared with a model, in phases that fill the list and empty it from both ends and at random.
+// Some elements are in it several times.
 TEST(HLinkedListTest, KeepsItsOrderThroughAppendsAndRemovals) {
     std::mt19937 random(20260802);
     const auto below = [&](std::size_t limit) { return random() % limit; };

@@ -1,4 +1,4 @@
-// What the user does: keys, texts, touches and the window, as the application sees it.
+// The user's input as the application sees it: keys, text, touches and the window.
 #include <cstdio>
 
 #include "simulator/control/commands.h"
@@ -41,7 +41,7 @@ protected:
         }
     }
 
-    // The events that are on the queue, and what SDL knows of keys and mouse.
+    // The events in the queue, and SDL's state of the mouse and the keys.
     static std::string arrived() {
         std::string text;
         for (SDL_Event event; SDL_PollEvent(&event) != 0;) {
@@ -56,7 +56,7 @@ protected:
         for (int key = 0; key < count; ++key) {
             text += keys[key] != SDL_RELEASED ? " " + std::to_string(key) : "";
         }
-        SDL_ClearError();  // some builds of SDL leave one where there is no keyboard any more
+        SDL_ClearError();  // some builds of SDL set an error when there is no keyboard any more
         return join(text, " mod ", SDL_GetModState());
     }
 
@@ -104,7 +104,7 @@ TEST_F(InputTest, Touches) {
     CALL(arrived());  // the real mouse has moved
     give({"drag 0 0 100 200", "touch move 0 0", "drag 0 0 40 80 40ms", "tap 5 5"});
 
-    // A drag takes its time, and what does not fit into the queue comes later.
+    // A drag takes time. What does not fit into a full queue comes later.
     device.advance(20);
     CALL(arrived());
     SDL_Event other{};

@@ -1,4 +1,4 @@
-// The bridge from the library's side.
+// The JavaScript bridge from the library's side.
 #include <limits>
 
 #include "bridge.h"
@@ -14,7 +14,7 @@ std::string answerText(const tavtest::Answer& answer) {
     return !answer ? "unread" : (answer->first ? "exception " : "") + answer->second;
 }
 
-// Replies with the count, and with the parameters from before the first to behind the third.
+// Replies with the count and the parameters, from an index before the first to a fourth.
 void describe(TAV_JSParameters* parameters) {
     EXPECT_TRUE(parameters->count > 0 || parameters->parameters == nullptr);
     for (int index = 0; index < parameters->count; ++index) {
@@ -71,7 +71,7 @@ TEST_F(JSTest, Parameters) {
         });
     }
 
-    // A record of the application's own.
+    // A record that the application has made itself.
     char text[] = "7";
     char* texts[] = {text, nullptr};
     TAV_JSParameters own = {2, texts, nullptr, 0};

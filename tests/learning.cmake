@@ -1,4 +1,5 @@
-# What a newcomer reads and runs first: the instruments, the programs in the texts, the reference.
+# Tests of what a newcomer reads and runs first: the instruments example, the programs in the
+# documents, the reference manual.
 
 add_test(NAME instruments COMMAND tavsim test --program $<TARGET_FILE:instruments>
                                   ${CMAKE_CURRENT_SOURCE_DIR}/instruments)

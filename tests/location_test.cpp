@@ -22,7 +22,7 @@ protected:
         device.profile.services[kUri] = {};
     }
 
-    // What has been announced, as it is by now, and what is known.
+    // The events in the queue, the result of a query, and the position that the library holds.
     std::string known() {
         std::ostringstream text;
         for (SDL_Event event; SDL_PollEvent(&event) != 0;) {

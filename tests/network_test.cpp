@@ -12,11 +12,11 @@
 
 namespace {
 
-// What the kernel is to answer about any interface, and what it was asked.
+// A fake kernel: its answers about any interface, and what it was asked.
 struct Kernel {
     std::map<unsigned long, Uint32> answers = {
         {SIOCGIFADDR, 0x0102a8c0}, {SIOCGIFNETMASK, 0x00ffffff}, {SIOCGIFBRDADDR, 0xff02a8c0}};
-    std::string name;  // as the last request had it, in full
+    std::string name;  // of the last request, all bytes
     int requests = 0;
 };
 
@@ -24,7 +24,7 @@ Kernel* g_kernel = nullptr;  // null: the real one
 
 }  // namespace
 
-// Stands in front of the C library's, so that no test depends on this machine's interfaces.
+// Interposed before the C library's function, so that no test depends on this machine's interfaces.
 extern "C" int ioctl(int descriptor, unsigned long request, ...) noexcept {
     va_list arguments;
     va_start(arguments, request);
@@ -54,7 +54,7 @@ protected:
     NetworkTest() { g_kernel = &kernel; }
     ~NetworkTest() override { g_kernel = nullptr; }
 
-    // The addresses, how often the kernel was asked, and the name that it last heard.
+    // The addresses, the name in the last request, and the number of requests.
     std::string query(const std::string& interface) {
         const long descriptors = openDescriptors();
         kernel.requests = 0;
@@ -81,14 +81,14 @@ TEST_F(NetworkTest, Addresses) {
     CALL(TAVNet_Get_Info(nullptr, nullptr));
     CALL(TAV_GetNetInfo("", nullptr));
     CALL(TAV_GetNetInfo("eth0", nullptr));
-    // A socket may be any descriptor, also the one of an input that is closed.
+    // With standard input closed, the socket gets descriptor 0, which is valid.
     const int input = dup(STDIN_FILENO);
     close(STDIN_FILENO);
     kernel = {};
     CALL(query("eth0"));
     dup2(input, STDIN_FILENO);
     close(input);
-    // Without a descriptor for a socket the kernel is not asked.
+    // Without a free descriptor there is no socket, and the kernel is not asked.
     rlimit limit;
     ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &limit), 0);
     const rlimit none = {0, limit.rlim_max};

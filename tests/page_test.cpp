@@ -52,7 +52,7 @@ const std::pair<const char*, TAV_JSHandler> kMethods[] = {
     {"stopDevice", [](TAV_JSParameters*) { tavsim::device().stop(); }},
 };
 
-// Processes that this one started and that are there, dead or alive.
+// The child processes of this one, zombies included.
 std::vector<pid_t> childProcesses() {
     std::vector<pid_t> children;
     for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
@@ -99,7 +99,7 @@ protected:
         ASSERT_EQ(TAV_JSRegistrationComplete(), TAV_NOERROR);
     }
 
-    // What happens within a second and what it prints.
+    // What is printed within a second.
     Output watch(const std::function<void()>& before = [] {}) {
         testing::internal::CaptureStdout();
         testing::internal::CaptureStderr();
@@ -197,8 +197,8 @@ TEST_F(PageTest, ApplicationCallsThePage) {
     }
 }
 
-// The page's calls while one of its own calls is under way wait until the script has finished, and
-// then for the next pump.
+// The application calls the page from within a method that the script called. The page's function
+// must not run inside the script: it waits until the script has finished, and for the next pump.
 TEST_F(PageTest, ScriptRunsToCompletionWhileAMethodPolls) {
     testing::internal::CaptureStdout();
     openPage(
@@ -223,7 +223,7 @@ TEST_F(PageTest, EndsWithOneReason) {
     int channel = 1023;
     int own[2] = {};
     const auto closeChannelAndOpenOther = [&] {
-        // The last socket of this process is the page's, out of the way of others.
+        // The socket to the page is the one with the highest descriptor.
         for (struct stat status = {}; fstat(channel, &status) != 0 || !S_ISSOCK(status.st_mode);) {
             --channel;
         }

@@ -1,4 +1,4 @@
-// Times and patterns of entries of the journal, as they are written in commands and scenarios.
+// Times and patterns of journal entries, as commands and scenarios write them.
 #include "simulator/control/pattern.h"
 
 #include "transcript.h"

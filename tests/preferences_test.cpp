@@ -12,7 +12,7 @@ class PreferencesTest : public tavtest::TranscriptTest {
 protected:
     fs::path databasePath() const { return device.root() + "/var/kora/preferences/systemprefs.db"; }
 
-    // A new database made by the statements, and its connection.
+    // Makes a new database by the statements, and returns its connection.
     sqlite3* makeDatabase(const std::string& statements) {
         fs::remove_all(databasePath());
         sqlite3* database = nullptr;
@@ -30,7 +30,7 @@ protected:
 
     using Query = int (*)(char*, int);
 
-    // A line for what is stored, with what each query makes of it, and one for each new error.
+    // Writes a line with what is stored and the result of each query, and one for each new error.
     void showAll(const std::string& what,
                  const std::vector<Query>& queries = {TAV_GetRegionCountryCode,
                                                       TAV_GetRegionCountryName, TAV_GetLanguage}) {

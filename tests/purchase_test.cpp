@@ -6,7 +6,7 @@ using tavtest::take;
 
 class PurchaseTest : public tavtest::TranscriptTest {
 protected:
-    // What every payment service replies, after the delay.
+    // Lets every payment service give this reply after the delay.
     void replyWith(const tavsim::Reply& reply, int delay = 0) {
         for (const char* name :
              {"getAvailableItems", "purchaseItem", "getItemInfo", "getPendingPurchaseInfo"}) {
@@ -45,11 +45,11 @@ TEST_F(PurchaseTest, AReturnValueThatReadsFalseIsAFailure) {
     }
     const std::string failure = R"({"returnValue":false,"pad":")" + padding + "\"}";
     replyWith(failure);
-    EXPECT_EQ(TAV_GetAvailableItems(), nullptr);  // SDL itself cuts so long an error
+    EXPECT_EQ(TAV_GetAvailableItems(), nullptr);  // SDL truncates so long an error
     EXPECT_EQ(trace().back(), "tav_e dispatch Failure on dispatch: " + failure);
 }
 
-// The second call is asked to quit in the very moment of its answer, too.
+// The second request is answered in the same pass in which the user asks to quit.
 TEST_F(PurchaseTest, ThatAwaitsAnswersEndsWhenAskedToQuitAndTheApplicationHearsOfItAfterwards) {
     device.profile.items = {{"ship", "", "", tavsim::Purchase::Silent}};
     for (const bool isPurchase : {true, false}) {

@@ -1,5 +1,5 @@
-// Random sequences: the two registries beside a model of what they promise. Reply functions and
-// handlers do at random whatever an application may do in them, several levels deep.
+// Random sequences of calls, compared with a model of the two registries. Reply functions and
+// handlers make random calls themselves, nested several levels deep.
 #include <algorithm>
 #include <array>
 #include <cstdint>
@@ -23,7 +23,7 @@ constexpr char kItemsUri[] = "vire://com.vire.service.payment/getAvailableItems"
 constexpr std::size_t kLongestStored = 4095;
 constexpr std::size_t kLongestCalled = 255;
 
-// A call that is open on the bus. Quitting leaves it there and only takes it off the registry.
+// A call that is open on the bus. Quitting leaves it open and only removes it from the registry.
 struct OpenCall {
     int token;
     std::intptr_t id;  // what its reply function is handed
@@ -48,7 +48,7 @@ struct MethodCall {
 class RandomTest : public tavtest::EventTest {
 protected:
     void step() {
-        // Those that are to come up more often stand here more often.
+        // An action that is listed twice is chosen twice as often.
         using Test = RandomTest;
         static constexpr void (Test::*kActions[])() = {
             &Test::registerCall,   &Test::registerCall, &Test::registerCall, &Test::deliver,
@@ -56,7 +56,7 @@ protected:
             &Test::registerMethod, &Test::callMethod,   &Test::callMethod,   &Test::purchase};
         ++m_steps;
         (this->*kActions[below(std::size(kActions))])();
-        // The model beside what can be seen from outside.
+        // The model must match what is visible from outside.
         ASSERT_TRUE(std::ranges::equal(device.openCalls(), m_open, {}, {}, &OpenCall::token));
         ASSERT_TRUE(std::ranges::equal(tavtest::methodNames(), m_methods, {}, {}, &Method::name));
     }
@@ -83,7 +83,7 @@ protected:
     const std::string& anyName() { return m_names[below(m_names.size())]; }
     const char* anyText() { return m_names[below(7)].c_str(); }  // a short one
 
-    // What an application may do in its own functions.
+    // What an application may do in its reply functions and handlers.
     void actInside() {
         if (m_depth == kDeepest || oneIn(2)) {
             return;
@@ -202,7 +202,6 @@ protected:
         m_calls.pop_back();
     }
 
-    // Waits for its answer.
     void purchase() {
         if (oneIn(10)) {
             device.failNth(tavsim::Fault::Dispatch, 0);

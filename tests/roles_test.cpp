@@ -14,7 +14,7 @@ namespace fs = std::filesystem;
 // Every folder below /var that this program asks for, in order.
 static std::vector<std::string> g_createdFolders;
 
-// Stands in front of the device's own.
+// Interposed before the device's function.
 extern "C" int mkdir(const char* path, mode_t mode) noexcept {
     static const auto next = reinterpret_cast<decltype(&mkdir)>(dlsym(RTLD_NEXT, "mkdir"));
     if (std::string(path).rfind("/var", 0) == 0) {
@@ -55,7 +55,7 @@ protected:
                read("/var/vire/ks2/roles/prv/" + id + ".json");
     }
 
-    // Those since the last look.
+    // The number of rescans since the last call.
     long rescans() {
         const long all = std::ranges::count_if(device.journal(), [](const auto& line) {
             return line.find("\"what\":\"rescan\"") != std::string::npos;
@@ -69,7 +69,7 @@ private:
 
 TEST_F(RolesTest, ExpandsATemplate) {
     const std::string before(100000, 'x');
-    // The template, the id, the path, and the role.
+    // The template, the id, the path, and the resulting role file.
     const std::tuple<std::string, std::string, std::string, std::string> cases[] = {
         {"", "id", "path", "\n"},
         {"\n", "id", "path", "\n\n"},
@@ -77,10 +77,10 @@ TEST_F(RolesTest, ExpandsATemplate) {
         {"a\0XXXIDXXX\0\r\nxxxidxxx XXXID\nXXX XXXIDXX\r"s, "id", "",
          "a\0id\0\r\nxxxidxxx XXXID\nXXX XXXIDXX\r\n"s},
         {before + "XXXIDXXX\nXXXIDXXX", "id", "", before + "id\nid\n"},
-        // An id that makes a path, but no path that makes an id.
+        // A placeholder of the path in the id is replaced, one of the id in the path is not.
         {"XXXIDXXX XXXEXEPATHXXX", "XXXEXEPATHXXX", "XXXIDXXX", "XXXIDXXX XXXIDXXX\n"},
         {"XXXIDXXX", "XXXEXEPATHXXX XXXEXEPATH", "XXX", "XXX XXXEXEPATH\n"},
-        // Values that hold their own placeholder.
+        // A value's own placeholder in it is not replaced again.
         {"XXXIDXXXXXXIDXXX", "aXXXIDXXXb", "", "aXXXIDXXXbaXXXIDXXXb\n"},
         {"XXXEXEPATHXXX XXXEXEPATHXXX", "", "/XXXEXEPATHXXX", "/XXXEXEPATHXXX /XXXEXEPATHXXX\n"},
         // Insertions that complete a placeholder with what follows, precedes and surrounds them.
@@ -98,7 +98,7 @@ TEST_F(RolesTest, ExpandsATemplate) {
         fs::remove(path(kRole));
     }
 
-    // A template that is missing leaves an empty file, one that cannot be read none.
+    // A missing template leaves an empty file; one that cannot be read leaves none.
     for (const char* source : {"/usr/vire/ks2/templates", "/usr/vire/ks2/templates/missing"}) {
         roleGenerate(source, kRole, "id", "path");
         EXPECT_EQ(read(kRole), source == "/usr/vire/ks2/templates"s ? "(none)" : "") << source;
@@ -106,7 +106,7 @@ TEST_F(RolesTest, ExpandsATemplate) {
     }
     fs::remove(path(kRole));
 
-    // Where every insertion completes another one, it ends all the same.
+    // It ends even where every insertion completes another placeholder.
     write(kTemplate, "XXXIDXXXX\nnext XXXIDXXX");
     roleGenerate(kTemplate, kRole, "XXIDXXXXXXIDXX", "");
     EXPECT_LT(read(kRole).size(), 1000u);
@@ -131,7 +131,7 @@ TEST_F(RolesTest, WhatIsThereStays) {
 TEST_F(RolesTest, CreatesTheFoldersThatAreMissing) {
     const std::string store = "/var/vire/ks2/roles", pub = store + "/pub", prv = store + "/prv";
     using Folders = std::vector<std::string>;
-    // The folders that are there, a file where one should be, and those that are created.
+    // The existing folders, a file in the place of a folder, and the folders that are created.
     const std::tuple<Folders, std::string, Folders> cases[] = {
         {{}, "", {"/var", "/var/vire", "/var/vire/ks2", store, pub, prv}},
         {{store}, "", {pub, prv}},

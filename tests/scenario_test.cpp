@@ -1,4 +1,4 @@
-// Scenarios as they are read from their files. What they do is a matter of whole programs.
+// Reading scenarios from files. Whole programs show what the steps do (programs/scenario_test.sh).
 #include "simulator/scenario/reader.h"
 
 #include <array>
@@ -139,7 +139,7 @@ TEST_F(ScenarioTest, LimitsHold) {
     CALL(refused(std::string("quit\0", 5)));
     CALL(refused("\xEF\xBB\xBFlimit 60\nat 1e9s: quit"));
     CALL(refused("when " + std::string(900000, 'x') + ": quit"));
-    // What is included again and again counts each time.
+    // A file counts towards the limit each time it is included.
     write("/wide", "#" + std::string(1 << 18, ' ') + "\n");
     EXPECT_TRUE(read("include wide\ninclude wide\ninclude wide")) << m_error;
     CALL(refused("include wide\ninclude wide\ninclude wide\ninclude wide\n"));

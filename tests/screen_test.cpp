@@ -17,7 +17,7 @@ protected:
         return surface;
     }
 
-    // A picture with that left edge: plain, with a corner and a reddish pixel.
+    // Paints a picture from the left edge on: a plain ground, a corner and a reddish pixel.
     static void paint(SDL_Surface* surface, int left, Uint8 plain, SDL_Color corner, Uint8 red) {
         const auto fill = [surface](SDL_Rect rect, Uint8 r, Uint8 g, Uint8 b) {
             SDL_FillRect(surface, &rect, SDL_MapRGB(surface->format, r, g, b));

@@ -1,4 +1,4 @@
-"""A service program that does what its requests ask for."""
+"""A service program whose requests tell it what to do, misbehaviour included."""
 
 import json
 import os

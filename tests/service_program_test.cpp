@@ -1,4 +1,4 @@
-// Programs of the user's own that answer requests.
+// Programs of the user's that act as services.
 #include <sys/wait.h>
 
 #include <chrono>
@@ -33,7 +33,7 @@ protected:
 
     void tell(const std::string& what) { call(kUri, R"({"do":")" + what + "\"}"); }
 
-    // The journal's lines of replies.
+    // The replies in the journal.
     std::vector<std::string> replies() const {
         std::vector<std::string> lines;
         std::ranges::copy_if(device.journal(), std::back_inserter(lines),

@@ -1,4 +1,4 @@
-// Services for tests, and what comes of purchase requests.
+// Services for tests, and the outcomes of purchase requests.
 #ifndef TAV_TESTS_SERVICES_H
 #define TAV_TESTS_SERVICES_H
 
@@ -12,12 +12,12 @@
 
 namespace tavtest {
 
-// A service with these replies; where `every` is set, a subscription gets them over and over.
+// A service with these replies. Where `every` is set, a subscription gets them repeatedly.
 inline tavsim::Service repliesOf(std::vector<tavsim::Reply> replies, int delay = 0, int every = 0) {
     return {std::move(replies), every != 0, delay, every, false, {}};
 }
 
-// What a purchase request came to: the text of its record, which is released, or the error.
+// The outcome of a purchase request: the text of its record, which is released, or the error.
 template <typename Record>
 std::string take(Record* record, const char* (*text)(const Record*), void (*release)(Record*)) {
     if (record == nullptr) {

@@ -75,8 +75,7 @@ void replaceOnce(TAV_ServiceParameters* parameters, void*) {
     }
 }
 
-// The C library gives a new record the address of the one that was freed last, where no sanitizer
-// keeps it.
+// Without a sanitizer, malloc gives the new record the address of the one just freed.
 TEST_F(ServicesTest, AReplyFunctionMayReplaceItsOwnCall) {
     device.profile.services[kUri] = {};
     TAV_ServiceCallWithCallback(kUri, "{}", replaceOnce, nullptr, SDL_TRUE);
@@ -89,7 +88,7 @@ TEST_F(ServicesTest, AReplyFunctionMayReplaceItsOwnCall) {
 
 using ReplyValues = tavtest::TranscriptTest;
 
-// Every reader at once, as text.
+// What every reader makes of the value, as text.
 std::string readAll(const TAV_ServiceParameters* parameters, const char* key) {
     char text[32] = "before";
     TAV_GetParamString(parameters, key, text, sizeof text);

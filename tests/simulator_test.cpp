@@ -65,7 +65,7 @@ TEST_F(BusTest, SilenceRefusalAndUnknownServices) {
     CALL(device.advance(1000));
 }
 
-// A reply that causes the next call at once must leave the application room in between.
+// A reply function that calls the service again at once must not keep the pump from returning.
 void callAgain(int, const char*, void* context) {
     ++*static_cast<int*>(context);
     NApp_GetKSCaller()->ksCallWithResponse("s", "{}", false, callAgain, context);
@@ -91,7 +91,7 @@ TEST_F(BusTest, ServicesLeaveTheirMarkInTheJournal) {
     CALL(bus.ksCall(kLaunch, "{\"id\": \"broken\" quote\"}", true) > 0);
     CALL(bus.ksCall("u\"r\\i\n\x01", "\xff\xc3\xa9", true) > 0);
     CALL(device.advance(50));
-    // A stretch that ends beyond the last moment there is does not end in the past.
+    // The end of so long a duration must not overflow into the past.
     bus.ksCall(kVibrate, R"({"period":1,"duration":9223372036854775807})", true);
     CALL(device.advance(1000));
 }
@@ -117,7 +117,7 @@ TEST_F(ProfileTest, FilesAreMadeFromTheProfileOnceAndThenLeftAlone) {
     std::filesystem::remove_all(options.root);
 }
 
-// The sanitizers see a queue that is used after its end.
+// AddressSanitizer reports a queue that is used after its destruction.
 TEST_F(BusTest, AProgramMayEndWhileRepliesAreOnTheirWay) {
     EXPECT_EXIT((call("a://unknown"), std::exit(0)), testing::ExitedWithCode(0), "");
 }

@@ -1,4 +1,4 @@
-// The interface for tests in C: where it does not reach, what it refuses, and the journal's ends.
+// The interface for tests in C: a missing device, invalid arguments, and the ends of the journal.
 #include "tavsim.h"
 
 #include <thread>
@@ -22,7 +22,7 @@ protected:
 
     std::string lastError() override { return TAVSim_GetError(); }
 
-    // All that needs a device, with arguments that are right.
+    // Every function that needs a device, with valid arguments.
     void callAll() {
         CALL(TAVSim_Advance(1));
         CALL(TAVSim_Command("state"));
@@ -82,7 +82,7 @@ TEST_F(TavsimTest, StartsNoDeviceFromWhatIsWrong) {
 }
 
 TEST_F(TavsimTest, FindsEntriesAmongTheLinesThatAreKept) {
-    constexpr int kChanges = 6000;  // of two lines each, of which the last 10000 are kept
+    constexpr int kChanges = 6000;  // two entries each; the journal keeps the last 10000
     for (int change = 0; change < kChanges; ++change) {
         NApp_SetKeyboardState(change % 2);
     }

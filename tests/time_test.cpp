@@ -1,4 +1,4 @@
-// The device's clock: who moves it, who sees it, and what comes when.
+// The device's clock: what moves it, who sees it, and what happens when.
 #include <thread>
 
 #include "device_test.h"
@@ -57,7 +57,7 @@ class TimerTest : public EventLoopTest {
 protected:
     struct Timer {
         std::vector<Uint32> firedAt;
-        std::vector<Uint32> intervals;  // that it asks for, one after the other; then 0
+        std::vector<Uint32> intervals;  // that it returns in turn; then 0
         Uint32 takes = 0;
     };
 
@@ -81,7 +81,7 @@ TEST_F(TimerTest, EachFiresAtItsTimesUntilItEnds) {
     SDL_AddTimer(11, fire, &slow);
     const SDL_TimerID id = SDL_AddTimer(30, fire, &removed);
     SDL_Delay(20);
-    // A timer that takes its time makes others wait, and itself.
+    // A slow timer delays the others, and itself.
     EXPECT_THAT(first.firedAt, ElementsAre(10));
     EXPECT_EQ(SDL_RemoveTimer(id), SDL_TRUE);
     EXPECT_EQ(SDL_RemoveTimer(id), SDL_FALSE);

@@ -16,8 +16,8 @@ std::string plain(simdjson::dom::element value) {
     return value.get(text) == simdjson::SUCCESS ? std::string(text) : simdjson::to_string(value);
 }
 
-// Addresses and folders differ from run to run, tokens with what ran before, and with the version
-// what other libraries complain of.
+// Replaces what varies: addresses and folders with each run, tokens with the tests that ran before,
+// messages of other libraries with their versions.
 std::string lasting(std::string text) {
     static const std::pair<std::regex, const char*> kVarying[] = {
         {std::regex("/[^ :\"]*/tavsim-[0-9]+/[0-9]+-[A-Za-z0-9]{6}"), "ROOT"},
@@ -33,8 +33,7 @@ std::string lasting(std::string text) {
 }
 
 // An entry of the journal as prose: {"at":20,"kind":"host","what":"beep","level":2,"outcome":"on"}
-// is "20 ms beep level=2 on". What the application is asked of and told, and tokens, go without
-// their names or not at all.
+// is "20 ms beep level=2 on". The kind and tokens are left out.
 std::string prose(const std::string& entry) {
     constexpr std::string_view kNameless[] = {"what", "uri", "payload", "reply", "outcome"};
     simdjson::dom::parser parser;
@@ -57,14 +56,14 @@ std::string prose(const std::string& entry) {
     return text;
 }
 
-// What the library looks up shows in its results, and would hide the rest.
+// Look-ups are left out: they show in the results, and would hide the other entries.
 bool isNews(const std::string& entry) {
     constexpr std::string_view kLookUps[] = {"SDL_NimboHookIsComponent", "NApp_GetJsonValue",
                                              "NApp_GetAppinfoValue", "KPSystemCopyStringValue"};
     return std::ranges::none_of(kLookUps, [&](auto name) { return entry.find(name) != name.npos; });
 }
 
-// The call with its arguments, as it has traced them itself.
+// The call with the values of its arguments, as its trace has them.
 std::string headOf(const std::string& call, const std::vector<std::string>& trace) {
     static const std::regex entry("tav_f (TAV_[A-Za-z]+) ([^\\0]*)");
     static const std::regex direct("(TAV_|filled|query)[^\\0]*");

@@ -1,6 +1,6 @@
-// A transcript of calls, a line each: the call with its arguments, what it returns, the error that
-// it leaves, and what the device's journal has of it. It is compared with expected/NAME.txt, which
-// a run with TAV_WRITE_EXPECTED=1 writes anew, for its changes to be read like code.
+// Golden files. A transcript has a line for each call: its arguments, result and error, and the
+// entries that it caused in the device's journal. It is compared with expected/NAME.txt. A run with
+// TAV_WRITE_EXPECTED=1 writes that file anew; review its changes like code.
 #ifndef TAV_TESTS_TRANSCRIPT_H
 #define TAV_TESTS_TRANSCRIPT_H
 
@@ -19,10 +19,10 @@ namespace tavtest {
 
 class TranscriptTest : public EventTest {
 public:
-    // Long values are as good as their beginning, their end and their length.
+    // Shortens a long value to its beginning, its length and its end.
     static std::string cut(const std::string& whole);
 
-    // The parts as they are printed, one after the other.
+    // The parts as a stream prints them, one after the other.
     template <typename... Parts>
     static std::string join(const Parts&... parts) {
         std::ostringstream text;
@@ -43,7 +43,7 @@ protected:
         }
     }
 
-    // A line of its own, and a new beginning for errors and journal.
+    // Adds a line. Errors, traces and journal entries from before it no longer count.
     void note(const std::string& line);
 
     template <typename Function>
@@ -60,19 +60,19 @@ protected:
 
     virtual std::string lastError() { return SDL_GetError(); }
 
-    // Gives the device these commands, which find files in that folder.
+    // Carries out the commands on the device. Their paths are relative to the folder.
     void give(const std::vector<std::string>& lines, const std::string& folder = {}) {
         for (const std::string& line : lines) {
             show(line, [&] { return tavsim::carryOut(line, folder).error; });
         }
     }
 
-    // Lets the time pass, and shows what happens.
+    // Lets time pass, and shows what happens.
     void pass(int milliseconds) {
         show("--", [&] { device.advance(milliseconds); });
     }
 
-    // Requests beside the library, whose replies the journal shows.
+    // Requests that bypass the library. The journal shows their replies.
     int call(const char* uri, const std::string& payload = "{}") {
         return bus.ksCallWithResponse(uri, payload.c_str(), false, ignore, nullptr);
     }
@@ -85,7 +85,7 @@ protected:
 
     HKSCaller& bus = *NApp_GetKSCaller();
 
-    // The values that stand between bars.
+    // The values between separators.
     static std::vector<std::string> split(const std::string& text, char separator = '|') {
         std::istringstream rest(text);
         std::vector<std::string> values;
@@ -95,7 +95,7 @@ protected:
         return values;
     }
 
-    // The fuzzers' inputs of a kind: each name and its content.
+    // The seeds of a fuzzer: each file's name and content.
     static std::map<std::string, std::string> seeds(const std::string& kind);
     static std::vector<std::string> seedLines(const std::string& kind, const std::string& name) {
         return split(seeds(kind).at(name), '\n');
@@ -104,7 +104,7 @@ protected:
         return TAV_TESTS "/fuzz/seeds/" + kind + "/";
     }
 
-    // A query that fills a buffer of this length, or of none; nothing around it may change.
+    // What a query writes into a buffer of this length. Fails where it writes beyond the end.
     template <typename Query>
     static std::string filled(Query query, int length) {
         constexpr char kUntouched = '#';

@@ -1,4 +1,4 @@
-// Where the device is and where it goes: walks, tracks, a lost position, a compass that follows.
+// The device's position: walks, tracks, a lost position, and a compass that follows the movement.
 #include "simulator/world/track.h"
 #include "transcript.h"
 

@@ -1,6 +1,6 @@
-// The calls of the tour, again and again, and in each of them the first allocation, dispatch, host
-// request or read fails, then the second and so on, or memory is exhausted: there alone, or from
-// there on.
+// Fault injection. Each call of the tour is repeated: first its first allocation, dispatch, host
+// request or read fails, or memory runs out there, then its second, and so on. Each time, once with
+// that fault alone, and once with all that follow failing too.
 #include <dlfcn.h>
 
 #include <algorithm>
@@ -18,8 +18,8 @@ extern "C" const char __executable_start, etext;
 
 namespace {
 
-// GLib ends the program where it gets nothing, which the library cannot help, and some builds of
-// SDL then have an error of their own in place of the library's.
+// GLib aborts without memory, which the library cannot prevent. Some builds of SDL then set an
+// error of their own in place of the library's.
 bool isSpared(const void* caller) {
     Dl_info info = {};
     dladdr(caller, &info);
@@ -27,11 +27,11 @@ bool isSpared(const void* caller) {
     return object.find("/libglib-") != object.npos || object.find("/libSDL") != object.npos;
 }
 
-// Memory runs out on the thread that runs a step, as long as it does.
+// Memory runs out only on the thread that runs a step, and only during the step.
 struct Memory {
     int first = 0, last = 0;
     int occurred = 0;
-    int blocks = 0;  // of C that are held
+    int blocks = 0;  // from malloc, not freed yet
     bool isArmed = false, isArmedForNew = false;
 
     bool isExhausted(const void* caller) {
@@ -44,8 +44,8 @@ struct Memory {
 };
 thread_local Memory t_memory;
 
-// Whoever allocates in this way is ready to get nothing. What the library takes so counts with what
-// the helper library takes.
+// For the nothrow new, whose callers must handle null. The library's allocations count as the
+// helper library's, so that Fault::Allocation makes them fail too.
 bool isToFail(const void* caller) {
     const bool isLibrary = caller >= &__executable_start && caller < &etext;
     HString* counted = t_memory.isArmed && isLibrary ? HString_alloc() : nullptr;
@@ -67,7 +67,7 @@ void* operator new[](std::size_t size, const std::nothrow_t&) noexcept try {
     return nullptr;
 }
 
-// The sanitizers have an allocator of their own.
+// A sanitizer's own allocator cannot be replaced.
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
 #define TAV_TESTS_OWN_MALLOC
 
@@ -103,7 +103,7 @@ void free(void* block) {
 }
 }
 
-// What allocates in this way need not survive a failure, except where it says so.
+// Callers of the throwing new need not survive a failure, except while isArmedForNew is set.
 void* operator new(std::size_t size) {
     void* block = t_memory.isArmedForNew ? OR_NOTHING(__libc_malloc(size)) : __libc_malloc(size);
     return block != nullptr ? block : throw std::bad_alloc();
@@ -124,7 +124,7 @@ using tavsim::Fault;
 
 constexpr char kRoles[] = "/var/vire/ks2/roles/";
 
-// Five replies are enough.
+// Ends the subscription after five replies.
 void onReply(TAV_ServiceParameters* parameters, void* seen) {
     char source[32] = "untouched";
     TAV_GetParamString(parameters, "source", source, sizeof source);
@@ -158,7 +158,7 @@ protected:
         return outcome;
     }
 
-    // It goes off whether or not it went on.
+    // Switches it off even where switching it on has failed.
     template <typename Read>
     std::string whileOn(int (*enable)(SDL_bool), Read read) {
         const std::string enabled = textOf(enable(SDL_TRUE)) + " and ";
@@ -174,7 +174,7 @@ protected:
         return std::to_string(code) + seen;
     }
 
-    // The page's call is made here, in place of a page.
+    // Makes the call that a page would make.
     std::string callFromPage() {
         EXPECT_EQ(TAV_RegisterJSHandler("greet", onGreet), TAV_NOERROR);
         const std::vector<const char*> parameters(9, "hello");
@@ -182,12 +182,12 @@ protected:
         return answer ? answer->second : "unanswered";
     }
 
-    // What the helper library takes in ways that throw.
+    // Functions of the helper library that allocate with the throwing new.
     std::string helpers() {
         HLinkedList list;
         std::string elements = "abc";
         std::string json = R"({"list": ["a text that is too long to be part of a string"]})";
-        json.append(1 << 20, ' ');  // for which no room is kept
+        json.append(1 << 20, ' ');  // too large for the buffers that are kept
         std::string outcome;
         t_memory.isArmedForNew = true;
         for (char& element : elements) {
@@ -207,7 +207,8 @@ protected:
         return outcome;
     }
 
-    // One more time than it is struck, which is to be as undisturbed as it was.
+    // Runs the step with its occurrence `struck` of the fault failing. Past the last occurrence it
+    // runs once more, and must come to the same outcome as undisturbed.
     template <typename Function>
     void step(const std::string& name, Function function) {
         if (struck > occurrences[name] + 1) {
@@ -229,7 +230,7 @@ protected:
         if (!error.empty() && outcome.find(error) == std::string::npos) {
             outcome += " \"" + error + "\"";
         }
-        // What has no caller to be told is only traced.
+        // A failure that no caller is told is only traced.
         for (const std::string& line : trace()) {
             const bool isTold = !error.empty() && line.ends_with(error);
             outcome += line.starts_with("tav_e") && !isTold ? "; " + line.substr(6) : "";
@@ -247,7 +248,7 @@ protected:
 
 #define STEP(call) step(#call, [&] { return call; })
 
-    // All steps. Whatever fails, nothing is left behind.
+    // Runs all steps. Whatever fails, nothing leaks.
     void run() {
         std::filesystem::remove_all(path(kRoles));
         const int blocks = t_memory.blocks;
@@ -288,13 +289,13 @@ protected:
         EXPECT_EQ(device.openCalls(), std::vector<int>());
         TAV_Quit();
         EXPECT_EQ(openDescriptors(), descriptors);
-        // Some builds of SDL keep a block from the first pass on, in which nothing is struck.
+        // Some builds of SDL keep a block from the first run, in which nothing fails.
         EXPECT_TRUE(t_memory.blocks == blocks || struck == 0) << t_memory.blocks - blocks;
     }
 
 #undef STEP
 
-    // What each step comes to when it is struck.
+    // Notes every outcome of a step that differs from its undisturbed one.
     void strike(std::optional<Fault> kind) {
         fault = kind;
         for (const bool isPlugin : {false, true}) {
@@ -315,7 +316,7 @@ protected:
         }
     }
 
-    // In which of the four ways, unless in all; what holds for a plug-in as well is said once.
+    // The ways that had the outcome, unless all four had. What plug-ins share is named once.
     static std::string textOfWays(int ways) {
         const char* const texts[] = {"once", "lasting", "once as a plug-in",
                                      "lasting as a plug-in"};
@@ -330,12 +331,12 @@ protected:
     }
 
     tavsim::Profile profile;
-    std::optional<Fault> fault;  // or memory
-    int struck = 0;              // occurrence in each step
+    std::optional<Fault> fault;  // none: memory runs out
+    int struck = 0;              // the occurrence that fails in each step; 0: none
     bool lasts = false;
-    std::map<std::string, int> occurrences;  // in each step, when it is not struck
+    std::map<std::string, int> occurrences;  // in each step, undisturbed
     int most = 0;
-    std::map<std::string, std::string> undisturbed;             // what each step comes to
+    std::map<std::string, std::string> undisturbed;             // outcome of each step
     std::map<std::string, std::map<std::string, int>> changed;  // a bit for each of the four ways
 };
 

@@ -1,5 +1,5 @@
-// Calls from the page: the message as it comes from the host, read item by item and dispatched to
-// handlers that look at everything. Input: the message's bytes.
+// Calls from the page: the host's message is read item by item, then dispatched to handlers that
+// use everything in it. Input: the message's bytes.
 #include <algorithm>
 #include <climits>
 #include <cstring>
@@ -13,8 +13,8 @@ namespace {
 
 int g_handlerCalls = 0;
 
-// Replies with the first parameter, after a reply of another kind; forgets everything, registers
-// under names from the page, and replies with its own reply's tail.
+// Provokes dangling pointers: replies twice, removes all handlers, registers one under a name from
+// the page, and replies with a part of its own reply.
 void onCall(TAV_JSParameters* call) {
     ++g_handlerCalls;
     const int count = TAV_GetNumJSParams(call);
@@ -34,7 +34,7 @@ void onCall(TAV_JSParameters* call) {
     TAV_JSReply(call, call->reply + std::strlen(call->reply) / 2);
 }
 
-// Reads whatever comes, in an order that the bytes themselves give.
+// Reads items of the types that the bytes themselves choose.
 void readItems(const std::uint8_t* bytes, std::size_t size) {
     HDataReader reader(bytes, size);
     bool failed = false;

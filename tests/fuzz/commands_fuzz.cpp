@@ -26,7 +26,7 @@ auto deviceLooks() {
                       tavsim::deviceState());
 }
 
-// Reads the reply as every type, into a buffer whose end AddressSanitizer knows.
+// Reads the reply as every type, into a buffer whose end AddressSanitizer guards.
 void readReply(TAV_ServiceParameters* reply, void* /*userData*/) {
     const std::unique_ptr<char[]> buffer(new char[4]());
     TAV_GetParamString(reply, "x", buffer.get(), 4);
@@ -42,7 +42,7 @@ void readReply(TAV_ServiceParameters* reply, void* /*userData*/) {
            "a value is not a boolean and a number at once");
 }
 
-// An application that has calls open, so that replies and fixes find somebody.
+// Starts over, with open calls that receive replies and fixes.
 void startOver() {
     TAV_EnableLocationTracking(SDL_FALSE);
     tavsim::device().profile = {};
@@ -70,7 +70,7 @@ void carryOut(const std::string& line) {
 
 }  // namespace
 
-// There is no surface, so that no picture of it is ever written.
+// Without a video mode there is no surface, so no command writes a picture.
 int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
     setenv("SDL_VIDEODRIVER", "dummy", 1);
     expect(SDL_Init(SDL_INIT_VIDEO) == 0, "SDL starts");

@@ -14,7 +14,7 @@
 
 namespace tavfuzz {
 
-// Ends the run as a finding when a promise is broken.
+// Aborts when a promise is broken, which the fuzzer reports as a finding.
 inline void expect(bool holds, const char* promise) {
     if (!holds) {
         std::fprintf(stderr, "broken promise: %s\n", promise);
@@ -29,14 +29,13 @@ inline void startDevice() {
     expect(tavsim::device().start({}, options), "the device starts");
 }
 
-// Every input begins with an empty journal, so that memory that is still held after an input is
-// memory that leaked.
+// Every input begins with an empty journal, so that memory still held after it is a leak.
 inline void forgetJournal() {
     std::string error;
     tavsim::startJournal({}, &error);
 }
 
-// What is said of an input that is refused.
+// Checks the error message about a refused input.
 inline void expectOneLine(const std::string& error, const char* file) {
     expect(error.starts_with(file), "an error names the file");
     expect(error.find_first_of("\n\r") == error.npos, "an error is one line");

@@ -11,7 +11,7 @@ namespace {
 
 constexpr int kDescriptor = 200;
 constexpr char kFile[] = "/proc/self/fd/200";
-constexpr char kPlace[] = "/proc/self/fd/";  // what else is open can be included too
+constexpr char kPlace[] = "/proc/self/fd/";  // other open files can be included too
 
 void expectSteps(const tavsim::Scenario& scenario) {
     for (const tavsim::Step& step : scenario.steps) {
@@ -26,7 +26,7 @@ void expectSteps(const tavsim::Scenario& scenario) {
 
 }  // namespace
 
-// The file is in memory, and has a name that it can include itself by: 200.
+// The file is in memory. As "200", its descriptor, it can include itself.
 int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
     expect(dup2(memfd_create("scenario", 0), kDescriptor) == kDescriptor, "there is a file");
     return 0;

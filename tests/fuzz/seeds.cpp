@@ -1,4 +1,4 @@
-// Runs one fuzzer over the files of a folder, for the suite: what was found once stays mended.
+// Runs one fuzzer over the files of a folder, so that the suite covers what was found once.
 #include <filesystem>
 #include <fstream>
 #include <iterator>

@@ -1,4 +1,4 @@
-// Tracks of both forms. Input: the file.
+// Tracks, in GPX and NMEA. Input: the file.
 #include <cmath>
 
 #include "fuzz.h"

@@ -29,7 +29,7 @@ class OnPrivateBuses(dbusmock.DBusTestCase):
     def setUp(self):
         self.folder = tempfile.mkdtemp()
         self.addCleanup(shutil.rmtree, self.folder)
-        # What an application finds beside its executable, it finds here.
+        # An application looks for its files beside its executable, so each test has a copy.
         self.program = shutil.copy(DRIVER, self.folder)
 
     def environment(self, **changes):
@@ -86,7 +86,7 @@ class OnPrivateBuses(dbusmock.DBusTestCase):
         server.wait()
 
     def start_bus(self, address):
-        """A bus of the test's own, which it may end, too."""
+        """Starts a bus at the address, which the test may stop."""
         server = self.start_service("dbus-daemon", "--session", "--nofork", "--nopidfile",
                                     "--address=" + address, "--print-address")
         server.stdout.readline()

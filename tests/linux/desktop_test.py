@@ -1,4 +1,4 @@
-"""What the desktop does for an application, and what nothing there does."""
+"""Requests to the desktop, with and without somebody there to answer them."""
 
 import os
 from pathlib import Path
@@ -18,7 +18,7 @@ class Desktop(OnPrivateBuses):
         return server
 
     def asked(self, portal):
-        # Once this is answered, so is all that came before.
+        # Messages arrive in order: after this reply, all earlier ones have been handled.
         self.session.call_blocking(PORTAL, PORTAL_PATH, "com.example.Test", "Release", "", ())
         self.stop(portal)
         return portal.stdout.read().splitlines()

@@ -1,5 +1,5 @@
-"""Two services of a handheld device on the session bus: a battery, and a clock that ticks from the
-number that is given."""
+"""Two services of a handheld device on the session bus: a battery, and a clock that counts its
+ticks from the number in the argument."""
 
 import itertools
 import sys

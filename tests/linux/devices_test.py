@@ -20,7 +20,7 @@ class Location(OnPrivateBuses):
               "Speed": 1.5, "Heading": 90.0}
 
     def geoclue(self, on_start="", client_type="o"):
-        """Comes to the bus when it has its objects, as the real one does."""
+        """Requests its name once it has its objects, as the real GeoClue does."""
         manager = self.serve("com.example.GeoClue", MANAGER_PATH, GEOCLUE + ".Manager", True)
         manager.AddMethod("", "GetClient", "", client_type, f'ret = "{CLIENT_PATH}"')
         manager.AddMethod("", "DeleteClient", "o", "", "")
@@ -119,7 +119,7 @@ if not {answer}:
 
 
 class Sensors(OnPrivateBuses):
-    """With the real iio-sensor-proxy, on whose made-up machine a compass turns by 10 degrees."""
+    """With the real iio-sensor-proxy, whose fake compass turns by 10 degrees at a time."""
 
     DEVICE = ("P: /devices/virtual/input/input0\nE: SUBSYSTEM=input\nE: NAME=\"Power Button\"\n"
               "A: name=Power Button\n\n")
@@ -145,7 +145,7 @@ class Sensors(OnPrivateBuses):
         self.assertTrue(all(heading % 10.0 == 0.0 for heading in headings), headings)
         self.stop(server)
         self.sensor_proxy()
-        # More than one reading may arrive at once.
+        # Several readings may arrive at once, so the count may be higher.
         self.assertGreaterEqual(len(self.finish(process)), 2)
 
     def test_a_compass_that_rests_is_read_once(self):

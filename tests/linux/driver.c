@@ -1,15 +1,15 @@
-/* Does what its arguments say through libtav, one after the other, and prints what comes of it:
+/* Carries out the commands in its arguments through libtav and prints their results:
  *
  *     call URI PAYLOAD         one call, and its reply
  *     send URI PAYLOAD         a call whose reply nobody wants
- *     subscribe URI PAYLOAD N  N replies, then an end to it
+ *     subscribe URI PAYLOAD N  a subscription that ends after N replies
  *     abandon URI PAYLOAD      a subscription that is cancelled at once
- *     cancel URI PAYLOAD FILE  a call that is cancelled once the file is there
+ *     cancel URI PAYLOAD FILE  a call that is cancelled once the file exists
  *     repeat N URI PAYLOAD     N calls in a row; growth of memory in kB after the first tenth
- *     thread URI PAYLOAD       a call on a thread, which is the first to open a file, and one here
- *     fork URI PAYLOAD         a call, and another in a fork
+ *     thread URI PAYLOAD       a call on a thread, which opens the first file, and then one here
+ *     fork URI PAYLOAD         a call, and another in a child process
  *     location N | compass N   N fixes or failures, N readings
- *     wait FILE                until the file is there, with events handled
+ *     wait FILE                handle events until the file exists
  *     browse URL | mail SUBJECT BODY TO | vibrate PERIOD DURATION | port NUMBER FLAG | pause
  *     keyboard FLAG | timeout FLAG | banners FLAG | refusals | about | minimize
  */
@@ -26,7 +26,7 @@
 #define LONGEST_WAIT_MS 20000
 
 static int replies;
-static int repliesWanted; /* after which a subscription ends, within its reply function */
+static int repliesWanted; /* a reply function then ends its own subscription */
 static int quiet;
 
 static void onReply(TAV_ServiceParameters *reply, void *userData)
@@ -69,7 +69,7 @@ static void handleEvents(void)
     }
 }
 
-/* Handles events until so many replies, fixes or readings have come. */
+/* Handles events until that many replies, fixes or readings have come. */
 static void waitFor(int count)
 {
     const Uint32 start = SDL_GetTicks();
@@ -242,7 +242,7 @@ static const struct {
         return ARGUMENTS;           \
     }
 
-/* Does the command and says how many arguments it took. */
+/* Carries out the command and returns the number of arguments that it took. */
 static int perform(char *a[])
 {
     const char *recipient = a[1] != NULL && a[2] != NULL ? a[3] : NULL;

@@ -1,5 +1,5 @@
-"""A service that answers whatever a service must not answer, or too late: hostile_service.py NAME
-FILE, which it makes when it has been asked for what it holds back."""
+"""A service with malformed or late answers: hostile_service.py NAME FILE. It creates the file when
+it has received a call whose reply it holds back."""
 
 import os
 import sys

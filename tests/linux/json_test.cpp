@@ -1,4 +1,4 @@
-// What crosses between JSON and D-Bus, in both directions.
+// Conversion between JSON and D-Bus values, in both directions.
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -99,7 +99,7 @@ TEST(Json, ResultsWithoutANameAreNumbered) {
 
 TEST(Json, ArgumentsComeByNameOrByPositionAndNoneIsLost) {
     const std::string deep = std::string(100, '[') + std::string(100, ']');
-    // The types, the JSON, and what it becomes or the problem.
+    // The types, the JSON, and the resulting value or the problem.
     const std::tuple<std::vector<std::string>, std::string, const char*> rows[] = {
         {{"v"}, deep, "nested too deeply"},
         {{"s", "i"}, R"({"arg1":2,"a":"x"})", "('x', 2)"},

@@ -1,4 +1,4 @@
-"""What the machine is, and what it is set to."""
+"""The machine's identity and settings."""
 
 import json
 import os
@@ -36,7 +36,7 @@ class Machine(OnPrivateBuses):
         first = self.run_driver("about")[4]
         self.assertRegex(first, "^[0-9a-f]{40}$")
         self.assertEqual(self.run_driver("about")[4], first)
-        # Below a file nothing can be made, not even by the root user.
+        # Not even the root user can create a file below a file.
         nowhere = dict(HOME=self.program, XDG_RUNTIME_DIR=None, TMPDIR=self.folder)
         about = self.run_driver("about", **nowhere)
         self.assertEqual((about[4], about[0] == "-"), (first, False))

@@ -1,6 +1,6 @@
 """A desktop portal: portal_service.py CODE [slow]
 
-Prints what it is asked for and responds with the code. A slow one answers once it is released."""
+Prints its requests and responds with the code. A slow one answers only on Release or Close."""
 
 import sys
 
@@ -27,7 +27,7 @@ waiting = []
 
 
 def respond(sender, handle, invocation):
-    # The response may come first.
+    # A portal may send the response before the method returns.
     bus.emit_signal(sender, handle, "org.freedesktop.portal.Request", "Response",
                     GLib.Variant("(ua{sv})", [code, {}]))
     invocation.return_value(GLib.Variant("(o)", [handle]))

@@ -1,4 +1,4 @@
-"""Whole programs, each the same file on a simulated device and on this machine."""
+"""Whole programs: the binaries that run on a simulated device, here without one."""
 
 import re
 import sys
@@ -51,7 +51,7 @@ class Programs(OnPrivateBuses):
         self.device_services()
         commands = [[BUILD + "/tests/programs/service_reply_linux_sdl_first"]]
         library = Path(BUILD, "lib/libtavlinux.so").read_bytes()
-        if b"__asan_init" not in library:  # which an interpreter without that cannot have in front
+        if b"__asan_init" not in library:  # Python is built without AddressSanitizer
             commands.append([sys.executable, SOURCE + "/tests/programs/loads_library.py",
                              BUILD + "/lib/libtav.so"])
         for command in commands:

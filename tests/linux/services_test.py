@@ -1,4 +1,4 @@
-"""Calls to any service of the two buses."""
+"""Calls to services on the session bus and the system bus."""
 
 import json
 import os
@@ -111,11 +111,11 @@ class Services(OnPrivateBuses):
         self.assertEqual(len(large["a"]), 1000000)
         self.assertEqual(self.reply("call", self.URI + "other/Ask", "{}"),
                          {"returnValue": True, "a": 1, "arg1": "not announced"})
-        # A reply to a call that was cancelled comes before another.
+        # The late reply to a cancelled call must not pass for the reply to the next.
         self.assertEqual(self.run_driver("cancel", self.URI + "late/Ask", "{}", asked,
                                          "call", self.URI + "late/Release", "{}"),
                          ['reply {"returnValue":true}'])
-        # It ends while a call waits for it.
+        # The service exits while a call waits for its reply.
         self.assertFalse(self.reply("call", self.URI + "exit/Ask", "{}")["returnValue"])
 
 

@@ -1,18 +1,18 @@
 #!/usr/bin/env bash
-# The boundary between an application, the simulated device and the machine: the device, or what is for
-# Linux, is in front of SDL and libc, or it refuses to work and says what to do; and the device follows
-# nothing that others put into its root folder.
+# Symbol interposition: the simulated device, or the platform library for Linux, comes before SDL
+# and libc, or else it refuses to work and says what to do. And the device's root folder: the device
+# does not follow what other users have put into it.
 source "$(dirname "$0")/check.sh"
 libtav=$TAV_BUILD/$TAV_LIBDIR/libtav.so
-# Role files, written by root alone, are what a mistake would do the most harm with.
+# The simulated root user writes role files: on the real machine these would do the most harm.
 sed 's/"machine"/"root": true, "machine"/' "$TAV_SOURCE/simulator/devices/cinnabar.json" \
     >"$work/root.json"
 
-# What may leak: nothing of the device may come to be on this machine.
+# The device's paths, which must not appear on this machine.
 on_this_machine() { find /var/kora /var/vire /proc/nduid 2>/dev/null || true; }
 there_before=$(on_this_machine)
 
-# Which of the three a program was linked with first.
+# Each program must be linked with the library that its name says first.
 for order in 'libtavsim ' 'libSDL _sdl_first' 'libc.so _c_first'; do
     program=$programs/service_reply${order#* }
     grep -m 1 -E '\[lib(tavsim|SDL|c\.so)' <<<"$(readelf -d "$program")" |
@@ -20,7 +20,7 @@ for order in 'libtavsim ' 'libSDL _sdl_first' 'libc.so _c_first'; do
 done
 
 export TAVSIM_DEVICE=$work/root.json
-# What is loaded in place of being linked seems to leak to a sanitizer.
+# To LeakSanitizer, libraries that are loaded at run time seem to leak.
 export ASAN_OPTIONS=${ASAN_OPTIONS:-}:detect_leaks=0
 expect_nothing_here() {
     [ "$(on_this_machine)" = "$there_before" ] || fail "$command: left $(on_this_machine)"
@@ -29,14 +29,13 @@ works() {
     says 0 "$1" '' run --device "$TAVSIM_DEVICE" "${@:2}"
     expect_nothing_here
 }
-# refuses LINE COMMAND…: the library's calls fail, with one line that says why.
+# refuses LINE COMMAND…: the library's calls fail, and one line on standard error says why.
 refuses() {
     local said=$1
     shift
     run env HOME="$XDG_RUNTIME_DIR" "$@"
     [ "$status" -ne 0 ] || fail "$command: works: $out"
-    # The pattern is one.
-    # shellcheck disable=SC2053
+    # shellcheck disable=SC2053 # a pattern
     [[ $(grep '^tav' <<<"$err") == $said ]] || fail "$command said: $err"
     [[ $err == *'no call: '* ]] || fail "$command: $out $err"
     [[ $command != *.py* || $out == $'name:\nid:\ndata:' ]] ||
@@ -56,7 +55,7 @@ refuses "$no_linux" "$programs/service_reply_linux_sdl_first"
 refuses "$no_linux" env LD_PRELOAD="$sanitizer" "${python[@]}" "$libtav"
 refuses "$no_device" env LD_PRELOAD="$sanitizer" "${python[@]}" "$simulator" "$libtav"
 if [ "$TAV_LINUX" = ON ]; then
-    # Put in front, it finds that there is no bus.
+    # When preloaded, it works as far as it can without a bus.
     says 2 '*' 'no call: Unable to dispatch service call' \
         run --real "$programs/service_reply_linux_sdl_first"
 fi
@@ -66,30 +65,30 @@ done
 works 'Kitchen percent 72' "${python[@]}" "$libtav"
 unset TAVSIM_DEVICE
 
-# A test that has the device in its own process gets none where that is not in front.
+# A test with the device in its own process gets no device in a wrong link order.
 for test in "$programs"/alarm_test_*_first; do
     run "$test"
     expect 1 '**' 'this program finds * before the simulated device**'
     says 0 '0 failures' 'tavsim: *: did not use the device: *' run "$test"
 done
 
-# Nor does a difference show otherwise.
+# Under tavsim run, the link order makes no difference.
 "$tavsim" run --virtual-time "$TAV_BUILD/bin/tour" >"$work/tour"
 "$tavsim" run --virtual-time "$programs/tour_sdl_first" 2>&1 | diff -u "$work/tour" - ||
     fail 'the order of linking shows under tavsim run'
 
-# Every way to a device's file leads below the root folder; the library's own ways have names that
-# no order of libraries changes.
+# Every function that takes a path is redirected into the root folder. The library does not call
+# such functions by names that the order of libraries can change.
 for program in device_files device_files_large; do run "$programs/$program" && expect 0 '' ''; done
 run sh -c 'nm -D --undefined-only "$1" | awk "{print \$NF}" | grep -xE "$2"' - "$libtav" \
     '(f?open|stat|mkdir|system|getuid|sqlite3_open)[_a-z0-9]*(@.*)?'
 expect 1 '' ''
 
-# A process that does not use the library is left alone.
+# For a process that does not use the library, paths are not redirected.
 says 1 '' '**' run cat /proc/nduid
 
-# A root folder that somebody else can change is refused, whoever names it, and nothing in it is
-# written, followed or run. The rescan program would run with the rights of the user.
+# A root folder that another user can change is refused, and nothing in it is written, followed or
+# run: the rescan program in it would run with the rights of this user.
 mkdir "$work/elsewhere"
 refuses_root() {
     local expected=$1 folder=$2
@@ -106,7 +105,8 @@ fresh_root() {
     printf '#!/bin/sh\necho >"%s/run"\n' "$work/elsewhere" >"$root/usr/bin/ks-control"
     chmod 755 "$root/usr/bin/ks-control"
 }
-# refuses_after REASON PATHS COMMAND…: with each of these paths in the root folder as its last word.
+# refuses_after REASON PATHS COMMAND…: runs the command with each path in the root folder as its
+# last argument. The folder is then refused.
 refuses_after() {
     for path in $2; do
         fresh_root
@@ -135,7 +135,7 @@ else
     refuses_after 'cannot be read' var chmod 0
     chmod 755 "$root/var"
 fi
-# One that is the user's own is used, and used again, whatever is made in it by default.
+# The user's own root folder is accepted, and accepted again after a run with a umask of 0.
 fresh_root
 for _ in 1 2; do
     (umask 0 && TAVSIM_DEVICE=$work/root.json TAVSIM_ROOT=$root "$programs/service_reply") \

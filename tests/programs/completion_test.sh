@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
-# Completion in bash: it offers what tavsim itself lists.
+# Completion in bash, whose words come from tavsim itself.
 source "$(dirname "$0")/check.sh"
 source "$TAV_SOURCE/tools/completion.bash"
 
-# offers EXPECTED WORD...: what is offered, sorted, for the last word; an = is a word to bash.
+# offers EXPECTED WORD…: the sorted completions of the last word. In bash, a = is a word of its own.
 offers() {
     COMP_WORDS=("$tavsim" "${@:2}") COMP_CWORD=$(($# - 1))
     _tavsim

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# The command `tavsim ctl` and a running program.
+# `tavsim ctl` with running programs, and without.
 source "$(dirname "$0")/check.sh"
 waits=$programs/wait_for_quit
 
@@ -26,14 +26,14 @@ says 0 '{"machine":"quern","plugin":false,*"state":{"keyboard":"shown"}}' '' ctl
 says 0 '[[]{"root":"*","device":"quern","program":"*wait_for_quit","process":[1-9]*}]' '' ctl list --json
 says 1 '' 'tavsim: no command "dance"; *' ctl dance
 
-# An application that is busy does not answer, and is told apart from one that is gone.
+# A busy application does not answer. The message must tell it from one that has ended.
 pkill -STOP -P "$first"
 complains 'ctl: the application has not handled *' ctl --timeout 0.1 state
 says 1 '' "tavsim: ctl: wait: the application has not handled SDL's events within 100 ms" \
     ctl --timeout 0.1 wait ready
 says 1 '' 'tavsim: ctl: wait: the program has not ended within 100 ms' ctl wait ended within 0.1s
 says 0 "$TMPDIR/*  quern: $waits" '' ctl list
-# So are others that wait for it and say nothing, however many.
+# Clients that connect and say nothing fill the queue of the socket, but block no later command.
 root=$("$tavsim" ctl list | cut -d ' ' -f 1)
 coproc crowd { cd "$root" && exec python3 -c '
 import socket, sys
@@ -54,7 +54,7 @@ pkill -CONT -P "$first"
 wait "$awaiting" || fail 'a crowd kept a command from its answer'
 exec {crowd[1]}>&-
 
-# Entries that are there already, that come, and that never do.
+# Waiting for entries that are there already, that come later, and that never come.
 says 0 '{*"what":"keyboard","outcome":"shown"}' '' ctl wait what=keyboard 'outcome="sh?w*"'
 "$tavsim" ctl --timeout 60 wait 'what="compass reading"' intValue=7 >"$work/entry" &
 awaiting=$!
@@ -63,7 +63,7 @@ says 1 '' 'tavsim: ctl: wait: no such entry within 100 ms' ctl wait kind=nothing
 wait "$awaiting" || fail 'an entry that came was not seen'
 grep -q '"intValue":7' "$work/entry" || fail "the entry that came: $(<"$work/entry")"
 
-# With two devices the user is shown how to choose, and chooses.
+# With two devices running, the message shows how to choose one.
 second_root="$work/second root"
 "$tavsim" run --root "$second_root" "$waits" again >"$work/second" &
 second=$!
@@ -73,14 +73,14 @@ complains "ctl: several devices are running, choose one with
   --root *: $waits*" ctl state
 says 0 "**$second_root  cinnabar: $waits again**" '' ctl list
 
-# A follower ends with its device, and says so when the device could not say that it ends.
+# `journal --follow` ends with its device, with an error when the device was killed.
 follow() {
     rm -f "$work/lines"
     mkfifo "$work/lines"
     "$tavsim" ctl --root "$1" journal --follow >"$work/lines" 2>"$work/cut" &
     follower=$!
     exec 3<"$work/lines"
-    read -r _ <&3 # it follows
+    read -r _ <&3 # the first line is there, so it is connected
 }
 follow "$second_root"
 "$tavsim" ctl --root "$second_root" wait kind=nothing 2>"$work/told" &
@@ -107,7 +107,7 @@ exec 3<&-
 rm -r "$second_root"
 expect_nothing_left 'two devices'
 
-# Whatever answers in place of a device.
+# Malformed answers from a process that is no device.
 answers=('' ok $'ok\nmore' 'error' 'o' 'o\5\0\0\0\0\0\0\0ab' 'z\0\0\0\0\0\0\0\0'
     'o\377\377\377\377\377\377\377\377' 'd\377\377\377\377\0\0\0\0')
 mkdir "$work/false"

@@ -1,5 +1,5 @@
-// Reaches the device's fixed paths in every way that a program might, and names those that fail.
-// Compiled twice: as it is, and with large files and checked calls.
+// Uses the device's fixed paths with every function that a program might use, and names those that
+// fail. Compiled twice: plainly, and with 64-bit file offsets and _FORTIFY_SOURCE.
 #include <dirent.h>
 #include <fcntl.h>
 #include <sqlite3.h>
@@ -23,7 +23,7 @@ constexpr char kMissing[] = "/var/vire/ks2/roles/pub/none";
 constexpr char kWayOut[] = "/usr/vire/ks2/templates/../../../../../../../../../../../etc/passwd";
 constexpr char kDatabase[] = "/var/kora/preferences/systemprefs.db";
 
-// Not a constant, so that a checked call is made of it.
+// Not a constant, so that _FORTIFY_SOURCE makes a checked call of it.
 volatile int g_reading = O_RDONLY;
 
 bool closes(int file) {
@@ -38,7 +38,7 @@ bool closes(DIR* folder) {
     return folder != nullptr && closedir(folder) == 0;
 }
 
-// A change also makes a file beside the database.
+// A change also creates SQLite's journal file beside the database.
 bool opensForChanges(int flags) {
     sqlite3* database = nullptr;
     const int result = flags == 0 ? sqlite3_open(kDatabase, &database)
@@ -97,7 +97,7 @@ const std::pair<const char*, bool (*)()> kWays[] = {
 
 int main() {
     int failures = 0;
-    // Before the library's first call: it is the device's all the same.
+    // The paths must be redirected even before the library's first call.
     for (const auto& [name, works] : kWays) {
         if (!works()) {
             std::printf("%s: %s\n", name, std::strerror(errno));

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# How runs end, whoever ends them, and what becomes of their folders and of the processes in them.
+# The ends of runs: by programs, signals and time-outs. No run leaves a folder or a process behind.
 source "$(dirname "$0")/check.sh"
 waits=$programs/wait_for_quit
 stubborn=(sh -c 'trap "" TERM; echo ready; exec sleep 600')
@@ -13,7 +13,7 @@ start() {
     [ "$(stat -c %a "$TMPDIR"/tavsim-*/*/running.json)" = 600 ] || fail 'others can read what runs'
 }
 
-# expect_end STATUS OUTPUT ERRORS: of that run.
+# expect_end STATUS OUTPUT ERRORS: waits for that run to end.
 expect_end() {
     wait "$runner" 2>/dev/null && status=0 || status=$?
     command='the run' out=$(<"$work/said") err=$(<"$work/told")
@@ -31,8 +31,8 @@ kill -KILL "$program"
 expect_end 137 '' "tavsim: $waits: ended by SIGKILL *"
 expect_nothing_left 'a killed program'
 
-# A run that is asked to end hands that on to its program, for which SDL makes it a quit event; and
-# to the one on the device, where a script has started that.
+# `tavsim run` passes SIGTERM on to its program, where SDL turns it into a quit event. When a script
+# has started the program on the device, that gets it too.
 script "$work/script" "$waits
 exit 3"
 for row in "0 $waits" "143 $work/script"; do
@@ -53,14 +53,14 @@ for ((n = 0; n < 20; ++n)); do
 done
 expect_nothing_left 'runs that were asked to end at once'
 
-# A second request kills a program that does not listen.
+# A second SIGTERM kills a program that ignores the first.
 "$tavsim" run "${stubborn[@]}" >"$work/said" 2>"$work/told" &
 runner=$!
 wait_until grep -q ready "$work/said"
 wait_until ends_when_asked "$runner"
 expect_end 137 ready $'tavsim: sh: was asked *second time*\n*did not use*'
 
-# The time-out: first politely.
+# The time-out asks the program to quit before it kills it.
 says 124 '*' "tavsim: $waits: ended after 0.3 seconds*" run --timeout 0.3 "$waits"
 deaf() { (trap '' TERM && exec "$@"); }
 run deaf "$tavsim" run --timeout 0.1 "${stubborn[@]}"
@@ -68,8 +68,8 @@ expect 124 ready $'tavsim: *: ended after 0.1 seconds*\n*did not use*'
 says 5 '' '*did not use*' run --timeout 600 sh -c 'exit 5'
 expect_nothing_left 'runs with a time-out'
 
-# Nothing outlives a run that is killed or asked to end: no second device, and nothing else that
-# holds the output open.
+# No process outlives a run that is killed or asked to end: neither a second device, nor a process
+# in a session of its own, which would hold the output open.
 script "$work/many" "setsid sleep 600 & $waits & exec $waits"
 mkfifo "$work/pipe"
 many_run() {
@@ -90,14 +90,14 @@ for end in 'KILL 0' 'TERM 2' 'HUP 2'; do
     wait_until nothing_is_left
 done
 
-# A fork that ends leaves the device alone.
+# A child process that exits does not end the device.
 start "$waits" fork
 says 0 '' '' ctl quit
 expect_end 0 quit ''
 expect_nothing_left 'a program that forks'
 
-# A program that closes all descriptors loses nothing, and its own file gets nothing, not even the
-# reason where the journal is lost for good.
+# A program closes all descriptors and reuses their numbers for its own file. Journal, trace and
+# recording stay complete, and nothing is written into that file, not even an error message.
 export TAV_TRACE=tav_f TAV_TRACE_FILE=$work/trace
 closes=(--journal "$work/journal" "$waits" close "$work/own")
 "$tavsim" run --record "$work/recording" "${closes[@]}" >"$work/said" 2>"$work/told" &
@@ -111,8 +111,8 @@ grep -q '"visible":0' "$work/journal" || fail "the journal: $(<"$work/journal")"
 [ "$(grep -c TAV_Quit "$work/trace")" -eq 2 ] || fail "the trace: $(<"$work/trace")"
 [ ! -s "$work/own" ] || fail "the program's file: $(<"$work/own")"
 
-# Of two programs in one run that are there at once, each has a device and a journal; one after the
-# other they are on the same device.
+# Two programs in one run that overlap have a device and a journal each. One after the other, they
+# are on the same device.
 script "$work/both" "$programs/service_reply
 $waits &
 $tavsim ctl wait ready within 60s
@@ -125,7 +125,8 @@ registrations() { cat "$@" | grep -c NApp_registerTAV; }
 [ "$(registrations "$work/journal".*)" -eq 1 ] || fail "the journals: $(ls "$work")"
 expect_nothing_left 'two programs'
 
-# A run tidies up behind programs that were killed, follows no link, and leaves alone what lives.
+# A run removes the folders of programs that were killed, but follows no link in them. It keeps the
+# folders of living programs.
 mkdir "$work/precious"
 touch "$work/precious/file"
 TAVSIM_CONTROL=1 "$waits" >/dev/null &
@@ -144,7 +145,7 @@ expect_end 0 quit ''
 expect_nothing_left 'tidying up'
 TAVSIM_CONTROL=1 "$waits" thread >/dev/null &
 threads=$!
-wait_until is_gone "$threads" # as far as its first thread goes
+wait_until is_gone "$threads" # its first thread, a zombie now
 live=$(echo "$TMPDIR"/tavsim-*/*)
 run "$tavsim" run "$programs/service_reply"
 [ -e "$live" ] || fail 'the folder of a program whose first thread has ended is gone'

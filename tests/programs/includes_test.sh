@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Who may include what. The library: its own headers, the platform's, SDL's, SQLite's, GLib's, the
-# compiler's and those of the C and C++ libraries. What implements the platform: its own room and
-# those below.
+# Which headers a file may include. In the library: its own headers and those of the platform, SDL,
+# SQLite, GLib, C and C++. In an implementation of the platform: those of its own folder and of the
+# folders below it in this list.
 source "$(dirname "$0")/check.sh"
 cd "$TAV_SOURCE"
 

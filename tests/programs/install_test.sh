@@ -1,11 +1,11 @@
 #!/usr/bin/env bash
-# An installed copy: programs are built against it in a fresh folder, with pkg-config and with CMake.
-# They receive a reply on a simulated device, and alone they are on this machine, where there is no
-# bus; with the simulated device linked first, they have that also without tavsim.
+# An installed copy: programs are built against it with pkg-config and with CMake. Under tavsim they
+# receive a reply on a simulated device. Without it they run on this machine, where there is no bus,
+# unless they were linked with the simulated device first.
 source "$(dirname "$0")/check.sh"
 
 cmake --install "$TAV_BUILD" --prefix "$work/before" --strip >/dev/null
-# The copy can be moved.
+# The copy must work after it was moved.
 prefix=$work/installed
 mv "$work/before" "$prefix"
 libraries=$prefix/$TAV_LIBDIR
@@ -23,7 +23,7 @@ done
 grep -q 'soname: \[libtav.so.3\]' <<<"$(readelf -d "$libraries/libtav.so")" ||
     fail 'the soname is wrong'
 
-# No installed file knows where it was built or first installed, but for what instruments it.
+# No installed file holds the path where it was built or first installed. Instrumented builds do.
 folders=("$work/before")
 [ -n "${TAV_FLAGS:-}" ] || folders+=("$TAV_BUILD" "$TAV_SOURCE")
 for folder in "${folders[@]}"; do
@@ -37,7 +37,7 @@ while read -r file; do
     done
 done < <(find "$prefix" -type f)
 
-# The installed tool works by itself.
+# The installed tool works without LD_LIBRARY_PATH.
 run env -u LD_LIBRARY_PATH "$prefix/bin/tavsim" devices
 [[ $status -eq 0 && $(wc -l <<<"$out") -eq 9 ]] || fail "tavsim devices: $status: $out $err"
 
@@ -65,8 +65,8 @@ works ./plain
 read -ra simulating < <(pkg-config --libs tavsim)
 "$CC" "${flags[@]}" "${compiling[@]}" -o simulated service_reply.c "${simulating[@]}"
 replies ./simulated
-# The tool puts the device in front also where a sanitizer wants to be, and where its own path cannot
-# be preloaded.
+# tavsim can preload the device into a program with AddressSanitizer, which must come first, and
+# from a folder whose path LD_PRELOAD cannot hold.
 read -ra sanitizing <<<"${TAV_FLAGS:--fsanitize=address}"
 "$CC" "${sanitizing[@]}" "${compiling[@]}" -o sanitized service_reply.c "${linking[@]}" \
     -Wl,-rpath,"$libraries"
@@ -87,13 +87,13 @@ if [ "$platform" = tavlinux ]; then
     cp "$odd/$TAV_LIBDIR/libtavlinux.so" "$libraries"
 fi
 rm -rf "$odd"
-# Some distributions drop libraries that a program calls nothing of. One that leaves SDL's events to
-# another library calls nothing of the platform's, and needs it in front all the same.
+# Some distributions link with --as-needed, which drops a library that the program does not call. A
+# program that calls no function of the platform library needs it to be interposed all the same.
 printf '#include "tav.h"\nint main(void) { return TAV_GetKOBVersion() != 300; }\n' >silent.c
 "$CC" "${flags[@]}" "${compiling[@]}" -Wl,--as-needed -o silent silent.c "${linking[@]}"
 grep -q "NEEDED.*lib$platform" <<<"$(readelf -d silent)" ||
     fail 'the platform was dropped as not needed'
-# A program that names SDL too still finds it behind the platform.
+# The link order stays right when a program names SDL itself.
 read -ra linking < <(pkg-config --libs sdl tav)
 "$CC" "${flags[@]}" "${compiling[@]}" -o both service_reply.c "${linking[@]}"
 works ./both
@@ -104,7 +104,8 @@ builds_and_passes() {
         cmake --build "$1/build" >>"$work/log" &&
         ctest --test-dir "$1/build" --output-on-failure >>"$work/log" || fail "$1: $(<"$work/log")"
 }
-# Applications with their tests: with the device in the process of the tests, and with scenarios.
+# The examples are projects with tests: one with the device in the test's process, one with
+# scenarios.
 for example in station-alarm cache-hunt; do
     cp -R "$TAV_SOURCE/examples/$example" "$work/$example"
     builds_and_passes "$work/$example"

@@ -1,5 +1,5 @@
-"""Loads the library itself, in place of being linked with it, and asks for the device's name and for
-a reply: loads_library.py [PLATFORM] LIBRARY"""
+"""Loads the library at run time, and asks for the device's name and a reply: loads_library.py
+[PLATFORM] LIBRARY"""
 
 import ctypes
 import sys

@@ -1,6 +1,5 @@
 #!/usr/bin/env bash
-# On this machine a window is minimised with SDL 1.2 as with SDL 1.2 on SDL 2, and refused where there
-# is none to see.
+# Minimising a window on this machine, with SDL 1.2 itself or on SDL 2: refused without a display.
 source "$(dirname "$0")/check.sh"
 
 run "$TAV_BUILD/bin/tav_linux_driver" minimize

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# The library alone, built where there is no simulator, against another library that implements the
-# same platform; and a program that uses the two.
+# The library built without the simulator's sources, against another implementation of the platform,
+# and a program that uses both.
 source "$(dirname "$0")/check.sh"
 
 mkdir "$work/source"

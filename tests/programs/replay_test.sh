@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# A session at a display, with keys from the keyboard, is recorded and then played in virtual time:
-# the journals of both are the same, byte for byte.
+# A session with keys and clicks from the X server is recorded and then played in virtual time. Both
+# journals must be the same, byte for byte.
 source "$(dirname "$0")/check.sh"
 cd "$work"
 start_display
@@ -17,7 +17,7 @@ timeout 60 xdotool search --sync --onlyvisible --name 'Cache hunt' windowfocus -
 
 xdotool key h
 sees what=reply uri=*getItemInfo
-# The application takes keys again once it has handled its events twice.
+# Two commands: the application must have handled its events twice before it takes keys again.
 ctl compass follow on
 ctl walk 60 52.5140,13.3500 52.5152,13.3500
 xdotool click 1

@@ -1,13 +1,13 @@
 #!/usr/bin/env bash
-# The command `tavsim run`: what it starts, what it refuses, and what it says.
+# `tavsim run`: what it starts, what it refuses, and its messages.
 source "$(dirname "$0")/check.sh"
 unused='tavsim: *: did not use the device: nothing reached it *'
 print=(sh -c 'printf "%s\n" "$@"' sh)
 
-# refuses ERROR OPTIONS…: nothing is started.
+# refuses ERROR OPTIONS…: tavsim starts no program with these options.
 refuses() { complains "$@" "${print[@]}" started; }
 
-# A device that cannot be had: one line that names the file and the field.
+# A profile with an error: one line names the file and the field.
 while IFS='|' read -r complaint json; do
     printf '%b' "$json" >"$work/profile.json"
     refuses "$work/profile.json: $complaint" run --device "$work/profile.json"
@@ -32,7 +32,7 @@ done
 root=$work/profile.json/root
 refuses "$root: the device's root folder cannot be made" run --root "$root"
 
-# Nor does a program run on without what it was to write, or with a trace that nobody writes.
+# A run ends with an error when its journal or trace cannot be written.
 uses=(run "$programs/service_reply")
 complains '/dev/full: the journal cannot be written: No space left on device' run \
     --journal /dev/full "${uses[1]}"
@@ -44,15 +44,15 @@ TAV_TRACE=tav_e,tav_x
 complains 'TAV_TRACE: "tav_x" is none of tav_f, tav_e, tav_1, tav_2, tav_9, all' "${uses[@]}"
 unset TAV_TRACE TAV_TRACE_FILE
 
-# A program that cannot be started: its name and why.
+# A program that cannot be started: the message names it and the reason.
 printf 'no program' >"$work/text"
 says 127 '' 'tavsim: no-such-program: No such file or directory' run no-such-program
 says 127 '' "tavsim: $work/text: Permission denied" run "$work/text"
 chmod +x "$work/text"
 says 127 '' "tavsim: $work/text: Exec format error" run "$work/text"
 
-# A program that no device can be put in front of: why, and nothing is started. A script is what its
-# interpreter is.
+# A program into which no device can be preloaded: the message says why. For a script its
+# interpreter counts.
 refuses_program() {
     printf '#!%s\n' "$1" >"$work/script"
     chmod +x "$work/script"
@@ -68,15 +68,14 @@ fi
 refuses_program "$foreign" 'runs with rights *; run a copy *'
 for change in '4 \x03' '5 \x03' '18 \xff'; do # word size, order of bytes, processor
     cp "$programs/waits" "$work/other"
-    # The bytes are an escape sequence.
-    # shellcheck disable=SC2059
+    # shellcheck disable=SC2059 # the byte is an escape sequence
     printf "${change#* }" | dd of="$work/other" bs=1 seek="${change% *}" conv=notrunc status=none
     refuses_program "$work/other" 'is built for another processor or word size *; run one *'
 done
 echo 'int main(void) { return 0; }' | "$CC" -static -o "$work/static" -x c -
 complains "$work/static: is linked statically*; link it dynamically*" run "$work/static"
 
-# The program's own end; what is no ordinary one is named.
+# The exit status is the program's. A signal is named in a message.
 for code in 0 1 7 255; do
     says "$code" '' "$unused" run sh -c "exit $code"
 done
@@ -91,10 +90,10 @@ done
 says 137 '' "tavsim: sh: ended by SIGKILL *; its journal is $work/journal"$'\n'"$unused" \
     run --journal "$work/journal" "${kill[@]}" 9
 
-# Without its folder it is not known whether one was on the device.
+# When the root folder is gone, tavsim cannot tell whether a program used the device, and is silent.
 says 0 '' '' run sh -c 'rm -r "$TAVSIM_ROOT"'
 
-# Everything from the program's name on is the program's; -- may stand before it.
+# Everything after the program's name is passed on to the program. A -- may come before it.
 says 0 $'--device\nnothing\n-h' "$unused" run --device quern "${print[@]}" --device nothing -h
 says 0 --journal "$unused" run --device quern -- "${print[@]}" --journal
 says 0 $'a\n--\nb\n--\nc' "$unused" run "${print[@]}" a -- b -- c
@@ -117,11 +116,12 @@ for words in '' no-such-command 'devices too many' 'devices -- x' -x; do
     says 2 '**' '?**' $words
 done
 
-# The list for other programs.
+# The list of devices as JSON.
 says 0 '[[]{"name":"cinnabar","file":"*cinnabar.json","title":"Cinnabar: *"},*,{"name":"unknown",*}]' \
     '' devices --json
 
-# On this machine there is no device to describe, and the program is what it would be alone.
+# --real runs on this machine: options for a device are refused, and the program runs as it does
+# without tavsim.
 for option in '--device quern' '--timeout 5' --virtual-time; do
     # shellcheck disable=SC2086
     refuses 'run: --real stands alone: *' run --real $option
@@ -131,7 +131,7 @@ if [ "$TAV_LINUX" = ON ]; then
     run "${real[@]}" "${print[@]}" --device nothing
     expect 0 $'--device\nnothing' ''
     says 127 '' 'tavsim: no-such-program: No such file or directory' run --real no-such-program
-    # Nor does a trace that cannot be had end it.
+    # A trace that cannot be written does not end it.
     for where in TAV_TRACE_FILE={"$work/missing/trace",/dev/full}; do
         run env TAV_TRACE=tav_x,tav_f "$where" "$tavsim" run --real "$programs/service_reply_linux"
         expect 2 unknown 'tav: TAV_TRACE: "tav_x" is none of *'$'\n'"tav: *cannot write *"$'\nno call: *'
@@ -140,13 +140,13 @@ if [ "$TAV_LINUX" = ON ]; then
     expect 1 '' '**'
 fi
 
-# The devices that come with it are the ones that it lists.
+# Every device that comes with tavsim is listed.
 run "$tavsim" devices
 diff <(cut -d ' ' -f 1 <<<"$out" | sort) \
     <(cd "$TAV_SOURCE/simulator/devices" && printf '%s\n' *.json | sed 's/\.json$//' | sort) ||
     fail "tavsim devices: $out"
 
-# Without a display nothing is drawn into the terminal, if nothing else was chosen.
+# Without a display, SDL must not draw into the terminal unless the user has chosen a driver.
 told=$'tavsim: there is no display: *\n'
 for chosen in UNRELATED= DISPLAY=:7 WAYLAND_DISPLAY=a SDL_VIDEODRIVER=other; do
     run env -u DISPLAY -u WAYLAND_DISPLAY -u SDL_VIDEODRIVER "$chosen" \
@@ -155,10 +155,10 @@ for chosen in UNRELATED= DISPLAY=:7 WAYLAND_DISPLAY=a SDL_VIDEODRIVER=other; do
     expect 0 "driver ${told:+dummy}" "$told$unused"
 done
 
-# An inherited preload list is kept behind the simulator.
+# The simulator is preloaded before the libraries of an inherited LD_PRELOAD.
 LD_PRELOAD='' says 0 whole "$unused" run "${print[@]}" whole
 
-# A root folder that was asked for stays, without a trace of who was on it.
+# A root folder that the user named is kept, without the run's links in it.
 says 0 $'*\npercent 72' '' run --root "$work/kept" "$programs/service_reply"
 [ -f "$work/kept/proc/nduid" ] || fail 'the root folder asked for did not stay'
 [ -z "$(find "$work/kept" -type l)" ] || fail 'the run left its claims'

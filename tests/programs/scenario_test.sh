@@ -1,16 +1,16 @@
 #!/usr/bin/env bash
-# Scenarios, played to whole programs: what their steps do, and how a run with one ends.
+# Scenarios that are played to whole programs: what their steps do, and how the runs end.
 source "$(dirname "$0")/check.sh"
 waits=$programs/wait_for_quit
 cd "$work"
 
-# plays STATUS OUTPUT ERRORS STEPS [ARGUMENTS…]: what comes of them, in virtual time.
+# plays STATUS OUTPUT ERRORS STEPS [ARGUMENTS…]: plays the steps in virtual time, and expects that.
 plays() {
     printf 'program %s\n%s\n' "$waits" "$4" >scenario
     says "${@:1:3}" run --virtual-time --scenario scenario "${@:5}"
 }
 
-# All kinds of steps. The journal is the same each time, and in real time but for its times.
+# All kinds of steps. Every run gives the same journal; in real time, only its times differ.
 mkdir sub
 printf 'device quern\nprogram %s\nlimit 50\n' "$waits" >sub/app
 cat >scenario <<'EOF'
@@ -37,7 +37,7 @@ cmp first second || fail 'two runs differ'
 grep -q '"at":1500,.*"intValue":3,' first || fail "the journal: $(<first)"
 diff <(sed 's/"at":[0-9]*//' first) <(sed 's/"at":[0-9]*//' real) || fail 'real time differs'
 
-# A step that fails ends the run: where it stands, what it is, why, and the journal.
+# A step that fails ends the run. The message has its line, its text, the reason and the journal.
 while IFS='|' read -r steps reason; do
     steps=${steps//; /$'\n'}
     line=$(($(wc -l <<<"$steps") + 1))
@@ -55,7 +55,7 @@ expect ended within 2s|the application still runs
 after 1s: quit; after 1s: plugin on|the application ended at 1000 ms before this
 EOF
 
-# Entries in any order: each meets one line, also where another line would take it.
+# A block of expectations in any order: each entry meets one line, even where it matches several.
 readings=$'after 5ms: compass 1 1 1\ncompass 2 2 2\ncompass 1 3 3\nexpect within 1s all\nwhat=compass*\n'
 plays 0 quit '' "$readings"$'intValue=2\nintValue=1\nend\nexpect never for 1s what=*'
 plays 3 '' 'scenario:8: intValue=3: the journal has no such entry, nor one for 1 more**' \
@@ -71,12 +71,12 @@ says 0 quit '' run --virtual-time --scenario table --row 2
 says 3 '' 'table:7: expect intValue=2 what="a b[*]": **' run --virtual-time --scenario table --row 1
 complains 'run: --row *' run --row 2 "$waits"
 
-# What never should come ends it at once, and counts until the program is through.
+# `expect never` ends the run at once, and holds until the program has ended.
 for steps in 'expect never for 1s what=reply' $'expect never what=reply\nafter 1ms: plugin on'; do
     plays 3 '**' "scenario:2: ${steps%%$'\n'*}: the journal has {**" "$steps" "$programs/service_reply"
 done
 
-# What is judged at the end: all of it, where the steps were done.
+# Expectations about output and status are judged at the end, all of them.
 plays 3 $'*\npercent 72' 'scenario:2: expect output percent: no such line was printed
 scenario:3: expect output no[*]: no such line was printed
 scenario:4: expect status 7: it is 0' \
@@ -87,11 +87,12 @@ plays 3 '*' 'scenario:2: expect output percent[*]: *
 scenario: expect status 0: it is 1' 'expect output percent*' "$programs/service_reply" 0
 plays 0 '*' '' 'expect status 1' "$programs/service_reply" 0
 
-# The command line comes before the header; without steps that wait the program ends by itself.
+# Options of the command line override the header. Without steps that wait, the program ends by
+# itself.
 plays 0 $'*\npercent 52' '' $'device nonsense\nrefuse keyboard' \
     --device fern "$programs/service_reply"
 
-# A malformed scenario, or one for what there is not: nothing is started.
+# With a malformed scenario or an unknown device, nothing is started.
 plays 2 '' 'scenario:2: no command "locaton"; did you mean "location"[?]' 'locaton 1 2'
 plays 2 '' 'tavsim: no device "nonsense"; *' 'device nonsense'
 says 2 '' 'none: no such file' run --scenario none "$waits"
@@ -102,7 +103,7 @@ if [ -z "${TAV_FLAGS:-}" ]; then
 fi
 says 2 '' '*: is no regular file' run --scenario <(echo quit) "$waits"
 
-# Ends that no step had part in: the step that was waiting is named.
+# When the run ends while a step waits, the message names that step.
 printf 'limit 0.3\nprogram %s\nat 99s: quit' "$waits" >scenario
 says 124 '**' $'**0.3 seconds, its time-out\nscenario:3: at 99s: quit: * ended **' \
     run --scenario scenario
@@ -117,14 +118,14 @@ run "$tavsim" run --scenario scenario --timeout 60 sh killed "$waits" "$tavsim"
 expect 3 '' 'scenario:3: at 99s: quit: the application ended before this, which was waited for since * ms'
 plays 3 '' $'tavsim: *did not use *\nscenario: was not played*' quit true
 
-# Only the first device plays: neither a fork, nor another program at the same time or later.
+# Only the first program plays the scenario: no child process of it and no later program does.
 plays 0 quit '' 'after 1s: quit' "$waits" fork
 printf '"$1"\n"$1" 5\n' >twice
 plays 0 $'*\npercent 72\n*' '' \
     $'expect within 1s what=call*\nexpect within 1s what=reply\nexpect status 1' \
     sh twice "$programs/service_reply"
 
-# A recording of what comes through the socket, at the machine's pace, gives the same journal again.
+# A recording of commands that came through the control socket in real time gives the same journal.
 "$tavsim" run --device quern --record session --journal recorded "$TAV_BUILD/bin/instruments" &
 runner=$!
 "$tavsim" ctl wait ready within 60s
@@ -138,7 +139,7 @@ says 0 '*' '*' run --virtual-time --scenario session --journal played
 cmp recorded played || fail "another journal: $(<session)"
 grep -q '^expect ended within ' session || fail "the recording: $(<session)"
 
-# The manual's example.
+# The example in docs/scenarios.md.
 sed -n '/^```scenario/,/^```/p' "$TAV_SOURCE/docs/scenarios.md" | sed '/^```/d' >battery.scenario
 ln -s "$TAV_BUILD/bin/services" services
 says 0 '**Tick 2**' '**' run --scenario battery.scenario --virtual-time

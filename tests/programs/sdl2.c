@@ -1,5 +1,5 @@
-/* A program of SDL 2, whose functions have the names of SDL 1.2's: receives an event in two ways
- * and waits a moment. */
+/* A program with SDL 2, whose functions have the same names as those of SDL 1.2. It receives an
+ * event in two ways and waits a moment. */
 #include <stdint.h>
 #include <stdio.h>
 

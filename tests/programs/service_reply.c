@@ -1,5 +1,5 @@
-/* Asks a service and prints its reply: service_reply [MILLISECONDS], how long to wait for it at
- * most. Like many applications it calls nothing but libtav and SDL. */
+/* Calls a service and prints its reply: service_reply [MILLISECONDS], the longest wait for it. Like
+ * many applications it calls only libtav and SDL. */
 #include <stdio.h>
 #include <stdlib.h>
 
@@ -31,7 +31,7 @@ int main(int argc, char *argv[])
         fprintf(stderr, "no call: %s\n", TAV_GetError());
         return 2;
     }
-    /* A second call, so that what is said once is seen to be said once. */
+    /* A second call must not print a message again that is to appear once. */
     TAV_ServiceCall("vire://com.vire.clock/ticks", "{}");
     for (waited = 0; !answered && waited < patience; waited += STEP) {
         SDL_Event event;

@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
-# The command `tavsim test`: which scenarios it runs and how, and what it says of them.
+# `tavsim test`: which scenarios it runs, how, and what it reports.
 source "$(dirname "$0")/check.sh"
 cd "$work"
 
-# Everything below a folder, and only that, in the order of the names.
+# All scenarios below a folder, each once, in the order of their names.
 mkdir -p suite/more empty
 cat >suite/first.scenario <<END
 device quern
@@ -53,8 +53,8 @@ for words in '' empty nowhere suite/nowhere.scenario '--jobs 0 suite' '--junit n
     says 2 '' '?**' test $words
 done
 
-# What to run: a part of a name, those that failed last time, each row of a table; and what is said of
-# those that pass.
+# Scenarios chosen by name or by their last failure, tables with a case for each row, and the report
+# about scenarios that pass.
 mkdir some
 printf '%s\n' 'table row what' 'good percent' '"not good" nothing' end "program $reply" \
     'expect output "${what}*"' >some/rows.scenario
@@ -72,7 +72,7 @@ says 0 'none of the scenarios failed when it last ran' '' test --failed some
 run python3 -c 'import pty, sys; pty.spawn(sys.argv[1:])' "$tavsim" test --jobs 1 some
 expect 0 $'**\r\e[[]K1 of 3 scenarios**\r\e[[]K3 scenarios: 3 passed in *' ''
 
-# Pictures: what differs is beside the report, until they are stored anew.
+# Pictures that differ: files show the difference beside the report, until --update-pictures.
 printf 'device quern\nprogram %s\nat 1s: picture a.png\n' "$TAV_BUILD/bin/instruments" >show.scenario
 anew=$'show.scenario:*/a.png: written anew, * \n1 scenario: 1 passed in *'
 says 0 "${anew/ \* / there was none}" '' test --update-pictures show.scenario
@@ -86,7 +86,7 @@ says 0 "${anew/ \* / * of 128000 pixels differ, by up to *}" '' \
     test --junit report.xml --update-pictures show.scenario
 [ ! -e report-pictures ] || fail 'the difference of an earlier run is still there'
 
-# Without another descriptor no run can be begun.
+# Without a free descriptor, no run can be started.
 if [ -z "${TAV_FLAGS:-}" ]; then
     run_with_descriptors 6 "$tavsim" test suite/first.scenario
     expect 2 'NOT RUN suite/first.scenario (*s)
@@ -94,7 +94,7 @@ suite/first.scenario: Too many open files
 1 scenario: 0 passed, 1 not run in * s' ''
 fi
 
-# Two that need each other run at once.
+# Two scenarios that wait for each other pass only when they run at the same time.
 mkdir pair
 mkfifo fifo
 script pair/write "echo >fifo; exec $programs/service_reply"
@@ -104,8 +104,8 @@ for name in write read; do
 done
 says 0 '2 scenarios: 2 passed in *' '' test --jobs 2 pair
 
-# A program whose output does not end, and whose bytes are no text; and one that fails with a line
-# like the simulator's own.
+# A program with endless output that is no valid text, and one that prints a line like an error of
+# the simulator.
 script floods 'printf "\1\377<&]]>\n"; exec yes "$(printf "\1\377")"'
 printf 'limit 1\nprogram ./floods\n' >floods.scenario
 script speaks 'echo "tavsim: speaks:1: this"; exit 1'
@@ -115,7 +115,7 @@ says 1 '**' '**' test --junit report.xml floods.scenario speaks.scenario
 run cases
 expect 0 "**('failure', 'speaks:1: this')**" '**'
 
-# An interruption ends all programs, also those that do not listen, and so does an end by force.
+# When tavsim test is interrupted or killed, all programs end, even those that ignore SIGTERM.
 sleeps="$work/sleep 600"
 cp "$(command -v sleep)" "$work"
 script stubborn "trap '' TERM; $sleeps & exec $sleeps"

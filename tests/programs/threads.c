@@ -1,5 +1,5 @@
-/* Does on several threads at once, before and after the first call of the library, what a program
- * may do on any: events, time, timers, the device's files and the user. */
+/* Does on several threads at once what a program may do on any thread: events, time, timers, the
+ * device's files and the user id, both before and after the first call of the library. */
 #include <stdio.h>
 #include <string.h>
 #include <unistd.h>

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Time as programs see it: virtual time with and without the library, and on several threads; and a
-# program of another SDL, which is left alone.
+# Virtual time in programs with and without the library and on several threads. A program that uses
+# SDL 2 is left alone.
 source "$(dirname "$0")/check.sh"
 
 run "$tavsim" run --virtual-time "$programs/waits"

@@ -1,10 +1,9 @@
 #!/usr/bin/env bash
-# The tour prints on each device what that device is to answer.
+# The tour prints each device's answers.
 source "$(dirname "$0")/check.sh"
 expected=$TAV_SOURCE/tests/expected
 
-# The network page shows the machine's own interfaces, and how wide the columns are is the tour's
-# own business.
+# The page about the network depends on this machine. The widths of the columns do not matter.
 compared() {
     awk '/^Network$/ {skip = 1} /^$/ {skip = 0} !skip' | sed 's/\([^ ]\)  */\1 /g' | cut -c-150
 }
@@ -14,7 +13,7 @@ for profile in "$TAV_SOURCE"/simulator/devices/*.json; do
     run "$tavsim" run --device "$device" --virtual-time "$TAV_BUILD/bin/tour"
     expect 0 '**' ''
     compared <"$work/out" >"$work/$device"
-    # What they differ in, in one line.
+    # One line for each device, with the values in which devices differ.
     for line in 'hardware id' 'product name' screen density 'device name' language 'system version' \
         'as integer percent' fix; do
         printf '%s | ' "$(sed -n "s/^  $line //p" "$work/$device" | head -n 1)"
@@ -23,7 +22,7 @@ done
 diff -u "$expected/tour.txt" "$work/cinnabar" || fail 'the tour of cinnabar differs'
 diff -u "$expected/devices.txt" "$work/devices" || fail 'the tours of the devices differ'
 
-# As the root user, it finds roles for the path that it really has, made at its first start.
+# For the root user, the first start makes role files with the real path of the program.
 echo '{"extends": "cinnabar", "root": true}' >"$work/root.json"
 for rescans in 2 0; do
     run "$tavsim" run --device "$work/root.json" --root "$work/root" --virtual-time \

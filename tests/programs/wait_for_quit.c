@@ -1,6 +1,6 @@
-/* Shows the keyboard, asks a service and runs until it is asked to quit. With the argument "fork"
-   it first starts a process that ends at once, with "thread" it ends its first thread and stays,
-   with "close FILE" it closes all descriptors and has its file behind their numbers. */
+/* Shows the keyboard, calls a service and runs until it is asked to quit. With the argument "fork",
+ * it first starts a child process that ends at once. With "thread", its main thread ends while
+ * another one stays. With "close FILE", it closes all descriptors and reuses their numbers. */
 #include <fcntl.h>
 #include <pthread.h>
 #include <stdio.h>

@@ -1,4 +1,4 @@
-/* Waits in all of SDL's ways, without libtav: prints the time after each. */
+/* Waits in every way that SDL offers, without libtav, and prints the time after each. */
 #include <stdio.h>
 
 #include "SDL.h"

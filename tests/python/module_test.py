@@ -1,4 +1,4 @@
-"""The module for tests in Python: what it says of failures, and that nothing is left of a run.
+"""The Python module: its errors, and that a run leaves neither processes nor files behind.
 
 TAV_BUILD names the build folder.
 """
