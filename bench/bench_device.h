@@ -36,7 +36,7 @@ public:
     BenchDevice& operator=(const BenchDevice&) = delete;
 };
 
-// A benchmark that does not do what it is meant to do measures nothing.
+// Lets a benchmark fail that has not done its work.
 inline void expect(benchmark::State& state, bool condition, const char* what) {
     if (!condition) {
         state.SkipWithError(what);

@@ -11,7 +11,7 @@ NApp_MethodCallback g_methodCall = nullptr;
 
 }  // namespace
 
-// Stands in front of the host's, to hold the callback that the library gives it.
+// Interposed before the host's function, to keep the callback that the library registers.
 extern "C" TAV_PLATFORM_API bool NApp_RegisterKiteHandlers(NApp_MethodListCallback,
                                                            NApp_MethodCallback methodCall) {
     g_methodCall = methodCall;
@@ -59,7 +59,7 @@ bool isAnswer(const HDataWriter& writer) {
     return !isException && std::strcmp(text, kAnswer) == 0;
 }
 
-// Calls the method that was registered last, which is the last one to be found.
+// Calls the method that was registered last.
 void performCalls(benchmark::State& state, NApp_MethodCallback perform) {
     HDataWriter call;
     writeCall(&call, methodName(state.range(0) - 1));

@@ -42,7 +42,7 @@ void callBare(const char* uri) {
     NApp_GetKSCaller()->ksCallWithResponse(uri, kPayload, false, onBareReply, nullptr);
 }
 
-// Has the given number of calls outstanding, and then hands over the replies.
+// Makes that many calls, and then delivers the replies.
 using Round = void (*)(std::int64_t count, void (*call)(const char*));
 
 void inOrder(std::int64_t count, void (*call)(const char*)) {
@@ -52,7 +52,7 @@ void inOrder(std::int64_t count, void (*call)(const char*)) {
     tavsim::device().pump();
 }
 
-// The service is silent, so the replies come by token.
+// The service does not reply by itself, so that replies can be delivered in any order.
 void inAnotherOrder(std::int64_t count, void (*call)(const char*),
                     void (*arrange)(std::vector<int>& tokens)) {
     const tavsim::Reply reply = R"({"returnValue":true})";
@@ -73,13 +73,13 @@ void inReverse(std::int64_t count, void (*call)(const char*)) {
 
 void atRandom(std::int64_t count, void (*call)(const char*)) {
     inAnotherOrder(count, call, [](std::vector<int>& tokens) {
-        // The same order each time is what is wanted.
+        // A fixed seed, for the same order each time.
         std::minstd_rand random(20260803);  // NOLINT(cert-msc32-c,cert-msc51-cpp)
         std::shuffle(tokens.begin(), tokens.end(), random);
     });
 }
 
-// The time is that of one round. The first one is not counted: it is the one that gets memory.
+// Measures one round. The first round, which allocates memory, does not count.
 void callAndReply(benchmark::State& state, Round round, void (*call)(const char*)) {
     const BenchDevice device(state, services());
     const std::int64_t count = state.range(0);
@@ -106,7 +106,7 @@ BENCHMARK_CAPTURE(callAndReply, atRandom_bare, atRandom, callBare)->Apply(outsta
 void onOtherReply(TAV_ServiceParameters*, void*) {
 }
 
-// The given functions have the same number of calls each, in turn; the first one is unregistered.
+// The functions take turns in the calls, so that each has as many. The first one is unregistered.
 void unregister(benchmark::State& state, std::initializer_list<TAV_ServiceCallback> functions,
                 size_t left) {
     const BenchDevice device(state, services());

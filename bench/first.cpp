@@ -1,4 +1,4 @@
-// The least program that calls the library.
+// The smallest program that calls the library.
 #include "tav.h"
 
 int main(int, char**) {

@@ -67,7 +67,7 @@ bool callWithGdbus(GDBusConnection* connection) {
 void linuxCallLibtav(benchmark::State& state) {
     SDL_Init(SDL_INIT_VIDEO);
     TAV_Init(0);
-    bool isRight = callWithLibrary();  // the first one connects and looks at the service
+    bool isRight = callWithLibrary();  // the first call connects and introspects
     for (auto _ : state) {
         isRight = callWithLibrary() && isRight;
     }

@@ -1,7 +1,6 @@
-// How often a process on this machine wakes up while nothing happens: linux_idle. Prints one JSON
-// object: the wake-ups of its threads in a second in which the application sleeps, with a call
-// answered and a subscription open, and those in a second in SDL_WaitEvent, of this library and of
-// SDL alone.
+// How often a process wakes up while nothing happens: linux_idle. Prints one JSON object: the
+// wake-ups of its threads in a second in which the application sleeps, with a subscription open,
+// and in a second in SDL_WaitEvent, with the library and with SDL alone.
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -43,7 +42,7 @@ long wakeUps() {
 long wakeUpsAsleep() {
     const long before = wakeUps();
     std::this_thread::sleep_for(kWhile);
-    return wakeUps() - before - 1;  // the end of the sleep is one
+    return wakeUps() - before - 1;  // without the one that ends the sleep
 }
 
 long wakeUpsWaiting() {
@@ -68,7 +67,7 @@ int main() {
         return EXIT_FAILURE;
     }
     TAV_Init(0);
-    const long plain = wakeUpsWaiting();  // before the first request, all is SDL's
+    const long plain = wakeUpsWaiting();  // before the first request, as SDL alone
     const std::string bus = kBus;
     TAV_ServiceCallWithCallback((bus + "NameAcquired").c_str(), "{}", onReply, nullptr, SDL_FALSE);
     TAV_ServiceCallWithCallback((bus + "GetId").c_str(), "{}", onReply, nullptr, SDL_TRUE);
@@ -76,7 +75,7 @@ int main() {
     while (!isAnswered) {
         SDL_PollEvent(&event);
     }
-    wakeUpsAsleep();  // meanwhile the bus answers what was asked besides
+    wakeUpsAsleep();  // until the bus has answered the library's own requests
     const long asleep = wakeUpsAsleep();
     const long waiting = wakeUpsWaiting();
     std::printf("{\"asleep\": %ld, \"waiting\": %ld, \"waiting_plain\": %ld}\n", asleep, waiting,

@@ -14,7 +14,7 @@ MOST_WAITING = 1.1
 
 
 def on_fresh_bus(command, environment):
-    """What a program prints that has a session bus to itself, and no system bus."""
+    """The output of a program that has a session bus to itself, and no system bus."""
     with tempfile.TemporaryDirectory() as folder:
         environment = environment | {"XDG_RUNTIME_DIR": folder,
                                      "DBUS_SYSTEM_BUS_ADDRESS": f"unix:path={folder}/none"}
@@ -38,7 +38,7 @@ def call_rows(program, rounds, environment, shown_time):
              for _ in range(rounds)]
     for index, kind in enumerate(("", ", processor time")):
         ours, beside = ([each[n][index] for each in times] for n in (0, 1))
-        ratio = min(ours) / min(beside)  # whatever else a machine does only adds to them
+        ratio = min(ours) / min(beside)  # other load only adds to a time
         bound = f"at most {MOST_CALL}" if index == 0 else ""
         yield ([f"call of a D-Bus service and reply, beside GDBus{kind}",
                 shown_time(min(ours)), shown_time(min(beside)),
@@ -46,7 +46,7 @@ def call_rows(program, rounds, environment, shown_time):
 
 
 def start(program, environment):
-    """Milliseconds that a program runs, and the memory that it says it has."""
+    """The running time of a program in milliseconds, and the memory that it reports."""
     before = time.perf_counter()
     printed = subprocess.run([program], check=True, stdout=subprocess.PIPE, env=environment).stdout
     return {"ms": (time.perf_counter() - before) * 1e3} | json.loads(printed)

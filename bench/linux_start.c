@@ -1,5 +1,5 @@
-/* An application that starts and ends, with the library (WITH_LIBTAV) and without. Prints the KiB
- * of memory that it has by then, all of it and the part that no other process shares. */
+/* An application that starts and ends, with the library (WITH_LIBTAV) and without. Prints its
+ * memory in KiB, in all and the part that no other process shares. */
 #include <stdio.h>
 
 #include "SDL.h"

@@ -1,7 +1,6 @@
-// What the library adds to a program that has the platform, SDL and SQLite in use already, once in
-// a fresh process: tav_loading LIBTAV. Prints one JSON object: microseconds that loading took, and
-// KiB of resident memory that loading and TAV_Init added, all of it and the part that no other
-// process shares.
+// What the library adds to a fresh process that uses the platform, SDL and SQLite already:
+// tav_loading LIBTAV. Prints one JSON object: the microseconds that loading took, and the resident
+// memory in KiB that loading and TAV_Init added, in all and the part that no other process shares.
 #include <dlfcn.h>
 #include <sqlite3.h>
 
@@ -51,7 +50,7 @@ int main(int argc, char** argv) {
         fail("usage", "tav_loading LIBTAV");
     }
     usePlatform();
-    memory();  // looking takes memory too, the first time
+    memory();  // the first measurement itself takes memory
     const Memory before = memory();
     const auto start = std::chrono::steady_clock::now();
     void* library = dlopen(argv[1], RTLD_LAZY);

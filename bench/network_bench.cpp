@@ -1,4 +1,4 @@
-// The addresses of the loopback interface, beside the socket and the requests that give them.
+// The addresses of the loopback interface, beside the bare socket and ioctl calls.
 #include <net/if.h>
 #include <netinet/in.h>
 #include <sys/ioctl.h>

@@ -1,7 +1,6 @@
-// A program that has SDL and does not use the library. Without arguments it does nothing; with
-// "measure" it prints what it finds as one JSON object: the nanoseconds of functions that a
-// preloaded device stands in front of, in processor time, the least of many rounds, and its memory
-// in KiB, all of it and the part that no other process shares.
+// A program that uses SDL but not the library. Without arguments it does nothing. With "measure" it
+// prints one JSON object: the processor time in ns, the least of many rounds, of functions before
+// which a preloaded device is interposed, and the memory in KiB, resident and written to.
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -71,7 +70,7 @@ int main(int argc, char** argv) {
     std::printf(R"({"poll": %.2f, "open": %.1f, "fopen": %.1f, "delay": %.1f, )",
                 least(20000, poll), least(1000, openDescriptor), least(1000, openFile),
                 least(20, delay));
-    tavbench::memory();  // looking takes memory too, the first time
+    tavbench::memory();  // the first measurement itself takes memory
     const tavbench::Memory memory = tavbench::memory();
     std::printf(R"("resident_kib": %ld, "written_kib": %ld})", memory.resident, memory.written);
     SDL_Quit();

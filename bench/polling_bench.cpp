@@ -16,7 +16,7 @@ void onReply(TAV_ServiceParameters*, void*) {
 
 using Poll = int (*)(SDL_Event*);
 
-// SDL's own, past what stands in front of it.
+// SDL's own function, without the interposed one.
 Poll sdlsPoll() {
     void* sdl = dlopen("libSDL-1.2.so.0", RTLD_LAZY | RTLD_NOLOAD);
     return sdl != nullptr ? reinterpret_cast<Poll>(dlsym(sdl, "SDL_PollEvent")) : nullptr;
@@ -38,7 +38,7 @@ void poll(benchmark::State& state, Poll poll) {
     SDL_Quit();
 }
 
-// The device runs in real time, can be steered, and has a delivery in its queue.
+// The device runs in real time, with a control socket and a delivery in its queue.
 void pollLibtav(benchmark::State& state) {
     tavsim::Options options;
     options.control = true;
@@ -52,7 +52,7 @@ void pollLibtav(benchmark::State& state) {
 }
 BENCHMARK(pollLibtav);
 
-// SDL's own comes to SDL_PumpEvents in front of it, which passes on what no device is there for.
+// SDL's own function calls the interposed SDL_PumpEvents, which only passes on without a device.
 void pollBare(benchmark::State& state) {
     poll(state, sdlsPoll());
 }

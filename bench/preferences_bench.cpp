@@ -1,4 +1,4 @@
-// Settings from the preferences database, beside the same database calls written out.
+// Settings from the preferences database, beside the bare SQLite calls.
 #include <sqlite3.h>
 
 #include <algorithm>
@@ -84,7 +84,7 @@ void languageSqlite(benchmark::State& state) {
 }
 BENCHMARK(languageSqlite);
 
-// The host finds the members.
+// The host's function reads the members.
 void languageSqliteAndHost(benchmark::State& state) {
     char locale[64] = {};
     char language[32] = {};

@@ -1,4 +1,4 @@
-// Tracing that nobody listens to, and the queries that do little else.
+// Tracing while nobody listens, and queries that do little else.
 #include "bench/bench_device.h"
 #include "platform/htracker.h"
 

@@ -1,4 +1,4 @@
-// One value of a reply, read by the library, by the parser below it, and by what else there is.
+// One value of a reply, read by the library, by simdjson below it, and by other parsers.
 #include <cjson/cJSON.h>
 #include <json-c/json.h>
 #include <rapidjson/document.h>
@@ -10,7 +10,7 @@ namespace {
 
 using tavbench::expect;
 
-// What is read is the last member, and 1.5 in each of them.
+// The value that is read is the last member, 1.5 in each reply.
 struct Reply {
     const char* name;
     const char* key;
@@ -27,7 +27,7 @@ constexpr char kFix[] =
     R"({"errorCode":0,"latitude":52.5201,"longitude":13.4062,"altitude":34,"horizAccuracy":6.0,)"
     R"("vertAccuracy":10.0,"heading":86.5,"velocity":1.5})";
 
-// A list of items to buy, of exactly so many bytes.
+// A list of items to buy, of exactly that many bytes.
 std::string itemsReply(size_t size) {
     const std::string end = R"("total":1.5})";
     std::string reply = R"({"returnValue":true,"items":[)";

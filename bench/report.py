@@ -24,15 +24,15 @@ UNITS = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
 
 
 class Figure:
-    """One line: a benchmark, and where there is one, what it is put beside and the bound."""
+    """One row: a benchmark, and optionally what it is compared with, and its bound."""
 
     def __init__(self, what, name, beside=None, most=None, limit=None, calls=1):
         self.what = what
         self.name = name
-        self.beside = beside  # names; of several the fastest counts
-        self.most = most  # bound of this / beside
-        self.limit = limit  # bound of this alone, in nanoseconds
-        self.calls = calls  # in one iteration
+        self.beside = beside  # names, of which the fastest counts
+        self.most = most  # upper bound of the ratio
+        self.limit = limit  # upper bound of a call, in nanoseconds
+        self.calls = calls  # in each iteration
 
 
 def replies(what, name, most, fastest=None):
@@ -91,7 +91,7 @@ POLL = ("SDL_PollEvent, library in use, nothing due", "pollLibtav", "pollBare")
 HOUR = Figure("an hour of virtual time, 3,600,000 polls and 75,600 readings",
               "hourOfVirtualTime/iterations:1/process_time", limit=2e9)
 
-SLOW = "purchaseTimeout"  # takes its 15 seconds, so it runs once
+SLOW = "purchaseTimeout"  # takes 15 seconds, so it runs once
 PURCHASE = Figure("a payment request's wait of 15 s, processor time",
                   f"{SLOW}/iterations:1/process_time", limit=50e6)
 
@@ -105,14 +105,14 @@ def output_of(command, **more):
 
 
 def clean_environment():
-    """Nobody listens to the trace, and SDL needs no screen."""
+    """An environment without a trace and without a display."""
     environment = {name: value for name, value in os.environ.items()
                    if not name.startswith("TAV")}
     return environment | {"SDL_VIDEODRIVER": "dummy"}
 
 
 def measure(program, which):
-    """One run of the benchmarks, in the order of their definition: nanoseconds by name."""
+    """Runs the benchmarks once, and returns nanoseconds by name."""
     with tempfile.NamedTemporaryFile(suffix=".json") as file:
         run([program, f"--benchmark_filter={which}", "--benchmark_min_time=0.05",
              f"--benchmark_out={file.name}", "--benchmark_out_format=json"],
@@ -132,7 +132,7 @@ def shown_time(nanoseconds):
 
 
 def time_row(figure, rounds):
-    """The least of all rounds: whatever else the machine does only adds to a time."""
+    """Takes the minimum of all rounds, because other load only adds to a time."""
     def least(name):
         return min(times[name] for times in rounds)
 
@@ -195,7 +195,7 @@ def preloading_rows(program, library):
     for name, what in (("poll", "SDL_PollEvent"), ("open", "open and close"),
                        ("fopen", "fopen and fclose"), ("delay", "SDL_Delay(0)")):
         with_it, without = (min(values[name] for values in side) for side in (ours, bare))
-        # A poll takes so little that the jump through what stands in front of it shows.
+        # A poll is so short that the jump through the interposed function shows in the ratio.
         is_short = without < 50
         met = with_it - without <= 10 if is_short else with_it / without <= 1.05
         yield ([f"{what}, device preloaded and not used", shown_time(with_it),
@@ -212,8 +212,8 @@ def preloading_rows(program, library):
 
 
 def start_rows(binaries):
-    """What `tavsim run` adds to a program, from its start to its end: processor time of all that
-    takes part, and real time."""
+    """What `tavsim run` adds to a program, from its start to its end: processor time of all
+    processes, and real time."""
     def took(*command):
         before, start = resource.getrusage(resource.RUSAGE_CHILDREN), time.perf_counter()
         run(command, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,

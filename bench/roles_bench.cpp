@@ -9,8 +9,7 @@
 #include "platform/visibility.h"
 #include "src/roles/role_file.h"
 
-// The library's own name of system(): the bus's rescan costs nothing here, so that it does not blur
-// the difference.
+// Replaces the library's system(), so that the time of the bus's rescan does not blur the ratio.
 extern "C" TAV_PLATFORM_API int skipRescan(const char* command) asm("__wrap_system");
 int skipRescan(const char*) {
     return 0;
@@ -51,7 +50,7 @@ std::string finished(const std::string& line) {
     return replaced(replaced(line, "XXXIDXXX", kId), "XXXEXEPATHXXX", kExecutable);
 }
 
-// The ten lines over and over, without a newline behind the last.
+// The ten lines over and over, without a newline after the last.
 std::string textOf(std::int64_t lines, std::string (*made)(const std::string& line)) {
     std::string text;
     for (std::int64_t i = 0; i < lines; ++i) {
@@ -83,7 +82,7 @@ std::string contentOf(const std::string& path) {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-// The side that copies has no newline to add.
+// The results are compared up to the last brace, because only the library adds a newline after it.
 template <typename Generate>
 void makeRoleFile(benchmark::State& state, std::string (*line)(const std::string&),
                   Generate generate) {
