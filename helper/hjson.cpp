@@ -49,7 +49,7 @@ std::unique_ptr<HJson> takeParser() {
 
 void giveBack(std::unique_ptr<HJson> json) {
     if (json->padded.size() <= kBytesKept) {
-        idleParser() = std::move(json);
+        idleParser().swap(json);
     }
 }
 
