@@ -44,7 +44,10 @@ std::unique_ptr<HJson>& idleParser() {
 }
 
 std::unique_ptr<HJson> takeParser() {
-    return idleParser() != nullptr ? std::move(idleParser()) : std::make_unique<HJson>();
+    if (idleParser() == nullptr) {
+        return std::make_unique<HJson>();
+    }
+    return std::move(idleParser());
 }
 
 void giveBack(std::unique_ptr<HJson> json) {
