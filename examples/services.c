@@ -13,7 +13,7 @@
 #define TICKS_WANTED 3
 #define LONGEST_RUN_MS 10000
 
-/* The reply functions find it through the user data that was given with the call. */
+/* Each call hands it to its reply function as the user data. */
 typedef struct {
     int answers;
     int ticks;
@@ -36,7 +36,7 @@ static void onBattery(TAV_ServiceParameters *reply, void *userData)
     ++progress->answers;
 }
 
-/* A service says in its reply that it could not do what it was asked. */
+/* A service reports a failure in its reply. */
 static void onHello(TAV_ServiceParameters *reply, void *userData)
 {
     Progress *progress = userData;

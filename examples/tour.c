@@ -8,7 +8,7 @@
 #include "tav.h"
 
 #define SECOND 1000
-#define STEP 10 /* milliseconds between two looks at the event queue */
+#define STEP 10 /* milliseconds between two polls of the event queue */
 
 static void row(const char *name, const char *format, ...)
 {
@@ -20,7 +20,7 @@ static void row(const char *name, const char *format, ...)
     printf("\n");
 }
 
-/* What a call that returned an error code gave, or its failure. */
+/* A row with the value that a call gave, or with its error. */
 static void text(const char *name, int code, const char *value)
 {
     if (code == TAV_NOERROR) {
@@ -35,7 +35,7 @@ static void outcome(const char *name, int code)
     text(name, code, "ok");
 }
 
-/* Lets the device deliver what falls due, and hands user events to the handler. */
+/* Handles events for so long, and passes user events to the handler. */
 static void handle_events(int milliseconds, void (*handler)(const SDL_UserEvent *))
 {
     Uint32 end = SDL_GetTicks() + (Uint32)milliseconds;

@@ -3,7 +3,7 @@
 #include "SDL_gfxPrimitives.h"
 #include "picture.h"
 
-#define LEAST_WIDTH 240 /* what a drawing needs */
+#define LEAST_WIDTH 240 /* pixels that the picture needs */
 #define LEAST_HEIGHT 250
 
 SDL_Surface *canvas;
@@ -64,7 +64,7 @@ void write_centered(int x, int y, Uint32 color, const char *text)
     write_at(x - (int)strlen(text) * LETTER / 2, y - LETTER / 2, color, text);
 }
 
-/* The letters are enlarged in their place, from the far corner on. */
+/* Enlarges the letters in place, from the far corner on: no pixel is overwritten too early. */
 void write_large(int x, int y, Uint32 color, const char *text)
 {
     int width = (int)strlen(text) * LETTER * LARGE;

@@ -6,7 +6,7 @@
 
 #define RADIANS (M_PI / 180.0)
 #define METERS_PER_DEGREE 111195.0
-#define CLOSE_ENOUGH 12.0 /* metres from which a cache is seen */
+#define CLOSE_ENOUGH 12.0 /* metres at which a cache is found */
 #define STRIDE 8.0        /* metres between two marks of the trail */
 
 const struct Cache caches[CACHE_COUNT] = {
@@ -17,7 +17,7 @@ const struct Cache caches[CACHE_COUNT] = {
 
 struct Hunt hunt = {.battery = -1, .running = 1};
 
-/* The earth is flat in a park. */
+/* Within a park, the earth is flat enough. */
 static double meters_north(struct Place place)
 {
     return (place.latitude - hunt.here.latitude) * METERS_PER_DEGREE;

@@ -1,4 +1,4 @@
-/* The game: what is hidden, what is found, and what the device has told so far. */
+/* The game: what is hidden, what is found, and what the device has reported so far. */
 #ifndef CACHE_HUNT_HUNT_H
 #define CACHE_HUNT_HUNT_H
 
@@ -18,11 +18,11 @@ struct Cache {
 };
 
 struct Hunt {
-    int found;         /* how many caches are found; the next of them is looked for */
+    int found;         /* number of caches found; the next one is looked for */
     int has_fix;       /* the position is known at this moment */
     struct Place here; /* the last one that was known */
     double distance;   /* metres to the cache that is looked for */
-    double approach;   /* by how many metres the last fix has come nearer */
+    double approach;   /* metres by which the last fix came nearer */
     double heading;    /* where the device points, in degrees */
     int has_compass;   /* without one the heading is where the player walks */
     int has_hint;      /* the direction of the cache is bought */
@@ -32,7 +32,7 @@ struct Hunt {
     struct Place trail[TRAIL_LENGTH]; /* where the player was, the latest first */
     int trail_length;
     char message[40];
-    int is_bad; /* the message is of a failure */
+    int is_bad; /* the message is about a failure */
     int running;
     int changed; /* since the picture was drawn */
 };
@@ -62,7 +62,7 @@ void start_sensors(void);
 /* A reading, a fix or a failure has come. */
 void on_user_event(const SDL_UserEvent *event);
 
-/* Looks for a lost position again and asks the battery, when it is time to. */
+/* Retries to get a lost position, and reads the battery's charge now and then. */
 void tend_sensors(void);
 
 /* shop.c: hints are for sale */

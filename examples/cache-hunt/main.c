@@ -1,4 +1,4 @@
-/* Cache hunt: walk to what is hidden, with a distance, a compass and, for money, a hint.
+/* Cache hunt: walk to hidden caches, by distance, compass and, for money, a hint.
  *
  *     tavsim run --device hunt.json cache-hunt
  */

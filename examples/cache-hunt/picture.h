@@ -17,12 +17,12 @@
 #define BLUE 0x4f9fe8ff
 
 #define LETTER 8 /* width and height of a letter */
-#define LARGE 3  /* times that */
+#define LARGE 3  /* scale of large letters */
 #define DIAMOND "\x04"
 #define UP "\x18"
 #define DOWN "\x19"
 
-/* canvas.c: what is drawn with */
+/* canvas.c: drawing */
 
 extern SDL_Surface *canvas;
 
@@ -32,25 +32,25 @@ int open_canvas(int width, int height);
 /* Shows what has been drawn. */
 void show_canvas(void);
 
-/* The place on the canvas of one on the screen. */
+/* Converts a coordinate on the screen to one on the canvas. */
 int on_canvas(int pixel);
 
 void fill(SDL_Rect area, Uint32 color);
 void write_at(int x, int y, Uint32 color, const char *text);
 void write_centered(int x, int y, Uint32 color, const char *text);
 
-/* On a ground of one colour. */
+/* The background must be of one colour. */
 void write_large(int x, int y, Uint32 color, const char *text);
 
-/* radar.c: the way around the player, seen from above, with the heading at the top */
+/* radar.c: the player's surroundings, seen from above, with the heading at the top */
 
 void draw_radar(SDL_Rect area);
 
-/* How warm it is where the player is, from 0, far away, to less than 1, and its colour. */
+/* How near the next cache is, from 0, far away, to less than 1, and the colour for that. */
 double heat(void);
 Uint32 heat_color(double part);
 
-/* picture.c: the whole, and what keys and touches do */
+/* picture.c: the whole picture, and what keys and touches do */
 
 void lay_out(void);
 void draw(void);

@@ -5,15 +5,15 @@
 #include "picture.h"
 
 #define RANGE 160.0    /* metres from the middle to the edge */
-#define EDGE 0.9       /* of the disc, in parts of the radius; the ring of heat is around it */
-#define FAR_AWAY 240.0 /* metres from which it gets warmer */
+#define EDGE 0.9       /* of the disc, as a fraction of the radius; the heat ring is around it */
+#define FAR_AWAY 240.0 /* metres at which the heat ring begins to fill */
 #define SEGMENTS 48    /* of the ring */
 
 static struct {
     int x, y, radius;
 } disc;
 
-/* A corner has a bearing, in degrees, and a distance, in parts of the radius. */
+/* A bearing in degrees, and a distance as a fraction of the radius. */
 typedef double Corner[2];
 
 static void locate(double bearing, double distance, Sint16 *x, Sint16 *y)
@@ -50,7 +50,7 @@ Uint32 heat_color(double part)
     return hunt.found == CACHE_COUNT ? MINT : colors[(int)(part * 4)];
 }
 
-/* The ring stands still: it fills from the top, to the right. */
+/* The ring does not turn with the heading. It fills clockwise from the top. */
 static void draw_heat(void)
 {
     static const Corner segment[] = {{-2.6, 0.94}, {2.6, 0.94}, {2.6, 1.0}, {-2.6, 1.0}};

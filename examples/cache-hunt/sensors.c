@@ -24,7 +24,7 @@ static void start_tracking(void)
     next_try = SDL_GetTicks() + RETRY_INTERVAL;
 }
 
-/* A failure ends the tracking; once it is switched off, it can be switched on again. */
+/* After a failure, tracking must be switched off before it can be switched on again. */
 static void on_location_failure(void)
 {
     say("Looking for the position...", 1);

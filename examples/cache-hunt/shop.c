@@ -32,7 +32,7 @@ static void offer(void)
     hunt.is_offered = 1;
 }
 
-/* There is no limit to how long this takes, so the player is told before. */
+/* A purchase may take any time, so the player is told before. */
 static void buy(void)
 {
     TAV_ItemReceipt *receipt;

@@ -5,7 +5,7 @@
 
 struct Application app;
 
-/* Says how an action ended: with what it did, or with the failure's message. */
+/* Shows the result of an action: what was done, or the error message. */
 static void report(const char *action, const char *done, int code)
 {
     const char *why = TAV_GetError();
@@ -122,7 +122,7 @@ void start_application(void)
     ask_battery();
 }
 
-/* A failure ends the tracking; once it is switched off, it can be switched on again. */
+/* After a failure, tracking must be switched off before it can be switched on again. */
 static void on_location_failure(void)
 {
     TAV_Location none;

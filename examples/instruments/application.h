@@ -14,7 +14,7 @@ struct Application {
     int has_fix;
     TAV_Location fix;
     char reply[512];
-    char message[192]; /* what became of the last action */
+    char message[192]; /* the result of the last action */
     int failed;
     int running;
     int changed; /* since the last drawing */
@@ -27,12 +27,12 @@ struct Action {
     SDLKey key;
     const char *letter, *label;
     void (*act)(void);
-    const int *is_on; /* null for what is not switched on and off */
+    const int *is_on; /* null for an action that is no switch */
 };
 
 extern const struct Action actions[KEY_COUNT];
 
-/* Asks for what does not change, switches the sensors on and asks for the battery. */
+/* Reads what does not change, switches the sensors on and asks for the battery's status. */
 void start_application(void);
 
 /* A reading, a fix or a failure has come. */

@@ -70,7 +70,7 @@ static void lay_out_wide(struct Layout *layout, SDL_Rect rest, int gap)
     layout->reply = rest;
 }
 
-/* So many heights of small text go into the width and the height of a screen, or more. */
+/* The size of text of which `across` heights fit into the width and `down` into the height. */
 static int text_size(int width, int height, int across, int down)
 {
     int size = width / across < height / down ? width / across : height / down;

@@ -1,4 +1,4 @@
-/* The picture: what the application knows, every instrument in its place. */
+/* The picture, with every instrument in its place. */
 #ifndef INSTRUMENTS_PANELS_H
 #define INSTRUMENTS_PANELS_H
 

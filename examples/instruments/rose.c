@@ -15,7 +15,7 @@ static struct {
     double heading;
 } dial;
 
-/* The point at a bearing and at a distance from the centre, in parts of the radius. */
+/* The point at a bearing and a distance from the centre, as a fraction of the radius. */
 static void place(double bearing, double distance, Sint16 *x, Sint16 *y)
 {
     double angle = (bearing - dial.heading) * M_PI / 180.0;

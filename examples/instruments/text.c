@@ -6,17 +6,15 @@
 #include "SDL_gfxPrimitives.h"
 #include "SDL_rotozoom.h"
 
-#define LETTER                                                                        \
-    8 /* pixels in height and width of the font; it is drawn narrower than it is high \
-       */
+#define LETTER 8 /* pixels in height and width of the font */
 
 static int text_width(const char *text, double size)
 {
     return (int)((int)strlen(text) * size * LETTER_WIDTH);
 }
 
-/* In large the font would show its pixels. So the letters are enlarged smoothly, which blurs them,
- * and then the blur is narrowed to a pixel: what is left are smooth outlines. */
+/* A large font would show its pixels. Smooth scaling blurs the letters instead. Narrowing the blur
+ * to one pixel leaves smooth outlines. */
 static void sharpen(SDL_Surface *letters, double scale, Uint32 color)
 {
     int x, y;
@@ -78,7 +76,7 @@ void text_centered(SDL_Surface *screen, int x, int y, double size, Uint32 color,
     }
 }
 
-/* How much of a text goes into a line: up to a comma, if there is one. */
+/* How many characters go into a line, which ends after a comma where possible. */
 static int line_length(const char *text, int most)
 {
     int length = (int)strlen(text);

@@ -10,7 +10,7 @@
 #include "SDL.h"
 #include "tav.h"
 
-#define STEP 10 /* milliseconds between two looks at the event queue */
+#define STEP 10 /* milliseconds between two polls of the event queue */
 
 static int running = 1;
 

@@ -41,7 +41,7 @@ int alarmSet(double latitude, double longitude, double metres)
     return 0;
 }
 
-/* A device that cannot vibrate now is asked again with the next fix. */
+/* When the device cannot vibrate now, the next fix tries again. */
 static void onFix(const TAV_Location *fix)
 {
     alarm.state = ALARM_WAITING;
@@ -52,7 +52,7 @@ static void onFix(const TAV_Location *fix)
     }
 }
 
-/* A failure ends the tracking, so it has to begin again. */
+/* A failure ends the tracking, so it must be started again. */
 static void onLost(void)
 {
     alarm.state = ALARM_LOST;

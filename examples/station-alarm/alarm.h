@@ -7,12 +7,12 @@
 typedef enum {
     ALARM_OFF,
     ALARM_WAITING, /* the destination is not near yet */
-    ALARM_LOST,    /* the device does not know where it is, and goes on asking */
+    ALARM_LOST,    /* the device does not know where it is; the alarm keeps asking */
     ALARM_RINGING
 } AlarmState;
 
-/* Degrees, degrees, and the distance from there at which to ring. 0, or -1 when the device cannot
- * be asked where it is. */
+/* Rings within so many metres of the place, which is in degrees. Returns 0, or -1 when location
+ * tracking cannot be started. */
 int alarmSet(double latitude, double longitude, double metres);
 
 /* To be called with every event of SDL. */

@@ -34,7 +34,7 @@ static void showDevice(void)
         }                                                                       \
     } while (0)
 
-/* Lets the device be where the command says, and the application take notice. */
+/* Gives the device a position by the command, and lets the application handle the event. */
 static void be(const char *command)
 {
     SDL_Event event;

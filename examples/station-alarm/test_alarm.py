@@ -13,7 +13,7 @@ PROGRAM = os.environ.get("STATION_ALARM", "build/station_alarm")
 CENTRAL_STATION = ["52.5251", "13.3694", "1000"]
 FAR = "location 52.4000 13.0667 34 8 12 90 40"
 NEAR = "location 52.5251 13.3690 34 8 12 90 20"
-# It knows no more of where it is than it is told.
+# This device knows only the positions that a test gives it.
 DEVICE = {"machine": "cinnabar"}
 
 

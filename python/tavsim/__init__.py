@@ -1,4 +1,4 @@
-"""Run programs on a simulated device, steer it, and see what they did: tavsim for tests.
+"""Tests with tavsim: run a program on a simulated device, control the device, check what happened.
 
     with tavsim.Run(["./alarm", "52.5", "13.4"], device="cinnabar") as alarm:
         alarm.command("location 52.5 13.4 34 8 12 90 1.4")

@@ -15,8 +15,8 @@ Entry = dict[str, Any]
 def matches(entry: Mapping[str, Any], members: Mapping[str, str]) -> bool:
     """Whether the entry has all these members, each with a value that its glob matches.
 
-    In a glob, * stands for any characters and ? for one. Of values that are no strings it is the
-    JSON text that counts.
+    In a glob, * stands for any characters and ? for one. Values other than strings are matched by
+    their JSON text.
     """
     return all(
         name in entry and _glob(glob).fullmatch(_text(entry[name]))
@@ -34,7 +34,7 @@ def _glob(glob: str) -> re.Pattern[str]:
 
 
 class Journal:
-    """The entries of a file that is still written."""
+    """The entries of a journal file that is still being written."""
 
     def __init__(self, path: Path) -> None:
         self.entries: list[Entry] = []
@@ -42,13 +42,13 @@ class Journal:
         self._offset = 0
 
     def read(self) -> None:
-        """Takes in the whole lines that have been written since the last time."""
+        """Reads the whole lines that have been written since the last call."""
         if not self._path.exists():
             return
         with self._path.open("rb") as file:
             file.seek(self._offset)
             whole, newline, _ = file.read().rpartition(b"\n")
         self._offset += len(whole) + len(newline)
-        # What the application passes on need not be UTF-8.
+        # Text that comes from the application need not be UTF-8.
         text = whole.decode("utf-8", errors="replace")
         self.entries += [json.loads(line) for line in text.split("\n") if line]

@@ -1,4 +1,4 @@
-"""The process of `tavsim run`: which tool that is, its start and its end."""
+"""The process of `tavsim run`: finds the tool, starts it and ends it."""
 
 from __future__ import annotations
 
@@ -10,27 +10,27 @@ from collections.abc import Mapping, Sequence
 from pathlib import Path
 from typing import Union
 
-# tavsim takes requests to end that come at once for one.
+# Signals in quick succession count as one request to tavsim.
 _BETWEEN_REQUESTS_S = 0.25
 _MOST_REQUESTS = 40
 
 _WITHOUT_DISPLAY = {"SDL_VIDEODRIVER": "dummy", "SDL_AUDIODRIVER": "dummy"}
 WRITTEN = ("output", "errors")
-"""The files of what is written on standard output and standard error."""
+"""The names of the files that receive standard output and standard error."""
 
 StrPath = Union[str, "os.PathLike[str]"]
 
 
 class Error(Exception):
-    """What tavsim says of a run or a command that is not possible."""
+    """A run or a command that tavsim refuses. The text is tavsim's message."""
 
 
 class NotHappened(Error, AssertionError):
-    """What was waited for has not happened; to a test, a failure."""
+    """What a call waited for has not happened. In a test this counts as a failure."""
 
 
 def find_tool() -> str:
-    """The tavsim of the installation that this module belongs to, or else that of the PATH."""
+    """The path of tavsim, in the installation that has this module or else on the PATH."""
     for folder in Path(__file__).resolve().parents:
         beside = folder / "bin" / "tavsim"
         if beside.is_file():
@@ -42,14 +42,14 @@ def find_tool() -> str:
 
 
 def reason(errors: str) -> str:
-    """What tavsim has written on standard error, without its name."""
+    """The message that tavsim has written on standard error, without tavsim's name."""
     return errors.strip().removeprefix("tavsim: ")
 
 
 def start(
     command: Sequence[StrPath], environment: Mapping[str, str], folder: Path
 ) -> subprocess.Popen[bytes]:
-    """Starts the process, which writes into the folder, with the environment in front of our own."""
+    """Starts the process, with its output in the folder. `environment` overrides our own."""
     written = [(folder / name).open("wb") for name in WRITTEN]
     with written[0] as output, written[1] as errors:
         return subprocess.Popen(
@@ -62,7 +62,7 @@ def start(
 
 
 def end(process: subprocess.Popen[bytes], patience: float = 0.0) -> None:
-    """Asks the process to end, and again; the second time, tavsim kills the program."""
+    """Asks the process to end, and asks again. At the second request tavsim kills the program."""
     for wait in (max(patience, _BETWEEN_REQUESTS_S), *[_BETWEEN_REQUESTS_S] * _MOST_REQUESTS):
         if process.poll() is None:
             process.send_signal(signal.SIGTERM)
@@ -76,6 +76,6 @@ def end(process: subprocess.Popen[bytes], patience: float = 0.0) -> None:
 
 
 def end_and_remove(process: subprocess.Popen[bytes], folder: Path) -> None:
-    """Ends the process without patience, and removes the folder."""
+    """Ends the process without waiting for the program to quit, and removes the folder."""
     end(process)
     shutil.rmtree(folder, ignore_errors=True)

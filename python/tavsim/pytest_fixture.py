@@ -1,4 +1,4 @@
-"""A fixture for pytest. It is there where conftest.py says
+"""A fixture for pytest. To use it, write in conftest.py:
 
     pytest_plugins = ["tavsim.pytest_fixture"]
 """
@@ -15,7 +15,7 @@ from tavsim.run import Run
 
 @pytest.fixture
 def tavsim_run() -> Iterator[Callable[..., Run]]:
-    """Starts programs as tavsim.Run does; those that still run at the test's end are killed."""
+    """Starts programs as tavsim.Run does. Those that still run when the test ends are killed."""
     with contextlib.ExitStack() as runs:
 
         def start(*arguments: object, **options: object) -> Run:

@@ -27,19 +27,19 @@ from tavsim.process import (
     start,
 )
 
-_LOOK_S = 0.01  # between two looks at a file or a process
+_LOOK_S = 0.01  # between two polls of a file or a process
 _NOT_SET_UP = (2, 127)  # how `tavsim run` ends when it cannot start the program
 _SCENARIO_FAILED = 3
 _LINES_SHOWN = 10
-_ASKED_S = 5.0  # how long the program has when it is asked to quit
+_ASKED_S = 5.0  # that a program has to end when it is asked to quit
 
 
 class Run:
-    """A program that runs on a simulated device, from the start on.
+    """A program that runs on a simulated device. It is started when the object is made.
 
-    As a context manager it ends the program at the block's end, as end() does, or as close() does
-    after an exception. What wait() has raised is not raised again. Whatever still runs when Python
-    ends is ended with it; where Python is killed, the limit does that.
+    As a context manager it ends the program at the end of the block, with end(), or with close()
+    after an exception. It does not raise again what wait() has raised. Programs that still run
+    when Python exits are ended. When Python is killed, they end at their limit.
     """
 
     def __init__(
@@ -56,19 +56,20 @@ class Run:
         limit: float = 60.0,
         options: Sequence[str] = (),
     ) -> None:
-        """Starts the program. Raises Error when that, or the device, is not possible.
+        """Starts the program. Raises Error when the program or the device cannot be started.
 
-        program: its name or path, or a list of it and its arguments.
-        device: the name of a device, the path of a profile, or a profile as a dictionary; without
-            one that which the scenario names, or else "cinnabar".
-        scenario: the scenario that is played to the device; one that fails fails wait().
-        root: the folder of the device's files, kept; without one a fresh one, removed at the end.
-        page: the script of the page whose plug-in the program is; plugin: one that never calls.
-        virtual_time: let waiting cost nothing. The program then goes through as fast as it can,
-            without a regard to the commands that it is sent meanwhile.
+        program: its name or path, or a list of that and its arguments.
+        device: the name of a device, the path of a profile, or a profile as a dictionary. Default:
+            the device that the scenario names, or else "cinnabar".
+        scenario: the path of a scenario to play. When it fails, wait() raises NotHappened.
+        root: the folder of the device's files, which is kept. Default: a temporary folder.
+        page: the path of a page's script. The program runs as the plug-in of that page.
+        plugin: run the program as the plug-in of a page that never calls it.
+        virtual_time: let waiting take no time. The program then runs as fast as it can, and does
+            not wait for commands.
         environment: variables in addition to the test's own. Without an SDL_VIDEODRIVER or
             SDL_AUDIODRIVER in either, the program gets "dummy" and needs no display.
-        limit: the seconds after which the program is ended in any case.
+        limit: the seconds after which the program is ended.
         options: further options of `tavsim run`.
         """
         self._folder = Path(tempfile.mkdtemp(prefix="tavsim-python-"))
@@ -124,7 +125,7 @@ class Run:
 
     @property
     def status(self) -> int | None:
-        """The exit status, as of `tavsim run`; None while the program runs."""
+        """The exit status of `tavsim run`; None while the program runs."""
         return self._process.poll()
 
     @property
@@ -134,14 +135,14 @@ class Run:
 
     @property
     def errors(self) -> str:
-        """What the program, and tavsim, have written on standard error so far."""
+        """What the program and tavsim have written on standard error so far."""
         return self._written("errors")
 
     def command(self, line: str, *, within: float = 10.0) -> str:
-        """Carries out a command of `tavsim ctl` and returns what it prints.
+        """Carries out a command of `tavsim ctl` and returns its output.
 
-        The application does so when it next handles SDL's events. Raises Error when the command is
-        refused, or the application does not answer within so many seconds.
+        This happens when the application next handles SDL's events. Raises Error when the command
+        is refused, or when the application does not answer within that many seconds.
         """
         deadline = time.monotonic() + within
         while not (self._root / "control").exists() and time.monotonic() < deadline:
@@ -161,17 +162,17 @@ class Run:
         return done.stdout
 
     def state(self) -> dict[str, Any]:
-        """What the application has made of the device, as `tavsim ctl state --json` tells it.
+        """The state of the device, as `tavsim ctl state --json` prints it.
 
-        A dictionary with machine, plugin, openCalls, battery, refused and, in a dictionary, state.
+        A dictionary with machine, plugin, openCalls, battery, refused, and the dictionary state.
         """
         told: dict[str, Any] = json.loads(self.command("state --json"))
         return told
 
     def entries(self) -> Iterator[Entry]:
-        """The entries of the journal from the first to the last, as they are written.
+        """Yields the entries of the journal from the first to the last, as they are written.
 
-        Waits for more as long as the program runs.
+        Waits for more until the program has ended.
         """
         index = 0
         while True:
@@ -194,8 +195,9 @@ class Run:
 
             run.wait_for(kind="bus", what="call*", uri="*vibrate*", within=5)
 
-        In a value, * stands for any characters and ? for one. Each call goes on behind what the one
-        before has found. Raises NotHappened after so many seconds, or when the program ends.
+        In a value, * stands for any characters and ? for one. Each call searches after the entry
+        that the last call found. Raises NotHappened after that many seconds, or when the program
+        ends.
         """
         deadline = time.monotonic() + within
         while True:
@@ -218,14 +220,14 @@ class Run:
         self.command("state", within=within)
 
     def quit(self) -> None:
-        """Sends the application an SDL_QUIT, and does not wait for its end."""
+        """Sends the application an SDL_QUIT event, and does not wait for its end."""
         self.command("quit")
 
     def wait(self, *, within: float | None = None) -> int:
-        """Waits until the program has ended, by default as long as it may run; returns its status.
+        """Waits until the program has ended, by default up to its limit, and returns its status.
 
-        Raises NotHappened after so many seconds or when the scenario fails, and Error when the
-        device could not be started.
+        Raises NotHappened after that many seconds or when the scenario failed, and Error when the
+        program or the device could not be started.
         """
         try:
             status = self._process.wait(within)
@@ -238,14 +240,14 @@ class Run:
         return status
 
     def end(self) -> int:
-        """Asks the program to quit, kills it 5 seconds later, returns its status as wait() does."""
+        """Asks the program to quit, kills it after 5 seconds, returns its status as wait() does."""
         end(self._process, patience=_ASKED_S)
         return self.wait()
 
     def close(self) -> None:
-        """Ends the program if it still runs, patient for a moment only, and removes its files.
+        """Ends the program almost at once if it still runs, and removes its temporary files.
 
-        A root folder that was given stays. Journal, status and output can still be read.
+        A root folder that was given is kept. Journal, status, output and errors can still be read.
         """
         if not self._finish.alive:
             return
@@ -261,7 +263,7 @@ class Run:
         path.write_text(json.dumps(device), encoding="utf-8")
         return str(path)
 
-    # `tavsim run` claims the folder when it has looked at all else that it is given.
+    # `tavsim run` makes this link in the folder once it has checked all its other arguments.
     def _wait_until_set_up(self) -> None:
         while not (self._root / ".run").is_symlink():
             if self.status is not None:
