@@ -18,7 +18,7 @@ PictureOptions& options() {
 // Beside the stored picture, unless there is a folder for all.
 std::string differencePath(const std::string& path) {
     constexpr std::string_view kEnding = ".png";
-    const std::string beside =
+    std::string beside =
         path.substr(0, path.size() - (path.ends_with(kEnding) ? kEnding.size() : 0)) +
         ".difference.png";
     if (options().differences.empty()) {
