@@ -38,7 +38,7 @@ std::optional<std::string> firstLine(const char* const (&files)[count]) {
     for (const char* file : files) {
         std::string error;
         const std::string text = base::readFile(file, kMostBytes, &error).value_or("");
-        // What the kernel has of a device tree ends with a zero.
+        // The kernel's texts from a device tree end with a zero byte.
         std::string line = text.substr(0, text.find_first_of(std::string_view("\n\0", 2)));
         if (!line.empty()) {
             return line;
@@ -70,7 +70,7 @@ std::string dataFilePath(const std::string& name) {
     if (fs::exists(beside, problem)) {
         return beside.string();
     }
-    // The id comes from a file; it names a folder, and not a way out of the user's.
+    // The id comes from a file and names a folder: filename() keeps it below the user's.
     const fs::path folder = fs::path(g_get_user_data_dir()) / fs::path(applicationId()).filename();
     fs::create_directories(folder, problem);
     return (folder / name).string();

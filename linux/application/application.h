@@ -1,4 +1,4 @@
-// The application and its machine: what they say about themselves, and where the files are.
+// Properties of the application and its machine, and the paths of its files.
 #pragma once
 
 #include <optional>
@@ -13,15 +13,15 @@ std::string executable();
 // anything else.
 std::optional<std::string> appinfoValue(const std::string& key);
 
-// By which other programs know the application: its "id", else the executable's name.
+// The name by which other programs know the application: its "id", else the executable's name.
 const std::string& applicationId();
 
-// Beside the executable where such a file is, else in the folder of the application's data below
-// the user's, which is made when it is first asked for.
+// The path of a file beside the executable if there is one, else in the application's folder below
+// the user's data, which is created when needed.
 std::string dataFilePath(const std::string& name);
 
-// What the environment (TAV_PORTABILITY_KEY) or the file libtav/portability.json in the user's
-// folder of configurations says about the key.
+// The value of the key in the environment (TAV_PORTABILITY_KEY), else in libtav/portability.json
+// in the user's configuration folder.
 std::optional<std::string> portabilityValue(const std::string& key);
 
 // The model as the device tree or the firmware names it.
@@ -30,8 +30,8 @@ std::optional<std::string> machineName();
 // The version of os-release, with ".0" behind one that is a single number.
 std::optional<std::string> systemVersion();
 
-// 40 hexadecimal digits that stand for this application on this machine, and tell nothing about the
-// machine's own id, from which they are derived. Nothing where the machine has no id.
+// 40 hexadecimal digits that identify this application on this machine. They are derived from the
+// machine's id, but do not reveal it. Nothing where the machine has no id.
 std::optional<std::string> uniqueId(const std::string& application);
 
 }  // namespace tavlinux

@@ -28,7 +28,7 @@ Variant text(std::string_view content, char type) {
     return owned(isSignature ? g_variant_new_signature(text.c_str()) : nullptr);
 }
 
-// What JSON has no numbers for.
+// The values for which JSON has no numbers.
 Variant specialDouble(std::string_view name) {
     constexpr double infinity = std::numeric_limits<double>::infinity();
     if (name == "NaN") {
@@ -73,7 +73,7 @@ Variant basicFromKey(std::string_view spelling, char type) {
 Variant bytesFromBase64(std::string_view text) {
     gsize size = 0;
     g_autofree guchar* decoded = g_base64_decode(std::string(text).c_str(), &size);
-    // The decoder skips what it does not know, so the bytes must become the same text again.
+    // The decoder skips invalid characters. The text is valid only if encoding restores it.
     g_autofree char* again = g_base64_encode(decoded, size);
     const bool isExact = text == again;
     return owned(isExact ? g_variant_new_fixed_array(G_VARIANT_TYPE_BYTE, decoded, size, 1)

@@ -15,10 +15,10 @@ inline constexpr std::string_view kTypeSuffix = ":type";
 // A value of the type, which is one letter; null where the JSON does not fit.
 Variant basicFromJson(const simdjson::dom::element& json, char type);
 
-// The same from the name of a member, which spells a dictionary's key.
+// The same from the name of a member, which holds a dictionary's key.
 Variant basicFromKey(std::string_view spelling, char type);
 
-// An ay; null where the text is not exactly what bytes look like in base 64.
+// A value of type ay; null where the text is not valid base 64.
 Variant bytesFromBase64(std::string_view text);
 
 }  // namespace tavlinux

@@ -16,7 +16,7 @@ constexpr gint64 kRestAfterHangUs = 10'000'000;
 
 struct Line {
     GDBusConnection* connection = nullptr;
-    bool isConnecting = false;  // calls made meanwhile find no bus
+    bool isConnecting = false;  // meanwhile, calls find no bus
     gint64 restsUntil = 0;
 };
 

@@ -33,7 +33,7 @@ int64_t integerOf(GVariant* value) {
 // A dictionary's key as the name of a member.
 std::string keyText(GVariant* key);
 
-// Whether the keys can be names of members: each there once, and none like the types beside them.
+// Whether the keys can be names of members: unique, and not equal to the name of a type's member.
 bool canBeObject(GVariant* dictionary) {
     std::set<std::string> names;
     for (gsize i = 0; i < g_variant_n_children(dictionary); ++i) {
@@ -135,7 +135,7 @@ struct Output {
         json.endObject();
     }
 
-    // Of a variant the value, and beside it the type unless that is evident.
+    // For a variant, writes the value, and the type in a second member unless it is evident.
     void member(const std::string& name, GVariant* content) {
         json.key(name);
         if (!isOfType(content, "v")) {
@@ -202,7 +202,7 @@ std::string keyText(GVariant* key) {
     return text.front() == '"' ? text.substr(1, text.size() - 2) : text;
 }
 
-// GLib gives arguments without a name one of this form.
+// GLib gives names of this form to arguments without a name.
 bool isInventedName(std::string_view name) {
     const size_t digits = name.find_last_not_of("0123456789") + 1;
     return digits < name.size() && name.substr(0, digits) == "arg_";

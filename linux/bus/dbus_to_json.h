@@ -1,13 +1,13 @@
-// What came over D-Bus, as JSON.
+// Conversion of D-Bus values to JSON.
 //
-// Nothing is lost on the way: json_to_dbus makes the same D-Bus value of the text again.
+// Nothing is lost: json_to_dbus restores the same D-Bus value from the text.
 //   booleans, integers, strings, object paths, signatures    as they are, integers in full
 //   doubles      with a fraction or an exponent; "NaN", "Infinity" and "-Infinity" are strings
 //   ay           a string in base 64
 //   structs, arrays    lists
-//   dictionaries       objects whose names spell the keys; a list of pairs where keys would clash
-//   variants     the plain value. Where JSON does not tell its type, a member NAME has a member
-//                NAME:type beside it with the D-Bus signature, and in any other place stands
+//   dictionaries       objects whose names are the keys; a list of pairs where keys would clash
+//   variants     the plain value. Where JSON does not show its type, a second member NAME:type
+//                has the D-Bus signature of the member NAME. Outside objects, the value becomes
 //                {"type":SIGNATURE,"value":VALUE}
 #pragma once
 
@@ -18,11 +18,11 @@
 
 namespace tavlinux {
 
-// The name of an argument, which may have none: then it is called by its position, arg0 and so on.
+// The name of an argument. One without a name gets one from its position: arg0 and so on.
 std::string argumentName(GDBusArgInfo* const* arguments, size_t position);
 
-// An object with "returnValue" true, unless an argument bears that name, and a member for each
-// value of the tuple. Nothing when it holds file descriptors, which cannot be passed on.
+// An object with "returnValue" true, unless an argument has that name, and a member for each value
+// of the tuple. Nothing when it holds file descriptors, which cannot be passed on.
 std::optional<std::string> jsonFromResult(GVariant* tuple, GDBusArgInfo* const* arguments);
 
 }  // namespace tavlinux

@@ -14,7 +14,7 @@ constexpr char kIntrospectable[] = "org.freedesktop.DBus.Introspectable";
 using Object = std::pair<std::string, std::string>;  // service and path
 
 struct Entry {
-    std::shared_ptr<Description> description;  // null while it is asked for
+    std::shared_ptr<Description> description;  // null until the reply arrives
     std::vector<Described> waiting;
     std::unique_ptr<Subscription> owner;
 };

@@ -13,7 +13,7 @@ namespace dom = simdjson::dom;
 namespace tavlinux {
 namespace {
 
-constexpr int kDeepest = 60;  // the bus ends the connection of who nests deeper than 64 levels
+constexpr int kDeepest = 60;  // the bus disconnects a client that nests more than 64 levels
 
 std::string spelled(const GVariantType* type) {
     return {g_variant_type_peek_string(type), g_variant_type_get_string_length(type)};
@@ -39,7 +39,7 @@ int depthOf(const GVariantType* type) {
     return inner + (g_variant_type_is_container(type) != FALSE ? 1 : 0);
 }
 
-// The type of a variant whose type is not told; empty for null.
+// The type of a variant without a given type; empty for null.
 std::string_view evidentType(const dom::element& json) {
     int64_t integer = 0;
     switch (json.type()) {
@@ -63,7 +63,7 @@ std::string_view evidentType(const dom::element& json) {
     }
 }
 
-// Whether a member only tells the type of the variant in another.
+// Whether a member only holds the type of the variant in another member.
 bool isTypeOfAnother(const dom::object& object, std::string_view name) {
     if (!name.ends_with(kTypeSuffix)) {
         return false;
@@ -97,7 +97,7 @@ public:
         }
         const bool hasType = g_variant_type_is_variant(type) != FALSE &&
                              object[name + std::string(kTypeSuffix)].error() == simdjson::SUCCESS;
-        // A member "subscribe" counted before it was known to be an argument.
+        // A member "subscribe" has been counted already.
         *used += (name == "subscribe" ? 0 : 1) + (hasType ? 1 : 0);
         return member(object, name, json, type);
     }
@@ -110,8 +110,7 @@ private:
         if (g_variant_type_is_container(type) == FALSE) {
             result = basicFromJson(json, *g_variant_type_peek_string(type));
         } else {
-            // A dictionary's level has an entry's below it. What an empty list does not hold counts
-            // too.
+            // A dictionary has two levels. The type counts, even where an array is empty.
             m_depth += 2;
             const bool isDeep = m_depth + 2 * (depthOf(type) - 1) > kDeepest;
             result = isDeep ? fail("nested too deeply") : container(json, type);
@@ -160,8 +159,7 @@ private:
         return owned(inner ? g_variant_new_variant(inner.get()) : nullptr);
     }
 
-    // The items of an array are of one type; each of a struct, or of a dictionary's pair, has its
-    // own.
+    // The items of an array have one type. Those of a struct or a dictionary entry may differ.
     Variant items(const dom::element& json, const GVariantType* type) {
         const bool isArray = g_variant_type_is_array(type) != FALSE;
         dom::array elements;
@@ -208,7 +206,7 @@ private:
         return owned(g_variant_builder_end(&builder));
     }
 
-    // The value of a member, which for a variant may have its type beside it.
+    // The value of a member. For a variant, a second member may hold the type.
     Variant member(const dom::object& object, std::string_view name, const dom::element& json,
                    const GVariantType* type) {
         std::string_view named;

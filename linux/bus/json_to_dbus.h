@@ -1,4 +1,4 @@
-// JSON as D-Bus values, by the rule that stands in dbus_to_json.h.
+// Conversion of JSON to D-Bus values, by the rules in dbus_to_json.h.
 #pragma once
 
 #include <gio/gio.h>
@@ -14,8 +14,8 @@ namespace tavlinux {
 // has them in order. A member "subscribe" that is no argument is left out. Null where the JSON does
 // not fit, and then `problem` says why.
 //
-// A value for a variant whose type is not told becomes b, s, d, i (x or t where it is too large),
-// av or a{sv}. Bytes may be a list of numbers, too, and a dictionary a list of pairs.
+// A variant without a given type becomes b, s, d, i (x or t where it is too large), av or a{sv}.
+// Bytes may also be a list of numbers, and a dictionary a list of pairs.
 Variant argumentsFromJson(const simdjson::dom::element& payload, GDBusArgInfo* const* arguments,
                           std::string* problem);
 

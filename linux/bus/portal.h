@@ -12,8 +12,7 @@ inline constexpr char kPortal[] = "org.freedesktop.portal.Desktop";
 inline constexpr char kPortalPath[] = "/org/freedesktop/portal/desktop";
 inline constexpr char kPortalRequest[] = "org.freedesktop.portal.Request";
 
-// A new token, and the path of the object, a "request" or a "session", that the portal makes for
-// it.
+// A new token, and the path of the object that the portal makes for it: a "request" or a "session".
 std::string newPortalToken();
 std::string portalObject(const char* kind, const std::string& token);
 

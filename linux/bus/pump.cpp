@@ -10,10 +10,10 @@ namespace {
 
 constexpr int kMostRounds = 64;  // a flood of messages must not keep the application from running
 
-const pthread_t g_applicationThread = pthread_self();  // it loads the library
+const pthread_t g_applicationThread = pthread_self();  // it has loaded the library
 bool g_isStarted = false;
 bool g_isFork = false;
-bool g_isServed = false;  // the wait before a pump has done so
+bool g_isServed = false;  // waitForDelivery() has just iterated the context
 
 std::deque<std::function<void()>>& queue() {
     static auto& deliveries = *new std::deque<std::function<void()>>;
@@ -30,7 +30,7 @@ gboolean setFlag(gpointer flag) {
 GMainContext* context() {
     static GMainContext* own = [] {
         g_isStarted = true;
-        // The threads of GIO are not in a fork, so nothing would ever come there.
+        // A child process has no threads of GIO, so nothing would ever arrive there.
         pthread_atfork(nullptr, nullptr, [] { g_isFork = true; });
         return g_main_context_new();
     }();

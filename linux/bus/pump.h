@@ -8,7 +8,7 @@
 
 namespace tavlinux {
 
-// No function waits longer for a service.
+// The longest time that any function waits for a service.
 inline constexpr int kLongestWaitMs = 500;
 
 // The private main context for all of GIO. Only the functions below iterate it.
@@ -37,11 +37,11 @@ void deliver(std::function<void()> delivery);
 // pump. What a delivery queues waits for the next call. On the application's thread only.
 void pump();
 
-// Iterates the context until there is something to deliver, for so many milliseconds at most.
+// Iterates the context until something is queued, for that many milliseconds at most.
 void waitForDelivery(int milliseconds);
 
-// Iterates the context until the condition holds, and delivers nothing. False when that took too
-// long, or on another thread than the application's.
+// Iterates the context until the condition holds, and delivers nothing. Returns whether it holds:
+// false after the time-out. On other threads than the application's, it does not wait.
 bool serveUntil(const std::function<bool()>& isSo, int milliseconds = kLongestWaitMs);
 
 }  // namespace tavlinux

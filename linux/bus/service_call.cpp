@@ -16,7 +16,7 @@ namespace tavlinux {
 namespace {
 
 constexpr std::string_view kSchemeEnd = "://";
-// Every object has these; not every service says so.
+// Every object has these, but not every service lists them.
 constexpr char kStandardInterfaces[] =
     "<node><interface name='org.freedesktop.DBus.Properties'>"
     "<method name='Get'><arg type='s' name='interface_name' direction='in'/>"
@@ -38,13 +38,13 @@ constexpr char kFileDescriptors[] = "the reply holds file descriptors";
 struct Request {
     std::string service;
     std::string path;
-    std::string interface;  // empty: whichever has the member
+    std::string interface;  // empty: any that has the member
     std::string member;
     std::string payload;
     bool isSubscription = false;
     Answer answer;
 
-    // What a subscription holds on to. The stop function shares the request and empties it.
+    // The subscription's resources. The stop function shares the request and releases them.
     std::unique_ptr<Subscription> signals;
     const std::unique_ptr<GCancellable, decltype(&g_object_unref)> stopped{g_cancellable_new(),
                                                                            g_object_unref};
@@ -58,7 +58,7 @@ struct Request {
     }
 };
 
-// Empty, or what is wrong with it.
+// Returns an empty string, or what is wrong with the URI.
 std::string readUri(const std::string& uri, Request* request) {
     std::string unknown = "no such service: " + uri;
     const size_t start = uri.find(kSchemeEnd);
@@ -94,7 +94,7 @@ bool hasMember(const Request& request, GDBusInterfaceInfo* interface) {
            g_dbus_interface_info_lookup_signal(interface, request.member.c_str()) != nullptr;
 }
 
-// The interface that was named, or the service's own, or the first other that has the member.
+// The named interface. Without a name, the service's own, else the first that has the member.
 GDBusInterfaceInfo* findInterface(const Request& request, GDBusNodeInfo* node) {
     static GDBusNodeInfo* standard = g_dbus_node_info_new_for_xml(kStandardInterfaces, nullptr);
     const std::string& own = request.interface.empty() ? request.service : request.interface;
@@ -136,7 +136,7 @@ void subscribe(const std::shared_ptr<Request>& request,
 void invoke(const std::shared_ptr<Request>& request,
             const std::shared_ptr<Description>& description, const char* interface,
             GDBusMethodInfo* method) {
-    // Kept, as making one takes longer than what it does.
+    // Reused, because creating a parser takes longer than parsing.
     static auto& parser = *new simdjson::dom::parser;
     simdjson::dom::element payload;
     const std::string_view text =

@@ -1,4 +1,4 @@
-// An application's requests to services by their names on D-Bus, and the replies to all requests.
+// Calls of services by their D-Bus names, and the replies to all requests.
 #pragma once
 
 #include <gio/gio.h>
@@ -27,9 +27,9 @@ using Stop = std::function<void()>;
 // The result of a request. Without a value it could not be dispatched, and no reply comes.
 using Dispatched = std::optional<Stop>;
 
-// vire://SERVICE/METHOD calls the object whose path is the service's name with slashes for dots;
-// vire://SERVICE/PATH/METHOD the one at /PATH. A method of an interface that is not the service's
-// own may be spelled INTERFACE.METHOD. Without an answer nobody wants a reply.
+// vire://SERVICE/METHOD calls the object whose path is the service's name with slashes for dots,
+// vire://SERVICE/PATH/METHOD the one at /PATH. METHOD may be INTERFACE.METHOD for an interface that
+// does not have the service's name. Without an answer function, no reply is requested.
 Dispatched callService(const std::string& uri, const std::string& payload, bool isSubscription,
                        Answer answer);
 

@@ -20,7 +20,7 @@ std::vector<Subscription*> subscriptionsOn(Bus bus) {
     return found;
 }
 
-// A function that is called may end subscriptions, its own included.
+// A called function may end subscriptions, its own included.
 void tell(const std::vector<Subscription*>& told, bool isThere) {
     for (const Subscription* one : told) {
         if (std::ranges::count(subscriptions(), one) != 0 && one->busChanged()) {

@@ -21,7 +21,7 @@ inline Variant childOf(GVariant* container, gsize index) {
     return Variant(g_variant_get_child_value(container, index));
 }
 
-// What is in the variant of a tuple (v).
+// The value in the variant of a tuple (v).
 inline Variant valueIn(GVariant* tuple) {
     return Variant(g_variant_get_variant(childOf(tuple, 0).get()));
 }

@@ -36,7 +36,7 @@ Dispatched refusePayment(const simdjson::dom::object&, const Answer& answer) {
 
 using Service = Dispatched (*)(const simdjson::dom::object&, const Answer&);
 
-// The device's services. On this system they have other names, or do not exist.
+// The device's services, which have other names on this system or do not exist.
 const std::map<std::string, Service>& services() {
     static const auto& table = *new std::map<std::string, Service>{
         {"vire://com.vire.vibrate/vibrate", vibrate},
@@ -123,7 +123,7 @@ int dispatch(Kind kind, const char* uri, const char* payload, HKSReplyFunction r
     if (isAnswered) {
         openCalls().emplace(token, OpenCall{kind, replyFunction, context, std::move(*dispatched)});
     } else if (*dispatched) {
-        (*dispatched)();  // without a reply function, nobody could use it or end it
+        (*dispatched)();  // without a reply function, nobody could end it
     }
     return token;
 }

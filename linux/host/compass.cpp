@@ -20,7 +20,7 @@ constexpr char kHeading[] = "CompassHeading";
 struct Compass {
     NApp_CompassCallback callback = nullptr;
     bool isEnabled = false;
-    int run = 0;  // counts the times it was switched; readings of an earlier run are void
+    int run = 0;  // number of switches; readings of an earlier run are discarded
     std::unique_ptr<Subscription> changes;
     std::unique_ptr<Subscription> owner;
     int listener = 0;  // at GeoClue
@@ -63,7 +63,7 @@ void readHeading() {
          });
 }
 
-// A service that comes back knows nothing of who had claimed its compass.
+// A restarted service no longer knows that the compass was claimed.
 void claimAgain(bool hasOwner) {
     if (hasOwner) {
         call({Bus::System, kService, kPath, kCompass, "ClaimCompass"}, nullptr,

@@ -1,4 +1,4 @@
-// The compass, of the sensors' service or of GeoClue.
+// The compass, from the sensor service or from GeoClue.
 #pragma once
 
 #include "platform/napp.h"
@@ -7,7 +7,7 @@ namespace tavlinux {
 
 void setCompassCallback(NApp_CompassCallback callback);
 
-// Readings are 1, the heading in degrees from north, and 1.0. False when there is no compass.
+// A reading is 1, the heading in degrees from north, and 1.0. False when there is no compass.
 bool enableCompass(bool enable);
 
 }  // namespace tavlinux

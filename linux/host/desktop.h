@@ -1,9 +1,9 @@
-// What the application asks of the desktop.
+// Requests to the desktop.
 #pragma once
 
 namespace tavlinux {
 
-// Each returns whether the state is as asked for afterwards. Inhibitions end with the application.
+// Each returns whether the desktop is in the requested state. Inhibitions end with the application.
 bool enableScreenTimeout(bool enable);
 bool enableNotifications(bool enable);
 

@@ -1,7 +1,7 @@
-// Where the device's files are on this system: in the user's run-time folder, made at first need.
-// Where nothing can be written there, they are below the folder for temporary files. The
-// preferences are the machine's name, region and language, as far as hostnamed, the environment and
-// localed know them.
+// The device's files on this system. They are created when first used, in the user's run-time
+// folder, or if nothing can be written there, in the folder for temporary files. The preferences
+// are the machine's name, region and language, as far as hostnamed, the environment and localed
+// know them.
 #include "front/files.h"
 
 #include <glib.h>
@@ -53,7 +53,7 @@ std::string machineDisplayName() {
     return g_get_host_name();
 }
 
-// "de_DE.UTF-8@euro": the language and, where it is told, the country.
+// From a text like "de_DE.UTF-8@euro": the language and, if given, the country.
 Language parseLocale(const std::string& locale) {
     const std::string plain = locale.substr(0, locale.find_first_of(".@"));
     if (plain == "C" || plain == "POSIX") {
@@ -90,7 +90,7 @@ Language languageOfSystem() {
     return language;
 }
 
-// The name in English; the code where the system has no list.
+// The English name, or the code where the system has no list.
 std::string countryName(const std::string& code) {
     std::ifstream countries(kCountries);
     for (std::string line; std::getline(countries, line);) {
@@ -104,7 +104,7 @@ std::string countryName(const std::string& code) {
 }
 
 std::map<std::string, std::string> preferences() {
-    // The library takes what is between the quotes as it is.
+    // The library takes the text between the quotes as it is, without escape sequences.
     std::map<std::string, std::string> values{{"deviceName", '"' + machineDisplayName() + '"'}};
     Language language = languageOfEnvironment();
     if (language.code.empty()) {
@@ -132,7 +132,7 @@ bool makeFiles(const fs::path& folder) {
     if (access(uniqueIdFile.parent_path().c_str(), W_OK) != 0) {
         return false;
     }
-    // Another process of the same application may make its files at the same time.
+    // Another process of the same application may create the files at the same time.
     const fs::path made = database.string() + "." + std::to_string(getpid());
     fs::remove(made, problem);
     if (front::createPreferences(made, preferences())) {
@@ -146,7 +146,7 @@ bool makeFiles(const fs::path& folder) {
     return true;
 }
 
-// A folder for temporary files is everyone's: what stands in it must be this user's own.
+// Everyone can write to the folder for temporary files, so ours in it must belong to this user.
 fs::path ownTemporaryFolder() {
     fs::path folder = g_get_tmp_dir() + ("/libtav-" + std::to_string(geteuid()));
     mkdir(folder.c_str(), S_IRWXU);
@@ -187,7 +187,7 @@ uid_t deviceUser(uid_t realUser) {
     return realUser;
 }
 
-// There is no bus whose roles could be read again.
+// This system has no bus that reads roles.
 std::optional<int> rescan(int (*)(const char*)) {
     if (!usesLibrary()) {
         return std::nullopt;

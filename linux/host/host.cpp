@@ -33,7 +33,7 @@ int lookUp(const std::function<std::optional<std::string>(const std::string&)>& 
     return front::answerLookUp(value ? &*value : nullptr, buffer, bufferLength);
 }
 
-// SDL 1.2 on SDL 2 counts its versions from 1.2.50. It minimises, and always answers 0.
+// SDL 1.2 on SDL 2 has versions from 1.2.50 on. It minimises the window, but always returns 0.
 bool minimizesSilently() {
     static const auto version = TAV_FRONT_NEXT(SDL_Linked_Version);
     static const auto driverName = TAV_FRONT_NEXT(SDL_VideoDriverName);
@@ -97,7 +97,7 @@ int NApp_Minimize() {
     return tavlinux::isInFront() && tavlinux::minimize();
 }
 
-// Nothing on this system does what the following ask.
+// The following requests have no counterpart on this system.
 
 int NApp_SetTouchAggression(int) {
     return 0;

@@ -1,5 +1,4 @@
-// This library in front of others, and what it does there: while the application handles SDL's
-// events, this system delivers.
+// Symbol interposition: replies and signals are delivered from within SDL's event functions.
 #include "linux/host/in_front.h"
 
 #include <atomic>
@@ -52,7 +51,7 @@ void looked(const SDL_Event*) {
 }
 
 void waitForNext() {
-    constexpr int step = 10;  // milliseconds, as SDL itself has between two looks at its queue
+    constexpr int step = 10;  // milliseconds, as long as SDL itself waits between polls
     tavlinux::waitForDelivery(step);
 }
 

@@ -1,4 +1,4 @@
-// Whether this library's functions are the ones that the program calls.
+// Whether this library's functions are interposed, so that the program calls them.
 #pragma once
 
 namespace tavlinux {

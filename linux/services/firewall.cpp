@@ -13,7 +13,7 @@ constexpr char kFirewallPath[] = "/org/fedoraproject/FirewallD1";
 constexpr char kZones[] = "org.fedoraproject.FirewallD1.zone";
 constexpr int64_t kHighestPort = 65535;
 
-// Whether the rule was as wanted before.
+// Whether the rule was already as requested.
 bool isAlreadySo(const GError* problem) {
     const std::string_view text = problem->message;
     return text.find("ALREADY_ENABLED") != std::string_view::npos ||

@@ -103,7 +103,7 @@ void GeoClue::takeLocation(GVariant* result, const GError*) {
     }
 }
 
-// A service that crashes whenever it is started is not started again and again.
+// A service that ends before it has worked is not started again: it would crash again and again.
 void GeoClue::onOwnerChanged(bool hasOwner) {
     if (hasOwner) {
         if (!m_isStarting && m_client.empty()) {
@@ -135,7 +135,7 @@ Method GeoClue::ofClient(const char* interface, const char* name) const {
     return {Bus::System, kGeoClue, m_client, interface, name};
 }
 
-// A result that comes later belongs to what is gone.
+// Drops a result that arrives after the session has ended.
 Result GeoClue::whileSessionLasts(void (GeoClue::*take)(GVariant*, const GError*)) {
     return
         [this, take, session = std::weak_ptr(m_session)](GVariant* result, const GError* problem) {

@@ -1,4 +1,4 @@
-// Where the machine is and where it heads, from GeoClue.
+// Position, heading and speed from GeoClue.
 #pragma once
 
 #include <functional>
@@ -13,11 +13,11 @@ namespace tavlinux {
 
 inline constexpr char kGeoClue[] = "org.freedesktop.GeoClue2";
 
-// A client of GeoClue, which works while the object lives. A GeoClue that vanishes is used again
-// when it is back.
+// A client of GeoClue while the object exists. When GeoClue vanishes, it is used again once it is
+// back.
 class GeoClue {
 public:
-    // `onNobody` is called once, and nothing after it, where GeoClue is not installed.
+    // Where GeoClue is not installed, `onNobody` is called once, and nothing after it.
     GeoClue(PositionListener listener, std::function<void()> onNobody);
     ~GeoClue();
     GeoClue(const GeoClue&) = delete;
@@ -41,7 +41,7 @@ private:
 
     const PositionListener m_listener;
     const std::function<void()> m_onNobody;
-    std::shared_ptr<bool> m_session;  // from a start to the next or to the service's end
+    std::shared_ptr<bool> m_session;  // lasts until the next start or the service's end
     bool m_isStarting = false;
     bool m_hasWorked = false;  // since the last start
     bool m_isAwaited = false;  // the service was there and has gone

@@ -9,7 +9,7 @@ namespace tavlinux {
 // for stopListening, or 0 when there is no bus.
 int listenForPositions(PositionListener listener);
 
-// The last one ends it. The listener is not called any more.
+// The listener is not called any more. When the last one stops, the location service is stopped.
 void stopListening(int number);
 
 }  // namespace tavlinux

@@ -1,4 +1,4 @@
-// Where the machine is, from the desktop portal, which an application in a sandbox can reach.
+// Position from the desktop portal, which also works for an application in a sandbox.
 #pragma once
 
 #include <functional>
@@ -11,7 +11,7 @@
 
 namespace tavlinux {
 
-// A session with the portal, which asks the user at its start and ends with the object.
+// A session with the portal, which asks the user for permission. It ends with the object.
 class LocationPortal {
 public:
     explicit LocationPortal(PositionListener listener);

@@ -5,7 +5,7 @@
 namespace tavlinux {
 namespace {
 
-// GeoClue has the lowest double for an altitude that it does not know.
+// GeoClue reports an unknown altitude as the lowest double.
 double valueOf(GVariant* properties, const char* name) {
     double value = kUnknown;
     g_variant_lookup(properties, name, "d", &value);

@@ -1,4 +1,4 @@
-// What each location service of this system tells the library.
+// The data that all location services of this system provide.
 #pragma once
 
 #include <gio/gio.h>
@@ -9,7 +9,7 @@ namespace tavlinux {
 
 inline constexpr double kUnknown = -1.0;
 
-// What is not known is kUnknown.
+// Unknown values are kUnknown.
 struct Position {
     double latitude;
     double longitude;
@@ -19,14 +19,14 @@ struct Position {
     double speed;     // metres a second
 };
 
-// Both are called while the context is served, so they only queue what they deliver.
+// Both are called while the main context is iterated, so they must only queue deliveries.
 struct PositionListener {
     std::function<void(const Position&)> onPosition;
-    // Why there is no position, or no more; null when the service answered something else.
+    // Why there is no position, or no longer; null when the service's answer was malformed.
     std::function<void(const GError*)> onProblem;
 };
 
-// From an a{sv} as GeoClue and the desktop portal have it.
+// From the a{sv} that GeoClue and the desktop portal send.
 Position positionFrom(GVariant* properties);
 
 }  // namespace tavlinux

@@ -1,4 +1,4 @@
-// Vibrating, by feedbackd or by the motor itself, as an input device with force feedback.
+// Vibration, by feedbackd or by the motor itself, an input device with force feedback.
 #include <fcntl.h>
 #include <linux/input.h>
 #include <sys/ioctl.h>
@@ -30,7 +30,7 @@ int64_t timeMember(const simdjson::dom::object& request, const char* name) {
     return std::clamp<int64_t>(time, 0, kLongest);
 }
 
-// Strengths with durations.
+// A list of strengths with durations.
 GVariant* pattern(int64_t period, int64_t duration) {
     GVariantBuilder builder;
     g_variant_builder_init(&builder, G_VARIANT_TYPE("a(du)"));
@@ -49,7 +49,7 @@ GVariant* pattern(int64_t period, int64_t duration) {
     return g_variant_new("(sa(du))", applicationId().c_str(), &builder);
 }
 
-// An event that vibrates in every theme, with what would sound left out.
+// An event that vibrates in every theme. The quiet profile leaves out its sound.
 GVariant* event(int64_t duration) {
     GVariantBuilder hints;
     g_variant_builder_init(&hints, G_VARIANT_TYPE_VARDICT);
@@ -134,7 +134,7 @@ Dispatched vibrate(const simdjson::dom::object& request, const Answer& answer) {
         } else if (problem == nullptr || isNobodyThere(problem)) {
             answerWithMotor(period, duration, answer);
         } else {
-            // An older feedbackd plays events, and no patterns.
+            // An older feedbackd plays events, but no patterns.
             call({Bus::Session, kFeedback, kFeedbackPath, kFeedback, "TriggerFeedback"},
                  event(duration), afterEvent);
         }
