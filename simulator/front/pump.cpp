@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <atomic>
 #include <optional>
+#include <utility>
 
 #include "SDL.h"
 #include "front/events.h"
@@ -44,10 +45,13 @@ void serveOutsideNowAndThen() {
 }
 
 // The effects of commands are delivered at once. In a recording, they are delivered when they are
-// in a scenario, in which commands are deliveries themselves.
+// in a scenario, in which commands are deliveries themselves, before all others of their moment. So
+// they are not carried out at a moment whose deliveries have been made.
 void serveAndDeliver(void (*serve)()) {
     if (isTimePaced()) {
-        deliverDue(serve);
+        static Milliseconds served = -1;
+        const bool isNewMoment = std::exchange(served, now()) != now();
+        deliverDue(isNewMoment ? serve : [] {});
         return;
     }
     serve();
