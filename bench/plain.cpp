@@ -4,38 +4,15 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <ctime>
-#include <limits>
 #include <string_view>
 
 #include "SDL.h"
+#include "bench/least.h"
 #include "bench/memory.h"
 
 namespace {
-
-constexpr int kRounds = 50;
-
-double now() {
-    timespec time = {};
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
-    return 1e9 * static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec);
-}
-
-template <typename Function>
-double least(int calls, Function function) {
-    double best = std::numeric_limits<double>::max();
-    for (int round = 0; round < kRounds; ++round) {
-        const double start = now();
-        for (int call = 0; call < calls; ++call) {
-            function();
-        }
-        best = std::min(best, (now() - start) / calls);
-    }
-    return best;
-}
 
 void poll() {
     SDL_Event event;
@@ -68,8 +45,8 @@ int main(int argc, char** argv) {
     }
     for (SDL_Event event; SDL_PollEvent(&event) != 0;) {}
     std::printf(R"({"poll": %.2f, "open": %.1f, "fopen": %.1f, "delay": %.1f, )",
-                least(20000, poll), least(1000, openDescriptor), least(1000, openFile),
-                least(20, delay));
+                tavbench::least(20000, poll), tavbench::least(1000, openDescriptor),
+                tavbench::least(1000, openFile), tavbench::least(20, delay));
     tavbench::memory();  // the first measurement itself takes memory
     const tavbench::Memory memory = tavbench::memory();
     std::printf(R"("resident_kib": %ld, "written_kib": %ld})", memory.resident, memory.written);

@@ -5,6 +5,7 @@ Ends with 1 when a figure misses its bound or could not be taken.
 """
 
 import json
+import math
 import os
 import re
 import resource
@@ -18,6 +19,8 @@ import linux_report
 
 OPEN = 100000  # calls, at most
 LOADS = 21  # fresh processes that load the library
+MOST_SERIES = 5  # of those for frames
+FRAME_BOUND = 1.02
 
 KIB = 1024
 UNITS = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
@@ -211,6 +214,36 @@ def preloading_rows(program, library):
            "", "", ""], True
 
 
+def frame_row(program, libraries):
+    """A program that draws with OpenGL in software, at a display without a screen, with and without
+    a device."""
+    with subprocess.Popen(["Xvfb", "-displayfd", "1", "-noreset", "-nolisten", "tcp"],
+                          stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True) as display:
+        try:
+            bare = {"DISPLAY": f":{display.stdout.readline().strip()}", "SDL_VIDEODRIVER": "x11",
+                    "LIBGL_ALWAYS_SOFTWARE": "1", "LP_NUM_THREADS": "0"}
+            ours = bare | {"LD_PRELOAD": ":".join(map(os.path.abspath, libraries))}
+            with_it, without = frame_times(program, ours, bare)
+        finally:
+            display.terminate()
+    return (["frame drawn with OpenGL, on a device that nobody looks at", shown_time(with_it),
+             shown_time(without), f"{with_it / without:.3f}", f"at most {FRAME_BOUND}"],
+            with_it <= FRAME_BOUND * without)
+
+
+def frame_times(program, *environments):
+    """What a frame costs stays, however often it is measured, while noise goes: so the bound is
+    missed only after several series."""
+    least = [math.inf] * len(environments)
+    for _ in range(MOST_SERIES):
+        for _ in range(LOADS // 3):
+            taken = (float(output_of([program], **each)) for each in environments)
+            least = [min(pair) for pair in zip(least, taken)]
+        if least[0] <= FRAME_BOUND * least[1]:
+            break
+    return least
+
+
 def start_rows(binaries):
     """What `tavsim run` adds to a program, from its start to its end: processor time of all
     processes, and real time."""
@@ -252,6 +285,8 @@ def main():
     rows = [time_row(figure, times) for figure in [*FIGURES, HOUR]]
     rows.append(poll_row(times))
     rows += preloading_rows(f"{build}/bin/tav_plain", f"{build}/lib/libtavsim.so")
+    rows.append(frame_row(f"{build}/bin/tav_frames",
+                          [f"{build}/lib/libtavsim.so", f"{build}/lib/libtav.so"]))
     rows += start_rows(f"{build}/bin")
     rows.append(time_row(PURCHASE, [measure(program, SLOW)]))
     rows += loading_rows(f"{build}/bin/tav_loading", f"{build}/lib/libtav.so")

@@ -1,0 +1,35 @@
+// The processor time of a call.
+#ifndef TAV_BENCH_LEAST_H
+#define TAV_BENCH_LEAST_H
+
+#include <algorithm>
+#include <ctime>
+#include <limits>
+
+namespace tavbench {
+
+// Of all threads, in nanoseconds.
+inline double processorTime() {
+    timespec time = {};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+    return 1e9 * static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec);
+}
+
+// The least of many rounds of so many calls.
+template <typename Function>
+double least(int calls, Function function) {
+    constexpr int kRounds = 50;
+    double best = std::numeric_limits<double>::max();
+    for (int round = 0; round < kRounds; ++round) {
+        const double start = processorTime();
+        for (int call = 0; call < calls; ++call) {
+            function();
+        }
+        best = std::min(best, (processorTime() - start) / calls);
+    }
+    return best;
+}
+
+}  // namespace tavbench
+
+#endif
