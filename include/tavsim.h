@@ -174,7 +174,9 @@ TAVSIM_API int TAVSim_Advance(int milliseconds);
  * The commands are those that `tavsim ctl --help` lists, but `list` and `wait`. What a command
  * queues, such as a reply, is delivered by the next TAVSim_Advance() or when the application
  * handles its events, and one that takes a while, such as a drag, goes on as time passes. Relative
- * files are below the test's folder.
+ * files are below the test's folder. Of an application that draws with OpenGL, "screenshot" and
+ * "picture" see the last frame since they were first given: give them again after the next
+ * SDL_GL_SwapBuffers().
  *
  * \param line the command with its arguments, such as "location error 5". Not null.
  *

@@ -152,6 +152,14 @@ std::string whyNoStep(const std::string& line, const std::vector<std::string>& o
     return whyNoFit(*command, words);
 }
 
+bool looksAtScreen(const std::string& line) {
+    const Command* command = readLine(line).command;
+    const auto rows = screenCommands();
+    return command != nullptr && std::any_of(rows.begin(), rows.end(), [=](const Command& row) {
+               return row.name == command->name;
+           });
+}
+
 std::string commandsHelp() {
     std::string text;
     for (const Command& command : commands()) {

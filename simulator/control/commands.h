@@ -16,6 +16,7 @@ struct CommandResult {
     std::string output;      // lines, each with its line feed
     bool follow = false;     // the journal's further lines are wanted too
     Milliseconds lasts = 0;  // how long what it has begun goes on by itself
+    bool isEarly = false;    // the error may soon be gone
 };
 
 // Carries one command line out. One that is unknown or malformed changes nothing. The folder is
@@ -44,6 +45,9 @@ void setPictureOptions(PictureOptions given);
 
 // Stands between the name of a stored picture and what differed.
 inline constexpr char kWrittenAnew[] = ": written anew, ";
+
+// Whether the line is a command that looks at what the application shows.
+bool looksAtScreen(const std::string& line);
 
 // What the device is and what the application has made of it, by name and value.
 std::vector<std::pair<std::string, std::string>> stateValues();

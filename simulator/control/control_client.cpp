@@ -11,6 +11,7 @@ namespace {
 constexpr uint64_t kLongestCommand = 1 << 20;
 constexpr size_t kMostQueued = 64 << 20;  // bytes of the journal for a client that is slow
 constexpr std::chrono::seconds kLongestSilence(5);
+constexpr std::chrono::seconds kPatience(2);  // with a command that comes early
 
 }  // namespace
 
@@ -19,10 +20,13 @@ ControlClient::ControlClient(int socket) : m_socket(socket, kLongestCommand) {
 
 void ControlClient::serve() {
     // A follower's messages are looked for too, because that shows whether it is still there.
-    const bool mayAsk = m_follows || m_socket.queued() == 0;
+    const bool mayAsk = m_follows || (m_socket.queued() == 0 && !m_asked);
     const std::optional<base::Message> message = mayAsk ? m_socket.receiveNow() : std::nullopt;
     if (message && !m_follows) {
-        answer(*message);
+        m_asked = Asked{*message};
+    }
+    if (m_asked) {
+        answer(*m_asked);
     }
     if (m_follows) {
         follow();
@@ -36,7 +40,7 @@ bool ControlClient::isFinished() const {
     if (m_socket.isGone()) {
         return true;
     }
-    if (m_follows) {
+    if (m_follows || m_asked) {
         return false;
     }
     return SteadyClock::now() - m_lastSign > kLongestSilence;
@@ -52,11 +56,16 @@ void ControlClient::end() {
     m_socket.sendQueued(kLongestSilence);
 }
 
-void ControlClient::answer(const base::Message& message) {
+void ControlClient::answer(const Asked& asked) {
+    const base::Message& message = asked.message;
     const bool isCommand = message.kind == static_cast<uint8_t>(ControlMessage::Command) &&
                            message.content.find('\n') == std::string::npos;
     const CommandResult result =
         isCommand ? carryOut(message.content) : CommandResult{"a command is one line", {}, false};
+    if (result.isEarly && SteadyClock::now() - asked.time < kPatience) {
+        return;
+    }
+    m_asked.reset();
     if (!result.error.empty()) {
         say(ControlMessage::Refused, result.error);
         return;

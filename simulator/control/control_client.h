@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <optional>
 #include <string_view>
 #include <tuple>
 
@@ -35,14 +36,20 @@ public:
     void end();
 
 private:
-    void answer(const base::Message& message);
+    using SteadyClock = std::chrono::steady_clock;
+
+    struct Asked {
+        base::Message message;
+        SteadyClock::time_point time = SteadyClock::now();
+    };
+
+    void answer(const Asked& asked);
     void follow();
     void say(ControlMessage kind, std::string_view content = {});
 
-    using SteadyClock = std::chrono::steady_clock;
-
     base::MessageSocket m_socket;
     SteadyClock::time_point m_lastSign = SteadyClock::now();  // of the client being there
+    std::optional<Asked> m_asked;  // and has no answer yet; tried again if it came early
     bool m_follows = false;
     int64_t m_nextLine = 0;  // of the journal
 };

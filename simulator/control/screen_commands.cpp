@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "simulator/control/command.h"
+#include "simulator/screen/frames.h"
 #include "simulator/screen/screen.h"
 
 namespace fs = std::filesystem;
@@ -71,11 +72,20 @@ CommandResult comparedWith(const Picture& screen, const Picture& stored, const s
                   (isShown ? "; see " + shown : "; " + error));
 }
 
+CommandResult notSeen(const std::string& error) {
+    CommandResult result = failed(error);
+    result.isEarly = areFramesWatched();
+    return result;
+}
+
 CommandResult screenshot(Words words) {
     std::string error;
     const std::optional<Picture> screen = screenPicture(&error);
-    const bool isDone = screen && writePng(*screen, pathOf(words.rest()), &error);
-    return isDone ? CommandResult() : failed("screenshot: " + error);
+    if (!screen) {
+        return notSeen("screenshot: " + error);
+    }
+    return writePng(*screen, pathOf(words.rest()), &error) ? CommandResult()
+                                                           : failed("screenshot: " + error);
 }
 
 CommandResult picture(Words words) {
@@ -85,7 +95,7 @@ CommandResult picture(Words words) {
     std::string error;
     const std::optional<Picture> screen = screenPicture(&error);
     if (!screen) {
-        return failed("picture: " + error);
+        return notSeen("picture: " + error);
     }
     const std::optional<Picture> stored = readPng(path, &error);
     if (!stored) {
@@ -101,9 +111,9 @@ CommandResult picture(Words words) {
 }
 
 constexpr Command kScreenCommands[] = {
-    {"screenshot", "FILE", "Store the application's surface as a PNG.", screenshot},
+    {"screenshot", "FILE", "Store what the application shows as a PNG.", screenshot},
     {"picture", "FILE [TOLERANCE]",
-     "Compare the application's surface with a PNG; a channel may differ by so much, of 255.",
+     "Compare what the application shows with a PNG; a channel may differ by so much, of 255.",
      picture},
 };
 

@@ -16,6 +16,7 @@
 #include "simulator/page/bridge.h"
 #include "simulator/scenario/player.h"
 #include "simulator/scenario/recorder.h"
+#include "simulator/screen/frames.h"
 #include "simulator/time/queue.h"
 #include "simulator/time/timers.h"
 #include "simulator/world/position.h"
@@ -80,6 +81,7 @@ void stopRooms() {
     clearRefusals();
     stopCompass();
     stopWorld();
+    stopFrames();
     stopInput();
     stopJournal();
     releaseRoot();

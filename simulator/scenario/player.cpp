@@ -12,6 +12,7 @@
 #include "simulator/device/root.h"
 #include "simulator/scenario/failure.h"
 #include "simulator/scenario/reader.h"
+#include "simulator/screen/frames.h"
 #include "simulator/time/queue.h"
 
 namespace fs = std::filesystem;
@@ -35,6 +36,11 @@ std::string shownPath(const std::string& file) {
     return file.starts_with(folder) ? file.substr(folder.size()) : file;
 }
 
+bool looksAtShown(const Step& step) {
+    const auto* command = std::get_if<CommandLine>(&step.action);
+    return command != nullptr && looksAtScreen(command->line);
+}
+
 bool wasPlayed() {
     return readVerdict(rootFolder()).outcome != Outcome::Unplayed &&
            isClaimed(rootFolder(), kRunClaim);
@@ -49,6 +55,9 @@ bool Player::start(std::string* error) {
     }
     m_verdict.note(Outcome::Waiting, m_scenario.steps.empty() ? "" : nameOf(step()));
     m_isNoted = true;
+    if (std::any_of(m_scenario.steps.begin(), m_scenario.steps.end(), looksAtShown)) {
+        watchFrames();
+    }
     observeJournal([this](const std::string& line) { newEntry(line); });
     m_isStarting = true;
     proceed();

@@ -1,9 +1,11 @@
 #include "simulator/screen/screen.h"
 
 #include <cstddef>
+#include <string_view>
 
 #include "SDL.h"
 #include "front/next.h"
+#include "simulator/screen/frames.h"
 
 namespace tavsim {
 namespace {
@@ -32,6 +34,23 @@ Picture pictureOf(const SDL_Surface& surface) {
     return picture;
 }
 
+std::string whyNoSurface() {
+    static const auto driverName = TAV_FRONT_NEXT(SDL_VideoDriverName);
+    char name[16];
+    const bool isDummy =
+        driverName(name, sizeof name) != nullptr && std::string_view(name) == "dummy";
+    return std::string("the application has no surface") +
+           (isDummy ? ", and gets none for OpenGL from SDL's video driver \"dummy\"" : "");
+}
+
+std::optional<Picture> framePicture(std::string* error) {
+    std::optional<Picture> picture = lastFrame();
+    if (!picture) {
+        *error = "the application draws with OpenGL and has shown no frame since watching began";
+    }
+    return picture;
+}
+
 }  // namespace
 
 std::optional<Picture> screenPicture(std::string* error) {
@@ -40,12 +59,12 @@ std::optional<Picture> screenPicture(std::string* error) {
     static const auto unlockSurface = TAV_FRONT_NEXT(SDL_UnlockSurface);
     SDL_Surface* surface = videoSurface();
     if (surface == nullptr) {
-        *error = "the application has no surface";
+        *error = whyNoSurface();
         return std::nullopt;
     }
+    // Also of a surface for OpenGL with pixels, because what is drawn is not in these alone.
     if ((surface->flags & SDL_OPENGL) == SDL_OPENGL) {
-        *error = "the application draws with OpenGL, which leaves no pixels to see";
-        return std::nullopt;
+        return framePicture(error);
     }
     // The application may itself hold the lock. Locks of SDL are counted, so this works.
     if (lockSurface(surface) != 0) {

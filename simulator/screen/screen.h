@@ -8,7 +8,8 @@
 
 namespace tavsim {
 
-// The current content of its surface. Nothing, with a line in `error`, if it has none with pixels.
+// The current content of its surface, or the last frame that it has shown with OpenGL. Nothing,
+// with a line in `error`, if it has none.
 std::optional<Picture> screenPicture(std::string* error);
 
 }  // namespace tavsim

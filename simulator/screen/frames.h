@@ -1,0 +1,38 @@
+// The frames of an application that draws with OpenGL.
+//
+// Neither buffer can be read once a frame is shown: what the back buffer holds after the swap is
+// undefined, and the front buffer belongs to the display. So while somebody watches, each frame is
+// read just before it is swapped. In virtual time as in real time, what the application shows is
+// the last frame that it has swapped.
+#ifndef TAV_SIMULATOR_SCREEN_FRAMES_H
+#define TAV_SIMULATOR_SCREEN_FRAMES_H
+
+#include <atomic>
+#include <optional>
+
+#include "simulator/screen/picture.h"
+
+namespace tavsim {
+
+extern std::atomic<bool> g_isWatched;
+
+// Called by the thread that draws, before each swap.
+inline bool areFramesWatched() {
+    return g_isWatched.load(std::memory_order_relaxed);
+}
+
+// Reads the frame in the back buffer, if the thread has an OpenGL context.
+void keepFrame();
+
+// Every frame is kept from now on, for a run in which it is known that somebody will look.
+void watchFrames();
+
+// The last frame that was kept. Without one, all are kept until this is called again.
+std::optional<Picture> lastFrame();
+
+// Nobody watches any more.
+void stopFrames();
+
+}  // namespace tavsim
+
+#endif
