@@ -1,4 +1,8 @@
 // The device's position: walks, tracks, a lost position, and a compass that follows the movement.
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+
 #include "simulator/world/track.h"
 #include "transcript.h"
 
@@ -78,6 +82,42 @@ TEST_F(WorldTest, WhoeverTracksALostPositionHearsThat) {
     device.profile.services[kTracking] = {};
     give({"location 5 6 0 0 0 0 0"});
     pass(1000);
+}
+
+TEST_F(WorldTest, AReceiverIsOffByNoMoreThanItSays) {
+    // How many metres the fixes of ten seconds are off, where the device stands. One comes
+    // when tracking begins.
+    const auto errors = [&](const std::string& receiver,
+                            const std::string& then = "compass follow off") {
+        startDevice({});
+        for (const auto& line : {std::string("location 52 13 0 1 1 0 0"), receiver, then}) {
+            tavsim::carryOut(line);
+        }
+        device.advance(0);
+        TAV_EnableLocationTracking(SDL_TRUE);
+        std::vector<double> found;
+        for (int pass = 0; pass < 100; ++pass) {
+            device.advance(100);
+            if (userEvents() == std::vector{TAV_EVENT_LOCATION}) {
+                TAV_Location at;
+                TAV_GetLocation(&at);
+                const double east = (at.longitude - 13) * std::cos(52 * std::numbers::pi / 180);
+                found.push_back(111195 * std::hypot(at.latitude - 52, east));
+                EXPECT_EQ(at.horizAccuracy, found.back() == 0 ? 1 : 8);
+            }
+        }
+        TAV_EnableLocationTracking(SDL_FALSE);
+        return found;
+    };
+    const std::string standing = "location every 500ms 8m 1";
+    const std::vector<double> found = errors(standing);
+    const auto [least, most] = std::minmax_element(found.begin(), found.end());
+    EXPECT_TRUE(*least < 4 && *most > 6 && *most < 8.1) << *least << " to " << *most;
+    EXPECT_EQ(found, errors("location every 0.5s 8m 1"));
+    EXPECT_NE(found, errors("location every 500ms 8m 2"));
+    EXPECT_EQ(errors(standing, "walk 0.01 every 100ms 52,13 53,13").size(), found.size());
+    EXPECT_EQ(errors(standing, "location lost").size(), 0U);
+    EXPECT_EQ(errors(standing, "location every off"), std::vector{0.0});
 }
 
 TEST_F(WorldTest, TheCompassCanFollow) {

@@ -55,6 +55,7 @@ constexpr Range kLatitudes = {-90, 90, "the latitude is from -90 to 90"};
 constexpr Range kLongitudes = {-180, 180, "the longitude is from -180 to 180"};
 constexpr Range kSpeeds = {0.01, 10000, "the speed is from 0.01 to 10000 metres a second"};
 constexpr Range kFactors = {0.001, 1000, "the factor is from 0.001 to 1000"};
+constexpr Range kAccuracies = {0, kLeastAccuracy, "the accuracy is from 0 to 100000 metres"};
 constexpr Range kTolerances = {0, 255, "the tolerance is from 0 to 255"};
 constexpr Range kPercents = {0, 100, "the percentage is from 0 to 100"};
 
@@ -69,6 +70,10 @@ std::string placeProblem(std::string_view word) {
     const size_t comma = word.find(',');
     const std::string problem = rangeProblem<kLatitudes>(word.substr(0, comma));
     return problem.empty() ? rangeProblem<kLongitudes>(word.substr(comma + 1)) : problem;
+}
+
+std::string accuracyProblem(std::string_view word) {
+    return rangeProblem<kAccuracies>(word.substr(0, word.size() - 1));
 }
 
 std::string uriProblem(std::string_view word) {
@@ -96,6 +101,7 @@ struct Kind {
 };
 
 constexpr Kind kKinds[] = {
+    {"ACCURACYm", isDistance, accuracyProblem},
     {"ALTITUDE", isNumber<double>},
     {"CODE", isNumber<int>},
     {"DOUBLE", isNumber<double>},
@@ -115,6 +121,7 @@ constexpr Kind kKinds[] = {
     {"NAME", isSomething, nullptr, true},
     {"NAME|URI", isSomething, requestProblem},
     {"PERCENT", isNumber<int>, rangeProblem<kPercents>},
+    {"SEED", isNumber<int>},
     {"SPEED", isNumber<double>, rangeProblem<kSpeeds>},
     {"TEXT", isSomething, nullptr, true},
     {"TIME", isTime},

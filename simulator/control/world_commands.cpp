@@ -1,4 +1,6 @@
 // Commands for where the device is, where it goes, and what its compass tells.
+#include <algorithm>
+#include <climits>
 #include <memory>
 #include <vector>
 
@@ -26,14 +28,19 @@ Place readPlace(std::string_view word) {
     return place;
 }
 
+// METRESm; 0 without a word.
+double readMetres(std::string_view word) {
+    double metres = 0;
+    Words(word.substr(0, word.find('m'))).takeNumbers(&metres);
+    return metres;
+}
+
 // TIME or METRESm, as metres.
 double readInterval(std::string_view word, double speed) {
     if (const std::optional<Milliseconds> time = readTime(word)) {
         return speed * static_cast<double>(*time) / 1000;
     }
-    double metres = 0;
-    Words(word.substr(0, word.size() - 1)).takeNumbers(&metres);
-    return metres;
+    return readMetres(word);
 }
 
 struct WalkOrder {
@@ -98,6 +105,16 @@ CommandResult locationFound(Words) {
     return findLocation() ? CommandResult() : failed("location found: it is not lost");
 }
 
+CommandResult locationEvery(Words words) {
+    Receiver receiver;
+    const Milliseconds every = readTime(words.next()).value_or(0);  // "off" is no time
+    receiver.every = static_cast<int>(std::min<Milliseconds>(every, INT_MAX));
+    receiver.accuracy = readMetres(words.next());
+    words.takeNumbers(&receiver.seed);
+    setReceiver(receiver);
+    return {};
+}
+
 CommandResult walk(Words words) {
     WalkOrder order = readWalk(words);
     if (!(order.metres / order.speed >= kShortestPause)) {
@@ -139,6 +156,9 @@ constexpr Command kWorldCommands[] = {
     {"location error", "CODE", "Send an error of the location service.", locationError},
     {"location lost", "[CODE]", "Let the device not know its position from now on.", locationLost},
     {"location found", "", "Let it know its position again.", locationFound},
+    {"location every", "TIME|off [ACCURACYm [SEED]]",
+     "Send a fix every so often, also where the device stands, that is at most so many metres off.",
+     locationEvery},
     {"walk", "SPEED [every TIME|METRESm] LAT,LON...",
      "Walk from one place to the next at so many metres a second, with a fix every second, every\n"
      "      so often or every so many metres. With one place, from where the device is.",

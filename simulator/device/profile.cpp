@@ -97,6 +97,9 @@ json::Reader fix(Fix* fix) {
 json::Reader location(LocationTrack* track) {
     return json::fields(
         {{"interval", json::integer(&track->interval, 1)},
+         {"every", json::integer(&track->receiver.every, 0)},
+         {"accuracy", json::number(&track->receiver.accuracy, 0, kLeastAccuracy)},
+         {"seed", json::integer(&track->receiver.seed)},
          {"fixes", json::list(&track->fixes, fix)},
          {"errors", json::list(&track->errors, [](int* code) { return json::integer(code); })}});
 }

@@ -79,6 +79,9 @@ struct Compass {
 constexpr double kHighestLatitude = 90.0;
 constexpr double kHighestLongitude = 180.0;
 
+// Metres; a receiver that is further off knows nothing.
+constexpr double kLeastAccuracy = 100000.0;
+
 struct Fix {
     double latitude = 0.0;
     double longitude = 0.0;
@@ -89,12 +92,21 @@ struct Fix {
     double velocity = 0.0;
 };
 
-// The location service sends the fixes, one every `interval` milliseconds, then the error codes in
-// the same way.
+// What receives the positions. Its fixes are random points, at most `accuracy` metres from where
+// the device is; the same seed gives the same ones.
+struct Receiver {
+    int every = 0;        // milliseconds between two fixes; 0: a fix for each movement
+    double accuracy = 0;  // 0: exact, with the accuracy that the device's position has
+    int seed = 0;
+};
+
+// The device goes through the fixes, one every `interval` milliseconds, then the error codes in the
+// same way.
 struct LocationTrack {
     std::vector<Fix> fixes;
     std::vector<int> errors;
     int interval = 1000;
+    Receiver receiver = {};
 };
 
 enum class Purchase { Succeeds, Refused, Silent };

@@ -1,10 +1,13 @@
 #include "simulator/world/position.h"
 
+#include <cmath>
+#include <random>
 #include <utility>
 
 #include "simulator/device/running.h"
 #include "simulator/device/state.h"
 #include "simulator/time/queue.h"
+#include "simulator/world/walk.h"
 
 namespace tavsim {
 namespace {
@@ -21,6 +24,10 @@ struct World {
     Milliseconds begin = 0;
     int run = 0;  // incremented with each way, to drop the moments of earlier ones
     bool isPlaced = false;
+    bool isWithoutFix = false;  // at this point of the way
+    Receiver receiver;
+    std::mt19937 errors;  // of the receiver
+    int receivers = 0;    // incremented with each, to drop the fixes of earlier ones
 };
 
 World& world() {
@@ -29,24 +36,74 @@ World& world() {
     return instance;
 }
 
+// From 0 to 1, the same with every standard library.
+double nextRandom() {
+    return static_cast<double>(world().errors()) / std::mt19937::max();
+}
+
+// As the receiver sees it.
+Fix received(Fix fix) {
+    const double accuracy = world().receiver.accuracy;
+    if (accuracy == 0) {
+        return fix;
+    }
+    const double bearing = 360 * nextRandom();
+    const double distance = accuracy * std::sqrt(nextRandom());  // evenly over the circle
+    const Place place = placeAt({fix.latitude, fix.longitude}, bearing, distance);
+    fix.latitude = place.latitude;
+    fix.longitude = place.longitude;
+    fix.horizAccuracy = accuracy;
+    return roundedFix(fix);
+}
+
+bool isPeriodic() {
+    return world().receiver.every > 0;
+}
+
+void announce(const Report& report) {
+    const Fix* fix = std::get_if<Fix>(&report);
+    world().announce(fix != nullptr ? received(*fix) : report);
+}
+
+void announceMovement(const Report& report) {
+    if (!isPeriodic() || std::holds_alternative<int>(report)) {
+        announce(report);
+    }
+}
+
 void announceSoon(const Report& report) {
-    schedule(now(), [report] { world().announce(report); });
+    schedule(now(), [report] { announceMovement(report); });
+}
+
+void scheduleFix() {
+    schedule(after(now(), world().receiver.every), [receiver = world().receivers] {
+        if (receiver != world().receivers) {
+            return;
+        }
+        scheduleFix();
+        if (world().position && !world().lost && !world().isWithoutFix) {
+            announce(*world().position);
+        }
+    });
 }
 
 void endWay(const char* outcome) {
     ++world().run;
     world().way = nullptr;
+    world().isWithoutFix = false;
     if (std::exchange(world().isNamed, false)) {
         setState(kMovement, outcome);
     }
 }
 
 void reach(const Moment& moment) {
-    if (const Fix* fix = std::get_if<Fix>(&moment.report)) {
+    const Fix* fix = std::get_if<Fix>(&moment.report);
+    world().isWithoutFix = fix == nullptr;
+    if (fix != nullptr) {
         world().position = *fix;
     }
     if (!world().lost) {
-        world().announce(moment.report);
+        announceMovement(moment.report);
     }
 }
 
@@ -125,6 +182,15 @@ bool findLocation() {
     return true;
 }
 
+void setReceiver(const Receiver& receiver) {
+    ++world().receivers;
+    world().receiver = receiver;
+    world().errors.seed(static_cast<unsigned>(receiver.seed));
+    if (isPeriodic()) {
+        scheduleFix();
+    }
+}
+
 std::optional<Report> beginTracking() {
     if (!world().isPlaced) {
         begin(wayOfProfile());
@@ -132,7 +198,7 @@ std::optional<Report> beginTracking() {
     if (world().lost) {
         return *world().lost;
     }
-    return world().position ? std::optional<Report>(*world().position) : std::nullopt;
+    return world().position ? std::optional<Report>(received(*world().position)) : std::nullopt;
 }
 
 std::optional<Fix> presentFix() {
@@ -142,12 +208,15 @@ std::optional<Fix> presentFix() {
 
 void startWorld(std::function<void(const Report&)> announce) {
     world().announce = std::move(announce);
+    setReceiver(profile().location.receiver);
 }
 
 void stopWorld() {
     const int run = world().run;
+    const int receivers = world().receivers;
     world() = World();
     world().run = run + 1;
+    world().receivers = receivers + 1;
 }
 
 }  // namespace tavsim

@@ -37,6 +37,9 @@ void setOut(const std::string& movement, Way way);
 void loseLocation(int code);
 bool findLocation();
 
+// From now on a fix is announced every so often, wherever the device is, and for no other reason.
+void setReceiver(const Receiver& receiver);
+
 // Called when an application begins to track the location; returns what it receives at once, if
 // anything. The first call starts the way of the profile, unless the device has been placed.
 std::optional<Report> beginTracking();

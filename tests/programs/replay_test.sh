@@ -19,6 +19,7 @@ xdotool key h
 sees what=reply uri=*getItemInfo
 # Two commands: the application must have handled its events twice before it takes keys again.
 ctl compass follow on
+ctl location every 700ms 4m 7
 ctl walk 60 52.5140,13.3500 52.5152,13.3500
 xdotool click 1
 xdotool key h
