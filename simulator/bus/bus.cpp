@@ -208,7 +208,7 @@ bool deliverReply(int token, const Reply& reply) {
     const HKSReplyFunction replyFunction = found->second.replyFunction;
     void* context = found->second.context;
     const char* text = reply ? reply->c_str() : nullptr;
-    JournalEntry("bus", "reply", "token", token, "uri", found->second.uri, "reply", text);
+    writeEntry("bus", "reply", "token", token, "uri", found->second.uri, "reply", text);
     if (found->second.uri.starts_with(kPayment)) {
         bus().isPaymentAnswered = true;
     }

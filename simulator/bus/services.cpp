@@ -113,7 +113,7 @@ Answer deviceServiceAnswer(const std::string& uri, const std::string& payload) {
     dom::parser parser;
     dom::object request;
     if (parser.parse(payload).get(request) != simdjson::SUCCESS) {
-        JournalEntry("device", "request not understood", "uri", uri, "payload", payload);
+        writeEntry("device", "request not understood", "uri", uri, "payload", payload);
         return failure("the payload is no JSON object");
     }
     return handler->second(request);

@@ -34,6 +34,12 @@ private:
     base::JsonWriter m_line;
 };
 
+// The same in one call, for an entry without an outcome.
+template <typename... Members>
+void writeEntry(const char* kind, const char* what, const Members&... members) {
+    const JournalEntry entry(kind, what, members...);
+}
+
 // Starts an empty journal, which is also appended to the file, if one is given. False, with a line
 // in `error`, when the file cannot be written. A write error later ends the program.
 bool startJournal(const std::string& file, std::string* error);

@@ -69,7 +69,7 @@ std::optional<int> rescan(int (*realSystem)(const char* command)) try {
     const std::string program = tavsim::rootFolder() + kRescanProgram;
     if (access(program.c_str(), X_OK) == 0) {
         const int result = realSystem((tavsim::shellQuoted(program) + " scan-services").c_str());
-        tavsim::JournalEntry("bus", "rescan", "program", program, "status", result);
+        tavsim::writeEntry("bus", "rescan", "program", program, "status", result);
         return result;
     }
     const std::string roles = tavsim::rootFolder() + kRoles;

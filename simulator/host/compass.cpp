@@ -82,8 +82,8 @@ bool deliverCompassReading(const CompassReading& reading) {
     if (g_callback == nullptr) {
         return false;
     }
-    JournalEntry("host", "compass reading", "intValue", reading.intValue, "doubleValue1",
-                 reading.doubleValue1, "doubleValue2", reading.doubleValue2);
+    writeEntry("host", "compass reading", "intValue", reading.intValue, "doubleValue1",
+               reading.doubleValue1, "doubleValue2", reading.doubleValue2);
     g_callback(reading.intValue, reading.doubleValue1, reading.doubleValue2);
     return true;
 }

@@ -40,7 +40,7 @@ int lookUp(const char* function, const char* key, const std::string* value, char
     const int status = tavsim::faultStrikes(tavsim::Fault::HostRequest)
                            ? failLookUp(NAPP_FAILURE, buffer, bufferLength)
                            : front::answerLookUp(value, buffer, bufferLength);
-    JournalEntry("host", function, "key", key, "status", status);
+    writeEntry("host", function, "key", key, "status", status);
     return status;
 }
 
@@ -156,7 +156,7 @@ int KPSystemCopyStringValue(const char* key, char** value) try {
 
 SDL_bool SDL_NimboHookIsComponent() try {
     const bool plugin = running().plugin;
-    tavsim::JournalEntry("sdl", __func__, "outcome", plugin);
+    tavsim::writeEntry("sdl", __func__, "outcome", plugin);
     return plugin ? SDL_TRUE : SDL_FALSE;
 } catch (...) {
     return tavsim::refused(SDL_FALSE);
