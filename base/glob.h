@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string_view>
+#include <vector>
 
 namespace base {
 
@@ -26,6 +27,31 @@ inline bool matchesGlob(std::string_view text, std::string_view glob) {
         }
     }
     return glob.find_first_not_of('*', in) == std::string_view::npos;
+}
+
+// Whether there is a text that both globs match.
+inline bool globsMeet(std::string_view one, std::string_view other) {
+    // reached[n]: what is read of `one` and the first n bytes of `other` can stand for the same.
+    std::vector<bool> reached(other.size() + 1);
+    reached[0] = true;
+    const auto skipStars = [&] {
+        for (size_t n = 0; n < other.size(); ++n) {
+            reached[n + 1] = reached[n + 1] || (reached[n] && other[n] == '*');
+        }
+    };
+    skipStars();
+    for (const char each : one) {
+        const std::vector<bool> before = reached;
+        for (size_t n = 0; n < reached.size(); ++n) {
+            const bool isStarred = n < other.size() && other[n] == '*' && before[n];
+            const bool isSame = n > 0 && before[n - 1] && other[n - 1] != '*' &&
+                                (each == '?' || other[n - 1] == '?' || each == other[n - 1]);
+            const bool isEaten = each == '*' && (before[n] || (n > 0 && reached[n - 1]));
+            reached[n] = each == '*' ? isEaten : isStarred || isSame;
+        }
+        skipStars();
+    }
+    return reached[other.size()];
 }
 
 }  // namespace base

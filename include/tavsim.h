@@ -196,6 +196,7 @@ TAVSIM_API const char* TAVSim_Command(const char* line);
  * \return its state, such as "shown"; valid until it changes or the device is started or stopped.
  *         Null on failure:
  *         - "the name is null".
+ *         - "no state NAME", and the name that was probably meant.
  *         - "the application has done nothing to NAME".
  */
 TAVSIM_API const char* TAVSim_State(const char* name);
@@ -229,13 +230,17 @@ TAVSIM_API const char* TAVSim_JournalLine(int index);
  * \param pattern members that the entry must have, each with a glob that its value matches, with
  *        blanks between them: "kind=bus what=call* uri=vire://com.vire.vibrate/…". In a glob `*`
  *        stands for any characters and `?` for one; one with blanks stands in double quotes, with
- *        JSON's escapes. Not null.
+ *        JSON's escapes. Instead of a member it can be a path to a value in its JSON, such as
+ *        "payload.items[0].price=5"; instead of `=` and a glob it can be `<`, `>`, `<=` or `>=` and
+ *        a number; and "near 52.5,13.4 25m" is a fix that is not farther from there. At most 32
+ *        such conditions. Not null.
  * \param from the first line to look at, 0 or more.
  *
  * \return the index of the first such entry, as of TAVSim_JournalLine(); -1 when there is none,
  *         which is no failure; -2 on failure:
  *         - "the pattern is null".
- *         - what is wrong with a pattern that is malformed.
+ *         - what is wrong with a pattern that is malformed, or that no entry can ever match, such
+ *           as "no member "urii"; did you mean "uri"?".
  */
 TAVSIM_API int TAVSim_FindEntry(const char* pattern, int from);
 

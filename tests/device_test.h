@@ -14,6 +14,7 @@
 
 #include "SDL.h"
 #include "simulator/interface/device.h"
+#include "simulator/language/vocabulary.h"
 #include "tav.h"
 
 namespace tavtest {
@@ -32,6 +33,9 @@ protected:
 
     void TearDown() override {
         TAV_Quit();
+        for (const std::string& line : device.journal()) {
+            EXPECT_TRUE(tavsim::hasEntryForm(line)) << line << " is not in the vocabulary";
+        }
         tavsim::device().stop();
     }
 

@@ -55,7 +55,8 @@ TEST_F(TavsimTest, RefusesWhatMakesNoSense) {
     CALL(TAVSim_Command("fail host:0"));
     CALL(TAVSim_Command("fail host:++"));
     CALL(TAVSim_State(nullptr));
-    CALL(TAVSim_State("door"));
+    CALL(TAVSim_State("keybord"));
+    CALL(TAVSim_State("media"));
     CALL(TAVSim_JournalLine(0));
     CALL(TAVSim_FindEntry(nullptr, 0));
     CALL(TAVSim_FindEntry("kind=* within 1s", 0));

@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "simulator/control/pattern.h"
+#include "simulator/language/pattern.h"
 
 namespace tools {
 namespace {

@@ -17,6 +17,7 @@
 #include "run_folder.h"
 #include "simulator/device/profile.h"
 #include "simulator/device/trusted_folder.h"
+#include "simulator/scenario/check.h"
 #include "simulator/scenario/reader.h"
 #include "simulator/scenario/verdict.h"
 #include "supervisor.h"
@@ -83,6 +84,14 @@ std::optional<tavsim::Scenario> scenarioOf(const RunRequest& request) {
         return std::nullopt;
     }
     return scenario;
+}
+
+void warn(const tavsim::Scenario& scenario, const std::string& device) {
+    std::string error;
+    const auto profile = tavsim::readProfile(tavsim::profilePath(device), &error);
+    for (const std::string& warning : tavsim::warningsOf(scenario, *profile)) {
+        std::fprintf(stderr, "%s\n", warning.c_str());
+    }
 }
 
 // The file of a program that something can be preloaded into. Empty, after printing why and with
@@ -164,6 +173,7 @@ int run(RunRequest request) {
     if (!scenario->output.empty() && !output.open()) {
         return complain(std::string("no pipe for the program's output: ") + std::strerror(errno));
     }
+    warn(*scenario, request.device);
     tavsim::removeVerdict(folder.root());
     setEnvironment(request, folder.root(), simulator);
     Supervisor supervisor(request, folder, signals, scenario->output.empty() ? nullptr : &output);

@@ -22,6 +22,21 @@ inline bool parse(simdjson::dom::parser& parser, std::string_view text, bool isP
     return error == simdjson::SUCCESS;
 }
 
+// Two parsers, for a text and one inside of it, that work even when static objects have been
+// destroyed, if they have been used before. simdjson makes no new parsers then.
+inline simdjson::dom::parser& lastingParser(bool isForInside) {
+    static auto* const parsers = new simdjson::dom::parser[2];
+    return parsers[isForInside ? 1 : 0];
+}
+
+// To be called before the process ends where they are needed then.
+inline void prepareLastingParsers() {
+    for (const bool isForInside : {false, true}) {
+        simdjson::dom::element root;
+        parse(lastingParser(isForInside), "0", false, &root);
+    }
+}
+
 // The content of a string, the JSON text of any other value.
 inline std::string textOf(simdjson::dom::element value) {
     std::string_view content;

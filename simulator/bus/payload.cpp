@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "base/glob.h"
+#include "base/json/path.h"
 #include "base/json/text.h"
 #include "base/json/writer.h"
 
@@ -12,18 +13,6 @@ namespace tavsim {
 namespace {
 
 constexpr std::string_view kOpening = "${";
-
-// As of RFC 6901.
-std::string jsonPointer(std::string_view path) {
-    std::string pointer = "/";
-    for (const char each : path) {
-        pointer += each == '.'   ? "/"
-                   : each == '/' ? "~1"
-                   : each == '~' ? "~0"
-                                 : std::string(1, each);
-    }
-    return pointer;
-}
 
 bool isAsSaid(const std::optional<dom::element>& member, const PayloadPattern& pattern) {
     if (!member) {
@@ -96,10 +85,7 @@ Payload::Payload(const std::string& text) {
 }
 
 std::optional<dom::element> Payload::member(std::string_view path) const {
-    dom::element found;
-    return m_root && m_root->at_pointer(jsonPointer(path)).get(found) == simdjson::SUCCESS
-               ? std::optional(found)
-               : std::nullopt;
+    return m_root ? base::valueAt(*m_root, path) : std::nullopt;
 }
 
 bool Payload::matches(const std::map<std::string, PayloadPattern>& patterns) const {

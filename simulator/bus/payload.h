@@ -18,7 +18,7 @@ class Payload {
 public:
     explicit Payload(const std::string& text);
 
-    // A member by its name or path: "item", "item.id", "items.0.id".
+    // A member by its name or path: "item", "item.id", "items[0].id".
     std::optional<simdjson::dom::element> member(std::string_view path) const;
 
     bool matches(const std::map<std::string, PayloadPattern>& patterns) const;

@@ -137,4 +137,12 @@ void announceLocation(const Report& report) {
     }
 }
 
+std::vector<std::string> deviceServiceUris() {
+    std::vector<std::string> uris;
+    for (const auto& [uri, handler] : handlers()) {
+        uris.push_back(uri);
+    }
+    return uris;
+}
+
 }  // namespace tavsim

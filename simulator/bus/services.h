@@ -25,6 +25,8 @@ Answer failure(const std::string& reason, int delay = 0);
 // Carries the request out. The journal gets its changes of state.
 Answer deviceServiceAnswer(const std::string& uri, const std::string& payload);
 
+std::vector<std::string> deviceServiceUris();
+
 inline constexpr char kLocationUri[] = "vire://com.vire.location/startTracking";
 Answer startTracking(const simdjson::dom::object& request);
 std::string locationErrorReply(int code);

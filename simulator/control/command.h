@@ -7,7 +7,7 @@
 #include <string_view>
 
 #include "simulator/control/commands.h"
-#include "simulator/control/words.h"
+#include "simulator/language/words.h"
 
 namespace tavsim {
 

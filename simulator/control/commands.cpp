@@ -2,11 +2,12 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <optional>
 
 #include "base/json/writer.h"
 #include "base/suggestion.h"
 #include "simulator/control/command.h"
-#include "simulator/control/usage.h"
+#include "simulator/language/usage.h"
 #include "simulator/time/clock.h"
 
 namespace tavsim {
@@ -79,9 +80,10 @@ Line readLine(const std::string& line) {
 }
 
 // Empty for words that fit the command's usage.
-std::string whyNoFit(const Command& command, Words words) {
+std::string whyNoFit(const Command& command, Words words,
+                     const std::optional<std::string>& folder = {}) {
     std::string problem;
-    if (fitsUsage(command.usage, words, &problem)) {
+    if (fitsUsage(command.usage, words, &problem, folder)) {
         return {};
     }
     return problem.empty() ? "usage: " + usageOf(command)
@@ -96,7 +98,7 @@ std::filesystem::path& folderOfFiles() {
 // Others read the line elsewhere.
 std::string withAbsoluteFile(const Command& command, Words words) {
     std::string line(command.name);
-    if (command.usage.starts_with("FILE") && !words.isEmpty()) {
+    if (beginsWithFile(command.usage) && !words.isEmpty()) {
         std::error_code problem;
         line += " " + std::filesystem::absolute(pathOf(words.next()), problem).string();
     }
@@ -141,7 +143,8 @@ std::string whyMalformed(const std::string& line) {
     return command == nullptr ? unknownCommand(first, {}) : whyNoFit(*command, words);
 }
 
-std::string whyNoStep(const std::string& line, const std::vector<std::string>& otherNames) {
+std::string whyNoStep(const std::string& line, const std::string& folder,
+                      const std::vector<std::string>& otherNames) {
     const auto [first, command, words] = readLine(line);
     if (command == nullptr) {
         return unknownCommand(first, otherNames);
@@ -149,7 +152,7 @@ std::string whyNoStep(const std::string& line, const std::vector<std::string>& o
     if (command->carryOut == nullptr || command->shows) {
         return first + " only shows something; use `tavsim ctl " + first + "`";
     }
-    return whyNoFit(*command, words);
+    return whyNoFit(*command, words, folder);
 }
 
 bool looksAtScreen(const std::string& line) {

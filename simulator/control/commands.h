@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "platform/visibility.h"
+#include "simulator/language/pattern.h"
 #include "simulator/time/clock.h"
 
 namespace tavsim {
@@ -15,6 +16,7 @@ struct CommandResult {
     std::string error;       // one line; empty: it was carried out
     std::string output;      // lines, each with its line feed
     bool follow = false;     // the journal's further lines are wanted too
+    Pattern followed = {};   // those of them that match
     Milliseconds lasts = 0;  // how long what it has begun goes on by itself
     bool isEarly = false;    // the error may soon be gone
 };
@@ -32,9 +34,10 @@ void observeCommands(CommandObserver observer);
 // such command, or its words are not as its usage says. Empty when it may be carried out.
 TAV_PLATFORM_API std::string whyMalformed(const std::string& line);
 
-// The same for a line that is to steer the device, which none does that only shows something. The
-// other names are suggested too where one of them was meant.
-std::string whyNoStep(const std::string& line, const std::vector<std::string>& otherNames);
+// The same for a line that is to steer the device, which none does that only shows something, and
+// with files that are there already. The other names are suggested too where one of them was meant.
+std::string whyNoStep(const std::string& line, const std::string& folder,
+                      const std::vector<std::string>& otherNames);
 
 // How the command `picture` compares.
 struct PictureOptions {

@@ -75,6 +75,7 @@ void ControlClient::answer(const Asked& asked) {
     }
     say(result.follow ? ControlMessage::Following : ControlMessage::Done);
     m_follows = result.follow;
+    m_followed = result.followed;
     m_nextLine = journalLength();
 }
 
@@ -91,7 +92,8 @@ void ControlClient::follow() {
     }
     std::string output;
     for (; m_nextLine < journalLength(); ++m_nextLine) {
-        output += lines[static_cast<size_t>(m_nextLine - first)] + "\n";
+        const std::string& line = lines[static_cast<size_t>(m_nextLine - first)];
+        output += m_followed.empty() || matches(line, m_followed) ? line + "\n" : "";
     }
     if (!output.empty()) {
         say(ControlMessage::Output, output);

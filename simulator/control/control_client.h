@@ -10,6 +10,7 @@
 
 #include "base/message_socket.h"
 #include "simulator/control/protocol.h"
+#include "simulator/language/pattern.h"
 
 namespace tavsim {
 
@@ -51,6 +52,7 @@ private:
     SteadyClock::time_point m_lastSign = SteadyClock::now();  // of the client being there
     std::optional<Asked> m_asked;  // and has no answer yet; tried again if it came early
     bool m_follows = false;
+    Pattern m_followed;      // the entries that it wants; empty: all
     int64_t m_nextLine = 0;  // of the journal
 };
 

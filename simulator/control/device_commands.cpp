@@ -102,23 +102,35 @@ CommandResult state(Words words) {
     return {{}, lines, false};
 }
 
+// [--follow] [PATTERN]
 CommandResult journal(Words words) {
-    std::string lines;
-    for (const std::string& line : journalLines()) {
-        lines += line + "\n";
+    CommandResult result;
+    Words behind = words;
+    if (behind.next() == "--follow") {
+        result.follow = true;
+        words = behind;
     }
-    return {{}, lines, !words.isEmpty()};
+    std::string error;
+    result.followed = readPattern(words.rest(), &error).value_or(Pattern());
+    for (const std::string& line : journalLines()) {
+        if (result.followed.empty() || matches(line, result.followed)) {
+            result.output += line + "\n";
+        }
+    }
+    return result;
 }
 
 constexpr Command kDeviceCommands[] = {
-    {"set property", "KEY VALUE", "Set a system property.", setProperty},
+    {"set property", "PROPERTY VALUE", "Set a system property.", setProperty},
     {"set appinfo", "KEY VALUE", "Set a value of the application's information.", setAppinfo},
-    {"set preference", "KEY JSON", "Store one of the user's preferences.", setPreference},
+    {"set preference", "PREFERENCE JSON", "Store one of the user's preferences.", setPreference},
     {"plugin", "on|off", "Let the application be a plug-in, or not.", plugin},
     {"battery", "PERCENT", "Let the battery be charged so far.", battery},
     {"state", "[--json]", "Show what the application has made of the device.", state, true},
-    {"journal", "[--follow]",
-     "Show what it has done, and with --follow also what it does from now on.", journal, true},
+    {"journal", "[--follow] [PATTERN]",
+     "Show what it has done, and with --follow also what it does from now on; with a pattern only\n"
+     "      the entries that match it.",
+     journal, true},
 };
 
 }  // namespace

@@ -1,9 +1,10 @@
 // Commands for what the user does: keys, touches, the window.
 #include "simulator/control/command.h"
-#include "simulator/control/pattern.h"
 #include "simulator/input/events.h"
+#include "simulator/input/key_names.h"
 #include "simulator/input/keyboard.h"
 #include "simulator/input/touch.h"
+#include "simulator/language/pattern.h"
 
 namespace tavsim {
 namespace {

@@ -111,8 +111,8 @@ CommandResult picture(Words words) {
 }
 
 constexpr Command kScreenCommands[] = {
-    {"screenshot", "FILE", "Store what the application shows as a PNG.", screenshot},
-    {"picture", "FILE [TOLERANCE]",
+    {"screenshot", "PNG", "Store what the application shows as a PNG.", screenshot},
+    {"picture", "PNG [TOLERANCE]",
      "Compare what the application shows with a PNG; a channel may differ by so much, of 255.",
      picture},
 };

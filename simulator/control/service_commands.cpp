@@ -4,10 +4,10 @@
 #include "simulator/bus/bus.h"
 #include "simulator/bus/profile_services.h"
 #include "simulator/control/command.h"
-#include "simulator/control/pattern.h"
 #include "simulator/device/faults.h"
 #include "simulator/device/refusals.h"
 #include "simulator/device/running.h"
+#include "simulator/language/pattern.h"
 #include "simulator/time/clock.h"
 #include "simulator/time/queue.h"
 

@@ -7,8 +7,8 @@
 #include "simulator/bus/bus.h"
 #include "simulator/bus/services.h"
 #include "simulator/control/command.h"
-#include "simulator/control/pattern.h"
 #include "simulator/host/compass.h"
+#include "simulator/language/pattern.h"
 #include "simulator/world/position.h"
 #include "simulator/world/track.h"
 #include "simulator/world/walk.h"
@@ -18,22 +18,6 @@ namespace {
 
 constexpr double kShortestPause = 0.001;  // seconds
 constexpr Fix kNobodyKnowsWhere = {0, 0, 0, 5, 10, 0, 0};
-
-// LAT,LON
-Place readPlace(std::string_view word) {
-    const size_t comma = word.find(',');
-    Place place;
-    Words(word.substr(0, comma)).takeNumbers(&place.latitude);
-    Words(word.substr(comma + 1)).takeNumbers(&place.longitude);
-    return place;
-}
-
-// METRESm; 0 without a word.
-double readMetres(std::string_view word) {
-    double metres = 0;
-    Words(word.substr(0, word.find('m'))).takeNumbers(&metres);
-    return metres;
-}
 
 // TIME or METRESm, as metres.
 double readInterval(std::string_view word, double speed) {

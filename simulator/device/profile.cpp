@@ -221,6 +221,10 @@ bool canBeRefused(const std::string& request) {
     return isUri(request) || std::ranges::find(kRefusable, request) != std::end(kRefusable);
 }
 
+std::vector<std::string> refusableRequests() {
+    return {std::begin(kRefusable), std::end(kRefusable)};
+}
+
 std::optional<Profile> parseProfile(const std::string& document, const std::string& source,
                                     std::string* error) {
     Profile profile;

@@ -146,6 +146,9 @@ bool isUri(const std::string& text);
 // Whether a profile's "refuse" may contain this.
 TAV_PLATFORM_API bool canBeRefused(const std::string& request);
 
+// The names of requests that it may contain.
+std::vector<std::string> refusableRequests();
+
 // Reads a profile. Without a value, `error` is one line that names the source and the field.
 TAV_PLATFORM_API std::optional<Profile> parseProfile(const std::string& document,
                                                      const std::string& source, std::string* error);

@@ -5,14 +5,12 @@
 #include <algorithm>
 
 #include "base/json/writer.h"
-#include "base/suggestion.h"
 #include "front/next.h"
 #include "simulator/input/events.h"
 
 namespace tavsim {
 namespace {
 
-constexpr char kNameless[] = "unknown key";  // SDL's name for a code that is not a key
 constexpr std::string_view kPlain = "`1234567890-=[]\\;',./";
 constexpr std::string_view kShifted = "~!@#$%^&*()_+{}|:\"<>?";
 constexpr std::string_view kKeypad = "0123456789./*-+\r=";  // from SDLK_KP0 on
@@ -53,29 +51,7 @@ bool isUnicodeWanted() {
     return enableUnicode(-1) != 0;
 }
 
-std::string nameOf(int key) {
-    static const auto keyName = TAV_FRONT_NEXT(SDL_GetKeyName);
-    const std::string name = keyName(static_cast<SDLKey>(key));
-    return name != kNameless ? name : "";
-}
-
 }  // namespace
-
-std::optional<SDLKey> keyNamed(std::string_view name, std::string* error) {
-    if (!hasEventQueue()) {
-        *error = kNoEventQueue;  // SDL does not know the names either, then
-        return std::nullopt;
-    }
-    std::vector<std::string> names;
-    for (int key = SDLK_FIRST; key < SDLK_LAST; ++key) {
-        names.push_back(nameOf(key));
-        if (!name.empty() && names.back() == name) {
-            return static_cast<SDLKey>(key);
-        }
-    }
-    *error = "no key " + base::quoted(name) + base::suggestion(name, names);
-    return std::nullopt;
-}
 
 KeyStrokes::KeyStrokes() : m_modifiers(modifiersNow()) {
 }

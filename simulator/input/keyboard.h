@@ -10,10 +10,6 @@
 
 namespace tavsim {
 
-// The key with this name of SDL_GetKeyName(). Without one, `error` is a line that may suggest
-// another.
-std::optional<SDLKey> keyNamed(std::string_view name, std::string* error);
-
 // Builds the events of keys that are pressed and released one after the other.
 class KeyStrokes {
 public:

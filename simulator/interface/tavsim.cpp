@@ -7,11 +7,12 @@
 
 #include "base/file.h"
 #include "simulator/control/commands.h"
-#include "simulator/control/pattern.h"
 #include "simulator/device/edge.h"
 #include "simulator/device/journal.h"
 #include "simulator/device/state.h"
 #include "simulator/interface/device.h"
+#include "simulator/language/pattern.h"
+#include "simulator/language/vocabulary.h"
 
 namespace tavsim {
 namespace {
@@ -172,6 +173,9 @@ const char* TAVSim_State(const char* name) {
         if (name == nullptr) {
             return fail(kNoText, "the name is null");
         }
+        if (const std::string problem = whyNoState(name); !problem.empty()) {
+            return fail(kNoText, problem);
+        }
         const auto found = deviceState().find(name);
         return found != deviceState().end()
                    ? found->second.c_str()
@@ -202,8 +206,10 @@ int TAVSim_FindEntry(const char* pattern, int from) {
         if (!wanted) {
             return fail(kCannotSearch, error);
         }
-        if (wanted->within) {
-            return fail(kCannotSearch, "the journal is searched as it is; let time pass before");
+        if (wanted->within || wanted->count) {
+            return fail(kCannotSearch,
+                        wanted->within ? "the journal is searched as it is; let time pass before"
+                                       : "one entry is looked for; count what is found");
         }
         const auto& lines = journalLines();
         const auto kept = static_cast<std::int64_t>(lines.size());

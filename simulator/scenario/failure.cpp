@@ -1,23 +1,22 @@
 #include "simulator/scenario/failure.h"
 
-#include <algorithm>
+#include <unistd.h>
+
+#include <cstdlib>
 
 #include "base/json/writer.h"
 #include "base/print_line.h"
 #include "simulator/control/commands.h"
 #include "simulator/device/journal.h"
+#include "simulator/language/explanation.h"
 
 namespace tavsim {
 namespace {
 
-constexpr size_t kLinesShown = 10;
-
-void showJournal() {
-    const auto& lines = journalLines();
-    base::printLine(stderr, lines.empty() ? "  the journal is empty" : "  the journal ends with");
-    const size_t shown = std::min(lines.size(), kLinesShown);
-    std::for_each(lines.end() - static_cast<std::ptrdiff_t>(shown), lines.end(),
-                  [](const std::string& line) { base::printLine(stderr, "  " + line); });
+// On a terminal whose user has not asked for none.
+bool isColoured() {
+    const char* const noColour = std::getenv("NO_COLOR");
+    return isatty(STDERR_FILENO) != 0 && (noColour == nullptr || *noColour == '\0');
 }
 
 }  // namespace
@@ -35,9 +34,13 @@ std::string whatIsThere(const std::string& state) {
     return "there is no such state";
 }
 
-void tellFailure(const Step& step, const std::string& reason) {
-    base::printLine(stderr, nameOf(step) + ": " + reason);
-    showJournal();
+void tellFailure(const Step& step, const std::string& reason, const Pattern* pattern) {
+    const std::string line = nameOf(step) + ": " + reason;
+    base::printLine(stderr, isColoured() ? "\x1b[31m" + line + "\x1b[0m" : line);
+    const EntryLines lines(journalLines().begin(), journalLines().end());
+    for (const std::string& each : journalEnd(lines, pattern)) {
+        base::printLine(stderr, (each.starts_with("the journal") ? "  " : "    ") + each);
+    }
 }
 
 }  // namespace tavsim

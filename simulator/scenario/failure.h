@@ -14,8 +14,9 @@ std::string nameOf(const Step& step);
 // The actual state, for the message about an expected one.
 std::string whatIsThere(const std::string& state);
 
-// Prints the failure on standard error, with the end of the journal.
-void tellFailure(const Step& step, const std::string& reason);
+// Prints the failure on standard error, with the end of the journal, and first what is there of the
+// pattern's what or uri.
+void tellFailure(const Step& step, const std::string& reason, const Pattern* pattern = nullptr);
 
 }  // namespace tavsim
 

@@ -1,9 +1,9 @@
 // Reads the statements of a scenario's header.
 #include <filesystem>
 
-#include "simulator/control/text_word.h"
-#include "simulator/control/words.h"
 #include "simulator/device/profile.h"
+#include "simulator/language/text_word.h"
+#include "simulator/language/words.h"
 #include "simulator/scenario/reader.h"
 
 namespace tavsim {

@@ -5,11 +5,13 @@
 #include <filesystem>
 #include <memory>
 
+#include "base/json/text.h"
 #include "base/print_line.h"
 #include "simulator/control/commands.h"
 #include "simulator/device/claim.h"
 #include "simulator/device/journal.h"
 #include "simulator/device/root.h"
+#include "simulator/language/explanation.h"
 #include "simulator/scenario/failure.h"
 #include "simulator/scenario/reader.h"
 #include "simulator/screen/frames.h"
@@ -22,6 +24,9 @@ namespace {
 
 constexpr int kFailed = 3;
 constexpr Milliseconds kUntilAskedAgain = 10;
+constexpr char kNoSuchEntry[] = "the journal has no such entry";
+constexpr Milliseconds kVirtualPatience = 10000;
+constexpr Milliseconds kRealPatience = 1000;
 
 // Never destroyed, because the device ends after static objects are destroyed.
 std::unique_ptr<Player>& player() {
@@ -39,6 +44,11 @@ std::string shownPath(const std::string& file) {
 bool looksAtShown(const Step& step) {
     const auto* command = std::get_if<CommandLine>(&step.action);
     return command != nullptr && looksAtScreen(command->line);
+}
+
+// How long an entry is still waited for that has not come in time, only to tell of it.
+Milliseconds patience(Milliseconds within) {
+    return isTimeVirtual() ? std::max(within, kVirtualPatience) : kRealPatience;
 }
 
 bool wasPlayed() {
@@ -59,6 +69,12 @@ bool Player::start(std::string* error) {
         watchFrames();
     }
     observeJournal([this](const std::string& line) { newEntry(line); });
+    base::prepareLastingParsers();  // the last steps are looked at when the application has ended
+    for (const Step& each : m_scenario.steps) {
+        if (const auto* counted = std::get_if<ExpectCount>(&each.action)) {
+            m_entries.count(counted->pattern);
+        }
+    }
     m_isStarting = true;
     proceed();
     m_isStarting = false;
@@ -104,8 +120,8 @@ void Player::proceed() {
 
 // Whether no banned entry has come.
 bool Player::isAllowed() {
-    if (const auto& violation = m_entries.violation(); violation && !m_hasFailed) {
-        fail(*violation->first, "the journal has " + violation->second);
+    if (const auto& violation = m_entries.violation(); violation && !m_hasFailed && !m_isLate) {
+        fail(*violation->first, "the journal has " + shownEntry(violation->second));
     }
     return !m_hasFailed;
 }
@@ -115,7 +131,17 @@ void Player::wait() {
         return;
     }
     if (m_hasEnded) {
-        fail(step(), "the application ended at " + std::to_string(now()) + " ms before this");
+        const std::string reason =
+            "the application ended at " + std::to_string(now()) + " ms before this";
+        const auto* when = m_isActing ? nullptr : std::get_if<WhenEntry>(&step().turn);
+        const auto* expected = std::get_if<ExpectEntries>(&step().action);
+        if (when != nullptr) {
+            failForMissing({&when->pattern, 1}, {}, reason);
+        } else if (m_isActing && expected != nullptr) {
+            failForMissing(expected->patterns, expected->lines, reason);
+        } else {
+            fail(step(), reason);
+        }
     } else if (!std::exchange(m_isNoted, true)) {
         m_verdict.note(Outcome::Waiting, nameOf(step()));
     }
@@ -144,10 +170,10 @@ void Player::askToQuit() {
     }
 }
 
-void Player::fail(const Step& failing, const std::string& reason) {
+void Player::fail(const Step& failing, const std::string& reason, const Pattern* pattern) {
     m_hasFailed = true;
     m_verdict.note(Outcome::Failed);
-    tellFailure(failing, reason);
+    tellFailure(failing, reason, pattern);
     if (!m_hasEnded) {
         std::exit(kFailed);
     }
@@ -193,6 +219,18 @@ bool Player::isDone(const ExpectEntries& expected) {
     return true;
 }
 
+bool Player::isDone(const ExpectCount& expected) {
+    const std::string count = std::to_string(m_entries.countOf(expected.pattern));
+    if (meets(count, expected.count)) {
+        startNextStep();
+        return true;
+    }
+    if (hasPassed(after(m_since, expected.within))) {
+        fail(step(), "such entries so far: " + count, &expected.pattern);
+    }
+    return false;
+}
+
 bool Player::isDone(const ExpectNoEntry& expected) {
     if (!expected.time) {
         m_entries.ban(step(), expected.pattern);
@@ -201,7 +239,7 @@ bool Player::isDone(const ExpectNoEntry& expected) {
     }
     m_entries.seekInFuture(expected.pattern);
     if (m_entries.areAllFound()) {
-        fail(step(), "the journal has " + m_entries.lastFound());
+        fail(step(), "the journal has " + shownEntry(m_entries.lastFound()));
         return false;
     }
     if (!hasPassed(after(m_since, *expected.time))) {
@@ -247,36 +285,62 @@ bool Player::hasPassed(Milliseconds moment) {
 
 bool Player::haveCome(std::span<const Pattern> patterns, Milliseconds within,
                       const std::vector<BlockLine>& lines) {
+    const Milliseconds deadline = after(m_since, within);
     m_entries.seek(patterns);
-    if (m_entries.areAllFound()) {
-        m_entries.takeFound();
+    if (m_entries.areAllFound() && m_entries.lastFoundAt() <= deadline) {
+        m_entries.takeFound(step());
         return true;
     }
-    if (hasPassed(after(m_since, within))) {
-        failForMissing(lines);
+    if (m_entries.areAllFound()) {
+        const size_t last = m_entries.patternOfLast();
+        fail(failing(lines, last),
+             std::string(kNoSuchEntry) + "; it has one at " + timeOf(m_entries.lastFound()) + ", " +
+                 std::to_string(m_entries.lastFoundAt() - deadline) + " ms too late",
+             &patterns[last]);
+        return false;
+    }
+    if (!m_isLate && hasPassed(deadline)) {
+        m_isLate = true;
+        m_isWakeUpQueued = false;
+    }
+    if (m_isLate && (m_hasEnded || hasPassed(after(deadline, patience(within))))) {
+        failForMissing(patterns, lines, kNoSuchEntry);
     }
     return false;
 }
 
-// Of a block, the first line without an entry fails.
-void Player::failForMissing(const std::vector<BlockLine>& lines) {
-    const std::vector<size_t> missing = m_entries.missing();
+// The step, or the line of its block that is about this pattern.
+Step Player::failing(const std::vector<BlockLine>& lines, size_t pattern) const {
     Step failing = step();
-    std::string reason = "the journal has no such entry";
     if (!lines.empty()) {
-        failing.place = lines[missing.front()].place;
-        failing.text = lines[missing.front()].text;
+        failing.place = lines[pattern].place;
+        failing.text = lines[pattern].text;
+    }
+    return failing;
+}
+
+// Of a block, the first line without an entry fails. With what is there in place of the entry.
+void Player::failForMissing(std::span<const Pattern> patterns, const std::vector<BlockLine>& lines,
+                            std::string reason) {
+    m_entries.seek(patterns);
+    const std::vector<size_t> missing = m_entries.missing();
+    if (missing.empty()) {
+        fail(step(), reason);
+        return;
     }
     if (missing.size() > 1) {
         reason += ", nor one for " + std::to_string(missing.size() - 1) + " more of its block";
     }
-    fail(failing, reason);
+    const Step line = failing(lines, missing.front());
+    const std::string known = m_entries.whyNone(patterns[missing.front()], line);
+    fail(line, reason + (known.empty() ? "" : "; " + known), &patterns[missing.front()]);
 }
 
 void Player::startPhase() {
     ++m_phase;
     m_since = now();
     m_isWakeUpQueued = false;
+    m_isLate = false;
     m_entries.stopSeeking();
 }
 

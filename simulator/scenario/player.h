@@ -45,7 +45,7 @@ private:
     bool isAllowed();
     void wait();
     void finish();
-    void fail(const Step& failing, const std::string& reason);
+    void fail(const Step& failing, const std::string& reason, const Pattern* pattern = nullptr);
 
     // Each does what can be done now, and returns false while it has to wait.
     bool isDone(const Step& step);
@@ -54,6 +54,7 @@ private:
     bool isItsTurn(const WhenEntry& turn) { return haveCome({&turn.pattern, 1}, turn.within, {}); }
     bool isDone(const CommandLine& command);
     bool isDone(const ExpectEntries& expected);
+    bool isDone(const ExpectCount& expected);
     bool isDone(const ExpectNoEntry& expected);
     bool isDone(const ExpectState& expected);
     bool isDone(const ExpectEnd& expected);
@@ -61,7 +62,9 @@ private:
     bool hasPassed(Milliseconds moment);
     bool haveCome(std::span<const Pattern> patterns, Milliseconds within,
                   const std::vector<BlockLine>& lines);
-    void failForMissing(const std::vector<BlockLine>& lines);
+    void failForMissing(std::span<const Pattern> patterns, const std::vector<BlockLine>& lines,
+                        std::string reason);
+    Step failing(const std::vector<BlockLine>& lines, size_t pattern) const;
     void startPhase();
     void startNextStep();
     void wakeAt(Milliseconds moment) const;
@@ -83,6 +86,7 @@ private:
     size_t m_current = 0;     // step
     bool m_isActing = false;  // its turn has come
     bool m_isNoted = false;   // the verdict says that it waits
+    bool m_isLate = false;    // it has failed, but its entry may still come, too late
 
     int m_phase = 0;
     Milliseconds m_since = 0;       // when the phase began

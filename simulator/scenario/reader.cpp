@@ -5,7 +5,8 @@
 
 #include "base/file.h"
 #include "base/json/writer.h"
-#include "simulator/control/text_word.h"
+#include "simulator/language/text_word.h"
+#include "simulator/scenario/check.h"
 #include "simulator/scenario/parameters.h"
 #include "simulator/scenario/table.h"
 
@@ -217,11 +218,11 @@ std::optional<Scenario> readScenario(const std::string& file, const std::string&
                                      std::string* error) {
     Scenario scenario;
     Reader reader(&scenario, row);
-    if (!reader.readAll(file)) {
-        *error = reader.problem();
-        return std::nullopt;
-    }
-    return scenario;
+    *error = reader.readAll(file) ? whyUnreachable(scenario) : reader.problem();
+    // The name of a file can hold anything, but a message is one line.
+    std::replace_if(
+        error->begin(), error->end(), [](char each) { return each == '\r' || each == '\n'; }, '?');
+    return error->empty() ? std::optional(std::move(scenario)) : std::nullopt;
 }
 
 std::string whyNoRow(const std::string& file, const Scenario& scenario) {

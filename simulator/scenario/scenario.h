@@ -3,11 +3,12 @@
 #define TAV_SIMULATOR_SCENARIO_SCENARIO_H
 
 #include <optional>
+#include <span>
 #include <string>
 #include <variant>
 #include <vector>
 
-#include "simulator/control/pattern.h"
+#include "simulator/language/pattern.h"
 #include "simulator/time/clock.h"
 
 namespace tavsim {
@@ -42,6 +43,11 @@ struct ExpectEntries {
     Milliseconds within;
     std::vector<BlockLine> lines;  // of a block, one for each pattern
 };
+struct ExpectCount {
+    Pattern pattern;
+    MemberPattern count;  // of such entries since the start
+    Milliseconds within;
+};
 struct ExpectNoEntry {
     Pattern pattern;
     std::optional<Milliseconds> time;  // nothing: until the end
@@ -53,7 +59,22 @@ struct ExpectState {
 struct ExpectEnd {
     Milliseconds within;
 };
-using Action = std::variant<CommandLine, ExpectEntries, ExpectNoEntry, ExpectState, ExpectEnd>;
+using Action =
+    std::variant<CommandLine, ExpectEntries, ExpectCount, ExpectNoEntry, ExpectState, ExpectEnd>;
+
+// The patterns of the entries that the action is about.
+inline std::span<const Pattern> patternsOf(const Action& action) {
+    return std::visit(
+        [](const auto& one) -> std::span<const Pattern> {
+            if constexpr (requires { one.patterns; }) {
+                return one.patterns;
+            } else if constexpr (requires { one.pattern; }) {
+                return {&one.pattern, 1};
+            }
+            return {};
+        },
+        action);
+}
 
 struct Step {
     std::string place;  // FILE:LINE

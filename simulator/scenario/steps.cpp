@@ -5,8 +5,9 @@
 #include "base/json/writer.h"
 #include "base/suggestion.h"
 #include "simulator/control/commands.h"
-#include "simulator/control/text_word.h"
-#include "simulator/control/words.h"
+#include "simulator/language/text_word.h"
+#include "simulator/language/vocabulary.h"
+#include "simulator/language/words.h"
 #include "simulator/scenario/reader.h"
 
 namespace tavsim {
@@ -72,6 +73,10 @@ std::optional<Turn> readTurn(std::string_view when, std::string* error) {
     const std::string_view word = takeWord(&when);
     if (word == "when") {
         std::optional<Awaited> awaited = readAwaited(when, error);
+        if (awaited && awaited->count) {
+            *error = "count belongs to expect: expect [within TIME] count=N MEMBER=GLOB…";
+            return std::nullopt;
+        }
         return awaited ? std::optional<Turn>(WhenEntry{std::move(awaited->pattern),
                                                        awaited->within.value_or(kDefaultWait)})
                        : std::nullopt;
@@ -84,24 +89,19 @@ std::optional<Turn> readTurn(std::string_view when, std::string* error) {
     return word == "at" ? Turn(AtTime{*time}) : Turn(AfterTime{*time});
 }
 
-std::optional<Pattern> readPattern(std::string_view text, std::string* error) {
-    std::optional<Awaited> awaited = readAwaited(text, error);
-    if (!awaited) {
-        return std::nullopt;
-    }
-    if (awaited->within) {
-        *error = "the limit comes first: expect within TIME MEMBER=GLOB…";
-        return std::nullopt;
-    }
-    return std::move(awaited->pattern);
-}
-
 std::optional<Action> readEntry(std::string_view text, Milliseconds within, std::string* error) {
     if (text == kAll) {
         return ExpectEntries{{}, within, {}};
     }
-    std::optional<Pattern> pattern = readPattern(text, error);
-    return pattern ? std::optional<Action>(ExpectEntries{{std::move(*pattern)}, within, {}})
+    std::optional<Awaited> awaited = readAwaited(text, error);
+    if (awaited && awaited->within) {
+        *error = "the limit comes first: expect within TIME MEMBER=GLOB…";
+        return std::nullopt;
+    }
+    if (awaited && awaited->count) {
+        return ExpectCount{std::move(awaited->pattern), std::move(*awaited->count), within};
+    }
+    return awaited ? std::optional<Action>(ExpectEntries{{std::move(awaited->pattern)}, within, {}})
                    : std::nullopt;
 }
 
@@ -136,7 +136,8 @@ std::optional<Action> readState(std::string_view text, std::string* error) {
         *error = "usage: expect state NAME GLOB; what has blanks stands in double quotes";
         return std::nullopt;
     }
-    return ExpectState{*name, *glob};
+    *error = whyNoState(*name);
+    return error->empty() ? std::optional<Action>(ExpectState{*name, *glob}) : std::nullopt;
 }
 
 std::optional<Action> readEnd(std::string_view text, std::string* error) {
@@ -156,7 +157,7 @@ std::optional<Action> readCommand(std::string_view text, const Line& line, std::
     // Absolute, because the application may change its working directory before the command runs.
     std::error_code problem;
     CommandLine command = {std::string(text), std::filesystem::current_path(problem) / line.folder};
-    *error = whyNoStep(command.line, kStatementNames);
+    *error = whyNoStep(command.line, line.folder, kStatementNames);
     return error->empty() ? std::optional<Action>(std::move(command)) : std::nullopt;
 }
 
@@ -179,7 +180,7 @@ std::optional<Action> readExpectation(std::string_view text, const Line& line, s
     if (word == "picture") {
         return readCommand(text, line, error);
     }
-    if (text == kAll || word.find('=') != std::string_view::npos) {
+    if (text == kAll || word == "near" || word.find_first_of("=<>") != std::string_view::npos) {
         return readEntry(text, 0, error);
     }
     const std::string meant = base::suggestion(word, kExpectNames);

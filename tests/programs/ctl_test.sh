@@ -58,7 +58,9 @@ exec {crowd[1]}>&-
 says 0 '{*"what":"keyboard","outcome":"shown"}' '' ctl wait what=keyboard 'outcome="sh?w*"'
 "$tavsim" ctl --timeout 60 wait 'what="compass reading"' intValue=7 >"$work/entry" &
 awaiting=$!
-says 1 '' 'tavsim: ctl: wait: no such entry within 100 ms' ctl wait kind=nothing within 100ms
+says 1 '' 'tavsim: ctl: wait: no such entry within 100 ms; the closest one, at * ms, has outcome "shown", not "hidden"' \
+    ctl wait what=keyboard outcome=hidden within 100ms
+says 0 '{*"outcome":"shown"}' '' ctl journal what=keyboard
 "$tavsim" ctl compass 7 90 0.5
 wait "$awaiting" || fail 'an entry that came was not seen'
 grep -q '"intValue":7' "$work/entry" || fail "the entry that came: $(<"$work/entry")"
@@ -83,7 +85,7 @@ follow() {
     read -r _ <&3 # the first line is there, so it is connected
 }
 follow "$second_root"
-"$tavsim" ctl --root "$second_root" wait kind=nothing 2>"$work/told" &
+"$tavsim" ctl --root "$second_root" wait what=launched 2>"$work/told" &
 awaiting=$!
 is_connected() { ls -l "/proc/$awaiting/fd" | grep -q socket:; }
 wait_until is_connected

@@ -7,7 +7,7 @@ cd "$TAV_SOURCE"
 
 # From top to bottom.
 rooms=(tools tools/test tools/control tools/process
-    simulator/interface simulator/front simulator/scenario simulator/control simulator/input
+    simulator/interface simulator/front simulator/scenario simulator/control simulator/language simulator/input
     simulator/screen simulator/page simulator/bus simulator/host simulator/world simulator/device
     simulator/process simulator/time
     linux/host linux/services linux/bus linux/application

@@ -44,13 +44,15 @@ while IFS='|' read -r steps reason; do
     plays 3 '**' "scenario:$line: ${steps##*$'\n'}: $reason**"$'\n  the journal **' "$steps"
 done <<'EOF'
 location found|location found: it is not lost
-after 5ms: expect what=nothing|the journal has no such entry
-expect within 2s what=call uri=*nowhere|the journal has no such entry
-when what=nothing within 1s: quit|the journal has no such entry
-expect within 1s what=call; expect what=NApp_registerTAV|the journal has no such entry
-after 5ms: compass 1 2 3; expect never for 3s what=*; expect what=call; expect what=call|the journal has no
+after 5ms: expect what=vibrator|the journal has no such entry
+expect within 2s what=call uri=*vibrate|the journal has no such entry; the closest one, at 0 ms, has uri "vire://com.vire.battery/status", not "[*]vibrate"
+expect within 2s what=call payload.a=1|the journal has no such entry; the closest one, at 0 ms, has no payload.a
+when what=vibrator within 1s: quit|the journal has no such entry
+expect within 1s what=call; expect what=NApp_registerTAV|the journal has no such entry; it has one at 0 ms, before the entry that line 2 used
+expect within 1s what=call; expect what=call|the journal has no such entry; it has one at 0 ms, which line 2 has used
+after 1s: compass 1 2 3; expect within 1s intValue=1 doubleValue1>2|the journal has no such entry; the closest one, at 1000 ms, has doubleValue1 2, not >2
+after 1s: expect count>1 what=call|such entries so far: 1
 after 5ms: expect state keyboard hidden|it is shown
-after 5ms: expect state keybord shown|there is no such state
 expect ended within 2s|the application still runs
 after 1s: quit; after 1s: plugin on|the application ended at 1000 ms before this
 EOF
@@ -70,6 +72,14 @@ says 2 '' 'table: has a table, of which --row chooses a row: 1, 2' run --scenari
 says 0 quit '' run --virtual-time --scenario table --row 2
 says 3 '' 'table:7: expect intValue=2 what="a b[*]": **' run --virtual-time --scenario table --row 1
 complains 'run: --row *' run --row 2 "$waits"
+# What came too late; what repeats is one line; on a terminal the reason is red.
+services=$TAV_BUILD/bin/services
+plays 3 '**' '**scenario:2: *; it has one at 2000 ms, 500 ms too late**' \
+    'expect within 1500ms reply.tick=2' "$services"
+plays 3 '**' '**the application ended at * before this**3 × reply *ticks, from 1000 ms to 3000 ms**' \
+    'expect within 9s what=vibrator' "$services"
+run env script -qec "'$tavsim' run --virtual-time --scenario scenario '$services'" /dev/null
+[[ $out == *$'\e[31m'scenario:2:*$'\e[0m'* ]] || fail "no colour: $out"
 
 # `expect never` ends the run at once, and holds until the program has ended.
 for steps in 'expect never for 1s what=reply' $'expect never what=reply\nafter 1ms: plugin on'; do
@@ -92,8 +102,35 @@ plays 0 '*' '' 'expect status 1' "$programs/service_reply" 0
 plays 0 $'*\npercent 52' '' $'device nonsense\nrefuse keyboard' \
     --device fern "$programs/service_reply"
 
-# With a malformed scenario or an unknown device, nothing is started.
-plays 2 '' 'scenario:2: no command "locaton"; did you mean "location"[?]' 'locaton 1 2'
+# A malformed scenario, or one for what there is not: nothing is started.
+while IFS='|' read -r steps reason; do
+    steps=${steps//; /$'\n'}
+    plays 2 '' "scenario:$(($(wc -l <<<"$steps") + 1)): $reason" "$steps"
+done <<'EOF'
+locaton 1 2|no command "locaton"; did you mean "location"[?]
+expect kind=buss|no kind "buss"; did you mean "bus"[?]
+expect never what=vibrater|no what "vibrater"; did you mean "vibrator"[?]
+when what=*ompass urii=x: quit|no member "urii"; did you mean "uri"[?]
+expect within 1s what=cancel uri=*|such an entry has no "uri"; it has at, kind, what, token, outcome
+expect token.x=1|"token.x": only payload, reply, arguments hold JSON that a path leads into
+expect state keybord shown|no state "keybord"; did you mean "keyboard"[?]
+key tap retrun|key: no key "retrun"; did you mean "return"[?]
+refuse keybord|refuse: "keybord" is no URI and no request that can be refused; did you mean "keyboard"[?]
+set preference devicName 1|set preference: no preference "devicName"; did you mean "deviceName"[?]
+set property com.vire.properties.versoin 1|set property: no system *; did you mean "com.vire.properties.version"[?]
+track nowhere.gpx|track: nowhere.gpx: no such file
+screenshot nowhere/a.png|screenshot: nowhere/a.png: no such folder
+at 3s: quit; at 2s: quit|this time is over: the step before is not done before 3000 ms
+after 4294967295ms: quit; after 1ms: quit|it comes after 49 days, when the clock ends
+expect ended; expect never what=call|it follows the application's end
+expect ended; after 1s: expect what=call|it follows the application's end
+EOF
+plays 0 '*' 'scenario:2: warning: no service "vire://com.vire.clock/tick"; did you mean "*/ticks"[?]
+scenario:3: warning: no service "[*]nowhere"
+scenario:4: warning: no "item gold-skni"; did you mean "item gold-skin"[?]' 'silence vire://com.vire.clock/tick
+expect never uri=*nowhere
+expect never what="item gold-skni"
+at 1s: quit'
 plays 2 '' 'tavsim: no device "nonsense"; *' 'device nonsense'
 says 2 '' 'none: no such file' run --scenario none "$waits"
 echo 'expect output x' >expecting

@@ -8,7 +8,7 @@
 
 #include "base/child.h"
 #include "simulator/control/commands.h"
-#include "simulator/control/words.h"
+#include "simulator/language/words.h"
 #include "tools/control/client.h"
 #include "tools/control/reach.h"
 #include "tools/process/exit_status.h"

@@ -9,9 +9,10 @@
 #include <string>
 
 #include "base/suggestion.h"
-#include "simulator/control/pattern.h"
-#include "simulator/control/words.h"
 #include "simulator/device/claim.h"
+#include "simulator/language/explanation.h"
+#include "simulator/language/pattern.h"
+#include "simulator/language/words.h"
 #include "tools/control/client.h"
 #include "tools/control/ctl.h"
 #include "tools/control/reach.h"
@@ -47,15 +48,38 @@ std::optional<tavsim::Awaited> readLimit(tavsim::Words words, std::string* error
     return awaited;
 }
 
-// The first line in the text that matches; empty when there is none.
-std::string firstMatch(std::string_view lines, const tavsim::Pattern& pattern) {
-    while (!lines.empty()) {
-        const std::string_view line = lines.substr(0, lines.find('\n'));
-        if (tavsim::matches(line, pattern)) {
-            return std::string(line);
+// Takes the text's lines in, one after the other.
+class Search {
+public:
+    explicit Search(const tavsim::Awaited& awaited) : m_awaited(awaited) {}
+
+    // The line that fulfils what is awaited; empty when there is none.
+    std::string find(std::string_view text);
+
+    // About what came closest so far, to end a message with.
+    const std::string& closest() const { return m_closest; }
+
+private:
+    const tavsim::Awaited& m_awaited;
+    int m_count = 0;
+    std::string m_closest;
+};
+
+std::string Search::find(std::string_view text) {
+    tavsim::EntryLines lines;
+    while (!text.empty()) {
+        lines.push_back(text.substr(0, text.find('\n')));
+        text.remove_prefix(std::min(lines.back().size() + 1, text.size()));
+        if (!tavsim::matches(lines.back(), m_awaited.pattern)) {
+            continue;
         }
-        lines.remove_prefix(std::min(line.size() + 1, lines.size()));
+        ++m_count;
+        if (!m_awaited.count || tavsim::meets(std::to_string(m_count), *m_awaited.count)) {
+            return std::string(lines.back());
+        }
     }
+    const std::string closest = tavsim::closestTo(m_awaited.pattern, lines);
+    m_closest = closest.empty() ? m_closest : "; " + closest;
     return {};
 }
 
@@ -64,19 +88,20 @@ public:
     explicit Wait(milliseconds limit) : m_limit(limit), m_end(Clock::now() + limit) {}
 
     // An empty pattern stands for the application being ready.
-    int forAnswer(const std::string& root, const tavsim::Pattern& pattern) const {
+    int forAnswer(const std::string& root, const tavsim::Awaited& awaited) const {
         const ReachedDevice reached = reachDevice(root, left(), left());
         if (reached.connection < 0) {
             return tell(reached.problem, kNotReached);
         }
         Client device(reached.connection);
-        const bool isReadiness = pattern.empty();
+        Search search(awaited);
+        const bool isReadiness = awaited.pattern.empty();
         Answer answer = device.ask(isReadiness ? "state" : "journal --follow", left());
         while (answer.end == Answer::End::Following) {
             if (!answer.lost.empty()) {
                 tell(answer.lost + " lines were not taken in time and are lost", 0);
             }
-            if (const std::string line = firstMatch(answer.text, pattern); !line.empty()) {
+            if (const std::string line = search.find(answer.text); !line.empty()) {
                 std::puts(line.c_str());
                 return 0;
             }
@@ -86,12 +111,13 @@ public:
         case Answer::End::Refused:
             return tell(answer.text, kNotReached);
         case Answer::End::Ended:
-            return tell("the application ended before that", kHasNotHappened);
+            return tell("the application ended before that" + search.closest(), kHasNotHappened);
         case Answer::End::Gone:
             return tell("the application is gone before that", kHasNotHappened);
         case Answer::End::Late:
-            return complainOfTime(isReadiness ? "the application has not handled SDL's events"
-                                              : "no such entry");
+            return complainOfTime(
+                isReadiness ? "the application has not handled SDL's events" : "no such entry",
+                search.closest());
         case Answer::End::Strange:
             return tell("what answers there is no device", kNotReached);
         default:
@@ -127,9 +153,9 @@ private:
         return std::max(time, milliseconds(0));
     }
 
-    int complainOfTime(const std::string& what) const {
+    int complainOfTime(const std::string& what, const std::string& instead = {}) const {
         const std::string limit = std::to_string(m_limit.count());
-        return tell(what + " within " + limit + " ms", kHasNotHappened);
+        return tell(what + " within " + limit + " ms" + instead, kHasNotHappened);
     }
 
     milliseconds m_limit;
@@ -151,8 +177,7 @@ int waitFor(const ControlRequest& request, std::string_view line) {
     }
     const Wait wait(awaited->within ? milliseconds(*awaited->within)
                                     : inMilliseconds(request.timeout));
-    return first == kEnded ? wait.forEnd(request.root)
-                           : wait.forAnswer(request.root, awaited->pattern);
+    return first == kEnded ? wait.forEnd(request.root) : wait.forAnswer(request.root, *awaited);
 }
 
 }  // namespace tools

@@ -1,13 +1,18 @@
-#include "simulator/control/usage.h"
+#include "simulator/language/usage.h"
 
 #include <simdjson.h>
 
 #include <algorithm>
+#include <filesystem>
 
 #include "base/json/writer.h"
-#include "simulator/control/pattern.h"
+#include "base/suggestion.h"
 #include "simulator/device/faults.h"
 #include "simulator/device/profile.h"
+#include "simulator/input/key_names.h"
+#include "simulator/language/pattern.h"
+#include "simulator/language/vocabulary.h"
+#include "simulator/world/track.h"
 
 namespace tavsim {
 namespace {
@@ -83,7 +88,31 @@ std::string uriProblem(std::string_view word) {
 std::string requestProblem(std::string_view word) {
     return canBeRefused(std::string(word))
                ? ""
-               : base::quoted(word) + " is no URI and no request that can be refused";
+               : base::quoted(word) + " is no URI and no request that can be refused" +
+                     base::suggestion(word, refusableRequests());
+}
+
+std::string keyProblem(std::string_view name) {
+    std::string problem;
+    return keyNamed(name, &problem) ? "" : problem;
+}
+
+std::string patternProblem(std::string_view text) {
+    std::string problem;
+    return readPattern(text, &problem) ? "" : problem;
+}
+
+std::string trackProblem(const std::string& path) {
+    std::string problem;
+    return readTrack(path, &problem) ? "" : problem;
+}
+
+std::string pictureProblem(const std::string& path) {
+    const std::filesystem::path folder = std::filesystem::path(path).parent_path();
+    std::error_code problem;
+    return folder.empty() || std::filesystem::is_directory(folder, problem)
+               ? ""
+               : path + ": no such folder";
 }
 
 std::string jsonProblem(std::string_view text) {
@@ -98,6 +127,7 @@ struct Kind {
     bool (*hasForm)(std::string_view word);
     std::string (*problem)(std::string_view word) = nullptr;  // with a value of that form
     bool takesRest = false;  // blanks belong to it, but for a number that may follow
+    std::string (*fileProblem)(const std::string& path) = nullptr;  // with the file that it names
 };
 
 constexpr Kind kKinds[] = {
@@ -106,7 +136,7 @@ constexpr Kind kKinds[] = {
     {"CODE", isNumber<int>},
     {"DOUBLE", isNumber<double>},
     {"FACTOR", isNumber<double>, rangeProblem<kFactors>},
-    {"FILE", isSomething, nullptr, true},
+    {"FILE", isSomething, nullptr, true, trackProblem},
     {"HEADING", isNumber<double>},
     {"HORIZONTAL_ACCURACY", isNumber<double>},
     {"INT", isNumber<int>},
@@ -118,9 +148,13 @@ constexpr Kind kKinds[] = {
     {"LONGITUDE", isNumber<double>, rangeProblem<kLongitudes>},
     {"METRESm", isDistance},
     {"N", isCount},
-    {"NAME", isSomething, nullptr, true},
+    {"NAME", isSomething, keyProblem, true},
     {"NAME|URI", isSomething, requestProblem},
+    {"PATTERN", isSomething, patternProblem, true},
     {"PERCENT", isNumber<int>, rangeProblem<kPercents>},
+    {"PNG", isSomething, nullptr, true, pictureProblem},
+    {"PREFERENCE", isSomething, whyNoPreference},
+    {"PROPERTY", isSomething, whyNoProperty},
     {"SEED", isNumber<int>},
     {"SPEED", isNumber<double>, rangeProblem<kSpeeds>},
     {"TEXT", isSomething, nullptr, true},
@@ -148,7 +182,8 @@ std::string_view takeUpTo(char end, std::string_view* text) {
 
 class Matcher {
 public:
-    explicit Matcher(Words words) : m_words(words) {}
+    Matcher(Words words, const std::optional<std::string>& folder)
+        : m_words(words), m_folder(folder) {}
 
     // Whether the next words have this form.
     bool take(std::string_view usage);
@@ -163,6 +198,7 @@ private:
     bool isOf(const Kind& kind, std::string_view word);
 
     Words m_words;
+    const std::optional<std::string>& m_folder;
     std::string m_problem;  // the first
 };
 
@@ -225,16 +261,25 @@ bool Matcher::isOf(const Kind& kind, std::string_view word) {
     if (kind.problem != nullptr && m_problem.empty()) {
         m_problem = kind.problem(word);
     }
+    if (kind.fileProblem != nullptr && m_folder && m_problem.empty()) {
+        m_problem = kind.fileProblem(std::filesystem::path(*m_folder) / word);
+    }
     return true;
 }
 
 }  // namespace
 
-bool fitsUsage(std::string_view usage, Words words, std::string* problem) {
-    Matcher matcher(words);
+bool fitsUsage(std::string_view usage, Words words, std::string* problem,
+               const std::optional<std::string>& folder) {
+    Matcher matcher(words, folder);
     const bool hasForm = matcher.take(usage) && matcher.isAtEnd();
     *problem = hasForm ? matcher.problem() : "";
     return hasForm && problem->empty();
+}
+
+bool beginsWithFile(std::string_view usage) {
+    const Kind* kind = findKind(takeUpTo(' ', &usage));
+    return kind != nullptr && kind->fileProblem != nullptr;
 }
 
 }  // namespace tavsim

@@ -1,6 +1,6 @@
 // The words of a command line.
-#ifndef TAV_SIMULATOR_CONTROL_WORDS_H
-#define TAV_SIMULATOR_CONTROL_WORDS_H
+#ifndef TAV_SIMULATOR_LANGUAGE_WORDS_H
+#define TAV_SIMULATOR_LANGUAGE_WORDS_H
 
 #include <algorithm>
 #include <charconv>

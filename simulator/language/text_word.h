@@ -1,6 +1,6 @@
 // Words that can hold blanks, because they are written in double quotes.
-#ifndef TAV_SIMULATOR_CONTROL_TEXT_WORD_H
-#define TAV_SIMULATOR_CONTROL_TEXT_WORD_H
+#ifndef TAV_SIMULATOR_LANGUAGE_TEXT_WORD_H
+#define TAV_SIMULATOR_LANGUAGE_TEXT_WORD_H
 
 #include <optional>
 #include <string>

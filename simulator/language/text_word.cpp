@@ -1,4 +1,4 @@
-#include "simulator/control/text_word.h"
+#include "simulator/language/text_word.h"
 
 #include <simdjson.h>
 

@@ -1,0 +1,20 @@
+// The names of keys, known where SDL is not.
+#ifndef TAV_SIMULATOR_INPUT_KEY_NAMES_H
+#define TAV_SIMULATOR_INPUT_KEY_NAMES_H
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "SDL.h"
+#include "platform/visibility.h"
+
+namespace tavsim {
+
+// The key that SDL_GetKeyName() gives this name. Without one, `error` is a line that may suggest
+// another.
+TAV_PLATFORM_API std::optional<SDLKey> keyNamed(std::string_view name, std::string* error);
+
+}  // namespace tavsim
+
+#endif

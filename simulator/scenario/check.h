@@ -1,0 +1,25 @@
+// What can be said of a scenario as a whole before it is played.
+#ifndef TAV_SIMULATOR_SCENARIO_CHECK_H
+#define TAV_SIMULATOR_SCENARIO_CHECK_H
+
+#include <string>
+#include <vector>
+
+#include "platform/visibility.h"
+#include "simulator/device/profile.h"
+#include "simulator/scenario/scenario.h"
+
+namespace tavsim {
+
+// A line about the first step that can never be done, as FILE:LINE: REASON; empty where each of
+// them can.
+std::string whyUnreachable(const Scenario& scenario);
+
+// Lines of that form about services and items that neither the device, nor its profile, nor the
+// scenario knows. The program may know them.
+TAV_PLATFORM_API std::vector<std::string> warningsOf(const Scenario& scenario,
+                                                     const Profile& profile);
+
+}  // namespace tavsim
+
+#endif
