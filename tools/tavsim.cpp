@@ -10,6 +10,7 @@
 
 #include "base/json/writer.h"
 #include "base/suggestion.h"
+#include "journal.h"
 #include "run.h"
 #include "simulator/control/commands.h"
 #include "simulator/device/profile.h"
@@ -161,6 +162,15 @@ CLI::App* addTest(CLI::App& app, tools::TestRequest* request) {
     return test;
 }
 
+CLI::App* addJournal(CLI::App& app, tools::JournalRequest* request) {
+    CLI::App* journal = app.add_subcommand(
+        "journal", "Show the entries of a journal: tavsim journal [--number] FILE [PATTERN]");
+    journal->add_flag("--number", request->numbers,
+                      "Print in front of each entry which it is, from 0 on");
+    journal->prefix_command();
+    return journal;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) try {
@@ -174,6 +184,8 @@ int main(int argc, char** argv) try {
     CLI::App* ctl = addControl(app, &command);
     tools::TestRequest tests;
     const CLI::App* test = addTest(app, &tests);
+    tools::JournalRequest journalRequest;
+    const CLI::App* journal = addJournal(app, &journalRequest);
     CLI::App* devices = app.add_subcommand("devices", "List the devices that come with it");
     bool asJson = false;
     devices->add_flag("--json", asJson, "List them as JSON");
@@ -208,6 +220,10 @@ int main(int argc, char** argv) try {
     if (&used == test) {
         tests.paths.insert(tests.paths.end(), words.begin(), words.end());
         return tools::test(tests);
+    }
+    if (&used == journal) {
+        journalRequest.words = words;
+        return tools::showJournal(journalRequest);
     }
     if (&used == ctl) {
         command.command = words;

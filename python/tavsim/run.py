@@ -14,7 +14,7 @@ from pathlib import Path
 from types import TracebackType
 from typing import Any
 
-from tavsim.journal import Entry, Journal, matches
+from tavsim.journal import Entry, Journal
 from tavsim.process import (
     WRITTEN,
     Error,
@@ -30,6 +30,7 @@ from tavsim.process import (
 _LOOK_S = 0.01  # between two polls of a file or a process
 _NOT_SET_UP = (2, 127)  # how `tavsim run` ends when it cannot start the program
 _SCENARIO_FAILED = 3
+_NO_ENTRY = 1  # how `tavsim journal` ends when nothing matches
 _LINES_SHOWN = 10
 _ASKED_S = 5.0  # that a program has to end when it is asked to quit
 
@@ -190,29 +191,37 @@ class Run:
         self._journal.read()
         return list(self._journal.entries)
 
-    def wait_for(self, *, within: float = 10.0, **members: str) -> Entry:
+    def wait_for(self, pattern: str = "", *, within: float = 10.0, **members: str) -> Entry:
         """Waits until the journal has an entry with these members, and returns it.
 
             run.wait_for(kind="bus", what="call*", uri="*vibrate*", within=5)
+            run.wait_for("what=reply reply.items[0].price=0.99 at<2000")
 
-        In a value, * stands for any characters and ? for one. Each call searches after the entry
-        that the last call found. Raises NotHappened after that many seconds, or when the program
-        ends.
+        In a value, * stands for any characters and ? for one. The pattern can have all conditions
+        of scenarios. Each call searches after the entry that the last call found. Raises Error for
+        what no entry can have, and NotHappened after that many seconds, or when the program ends.
         """
+        globs = [f"{name}={json.dumps(glob)}" for name, glob in members.items()]
+        wanted = " ".join([pattern, *globs] if pattern else globs)
         deadline = time.monotonic() + within
+        start = seen = self._awaited
+        is_checked = False
         while True:
             has_ended = self.status is not None
             is_over = time.monotonic() >= deadline
             self._journal.read()
-            for index in range(self._awaited, len(self._journal.entries)):
-                if matches(self._journal.entries[index], members):
+            end = len(self._journal.lines)
+            if end > seen or not is_checked:
+                index, _ = self._find(wanted, seen, end)
+                if index is not None:
                     self._awaited = index + 1
                     return self._journal.entries[index]
+                seen, is_checked = end, True
             if has_ended:
                 self._raise_if_not_set_up()
-                raise NotHappened(self._missing(members, f"until it ended with {self.status}"))
+                raise NotHappened(self._missing(wanted, start, f"until it ended with {self.status}"))
             if is_over:
-                raise NotHappened(self._missing(members, f"within {within:g} s"))
+                raise NotHappened(self._missing(wanted, start, f"within {within:g} s"))
             time.sleep(_LOOK_S)
 
     def wait_ready(self, *, within: float = 10.0) -> None:
@@ -288,11 +297,27 @@ class Run:
             self._raise_if_not_set_up()
             raise Error(f"the program has ended with {self.status}\n{self.errors}".rstrip())
 
-    def _missing(self, members: Mapping[str, str], until: str) -> str:
-        wanted = " ".join(f"{name}={glob}" for name, glob in members.items())
-        shown = [json.dumps(entry) for entry in self._journal.entries[-_LINES_SHOWN:]]
+    # The index of the first of these entries that matches, or else why there is none.
+    def _find(self, wanted: str, start: int, end: int) -> tuple[int | None, str]:
+        found = subprocess.run(
+            [self._tool, "journal", "--number", "/dev/stdin", wanted],
+            input="\n".join(self._journal.lines[start:end]),
+            capture_output=True,
+            encoding="utf-8",
+            errors="replace",
+            check=False,
+        )
+        if found.returncode == _NO_ENTRY:
+            return None, found.stderr.strip()
+        if found.returncode != 0:
+            raise Error(reason(found.stderr))
+        return start + int(found.stdout.partition(":")[0]), ""
+
+    def _missing(self, wanted: str, start: int, until: str) -> str:
+        _, why = self._find(wanted, start, len(self._journal.lines))
+        shown = self._journal.lines[-_LINES_SHOWN:]
         said = self.errors.splitlines()[-_LINES_SHOWN:]
-        text = f"the program did nothing like {wanted} {until}"
+        text = f"the program did nothing like {wanted} {until}: {why}"
         for title, lines in (("the journal's end", shown), ("its standard error's", said)):
             text += "".join(f"\n  {line}" for line in [f"{title}:", *lines]) if lines else ""
         return text

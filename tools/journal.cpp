@@ -1,0 +1,59 @@
+#include "journal.h"
+
+#include <cstdio>
+#include <fstream>
+
+#include "simulator/language/explanation.h"
+#include "tools/process/exit_status.h"
+
+namespace tools {
+namespace {
+
+constexpr int kNone = 1;
+
+std::string patternIn(const std::vector<std::string>& words) {
+    std::string pattern;
+    for (size_t n = 1; n < words.size(); ++n) {
+        pattern += (n == 1 ? "" : " ") + words[n];
+    }
+    return pattern;
+}
+
+}  // namespace
+
+int showJournal(const JournalRequest& request) {
+    if (request.words.empty()) {
+        return complain("journal: no file given");
+    }
+    const std::string text = patternIn(request.words);
+    std::string error;
+    const std::optional<tavsim::Pattern> pattern =
+        text.empty() ? tavsim::Pattern() : tavsim::readPattern(text, &error);
+    if (!pattern) {
+        return complain("journal: " + error);
+    }
+    std::ifstream file(request.words[0]);
+    if (!file) {
+        return complain("journal: " + request.words[0] + ": cannot be read");
+    }
+    std::vector<std::string> others;
+    bool isFound = false;
+    std::string line;
+    for (long number = 0; std::getline(file, line); ++number) {
+        if (!tavsim::matches(line, *pattern)) {
+            others.push_back(line);
+            continue;
+        }
+        isFound = true;
+        const std::string place = request.numbers ? std::to_string(number) + ":" : "";
+        std::printf("%s%s\n", place.c_str(), line.c_str());
+    }
+    if (isFound) {
+        return 0;
+    }
+    const std::string closest = tavsim::closestTo(*pattern, {others.begin(), others.end()});
+    std::fprintf(stderr, "no such entry%s%s\n", closest.empty() ? "" : "; ", closest.c_str());
+    return kNone;
+}
+
+}  // namespace tools
