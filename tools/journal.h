@@ -1,6 +1,5 @@
 // `tavsim journal`: looks into a journal that a run has written.
-#ifndef TAV_TOOLS_JOURNAL_H
-#define TAV_TOOLS_JOURNAL_H
+#pragma once
 
 #include <string>
 #include <vector>
@@ -17,5 +16,3 @@ struct JournalRequest {
 int showJournal(const JournalRequest& request);
 
 }  // namespace tools
-
-#endif

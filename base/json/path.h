@@ -1,6 +1,5 @@
 // Paths to the values inside of a JSON value.
-#ifndef TAV_BASE_JSON_PATH_H
-#define TAV_BASE_JSON_PATH_H
+#pragma once
 
 #include <simdjson.h>
 
@@ -37,5 +36,3 @@ inline std::optional<simdjson::dom::element> valueAt(simdjson::dom::element root
 }
 
 }  // namespace base
-
-#endif

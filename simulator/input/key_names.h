@@ -1,6 +1,5 @@
 // The names of keys, known where SDL is not.
-#ifndef TAV_SIMULATOR_INPUT_KEY_NAMES_H
-#define TAV_SIMULATOR_INPUT_KEY_NAMES_H
+#pragma once
 
 #include <optional>
 #include <string>
@@ -16,5 +15,3 @@ namespace tavsim {
 TAV_PLATFORM_API std::optional<SDLKey> keyNamed(std::string_view name, std::string* error);
 
 }  // namespace tavsim
-
-#endif

@@ -1,6 +1,5 @@
 // Why an entry that was expected is not there, for people to read.
-#ifndef TAV_SIMULATOR_LANGUAGE_EXPLANATION_H
-#define TAV_SIMULATOR_LANGUAGE_EXPLANATION_H
+#pragma once
 
 #include <string>
 #include <string_view>
@@ -29,5 +28,3 @@ std::string shownEntry(std::string_view line);
 std::vector<std::string> journalEnd(EntryLines lines, const Pattern* pattern);
 
 }  // namespace tavsim
-
-#endif

@@ -1,6 +1,5 @@
 // Times, places, and patterns for entries of the journal, as written in commands and scenarios.
-#ifndef TAV_SIMULATOR_LANGUAGE_PATTERN_H
-#define TAV_SIMULATOR_LANGUAGE_PATTERN_H
+#pragma once
 
 #include <optional>
 #include <string>
@@ -75,5 +74,3 @@ TAV_PLATFORM_API std::optional<Awaited> readAwaited(std::string_view text, std::
 TAV_PLATFORM_API std::optional<Pattern> readPattern(std::string_view text, std::string* error);
 
 }  // namespace tavsim
-
-#endif

@@ -1,6 +1,5 @@
 // Words that can hold blanks, because they are written in double quotes.
-#ifndef TAV_SIMULATOR_LANGUAGE_TEXT_WORD_H
-#define TAV_SIMULATOR_LANGUAGE_TEXT_WORD_H
+#pragma once
 
 #include <optional>
 #include <string>
@@ -17,5 +16,3 @@ std::string_view takeWord(std::string_view* text);
 std::optional<std::string> contentOf(std::string_view word);
 
 }  // namespace tavsim
-
-#endif

@@ -1,6 +1,5 @@
 // What a command's usage demands of its words.
-#ifndef TAV_SIMULATOR_LANGUAGE_USAGE_H
-#define TAV_SIMULATOR_LANGUAGE_USAGE_H
+#pragma once
 
 #include <optional>
 #include <string>
@@ -21,5 +20,3 @@ bool fitsUsage(std::string_view usage, Words words, std::string* problem,
 bool beginsWithFile(std::string_view usage);
 
 }  // namespace tavsim
-
-#endif

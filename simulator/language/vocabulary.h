@@ -1,6 +1,5 @@
 // What can be named: the journal's entries with their members, and the parts of the device.
-#ifndef TAV_SIMULATOR_LANGUAGE_VOCABULARY_H
-#define TAV_SIMULATOR_LANGUAGE_VOCABULARY_H
+#pragma once
 
 #include <span>
 #include <string>
@@ -36,5 +35,3 @@ std::string whyNoPreference(std::string_view name);
 std::string whyNoProperty(std::string_view name);
 
 }  // namespace tavsim
-
-#endif

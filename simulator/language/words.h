@@ -1,6 +1,5 @@
 // The words of a command line.
-#ifndef TAV_SIMULATOR_LANGUAGE_WORDS_H
-#define TAV_SIMULATOR_LANGUAGE_WORDS_H
+#pragma once
 
 #include <algorithm>
 #include <charconv>
@@ -79,5 +78,3 @@ inline void Words::skipBlanks() {
 }
 
 }  // namespace tavsim
-
-#endif

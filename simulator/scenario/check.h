@@ -1,6 +1,5 @@
 // What can be said of a scenario as a whole before it is played.
-#ifndef TAV_SIMULATOR_SCENARIO_CHECK_H
-#define TAV_SIMULATOR_SCENARIO_CHECK_H
+#pragma once
 
 #include <string>
 #include <vector>
@@ -21,5 +20,3 @@ TAV_PLATFORM_API std::vector<std::string> warningsOf(const Scenario& scenario,
                                                      const Profile& profile);
 
 }  // namespace tavsim
-
-#endif
