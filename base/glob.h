@@ -31,6 +31,9 @@ inline bool matchesGlob(std::string_view text, std::string_view glob) {
 
 // Whether there is a text that both globs match.
 inline bool globsMeet(std::string_view one, std::string_view other) {
+    if (one.find_first_of("*?") == std::string_view::npos) {
+        return matchesGlob(one, other);
+    }
     // reached[n]: what is read of `one` and the first n bytes of `other` can stand for the same.
     std::vector<bool> reached(other.size() + 1);
     reached[0] = true;

@@ -53,17 +53,27 @@ constexpr std::string_view kPreferences = "deviceName, region, locale";
 constexpr std::string_view kProperties = "com.vire.properties.version";
 
 constexpr std::string_view kSeparator = ", ";
+constexpr size_t kLongestGlob = 256;  // for a name, with which the time to compare grows
+
+template <typename Predicate>
+bool anyOf(std::string_view list, const Predicate& isIt) {
+    while (!list.empty()) {
+        const std::string_view name = list.substr(0, list.find(kSeparator));
+        if (isIt(name)) {
+            return true;
+        }
+        list.remove_prefix(std::min(name.size() + kSeparator.size(), list.size()));
+    }
+    return false;
+}
 
 bool has(std::string_view list, std::string_view name) {
-    const Names names = namesIn(list);
-    return std::any_of(names.begin(), names.end(),
-                       [name](const std::string& one) { return matchesGlob(name, one); });
+    return anyOf(list, [name](std::string_view one) { return matchesGlob(name, one); });
 }
 
 bool hasLike(std::string_view list, std::string_view glob) {
-    const Names names = namesIn(list);
-    return std::any_of(names.begin(), names.end(),
-                       [glob](const std::string& one) { return base::globsMeet(one, glob); });
+    return glob.size() <= kLongestGlob &&
+           anyOf(list, [glob](std::string_view one) { return base::globsMeet(one, glob); });
 }
 
 // The end of a message that there is no such name.
@@ -112,6 +122,19 @@ std::string_view globOf(const Pattern& pattern, std::string_view member) {
     return found != pattern.end() ? std::string_view(found->glob) : "*";
 }
 
+bool hasMember(const EntryForm& form, std::string_view path) {
+    const std::string_view name = topOf(path);
+    return (has(form.members, name) || has(kOfEachEntry, name)) &&
+           (name.size() == path.size() || has(kJsonMembers, name));
+}
+
+bool canMatch(const EntryForm& form, const Pattern& pattern) {
+    return hasLike(form.kind, globOf(pattern, "kind")) &&
+           hasLike(form.whats, globOf(pattern, "what")) &&
+           std::all_of(pattern.begin(), pattern.end(),
+                       [&form](const MemberPattern& one) { return hasMember(form, one.member); });
+}
+
 std::string whyNoMember(std::string_view member) {
     const std::string_view name = topOf(member);
     const std::string members = joined(namesIn(
@@ -126,25 +149,16 @@ std::string whyNoMember(std::string_view member) {
     return {};
 }
 
-// The patterns' members are all names; the forms have its kind and its what.
+// The pattern's members are all names, and the forms have its kind and its what.
 std::string whyNoFormHas(const Pattern& pattern, const std::vector<const EntryForm*>& forms) {
-    for (const EntryForm* form : forms) {
-        const std::string members = membersOf(*form);
-        if (std::all_of(pattern.begin(), pattern.end(), [&](const MemberPattern& one) {
-                return has(members, topOf(one.member));
-            })) {
-            return {};
-        }
-    }
     for (const MemberPattern& one : pattern) {
         Names names;
-        const std::string name(topOf(one.member));
-        const bool isKnown = std::any_of(forms.begin(), forms.end(), [&](const EntryForm* form) {
+        for (const EntryForm* form : forms) {
             const Names some = namesIn(membersOf(*form));
             names.insert(names.end(), some.begin(), some.end());
-            return has(membersOf(*form), name);
-        });
-        if (!isKnown) {
+        }
+        const std::string_view name = topOf(one.member);
+        if (std::find(names.begin(), names.end(), name) == names.end()) {
             return "such an entry has no " + base::quoted(name) + "; it has " + joined(names);
         }
     }
@@ -167,6 +181,10 @@ std::vector<std::string> namesIn(std::string_view list) {
 }
 
 std::string whyNoEntry(const Pattern& pattern) {
+    if (std::any_of(std::begin(kForms), std::end(kForms),
+                    [&](const EntryForm& form) { return canMatch(form, pattern); })) {
+        return {};
+    }
     for (const MemberPattern& one : pattern) {
         if (const std::string problem = whyNoMember(one.member); !problem.empty()) {
             return problem;
