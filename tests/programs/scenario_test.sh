@@ -64,13 +64,13 @@ plays 3 '' 'scenario:8: intValue=3: the journal has no such entry, nor one for 1
     "$readings"$'intValue=2\nintValue=3\nintValue=4\nintValue=1\nend'
 
 # A table: each row is a run of its own.
-printf '%s\n' 'table n row' '1 "a b"' '2 compass' end "program $waits" 'after 5ms: compass ${n} 1 1' \
+printf '%s\n' 'table n row' '1 "compass r"' '2 compass' end "program $waits" 'after 5ms: compass ${n} 1 1' \
     'expect intValue=2' >table
 says 2 '' 'table:1: table: nothing uses the parameter "row"' run --scenario table --row 1
 sed -i 's/intValue=2/& what="${row}*"/' table
 says 2 '' 'table: has a table, of which --row chooses a row: 1, 2' run --scenario table
 says 0 quit '' run --virtual-time --scenario table --row 2
-says 3 '' 'table:7: expect intValue=2 what="a b[*]": **' run --virtual-time --scenario table --row 1
+says 3 '' 'table:7: expect intValue=2 what="compass r[*]": **' run --virtual-time --scenario table --row 1
 complains 'run: --row *' run --row 2 "$waits"
 # What came too late; what repeats is one line; on a terminal the reason is red.
 services=$TAV_BUILD/bin/services
