@@ -166,7 +166,7 @@ plays 0 $'*\npercent 72\n*' '' \
 "$tavsim" run --device quern --record session --journal recorded "$TAV_BUILD/bin/instruments" &
 runner=$!
 "$tavsim" ctl wait ready within 60s
-for command in 'key tap c' 'compass 1 77 0.5' 'tap 60 300' 'drag 10 10 90 90 100ms' 'set property ${a} $$${' 'key tap v'; do
+for command in 'key tap c' 'compass 1 77 0.5' 'tap 60 300' 'drag 10 10 90 90 100ms' 'set appinfo ${a} $$${' 'key tap v'; do
     # shellcheck disable=SC2086
     "$tavsim" ctl $command
 done
