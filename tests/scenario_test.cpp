@@ -61,7 +61,7 @@ TEST_F(ScenarioTest, ParametersAndRowsAreFilledIn) {
     write("/steps", "at ${when}: key tap ${key}\nexpect output \"$${${key} ${none}\"\n");
     const std::string text =
         "table row when\n slow 5s\n# note\n \"very fast\" 1ms\nend\n"
-        "include steps when=${when} none=\"\" key=\"left shift\"\nwhen a=b: quit\n";
+        "include steps when=${when} none=\"\" key=\"left shift\"\nwhen at=b: quit\n";
     ASSERT_TRUE(read(text)) << m_error;
     EXPECT_THAT(read(text)->rows, ElementsAre("slow", "very fast"));
     const auto scenario = read(text, "very fast");
@@ -70,7 +70,7 @@ TEST_F(ScenarioTest, ParametersAndRowsAreFilledIn) {
     EXPECT_EQ(scenario->output[0].glob, "${left shift ");
     EXPECT_TRUE(tavsim::expectsSomething(*scenario));
     EXPECT_TRUE(tavsim::expectsSomething(*read("picture a.png")));
-    EXPECT_TRUE(tavsim::expectsSomething(*read("when a=b: quit")));
+    EXPECT_TRUE(tavsim::expectsSomething(*read("when at=b: quit")));
     EXPECT_FALSE(tavsim::expectsSomething(*read("at 1s: quit")));
 }
 
@@ -85,10 +85,10 @@ TEST_F(ScenarioTest, WrongBlocksTablesAndParametersAreOneErrorEach) {
     write("/plain", "key tap ${key}");
     const std::vector<std::array<std::string, 3>> cases = {
         {"expect all\nend", "", "main:2: the block is empty"},
-        {"quit\nexpect within 1s all\na=b", "", "main:2: the block has no end"},
-        {"expect all\na=b within 1s", "", "main:2: the limit comes first: *"},
+        {"quit\nexpect within 1s all\nat=b", "", "main:2: the block has no end"},
+        {"expect all\nat=b within 1s", "", "main:2: within has no meaning here"},
         {"expect all\ninclude plain", "", "main:2: \"include\" is not MEMBER=GLOB"},
-        {"expect all\n" + many(101, "a=b"), "", "main:102: more than 100 lines in one block"},
+        {"expect all\n" + many(101, "at=b"), "", "main:102: more than 100 lines in one block"},
         {"end", "", "main:1: there is no block to end"},
         {"table", "", "main:1: table: the columns are missing"},
         {"table a a", "", "main:1: table: \"a\" is given twice"},
