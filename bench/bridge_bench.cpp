@@ -1,4 +1,4 @@
-// A call of a native method from JavaScript, beside reading and writing the same messages.
+// A call of a native method from JavaScript, compared with reading and writing the same messages.
 #include <cstdint>
 #include <cstring>
 

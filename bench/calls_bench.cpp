@@ -1,4 +1,4 @@
-// Calls over the bus, from dispatch to reply function, beside the bare bus caller.
+// Calls over the bus, from dispatch to reply function, compared with the bare bus caller.
 #include <algorithm>
 #include <cstdint>
 #include <initializer_list>

@@ -1,4 +1,4 @@
-// The addresses of the loopback interface, beside the bare socket and ioctl calls.
+// The addresses of the loopback interface, compared with the bare socket and ioctl calls.
 #include <net/if.h>
 #include <netinet/in.h>
 #include <sys/ioctl.h>

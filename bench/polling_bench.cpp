@@ -1,4 +1,4 @@
-// SDL_PollEvent while the library is in use, beside SDL's own.
+// SDL_PollEvent while the library is in use, compared with SDL alone.
 #include <dlfcn.h>
 
 #include "SDL.h"

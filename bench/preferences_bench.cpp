@@ -1,4 +1,4 @@
-// Settings from the preferences database, beside the bare SQLite calls.
+// Settings from the preferences database, compared with the bare SQLite calls.
 #include <sqlite3.h>
 
 #include <algorithm>

@@ -11,7 +11,7 @@ typedef enum {
     ALARM_RINGING
 } AlarmState;
 
-/* Rings within so many metres of the place, which is in degrees. Returns 0, or -1 when location
+/* Rings within that many metres of the place, given in degrees. Returns 0, or -1 when location
  * tracking cannot be started. */
 int alarmSet(double latitude, double longitude, double metres);
 
