@@ -1,4 +1,4 @@
-// A role file made from a template, compared with copying the finished text with a flush for each line.
+// A role file made from a template, compared with copying the text with a flush for each line.
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
