@@ -1,5 +1,5 @@
-// A program that draws with OpenGL. Prints the processor time of a frame in nanoseconds, the least
-// of many rounds. Where the library is preloaded with a device, it uses them.
+// A program that draws with OpenGL. Prints the processor time of a frame in nanoseconds, the
+// minimum of many rounds. It uses the library when that is preloaded together with a device.
 #include <GL/gl.h>
 #include <dlfcn.h>
 

@@ -1,4 +1,4 @@
-// The processor time of a call.
+// The processor time of short functions.
 #ifndef TAV_BENCH_LEAST_H
 #define TAV_BENCH_LEAST_H
 
@@ -15,7 +15,7 @@ inline double processorTime() {
     return 1e9 * static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec);
 }
 
-// The least of many rounds of so many calls.
+// The processor time of one call, the minimum of many rounds of `calls` calls.
 template <typename Function>
 double least(int calls, Function function) {
     constexpr int kRounds = 50;

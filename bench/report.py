@@ -215,8 +215,8 @@ def preloading_rows(program, library):
 
 
 def frame_row(program, libraries):
-    """A program that draws with OpenGL in software, at a display without a screen, with and without
-    a device."""
+    """A program that draws with OpenGL in software, on a virtual display, with and without a
+    device."""
     with subprocess.Popen(["Xvfb", "-displayfd", "1", "-noreset", "-nolisten", "tcp"],
                           stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True) as display:
         try:
@@ -232,8 +232,8 @@ def frame_row(program, libraries):
 
 
 def frame_times(program, *environments):
-    """What a frame costs stays, however often it is measured, while noise goes: so the bound is
-    missed only after several series."""
+    """The minimum in each environment. Measures more while the bound is missed, because noise only
+    adds to a time."""
     least = [math.inf] * len(environments)
     for _ in range(MOST_SERIES):
         for _ in range(LOADS // 3):

@@ -56,7 +56,7 @@ TEST_F(PatternTest, AllConditionsMustHoldForOneEntry) {
     EXPECT_FALSE(tavsim::readAwaited(many, &error)) << "no pattern is without end";
 }
 
-// The manual's table of entries is the code's.
+// The manual's table of journal entries must match the table in the code.
 TEST_F(PatternTest, TheManualHasEachFormOfEntries) {
     std::ifstream file(TAV_TESTS "/../docs/scenarios.md");
     const std::string manual(std::istreambuf_iterator<char>(file), {});

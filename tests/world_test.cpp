@@ -85,8 +85,8 @@ TEST_F(WorldTest, WhoeverTracksALostPositionHearsThat) {
 }
 
 TEST_F(WorldTest, AReceiverIsOffByNoMoreThanItSays) {
-    // How many metres the fixes of ten seconds are off, where the device stands. One comes
-    // when tracking begins.
+    // The errors in metres of the fixes within ten seconds while the device stands still. The first
+    // one comes when tracking begins.
     const auto errors = [&](const std::string& receiver,
                             const std::string& then = "compass follow off") {
         startDevice({});

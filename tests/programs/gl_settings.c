@@ -1,5 +1,5 @@
-/* Fills its screen with OpenGL. With an argument, nothing that concerns reading is as OpenGL begins
- * with, and it says so when that does not stay. */
+/* Fills its screen with OpenGL. With an argument, it first changes settings that affect
+ * reading pixels. At its end it names those that somebody else has changed. */
 #define GL_GLEXT_PROTOTYPES
 #include <GL/gl.h>
 #include <GL/glext.h>
@@ -16,7 +16,7 @@ static void setOddly(void)
 {
     GLuint made;
     glReadBuffer(GL_FRONT);
-    glGetError(); /* of an SDL whose window is a framebuffer object, which has no front */
+    glGetError(); /* some builds of SDL draw into a framebuffer object, which has no front buffer */
     glGenFramebuffers(1, &made);
     glBindFramebuffer(GL_READ_FRAMEBUFFER, made);
     glGenBuffers(1, &made);
