@@ -50,7 +50,7 @@ std::map<std::string, int> namedKeys() {
         }
     }
     for (const char each : kCharacters) {
-        keys[std::string(1, each)] = each;
+        keys[std::string(1, each)] = static_cast<unsigned char>(each);
     }
     for (int n = 0; n <= SDLK_WORLD_95 - SDLK_WORLD_0; ++n) {
         keys["world " + std::to_string(n)] = SDLK_WORLD_0 + n;
@@ -67,6 +67,7 @@ std::optional<SDLKey> keyNamed(std::string_view name, std::string* error) {
         return static_cast<SDLKey>(found->second);
     }
     std::vector<std::string> names;
+    names.reserve(keys.size());
     for (const auto& [each, key] : keys) {
         names.push_back(each);
     }

@@ -33,15 +33,15 @@ bool isAboutWhat(const MemberPattern& condition) {
 // has no more than its kind in common with the pattern.
 const MemberPattern* onlyMiss(std::string_view line, const Pattern& pattern) {
     const MemberPattern* missed = nullptr;
-    bool isRelated = false;
+    bool sharesMore = false;
     for (const MemberPattern& condition : pattern) {
         if (isMet(line, condition)) {
-            isRelated = isRelated || condition.member != "kind";
+            sharesMore = sharesMore || condition.member != "kind";
         } else if (std::exchange(missed, &condition) != nullptr) {
             return nullptr;
         }
     }
-    return isRelated ? missed : nullptr;
+    return sharesMore ? missed : nullptr;
 }
 
 std::string wanted(const MemberPattern& condition) {
@@ -89,12 +89,13 @@ std::vector<std::string> takeLast(size_t most, EntryLines* lines) {
 std::string closestTo(const Pattern& pattern, const EntryLines& lines) {
     std::string_view closest;
     const MemberPattern* miss = nullptr;
-    for (auto line = lines.rbegin(); line != lines.rend(); ++line) {
-        const MemberPattern* here = onlyMiss(*line, pattern);
+    for (const std::string_view line : lines) {
+        const MemberPattern* here = onlyMiss(line, pattern);
+        // Of those alike, the last one.
         const bool isCloser =
-            here != nullptr && (miss == nullptr || (isAboutWhat(*miss) && !isAboutWhat(*here)));
+            here != nullptr && (miss == nullptr || isAboutWhat(*miss) || !isAboutWhat(*here));
         if (isCloser) {
-            closest = *line;
+            closest = line;
             miss = here;
         }
     }

@@ -186,7 +186,7 @@ std::string whyNoEntry(const Pattern& pattern) {
         return {};
     }
     for (const MemberPattern& one : pattern) {
-        if (const std::string problem = whyNoMember(one.member); !problem.empty()) {
+        if (std::string problem = whyNoMember(one.member); !problem.empty()) {
             return problem;
         }
     }

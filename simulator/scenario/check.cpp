@@ -45,8 +45,8 @@ std::string whyNot(const Step& step, Progress* progress) {
             return problem;
         }
         progress->earliest = at->time;
-    } else if (const auto* after = std::get_if<AfterTime>(&step.turn)) {
-        progress->earliest += after->time;
+    } else if (const auto* wait = std::get_if<AfterTime>(&step.turn)) {
+        progress->earliest += wait->time;
     }
     if (const auto* never = std::get_if<ExpectNoEntry>(&step.action)) {
         progress->earliest += never->time.value_or(0);

@@ -89,9 +89,9 @@ bool Entries::look(const std::string& line) {
         }
     }
     bool isCounted = false;
-    for (auto& [pattern, count] : m_counts) {
+    for (auto& [pattern, found] : m_counts) {
         const bool isOne = matches(line, *pattern);
-        count += isOne ? 1 : 0;
+        found += isOne ? 1 : 0;
         isCounted = isCounted || isOne;
     }
     return isSought || isCounted;

@@ -64,16 +64,14 @@ using Action =
 
 // The patterns of the entries that the action is about.
 inline std::span<const Pattern> patternsOf(const Action& action) {
-    return std::visit(
-        [](const auto& one) -> std::span<const Pattern> {
-            if constexpr (requires { one.patterns; }) {
-                return one.patterns;
-            } else if constexpr (requires { one.pattern; }) {
-                return {&one.pattern, 1};
-            }
-            return {};
-        },
-        action);
+    if (const auto* entries = std::get_if<ExpectEntries>(&action)) {
+        return entries->patterns;
+    }
+    if (const auto* number = std::get_if<ExpectCount>(&action)) {
+        return {&number->pattern, 1};
+    }
+    const auto* never = std::get_if<ExpectNoEntry>(&action);
+    return never != nullptr ? std::span(&never->pattern, 1) : std::span<const Pattern>();
 }
 
 struct Step {

@@ -5,7 +5,9 @@
 #include <GL/glext.h>
 
 #include <algorithm>
+#include <initializer_list>
 #include <mutex>
+#include <optional>
 #include <string_view>
 #include <utility>
 
@@ -41,6 +43,8 @@ bool hasExtension(std::string_view name) {
     return all != nullptr && std::string_view(all).find(name) != std::string_view::npos;
 }
 
+using Names = std::initializer_list<GLenum>;
+
 GLint valueOf(GLenum name) {
     GLint value = 0;
     TAV_GL(glGetIntegerv)(name, &value);
@@ -54,14 +58,13 @@ public:
         if (!hasExtension("GL_ARB_framebuffer_object")) {
             return;
         }
-        m_bind = TAV_GL(glBindFramebuffer);
         m_before = static_cast<GLuint>(valueOf(GL_READ_FRAMEBUFFER_BINDING));
-        m_bind(GL_READ_FRAMEBUFFER, 0);
+        TAV_GL(glBindFramebuffer)(GL_READ_FRAMEBUFFER, 0);
         m_isOfSdl = valueOf(GL_READ_FRAMEBUFFER_BINDING) != 0;
     }
     ~WindowAsSource() {
-        if (m_bind != nullptr) {
-            m_bind(GL_READ_FRAMEBUFFER, m_before);
+        if (m_before) {
+            TAV_GL(glBindFramebuffer)(GL_READ_FRAMEBUFFER, *m_before);
         }
     }
     WindowAsSource(const WindowAsSource&) = delete;
@@ -71,8 +74,7 @@ public:
     bool isOfSdl() const { return m_isOfSdl; }
 
 private:
-    decltype(&glBindFramebuffer) m_bind = nullptr;
-    GLuint m_before = 0;
+    std::optional<GLuint> m_before;
     bool m_isOfSdl = false;
 };
 
@@ -82,16 +84,16 @@ public:
     explicit PlainReading(bool choosesBuffer) {
         TAV_GL(glPushAttrib)(GL_PIXEL_MODE_BIT);
         TAV_GL(glPushClientAttrib)(GL_CLIENT_PIXEL_STORE_BIT);
-        for (const GLenum name : {GL_PACK_SWAP_BYTES, GL_PACK_LSB_FIRST, GL_PACK_ROW_LENGTH,
-                                  GL_PACK_SKIP_ROWS, GL_PACK_SKIP_PIXELS}) {
+        for (const GLenum name : Names{GL_PACK_SWAP_BYTES, GL_PACK_LSB_FIRST, GL_PACK_ROW_LENGTH,
+                                       GL_PACK_SKIP_ROWS, GL_PACK_SKIP_PIXELS}) {
             TAV_GL(glPixelStorei)(name, 0);
         }
         TAV_GL(glPixelStorei)(GL_PACK_ALIGNMENT, 1);
         TAV_GL(glPixelTransferi)(GL_MAP_COLOR, 0);
-        for (const GLenum name : {GL_RED_SCALE, GL_GREEN_SCALE, GL_BLUE_SCALE}) {
+        for (const GLenum name : Names{GL_RED_SCALE, GL_GREEN_SCALE, GL_BLUE_SCALE}) {
             TAV_GL(glPixelTransferi)(name, 1);
         }
-        for (const GLenum name : {GL_RED_BIAS, GL_GREEN_BIAS, GL_BLUE_BIAS}) {
+        for (const GLenum name : Names{GL_RED_BIAS, GL_GREEN_BIAS, GL_BLUE_BIAS}) {
             TAV_GL(glPixelTransferi)(name, 0);
         }
         if (hasExtension("GL_ARB_pixel_buffer_object")) {

@@ -15,6 +15,7 @@ namespace {
 constexpr char kMovement[] = "movement";
 constexpr char kLocation[] = "location";
 
+// NOLINTNEXTLINE(cert-msc51-cpp): each receiver begins with the seed that it was given
 struct World {
     std::function<void(const Report&)> announce;
     std::optional<Fix> position;
