@@ -72,14 +72,19 @@ says 2 '' 'table: has a table, of which --row chooses a row: 1, 2' run --scenari
 says 0 quit '' run --virtual-time --scenario table --row 2
 says 3 '' 'table:7: expect intValue=2 what="compass r[*]": **' run --virtual-time --scenario table --row 1
 complains 'run: --row *' run --row 2 "$waits"
-# What came too late; what repeats is one line; on a terminal the reason is red.
+# What came too late; what repeats is one line; a long value is cut; on a terminal the reason is red.
 services=$TAV_BUILD/bin/services
 plays 3 '**' '**scenario:2: *; it has one at 2000 ms, 500 ms too late**' \
     'expect within 1500ms reply.tick=2' "$services"
 plays 3 '**' '**the application ended at * before this**3 × reply *ticks, from 1000 ms to 3000 ms**' \
     'expect within 9s what=vibrator' "$services"
-run env script -qec "'$tavsim' run --virtual-time --scenario scenario '$services'" /dev/null
-[[ $out == *$'\e[31m'scenario:2:*$'\e[0m'* ]] || fail "no colour: $out"
+plays 3 '**' '**scenario:2: *, not "000*…*007"**' \
+    "expect within 1s what=callWithResponse payload=$(printf %0250d 7)" "$services"
+for colour in '' no; do
+    run env NO_COLOR=$colour script -qec "'$tavsim' run --virtual-time --scenario scenario '$services'" /dev/null
+    red=$([[ $out == *$'\e[31m'scenario:2:*$'\e[0m'* ]] || echo no)
+    [ "$red" = "$colour" ] || fail "with NO_COLOR=$colour: $out"
+done
 
 # `expect never` ends the run at once, and holds until the program has ended.
 for steps in 'expect never for 1s what=reply' $'expect never what=reply\nafter 1ms: plugin on'; do
