@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <concepts>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -15,6 +16,10 @@ namespace tavsim {
 class Words {
 public:
     explicit Words(std::string_view line) : m_rest(line) { skipBlanks(); }
+
+    // The words of a temporary string would dangle.
+    template <std::same_as<std::string> Line>
+    explicit Words(Line&& line) = delete;
 
     bool isEmpty() const { return m_rest.empty(); }
 

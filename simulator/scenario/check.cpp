@@ -81,10 +81,11 @@ Known::Known(const Scenario& scenario, const Profile& profile) {
         m_uris.push_back(uri);
     }
     for (const Step& step : scenario.steps) {
-        const auto* command = std::get_if<CommandLine>(&step.action);
-        Words words(command != nullptr ? command->line : "");
-        if (words.next() == "answer") {
-            m_uris.emplace_back(words.next());
+        if (const auto* command = std::get_if<CommandLine>(&step.action)) {
+            Words words(command->line);
+            if (words.next() == "answer") {
+                m_uris.emplace_back(words.next());
+            }
         }
     }
     for (const Item& item : profile.items) {
