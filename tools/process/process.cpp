@@ -1,6 +1,7 @@
 #include "tools/process/process.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -12,6 +13,8 @@
 #include <cstdlib>
 #include <fstream>
 #include <thread>
+#include <utility>
+#include <vector>
 
 extern "C" {  // which the header itself lacks
 #include <sys/pidfd.h>
@@ -32,6 +35,11 @@ constexpr char kVariable[] = "TAVSIM_RUN";
 // For processes that cannot be killed at once, because they wait for a disk.
 constexpr std::chrono::seconds kLongestEnd(5);
 constexpr std::chrono::milliseconds kBetweenLooks(5);
+
+bool hasEnded(const base::Descriptor& process) {
+    pollfd end = {process.number(), POLLIN, 0};
+    return poll(&end, 1, 0) != 0;
+}
 
 void waitForDeathOf(pid_t parent) {
     sigset_t all;
@@ -117,25 +125,37 @@ bool Members::has(pid_t process) const {
     return false;
 }
 
-bool Members::send(pid_t process, int signal) const {
+// The process, if it is a member and has got the signal.
+base::Descriptor Members::signalled(pid_t process, int signal) const {
     // Opened first. Otherwise there is a race: another process could get the same number meanwhile.
-    const base::Descriptor handle(process > 0 ? pidfd_open(process, 0) : -1);
-    return handle.isOurs() && has(process) &&
-           pidfd_send_signal(handle.number(), signal, nullptr, 0) == 0;
+    base::Descriptor handle(process > 0 ? pidfd_open(process, 0) : -1);
+    const bool isDone = handle.isOurs() && has(process) &&
+                        pidfd_send_signal(handle.number(), signal, nullptr, 0) == 0;
+    return isDone ? std::move(handle) : base::Descriptor();
 }
 
+bool Members::send(pid_t process, int signal) const {
+    return signalled(process, signal).isOurs();
+}
+
+// A process that is ending keeps its device for a moment after it has lost its environment.
 void Members::kill() const {
     const Clock::time_point limit = Clock::now() + kLongestEnd;
-    bool isAnyLeft = true;
-    while (isAnyLeft && Clock::now() < limit) {
-        isAnyLeft = false;
+    std::vector<base::Descriptor> killed;
+    bool isNoneNew = false;
+    while (Clock::now() < limit && !(isNoneNew && killed.empty())) {
+        isNoneNew = true;
         for (const std::string& path : base::entriesOf("/proc")) {
             const std::string name = path.substr(path.rfind('/') + 1);
             pid_t process = 0;  // of what is no process
             std::from_chars(name.data(), name.data() + name.size(), process);
-            isAnyLeft |= send(process, SIGKILL);
+            if (base::Descriptor handle = signalled(process, SIGKILL); handle.isOurs()) {
+                isNoneNew = false;
+                killed.push_back(std::move(handle));
+            }
         }
-        if (isAnyLeft) {
+        std::erase_if(killed, hasEnded);
+        if (!isNoneNew || !killed.empty()) {
             std::this_thread::sleep_for(kBetweenLooks);
         }
     }

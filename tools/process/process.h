@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "base/descriptor.h"
 #include "tools/process/signals.h"
 
 namespace tools {
@@ -70,11 +71,13 @@ public:
     // the run.
     bool send(pid_t process, int signal) const;
 
-    // Kills all of them, including those that they start meanwhile.
+    // Kills all of them, including those that they start meanwhile, and waits until they have
+    // ended.
     void kill() const;
 
 private:
     bool has(pid_t process) const;
+    base::Descriptor signalled(pid_t process, int signal) const;
 
     std::string m_mark;
 };
