@@ -40,8 +40,8 @@ void Entries::seekInFuture(const Pattern& pattern) {
 std::string Entries::whyNone(const Pattern& pattern, const Step& step) const {
     const EntryLines lines(journalLines().begin(), journalLines().end());
     const std::int64_t first = journalLength() - static_cast<std::int64_t>(lines.size());
-    const auto consumed =
-        lines.begin() + std::clamp<std::int64_t>(m_taken - first, 0, std::ssize(lines));
+    const auto taken = std::clamp<std::int64_t>(m_taken - first, 0, std::ssize(lines));
+    const auto consumed = lines.begin() + static_cast<std::ptrdiff_t>(taken);
     const auto earlier = std::find_if(std::reverse_iterator(consumed), lines.rend(),
                                       [&](auto line) { return matches(line, pattern); });
     if (m_taker != nullptr && earlier != lines.rend()) {
