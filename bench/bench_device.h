@@ -1,6 +1,5 @@
 // A fresh simulated device for a benchmark, with nobody listening to the trace.
-#ifndef TAV_BENCH_BENCH_DEVICE_H
-#define TAV_BENCH_BENCH_DEVICE_H
+#pragma once
 
 #include <benchmark/benchmark.h>
 
@@ -44,5 +43,3 @@ inline void expect(benchmark::State& state, bool condition, const char* what) {
 }
 
 }  // namespace tavbench
-
-#endif

@@ -1,6 +1,5 @@
 // The processor time of short functions.
-#ifndef TAV_BENCH_LEAST_H
-#define TAV_BENCH_LEAST_H
+#pragma once
 
 #include <algorithm>
 #include <ctime>
@@ -31,5 +30,3 @@ double least(int calls, Function function) {
 }
 
 }  // namespace tavbench
-
-#endif

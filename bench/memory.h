@@ -1,6 +1,5 @@
 // The memory that a process takes.
-#ifndef TAV_BENCH_MEMORY_H
-#define TAV_BENCH_MEMORY_H
+#pragma once
 
 #include <fstream>
 #include <string>
@@ -30,5 +29,3 @@ inline Memory memory() {
 }
 
 }  // namespace tavbench
-
-#endif

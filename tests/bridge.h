@@ -1,6 +1,5 @@
 // The page's side of the bridge: messages to the library, and its answers.
-#ifndef TAV_TESTS_BRIDGE_H
-#define TAV_TESTS_BRIDGE_H
+#pragma once
 
 #include <gtest/gtest.h>
 
@@ -53,5 +52,3 @@ inline std::vector<std::string> methodNames() {
 }
 
 }  // namespace tavtest
-
-#endif

@@ -1,6 +1,5 @@
 // A fresh simulated device for each test, in virtual time, with every trace line kept.
-#ifndef TAV_TESTS_DEVICE_TEST_H
-#define TAV_TESTS_DEVICE_TEST_H
+#pragma once
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -100,5 +99,3 @@ protected:
 };
 
 }  // namespace tavtest
-
-#endif

@@ -1,6 +1,5 @@
 // Services for tests, and the outcomes of purchase requests.
-#ifndef TAV_TESTS_SERVICES_H
-#define TAV_TESTS_SERVICES_H
+#pragma once
 
 #include <string>
 #include <utility>
@@ -41,5 +40,3 @@ inline std::string take(TAV_ItemInfo* info) {
 }
 
 }  // namespace tavtest
-
-#endif

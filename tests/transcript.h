@@ -1,8 +1,7 @@
 // Golden files. A transcript has a line for each call: its arguments, result and error, and the
 // entries that it caused in the device's journal. It is compared with expected/NAME.txt. A run with
 // TAV_WRITE_EXPECTED=1 writes that file anew; review its changes like code.
-#ifndef TAV_TESTS_TRANSCRIPT_H
-#define TAV_TESTS_TRANSCRIPT_H
+#pragma once
 
 #include <iomanip>
 #include <map>
@@ -144,5 +143,3 @@ private:
 }  // namespace tavtest
 
 #define CALL(expression) show(#expression, [&] { return expression; })
-
-#endif

@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <fstream>
 
+#include "base/child.h"
 #include "simulator/language/explanation.h"
 #include "tools/process/exit_status.h"
 
@@ -11,21 +12,13 @@ namespace {
 
 constexpr int kNone = 1;
 
-std::string patternIn(const std::vector<std::string>& words) {
-    std::string pattern;
-    for (size_t n = 1; n < words.size(); ++n) {
-        pattern += (n == 1 ? "" : " ") + words[n];
-    }
-    return pattern;
-}
-
 }  // namespace
 
 int showJournal(const JournalRequest& request) {
     if (request.words.empty()) {
         return complain("journal: no file given");
     }
-    const std::string text = patternIn(request.words);
+    const std::string text = base::joined({request.words.begin() + 1, request.words.end()});
     std::string error;
     const std::optional<tavsim::Pattern> pattern =
         text.empty() ? tavsim::Pattern() : tavsim::readPattern(text, &error);
@@ -47,6 +40,9 @@ int showJournal(const JournalRequest& request) {
         isFound = true;
         const std::string place = request.numbers ? std::to_string(number) + ":" : "";
         std::printf("%s%s\n", place.c_str(), line.c_str());
+    }
+    if (file.bad()) {
+        return complain("journal: " + request.words[0] + ": cannot be read");
     }
     if (isFound) {
         return 0;

@@ -1,6 +1,5 @@
 // What a command is, once and for all: its row says what it takes and what it does.
-#ifndef TAV_SIMULATOR_CONTROL_COMMAND_H
-#define TAV_SIMULATOR_CONTROL_COMMAND_H
+#pragma once
 
 #include <span>
 #include <string>
@@ -39,5 +38,3 @@ std::string pathOf(std::string_view file);
 CommandResult replyToAll(const std::string& uri, const std::string& text);
 
 }  // namespace tavsim
-
-#endif

@@ -1,6 +1,5 @@
 // The commands that steer a running device.
-#ifndef TAV_SIMULATOR_CONTROL_COMMANDS_H
-#define TAV_SIMULATOR_CONTROL_COMMANDS_H
+#pragma once
 
 #include <string>
 #include <utility>
@@ -60,5 +59,3 @@ std::vector<std::pair<std::string, std::string>> stateValues();
 TAV_PLATFORM_API std::string commandsHelp();
 
 }  // namespace tavsim
-
-#endif

@@ -1,6 +1,5 @@
 // The control socket, which receives commands for a running device.
-#ifndef TAV_SIMULATOR_CONTROL_CONTROL_H
-#define TAV_SIMULATOR_CONTROL_CONTROL_H
+#pragma once
 
 #include <string>
 
@@ -15,5 +14,3 @@ void serveControl();
 void stopControl();
 
 }  // namespace tavsim
-
-#endif

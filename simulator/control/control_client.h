@@ -1,6 +1,5 @@
 // A client of the control socket.
-#ifndef TAV_SIMULATOR_CONTROL_CONTROL_CLIENT_H
-#define TAV_SIMULATOR_CONTROL_CONTROL_CLIENT_H
+#pragma once
 
 #include <chrono>
 #include <cstdint>
@@ -57,5 +56,3 @@ private:
 };
 
 }  // namespace tavsim
-
-#endif

@@ -1,6 +1,5 @@
 // The protocol between a device and `tavsim ctl`.
-#ifndef TAV_SIMULATOR_CONTROL_PROTOCOL_H
-#define TAV_SIMULATOR_CONTROL_PROTOCOL_H
+#pragma once
 
 #include <cstdint>
 
@@ -23,5 +22,3 @@ enum class ControlMessage : uint8_t {
 };
 
 }  // namespace tavsim
-
-#endif

@@ -1,6 +1,5 @@
 // The list of devices that run on this machine, and the files by which they are found.
-#ifndef TAV_SIMULATOR_CONTROL_RUNNING_DEVICES_H
-#define TAV_SIMULATOR_CONTROL_RUNNING_DEVICES_H
+#pragma once
 
 #include <cstdint>
 #include <string>
@@ -33,5 +32,3 @@ bool isDeviceRunning(const std::string& root);
 TAV_PLATFORM_API std::vector<RunningDevice> runningDevices();
 
 }  // namespace tavsim
-
-#endif

@@ -1,6 +1,5 @@
 // The address of a device's control socket.
-#ifndef TAV_SIMULATOR_CONTROL_SOCKET_ADDRESS_H
-#define TAV_SIMULATOR_CONTROL_SOCKET_ADDRESS_H
+#pragma once
 
 #include <fcntl.h>
 #include <sys/socket.h>
@@ -46,5 +45,3 @@ private:
 };
 
 }  // namespace tavsim
-
-#endif

@@ -3,6 +3,7 @@
 #include <simdjson.h>
 
 #include <algorithm>
+#include <utility>
 
 #include "base/json/text.h"
 #include "base/json/writer.h"
@@ -143,7 +144,7 @@ std::vector<std::string> journalEnd(EntryLines lines, const Pattern* pattern) {
     });
     std::vector<std::string> text = takeLast(kMostRelated, &lines);
     if (!text.empty()) {
-        text.insert(text.begin(), "the journal has of this what or uri");
+        text.insert(text.begin(), "earlier entries with the same what or uri");
     }
     text.emplace_back("the journal ends with");
     text.insert(text.end(), end.begin(), end.end());

@@ -14,7 +14,7 @@ namespace {
 constexpr Milliseconds kEndOfClock = std::numeric_limits<std::uint32_t>::max();
 constexpr std::string_view kItem = "item ";
 
-// What is known of the time while one step after the other is looked at.
+// What the steps so far say about the time of the next.
 struct Progress {
     Milliseconds earliest = 0;  // when the step before can be done
     const Step* end = nullptr;  // the step that awaits the application's end
@@ -22,8 +22,8 @@ struct Progress {
 
 std::string whyNotAt(const AtTime& turn, const Progress& progress) {
     return turn.time < progress.earliest
-               ? "this time is over: the step before is not done before " +
-                     std::to_string(progress.earliest) + " ms"
+               ? "this time has passed: the step before is done at " +
+                     std::to_string(progress.earliest) + " ms at the earliest"
                : "";
 }
 

@@ -1,4 +1,4 @@
-// What can be said of a scenario as a whole before it is played.
+// Checks of a whole scenario before it is played.
 #pragma once
 
 #include <string>

@@ -1,6 +1,5 @@
 // Search for the entries of the journal that a scenario expects.
-#ifndef TAV_SIMULATOR_SCENARIO_ENTRIES_H
-#define TAV_SIMULATOR_SCENARIO_ENTRIES_H
+#pragma once
 
 #include <cstdint>
 #include <map>
@@ -83,5 +82,3 @@ private:
 };
 
 }  // namespace tavsim
-
-#endif

@@ -1,6 +1,5 @@
 // Messages about steps.
-#ifndef TAV_SIMULATOR_SCENARIO_FAILURE_H
-#define TAV_SIMULATOR_SCENARIO_FAILURE_H
+#pragma once
 
 #include <string>
 
@@ -19,5 +18,3 @@ std::string whatIsThere(const std::string& state);
 void tellFailure(const Step& step, const std::string& reason, const Pattern* pattern = nullptr);
 
 }  // namespace tavsim
-
-#endif

@@ -1,6 +1,5 @@
 // The parameters of a scenario's file: names, and the values that stand in their place.
-#ifndef TAV_SIMULATOR_SCENARIO_PARAMETERS_H
-#define TAV_SIMULATOR_SCENARIO_PARAMETERS_H
+#pragma once
 
 #include <cstddef>
 #include <string>
@@ -51,5 +50,3 @@ private:
 };
 
 }  // namespace tavsim
-
-#endif

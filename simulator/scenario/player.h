@@ -1,6 +1,5 @@
 // Plays a scenario on the device of this process.
-#ifndef TAV_SIMULATOR_SCENARIO_PLAYER_H
-#define TAV_SIMULATOR_SCENARIO_PLAYER_H
+#pragma once
 
 #include <sys/types.h>
 #include <unistd.h>
@@ -95,5 +94,3 @@ private:
 };
 
 }  // namespace tavsim
-
-#endif

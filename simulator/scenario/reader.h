@@ -1,6 +1,5 @@
 // Reads scenarios from their files.
-#ifndef TAV_SIMULATOR_SCENARIO_READER_H
-#define TAV_SIMULATOR_SCENARIO_READER_H
+#pragma once
 
 #include <optional>
 #include <string>
@@ -46,5 +45,3 @@ bool beginsBlock(const Scenario& scenario);
 void readBlockLine(const Line& line, Scenario* scenario, std::string* error);
 
 }  // namespace tavsim
-
-#endif

@@ -1,6 +1,5 @@
 // Records what happens to the device from outside, as a scenario.
-#ifndef TAV_SIMULATOR_SCENARIO_RECORDER_H
-#define TAV_SIMULATOR_SCENARIO_RECORDER_H
+#pragma once
 
 #include <string>
 
@@ -28,5 +27,3 @@ void recordEvent(const SDL_Event& event);
 void stopRecording();
 
 }  // namespace tavsim
-
-#endif

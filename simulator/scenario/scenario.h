@@ -1,6 +1,5 @@
 // A scenario: what happens to a device and what is expected of its application, step by step.
-#ifndef TAV_SIMULATOR_SCENARIO_SCENARIO_H
-#define TAV_SIMULATOR_SCENARIO_SCENARIO_H
+#pragma once
 
 #include <optional>
 #include <span>
@@ -100,12 +99,10 @@ struct Scenario {
     std::vector<Step> steps;
     std::vector<ExpectedOutput> output;
     std::optional<ExpectedStatus> status;
-    std::vector<std::string>
-        rows;  // of the table, when one has to be chosen: there is nothing else
+    // Those of the table when one of them must be chosen. Then everything else is empty.
+    std::vector<std::string> rows;
 };
 
 inline constexpr double kDefaultLimit = 60;
 
 }  // namespace tavsim
-
-#endif

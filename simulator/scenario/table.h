@@ -1,6 +1,5 @@
 // The table of a scenario, whose rows are cases of their own.
-#ifndef TAV_SIMULATOR_SCENARIO_TABLE_H
-#define TAV_SIMULATOR_SCENARIO_TABLE_H
+#pragma once
 
 #include <string>
 #include <string_view>
@@ -31,5 +30,3 @@ private:
 };
 
 }  // namespace tavsim
-
-#endif

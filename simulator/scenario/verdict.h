@@ -1,7 +1,6 @@
 // The progress of a scenario, in a file of the root folder, so that it is known even if the program
 // is killed.
-#ifndef TAV_SIMULATOR_SCENARIO_VERDICT_H
-#define TAV_SIMULATOR_SCENARIO_VERDICT_H
+#pragma once
 
 #include <string>
 
@@ -39,5 +38,3 @@ TAV_PLATFORM_API Verdict readVerdict(const std::string& root);
 TAV_PLATFORM_API void removeVerdict(const std::string& root);
 
 }  // namespace tavsim
-
-#endif

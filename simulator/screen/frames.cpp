@@ -78,7 +78,7 @@ private:
     bool m_isOfSdl = false;
 };
 
-// Undoes what the application has set for its own reading, which has its values back at the end.
+// Resets the application's settings for reading pixels, and restores them at the end.
 class PlainReading {
 public:
     explicit PlainReading(bool choosesBuffer) {

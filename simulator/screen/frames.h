@@ -4,8 +4,7 @@
 // undefined, and the front buffer belongs to the display. So while somebody watches, each frame is
 // read just before it is swapped. In virtual time as in real time, what the application shows is
 // the last frame that it has swapped.
-#ifndef TAV_SIMULATOR_SCREEN_FRAMES_H
-#define TAV_SIMULATOR_SCREEN_FRAMES_H
+#pragma once
 
 #include <atomic>
 #include <optional>
@@ -34,5 +33,3 @@ std::optional<Picture> lastFrame();
 void stopFrames();
 
 }  // namespace tavsim
-
-#endif

@@ -1,6 +1,5 @@
 // What the fuzzers share.
-#ifndef TAV_TESTS_FUZZ_FUZZ_H
-#define TAV_TESTS_FUZZ_FUZZ_H
+#pragma once
 
 #include <cstddef>
 #include <cstdint>
@@ -51,5 +50,3 @@ extern "C" {
 __attribute__((weak)) int LLVMFuzzerInitialize(int* argc, char*** argv);
 int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size);
 }
-
-#endif

@@ -125,7 +125,7 @@ set preference devicName 1|set preference: no preference "devicName"; did you me
 set property com.vire.properties.versoin 1|set property: no system *; did you mean "com.vire.properties.version"[?]
 track nowhere.gpx|track: nowhere.gpx: no such file
 screenshot nowhere/a.png|screenshot: nowhere/a.png: no such folder
-at 3s: quit; at 2s: quit|this time is over: the step before is not done before 3000 ms
+at 3s: quit; at 2s: quit|this time has passed: the step before is done at 3000 ms at the earliest
 after 4294967295ms: quit; after 1ms: quit|it comes after 49 days, when the clock ends
 expect ended; expect never what=call|it follows the application's end
 expect ended; after 1s: expect what=call|it follows the application's end

@@ -1,7 +1,5 @@
-// Which cases have failed when they last ran, whoever ran them: a file for each, in the user's
-// cache.
-#ifndef TAV_TOOLS_TEST_FAILED_CASES_H
-#define TAV_TOOLS_TEST_FAILED_CASES_H
+// The cases that failed when they last ran: a file for each, in the user's cache.
+#pragma once
 
 #include "tools/test/result.h"
 #include "tools/test/scenario_files.h"
@@ -14,5 +12,3 @@ bool hasFailed(const TestCase& one);
 void rememberWhetherFailed(const TestResult& result);
 
 }  // namespace tools
-
-#endif

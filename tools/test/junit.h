@@ -1,6 +1,5 @@
 // The report that continuous integration reads.
-#ifndef TAV_TOOLS_TEST_JUNIT_H
-#define TAV_TOOLS_TEST_JUNIT_H
+#pragma once
 
 #include <cstddef>
 #include <iosfwd>
@@ -22,5 +21,3 @@ void writeJunitReport(const std::vector<TestResult>& results, double seconds,
                       const std::string& name, std::ostream& report);
 
 }  // namespace tools
-
-#endif

@@ -1,6 +1,5 @@
 // The output of `tavsim test`.
-#ifndef TAV_TOOLS_TEST_REPORTER_H
-#define TAV_TOOLS_TEST_REPORTER_H
+#pragma once
 
 #include <unistd.h>
 
@@ -34,5 +33,3 @@ private:
 };
 
 }  // namespace tools
-
-#endif

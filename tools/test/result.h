@@ -1,6 +1,5 @@
 // How the run of one scenario has ended.
-#ifndef TAV_TOOLS_TEST_RESULT_H
-#define TAV_TOOLS_TEST_RESULT_H
+#pragma once
 
 #include <cstddef>
 #include <string>
@@ -38,5 +37,3 @@ private:
 size_t count(const std::vector<TestResult>& results, TestResult::Kind kind);
 
 }  // namespace tools
-
-#endif

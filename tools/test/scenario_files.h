@@ -1,6 +1,5 @@
 // The list of scenarios to run.
-#ifndef TAV_TOOLS_TEST_SCENARIO_FILES_H
-#define TAV_TOOLS_TEST_SCENARIO_FILES_H
+#pragma once
 
 #include <optional>
 #include <string>
@@ -25,5 +24,3 @@ std::optional<std::vector<TestCase>> findScenarios(const std::vector<std::string
 bool expectsNothing(const TestCase& one);
 
 }  // namespace tools
-
-#endif

@@ -1,6 +1,5 @@
 // Runs all scenarios of a `tavsim test`, several in parallel.
-#ifndef TAV_TOOLS_TEST_SUITE_H
-#define TAV_TOOLS_TEST_SUITE_H
+#pragma once
 
 #include <chrono>
 #include <list>
@@ -53,5 +52,3 @@ private:
 };
 
 }  // namespace tools
-
-#endif

@@ -1,6 +1,5 @@
 // `tavsim test`: scenarios as tests.
-#ifndef TAV_TOOLS_TEST_TEST_H
-#define TAV_TOOLS_TEST_TEST_H
+#pragma once
 
 #include <string>
 #include <vector>
@@ -24,5 +23,3 @@ struct TestRequest {
 int test(const TestRequest& request);
 
 }  // namespace tools
-
-#endif

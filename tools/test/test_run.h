@@ -1,6 +1,5 @@
 // The run of one scenario, in a process of its own.
-#ifndef TAV_TOOLS_TEST_TEST_RUN_H
-#define TAV_TOOLS_TEST_TEST_RUN_H
+#pragma once
 
 #include <chrono>
 #include <string>
@@ -43,5 +42,3 @@ private:
 };
 
 }  // namespace tools
-
-#endif
