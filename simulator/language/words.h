@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
-#include <concepts>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -18,8 +17,7 @@ public:
     explicit Words(std::string_view line) : m_rest(line) { skipBlanks(); }
 
     // The words of a temporary string would dangle.
-    template <std::same_as<std::string> Line>
-    explicit Words(Line&& line) = delete;
+    explicit Words(std::string&&) = delete;
 
     bool isEmpty() const { return m_rest.empty(); }
 
