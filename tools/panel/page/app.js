@@ -10,14 +10,57 @@ import { setUpRecord } from "./record.js";
 import { setUpScreen } from "./screen.js";
 import { setUpServices } from "./services.js";
 import { connect } from "./socket.js";
-import { setUpTabs } from "./tabs.js";
 import { setUpTime } from "./time.js";
 import { setUpWorld } from "./world.js";
 
 /** @typedef {import("./socket.js").RunningDevice} RunningDevice */
 
+const WIDE = "(min-width: 860px)";
 const MESSAGE_TIME = 8000;
+const MOST_MESSAGES = 4;
 const NO_DEVICE = "No device runs. Start one with tavsim run, and it appears here.";
+
+/** On a wide page the journal is always shown, and is no tab. */
+function setUpTabs() {
+    const list = byId("tabs", HTMLElement);
+    const tabs = Array.from(list.querySelectorAll("button"));
+    const wide = window.matchMedia(WIDE);
+
+    /** @param {HTMLButtonElement} chosen */
+    function select(chosen) {
+        for (const tab of tabs) {
+            const isChosen = tab === chosen;
+            tab.setAttribute("aria-selected", String(isChosen));
+            tab.tabIndex = isChosen ? 0 : -1;
+            byId(tab.getAttribute("aria-controls") || "", HTMLElement).hidden = !isChosen;
+        }
+        window.dispatchEvent(new Event("resize"));
+    }
+
+    /** @param {KeyboardEvent} event */
+    function moveBy(event) {
+        const steps = { ArrowRight: 1, ArrowLeft: -1 };
+        const step = steps[/** @type {keyof typeof steps} */ (event.key)];
+        const shown = tabs.filter((tab) => tab.offsetParent !== null);
+        const at = shown.findIndex((tab) => tab === document.activeElement);
+        if (step && at >= 0) {
+            const next = shown[(at + step + shown.length) % shown.length];
+            next.focus();
+            select(next);
+            event.preventDefault();
+        }
+    }
+
+    list.addEventListener("keydown", moveBy);
+    tabs.forEach((tab) => tab.addEventListener("click", () => select(tab)));
+    wide.addEventListener("change", () => {
+        const journal = byId("tab-journal", HTMLButtonElement);
+        if (wide.matches && journal.getAttribute("aria-selected") === "true") {
+            select(tabs[0]);
+        }
+    });
+    select(tabs[0]);
+}
 
 /** @param {string} text */
 function showError(text) {
@@ -27,9 +70,7 @@ function showError(text) {
     setTimeout(() => message.remove(), MESSAGE_TIME);
     const messages = byId("messages", HTMLElement);
     messages.append(message);
-    while (messages.childElementCount > 4) {
-        messages.firstElementChild.remove();
-    }
+    Array.from(messages.children).slice(0, -MOST_MESSAGES).forEach((old) => old.remove());
 }
 
 /**
@@ -114,7 +155,7 @@ function takeDevices(devices) {
     listDevices();
 }
 
-device.onState(["device", "program"], ({ device: name = "", program = "" }) => {
+device.onState(["device", "program"], ({ device: name, program }) => {
     const title = `${shortProgram(program)} on ${name}`;
     byId("device-name", HTMLElement).textContent = title;
     byId("device-name", HTMLElement).title = program;

@@ -3,7 +3,14 @@
 /** @typedef {import("./socket.js").Connection} Connection */
 /** @typedef {Object<string, any> & {at: number, kind: string, what: string}} Entry */
 /** @typedef {{line: number, text: string, state: string, reason?: string}} Step */
-/** @typedef {{uri: string, answer: string | null, silent: boolean, delay: any, changed: boolean}} Service */
+/**
+ * @typedef {Object} Service
+ * @property {string} uri
+ * @property {string | null} answer
+ * @property {boolean} silent
+ * @property {number | number[]} delay in milliseconds
+ * @property {boolean} changed whether a command has changed it
+ */
 
 /**
  * @typedef {Object} Position
@@ -17,28 +24,35 @@
  */
 
 /**
- * All members are missing until the device has told them.
+ * What `watch` tells, and before that, what is not known yet.
  *
  * @typedef {Object} State
- * @property {string} [device]
- * @property {string} [program]
- * @property {boolean} [plugin]
- * @property {number} [openCalls]
- * @property {number | null} [battery]
- * @property {string[]} [refused]
- * @property {Object<string, string>} [state]
- * @property {{now: number, pace: string, speed: number, paused: boolean}} [time]
- * @property {{at: number, what: string}[]} [queue]
- * @property {Position | null} [position]
- * @property {number | null} [lost]
- * @property {{on: boolean, heading: number | null, follows: boolean, held: boolean}} [compass]
- * @property {Service[]} [services]
- * @property {Object<string, any>} [preferences]
- * @property {Object<string, string>} [properties]
- * @property {Object<string, string>} [appinfo]
- * @property {{width: number, height: number} | null} [screen]
- * @property {{methods: string[]} | null} [page]
+ * @property {string} device
+ * @property {string} program
+ * @property {number} openCalls
+ * @property {number | null} battery
+ * @property {string[]} refused
+ * @property {Object<string, string>} state
+ * @property {{now: number, pace: string, speed: number, paused: boolean}} time
+ * @property {{at: number, what: string}[]} queue
+ * @property {Position | null} position
+ * @property {number | null} lost
+ * @property {{on: boolean, heading: number | null, follows: boolean, held: boolean}} compass
+ * @property {Service[]} services
+ * @property {Object<string, any>} preferences
+ * @property {Object<string, string>} properties
+ * @property {Object<string, string>} appinfo
+ * @property {{width: number, height: number} | null} screen
+ * @property {{methods: string[]} | null} page
  */
+
+/** @type {State} */
+const UNKNOWN = {
+    device: "", program: "", openCalls: 0, battery: null, refused: [], state: {},
+    time: { now: 0, pace: "real", speed: 1, paused: false }, queue: [], position: null, lost: null,
+    compass: { on: false, heading: null, follows: false, held: false }, services: [],
+    preferences: {}, properties: {}, appinfo: {}, screen: null, page: null,
+};
 
 /** @typedef {ReturnType<typeof createDevice>} Device */
 
@@ -52,16 +66,22 @@ function createEvent() {
     const listeners = [];
     return {
         /** @param {(value: T) => void} listener */
-        listen: (listener) => void listeners.push(listener),
+        listen: (listener) => {
+            listeners.push(listener);
+        },
         /** @param {T} value */
         tell: (value) => listeners.forEach((listener) => listener(value)),
     };
 }
 
+/** @param {unknown} error */
+export function messageOf(error) {
+    return error instanceof Error ? error.message : String(error);
+}
+
 /** @param {(message: string) => void} showError */
 export function createDevice(showError) {
-    /** @type {State} */
-    let state = {};
+    let state = UNKNOWN;
     /** @type {Connection | null} */
     let connection = null;
     const changed = /** @type {ReturnType<typeof createEvent<Set<string>>>} */ (createEvent());
@@ -109,7 +129,7 @@ export function createDevice(showError) {
             await connected().ask(line);
             return true;
         } catch (error) {
-            showError(error instanceof Error ? error.message : String(error));
+            showError(messageOf(error));
             return false;
         }
     }
@@ -130,7 +150,8 @@ export function createDevice(showError) {
             connection = to;
         },
         forget: () => {
-            state = {};
+            state = UNKNOWN;
+            changed.tell(new Set(Object.keys(state)));
             reset.tell();
         },
         /**

@@ -12,13 +12,15 @@ function drawDial(dial) {
     for (let angle = 0; angle < 360; angle += 10) {
         const length = angle % 90 === 0 ? 14 : angle % 30 === 0 ? 10 : 5;
         dial.append(svg("line", { x1: 0, x2: 0, y1: -98, y2: length - 98,
-            transform: `rotate(${angle})`, class: angle % 30 === 0 ? "dial-tick strong" : "dial-tick" }));
+            class: angle % 30 === 0 ? "dial-tick strong" : "dial-tick",
+            transform: `rotate(${angle})` }));
     }
     ["N", "E", "S", "W"].forEach((name, n) => {
         const [x, y] = [[0, -68], [70, 0], [0, 70], [-70, 0]][n];
-        dial.append(svg("text", { x, y: y + 5, class: n === 0 ? "dial-name north" : "dial-name" }, name));
+        const className = n === 0 ? "dial-name north" : "dial-name";
+        dial.append(svg("text", { x, y: y + 5, class: className }, name));
     });
-    const needle = svg("g", { class: "needle" },
+    const needle = svg("g", {},
         svg("path", { d: "M0-92L11 0H-11Z", class: "needle-north" }),
         svg("path", { d: "M0 60L8 0H-8Z", class: "needle-south" }),
         svg("circle", { r: 9, class: "needle-hub" }));
@@ -26,7 +28,7 @@ function drawDial(dial) {
     return needle;
 }
 
-/** @param {NonNullable<import("./device.js").State["compass"]>} compass */
+/** @param {import("./device.js").State["compass"]} compass */
 function sourceOf({ on, follows, held }) {
     if (held) {
         return "held by you";

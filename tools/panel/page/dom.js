@@ -18,6 +18,11 @@ export function byId(id, type) {
     return found;
 }
 
+/** @param {HTMLCanvasElement} canvas */
+export function contextOf(canvas) {
+    return /** @type {CanvasRenderingContext2D} */ (canvas.getContext("2d"));
+}
+
 /**
  * A new element. Names with a dash, and role, are attributes; the others are properties.
  *
@@ -83,14 +88,15 @@ export function replaceChildren(parent, children) {
 /**
  * A switch with its label.
  *
- * @param {string} label
+ * @param {string} text
  * @param {boolean} isOn
  * @param {(isOn: boolean) => void} onChange
  */
-export function switchFor(label, isOn, onChange) {
+export function switchFor(text, isOn, onChange) {
     const input = element("input", { type: "checkbox", role: "switch", checked: isOn });
     input.addEventListener("change", () => onChange(input.checked));
-    return element("label", { className: "switch" }, input, element("span", {}, label));
+    return { input, label: element("label", { className: "switch" }, input,
+        element("span", {}, text)) };
 }
 
 /**

@@ -1,5 +1,7 @@
 /** Pictures of the device's screen, as they come from the server. */
 
+import { contextOf } from "./dom.js";
+
 const LINE_FEED = 10;
 
 /** @typedef {{width: number, height: number, format?: string, parts: number[][]}} Head */
@@ -39,7 +41,7 @@ export async function draw(canvas, picture) {
         canvas.width = head.width;
         canvas.height = head.height;
     }
-    const context = /** @type {CanvasRenderingContext2D} */ (canvas.getContext("2d"));
+    const context = contextOf(canvas);
     let at = 0;
     for (const [x, y, width, height, length] of head.parts) {
         const size = head.format === "png" ? length : width * height * 3;

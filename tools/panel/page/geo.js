@@ -71,7 +71,8 @@ export function metresPerUnit(latitude) {
  */
 export function roundStep(least) {
     const power = 10 ** Math.floor(Math.log10(least));
-    return [1, 2, 5, 10].map((digit) => digit * power).find((step) => step >= least * 0.9999);
+    const digit = [1, 2, 5].find((one) => one * power >= least * 0.9999) || 10;
+    return digit * power;
 }
 
 /** @param {number} metres */

@@ -1,6 +1,7 @@
 /** The journal: what the application did to the device, and what it received; and a line for any
  * command, as `tavsim ctl` takes it. */
 import { byId, element, replaceChildren } from "./dom.js";
+import { messageOf } from "./device.js";
 import { readPattern } from "./pattern.js";
 import { createRows } from "./rows.js";
 
@@ -9,7 +10,7 @@ import { createRows } from "./rows.js";
 
 const KINDS = ["bus", "host", "sdl", "device", "page"];
 const MOST_KEPT = 20000;
-const PAGE_SIZE = 300;
+const PAGE_SIZE = 500;
 const PATIENCE = 250;
 
 /**
@@ -28,18 +29,20 @@ export function setUpJournal(device, expectThis) {
     let matches = () => true;
     let mostShown = PAGE_SIZE;
     let total = 0;
+    let follows = true;
 
     /** @param {Entry} entry */
     function isShown(entry) {
         return !hidden.has(entry.kind) && matches(entry);
     }
 
-    function isAtEnd() {
-        return list.scrollTop + list.clientHeight >= list.scrollHeight - 20;
+    function scrollToEnd() {
+        list.scrollTop = list.scrollHeight;
+        follows = true;
     }
 
     function tellCount() {
-        earlier.hidden = total <= mostShown;
+        earlier.hidden = total <= rows.count();
         count.textContent = total === entries.length ? `${total}` : `${total} of ${entries.length}`;
         count.title = "Entries";
     }
@@ -50,20 +53,19 @@ export function setUpJournal(device, expectThis) {
         rows.add(shown.slice(-mostShown), Infinity);
         total = shown.length;
         tellCount();
-        list.scrollTop = list.scrollHeight;
+        scrollToEnd();
     }
 
     /** @param {Entry[]} added */
     function add(added) {
-        const wasAtEnd = isAtEnd();
         entries = entries.concat(added).slice(-MOST_KEPT);
         rows.join(added);
         const shown = added.filter(isShown);
-        rows.add(shown, wasAtEnd ? mostShown : Infinity);
+        rows.add(shown, follows ? mostShown : Infinity);
         total = Math.min(total + shown.length, entries.length);
         tellCount();
-        if (wasAtEnd) {
-            list.scrollTop = list.scrollHeight;
+        if (follows) {
+            scrollToEnd();
         }
     }
 
@@ -93,6 +95,10 @@ export function setUpJournal(device, expectThis) {
         showAll();
         list.scrollTop = list.scrollHeight - fromEnd;
     });
+    list.addEventListener("scroll", () => {
+        follows = list.scrollTop + list.clientHeight >= list.scrollHeight - 20;
+    });
+    new ResizeObserver(() => follows && scrollToEnd()).observe(list);
     device.entries.listen(add);
     device.reset.listen(() => {
         entries = [];
@@ -132,8 +138,8 @@ function setUpFilter(device, setFilter) {
         try {
             await device.connected().ask(`journal ${text} at<0`);
         } catch (problem) {
-            if (text === field.value.trim() && !/connection/.test(problem.message)) {
-                complain(problem.message);
+            if (text === field.value.trim() && !/connection/.test(messageOf(problem))) {
+                complain(messageOf(problem));
             }
         }
     }
@@ -148,6 +154,7 @@ function setUpFilter(device, setFilter) {
 function setUpAskLine(device) {
     const field = byId("line", HTMLInputElement);
     const answer = byId("answer", HTMLElement);
+    const close = byId("answer-close", HTMLButtonElement);
     /** @type {string[]} */
     const history = [];
     let at = 0;
@@ -157,7 +164,7 @@ function setUpAskLine(device) {
      * @param {boolean} isError
      */
     function show(text, isError) {
-        answer.hidden = false;
+        answer.hidden = close.hidden = text === "";
         answer.textContent = text;
         answer.classList.toggle("error", isError);
         answer.scrollTop = 0;
@@ -167,7 +174,7 @@ function setUpAskLine(device) {
         event.preventDefault();
         const line = field.value.trim();
         if (line === "") {
-            answer.hidden = true;
+            show("", false);
             return;
         }
         history.push(line);
@@ -177,7 +184,7 @@ function setUpAskLine(device) {
             const output = await device.connected().ask(line);
             show(`${line}\n${output.trim() || "done"}`, false);
         } catch (error) {
-            show(`${line}\n${error.message}`, true);
+            show(`${line}\n${messageOf(error)}`, true);
         }
     });
     field.addEventListener("keydown", (event) => {
@@ -187,7 +194,8 @@ function setUpAskLine(device) {
             field.value = history[at] || "";
             event.preventDefault();
         } else if (event.key === "Escape") {
-            answer.hidden = true;
+            show("", false);
         }
     });
+    close.addEventListener("click", () => show("", false));
 }

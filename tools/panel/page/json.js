@@ -2,6 +2,8 @@
 import { element } from "./dom.js";
 
 const LONGEST_PREVIEW = 60;
+// Blanks, a string, a number, a word, or a sign.
+// eslint-disable-next-line no-control-regex
 const TOKEN = /[ \t\r\n]+|"(?:[^"\\\u0000-\u001f]|\\(?:["\\/bfnrt]|u[0-9a-fA-F]{4}))*"|-?(?:0|[1-9][0-9]*)(?:\.[0-9]+)?(?:[eE][+-]?[0-9]+)?(?![0-9a-zA-Z.])|(?:true|false|null)(?![0-9a-zA-Z])|[{}[\],:]/y;
 
 /** @typedef {{at: number, text: string}} Token */
@@ -25,7 +27,7 @@ function complaintAbout(rest) {
     if (rest.startsWith("'")) {
         return "strings are written in double quotes";
     }
-    return /^[-0-9.]/.test(rest) ? "this is no number" : "this is no value";
+    return /^[-0-9.]/.test(rest) ? "this is no number" : "this is no JSON value";
 }
 
 /** @param {string} text */
@@ -48,9 +50,18 @@ function tokensOf(text) {
     return tokens;
 }
 
+/**
+ * Takes the next token; the last one, which is empty, stays.
+ *
+ * @param {Token[]} tokens
+ */
+function next(tokens) {
+    return /** @type {Token} */ (tokens.length > 1 ? tokens.shift() : tokens[0]);
+}
+
 /** @param {Token[]} tokens */
 function checkValue(tokens) {
-    const token = tokens.shift();
+    const token = next(tokens);
     if (token.text === "{") {
         checkList(tokens, "}", checkMember);
     } else if (token.text === "[") {
@@ -62,11 +73,11 @@ function checkValue(tokens) {
 
 /** @param {Token[]} tokens */
 function checkMember(tokens) {
-    const name = tokens.shift();
+    const name = next(tokens);
     if (!name.text.startsWith("\"")) {
         throw new JsonError(name.at, "a member's name in double quotes is missing here");
     }
-    const colon = tokens.shift();
+    const colon = next(tokens);
     if (colon.text !== ":") {
         throw new JsonError(colon.at, "a colon is missing here");
     }
@@ -80,12 +91,12 @@ function checkMember(tokens) {
  */
 function checkList(tokens, end, checkOne) {
     if (tokens[0].text === end) {
-        tokens.shift();
+        next(tokens);
         return;
     }
     for (;;) {
         checkOne(tokens);
-        const behind = tokens.shift();
+        const behind = next(tokens);
         if (behind.text === end) {
             return;
         }

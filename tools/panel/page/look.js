@@ -27,11 +27,11 @@ function labelOf(name) {
 
 /** @param {State} state */
 function tilesOf(state) {
-    const made = state.state || {};
+    const made = state.state;
     const known = ALWAYS.map(([name, , usual]) => ({ name, value: made[name] || usual }));
     const others = Object.keys(made).filter((name) => !ALWAYS.some(([one]) => one === name))
         .map((name) => ({ name, value: made[name] }));
-    const calls = { name: "open calls", value: String(state.openCalls || 0) };
+    const calls = { name: "open calls", value: String(state.openCalls) };
     return [...known, ...others, calls].map(({ name, value }) => element("li",
         { className: name in made ? "tile made" : "tile", title: name },
         element("span", { className: "tile-name" }, labelOf(name)),
@@ -108,7 +108,7 @@ function setUpValues(device, member, command) {
         if (isBeingEdited(list)) {
             return;
         }
-        const values = Object.entries(state[member] || {});
+        const values = Object.entries(state[member]);
         const fields = values.map(([name, value]) => valueField(name,
             isJson ? JSON.stringify(value) : String(value), isJson ? wrongJson : () => null,
             (text) => device.act(`${command} ${name} ${text}`)));
@@ -120,12 +120,11 @@ function setUpValues(device, member, command) {
 /** @param {Device} device */
 function setUpRefusals(device) {
     const list = byId("refusals", HTMLElement);
-    device.onState(["refused"], ({ refused = [] }) => {
-        const focused = list.contains(document.activeElement)
-            ? Array.from(list.querySelectorAll("input")).findIndex((one) => one === document.activeElement)
-            : -1;
+    device.onState(["refused"], ({ refused }) => {
+        const focused = Array.from(list.querySelectorAll("input"))
+            .findIndex((input) => input === document.activeElement);
         replaceChildren(list, HOST_REQUESTS.map((name) => switchFor(name, refused.includes(name),
-            (isOn) => device.act(`${isOn ? "refuse" : "allow"} ${name}`))));
+            (isOn) => device.act(`${isOn ? "refuse" : "allow"} ${name}`)).label));
         if (focused >= 0) {
             list.querySelectorAll("input")[focused].focus();
         }

@@ -41,7 +41,8 @@ export function setUpMapInput(canvas, actions) {
         fingers.set(event.pointerId, pixel(event));
         const [one, other] = Array.from(fingers.values());
         if (before > 0) {
-            actions.zoom(Math.log2(spread() / before), (one.x + other.x) / 2, (one.y + other.y) / 2);
+            actions.zoom(Math.log2(spread() / before), (one.x + other.x) / 2,
+                (one.y + other.y) / 2);
         }
     }
 

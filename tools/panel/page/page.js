@@ -1,5 +1,6 @@
 /** The page of a plug-in: its methods, its calls, its console. */
 import { byId, element, replaceChildren } from "./dom.js";
+import { messageOf } from "./device.js";
 import { timeText } from "./rows.js";
 
 /** @typedef {import("./device.js").Device} Device */
@@ -13,9 +14,7 @@ const MOST_SHOWN = 200;
  */
 function append(list, rows) {
     list.append(...rows);
-    while (list.childElementCount > MOST_SHOWN) {
-        list.firstElementChild.remove();
-    }
+    Array.from(list.children).slice(0, -MOST_SHOWN).forEach((row) => row.remove());
     list.scrollTop = list.scrollHeight;
 }
 
@@ -35,9 +34,10 @@ function methodForm(device, name) {
         event.preventDefault();
         reply.classList.remove("error");
         try {
-            reply.textContent = "→ " + await device.connected().ask(`page call ${name} ${field.value}`.trim());
+            const output = await device.connected().ask(`page call ${name} ${field.value}`.trim());
+            reply.textContent = "→ " + output.trim();
         } catch (error) {
-            reply.textContent = error.message;
+            reply.textContent = messageOf(error);
             reply.classList.add("error");
         }
     });

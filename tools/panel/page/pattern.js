@@ -46,33 +46,43 @@ function valueAt(entry, [first, ...rest]) {
     return value;
 }
 
+/** @param {any} value */
+function isNumber(value) {
+    return typeof value === "number" ||
+        (typeof value === "string" && value.trim() !== "" && !Number.isNaN(Number(value)));
+}
+
+/**
+ * @param {string[]} path
+ * @param {string} glob
+ * @returns {Condition}
+ */
+function isLike(path, glob) {
+    const expression = expressionFor(glob);
+    return (entry) => {
+        const value = valueAt(entry, path);
+        const text = typeof value === "string" ? value : JSON.stringify(value);
+        return text !== undefined && expression.test(text);
+    };
+}
+
 /**
  * @param {string} word
  * @returns {Condition | null}
  */
 function readCondition(word) {
-    const found = CONDITION.exec(word);
-    if (!found) {
-        return null;
-    }
-    const [, member, sign, written] = found;
+    const [, member = "", sign = "", written = ""] = CONDITION.exec(word) || [];
     const path = member.split(/[.[\]]+/).filter((name) => name !== "");
     const text = written.startsWith("\"") ? parsed(written) : written;
     if (typeof text !== "string" || path.length === 0) {
         return null;
     }
     if (sign === "=") {
-        const glob = expressionFor(text);
-        return (entry) => {
-            const value = valueAt(entry, path);
-            return value !== undefined &&
-                glob.test(typeof value === "string" ? value : JSON.stringify(value));
-        };
+        return isLike(path, text);
     }
-    const number = Number(text);
-    return text.trim() === "" || Number.isNaN(number) ? null : (entry) => {
+    return !isNumber(text) ? null : (entry) => {
         const value = valueAt(entry, path);
-        return typeof value !== "object" && value !== "" && COMPARISONS[sign](Number(value), number);
+        return isNumber(value) && COMPARISONS[sign](Number(value), Number(text));
     };
 }
 
@@ -102,14 +112,17 @@ function readNear(place, metres) {
  */
 export function readPattern(text) {
     const words = text.match(WORD) || [];
-    /** @type {(Condition | null)[]} */
+    /** @type {Condition[]} */
     const conditions = [];
     for (let word = words.shift(); word !== undefined; word = words.shift()) {
-        conditions.push(word === "near" ? readNear(words.shift(), words.shift())
-            : readCondition(word));
+        const condition = word === "near" ? readNear(words.shift(), words.shift())
+            : readCondition(word);
+        if (!condition) {
+            return null;
+        }
+        conditions.push(condition);
     }
-    return conditions.includes(null) ? null
-        : (entry) => conditions.every((condition) => condition(entry));
+    return (entry) => conditions.every((condition) => condition(entry));
 }
 
 /** @param {string} text */

@@ -1,5 +1,6 @@
 /** The recording as a scenario: to read while it grows, to edit, to save and to play again. */
 import { byId, element, replaceChildren, save } from "./dom.js";
+import { messageOf } from "./device.js";
 import { patternFor } from "./pattern.js";
 
 /** @typedef {import("./device.js").Device} Device */
@@ -43,7 +44,8 @@ function setUpSteps(device) {
     const rows = new Map();
     device.step.listen((step) => {
         const row = element("li", { className: "step-" + step.state, "data-line": step.line },
-            element("span", { className: "step-sign", "aria-label": step.state }, SIGNS[step.state] || ""),
+            element("span", { className: "step-sign", role: "img", "aria-label": step.state },
+                SIGNS[step.state] || ""),
             element("span", { className: "muted mono small" }, String(step.line)),
             element("code", {}, step.text),
             element("span", { className: "error small" }, step.reason || ""));
@@ -109,7 +111,8 @@ export function setUpRecord(device) {
         if (number === undefined) {
             return element("div", { className: "mono small" }, line);
         }
-        const link = element("button", { type: "button", className: "failure" }, `Line ${number}: ${text}`);
+        const link = element("button", { type: "button", className: "failure" },
+            `Line ${number}: ${text}`);
         link.addEventListener("click", () => selectLine(Number(number)));
         return link;
     }
@@ -128,7 +131,7 @@ export function setUpRecord(device) {
                 : `It has failed, with status ${status}.`), ...lines.map(outputLine)]);
         } catch (error) {
             played.classList.add("bad");
-            replaceChildren(played, [error.message]);
+            replaceChildren(played, [messageOf(error)]);
         }
         play.disabled = false;
     }
@@ -137,7 +140,6 @@ export function setUpRecord(device) {
     device.settings.listen((settings) => {
         header = settings.header;
         play.hidden = !settings.canPlay;
-        editor.placeholder = "What happens to the device appears here, line by line, in a run that is recorded.";
     });
     device.recorded.listen((lines) => {
         if (recorded.length === 0 && editor.value === "") {
@@ -163,7 +165,8 @@ export function setUpRecord(device) {
          * @param {Entry} entry
          */
         expectThis: (entry) => {
-            const lines = (editor.value === "" ? header : editor.value).replace(/\n$/, "").split("\n");
+            const text = editor.value === "" ? header : editor.value;
+            const lines = text.replace(/\n$/, "").split("\n");
             const { at, before } = lineFor(lines, entry.at);
             const seconds = Math.ceil((entry.at - before) / 1000) + 1;
             lines.splice(at, 0, `expect within ${seconds}s ${patternFor(entry)}`);

@@ -1,12 +1,21 @@
-/** The rows of the journal's list: one for each entry, or for several like it in a row. */
+/** The rows of the journal's list: one for each entry, or for several that repeat it. */
 import { element, replaceChildren } from "./dom.js";
+import { createExchanges } from "./exchanges.js";
 import { parsed, isTree, tree } from "./json.js";
 
 /** @typedef {import("./device.js").Entry} Entry */
-/** @typedef {{request: Entry, replies: Entry[]}} Exchange */
+/**
+ * @typedef {Object} Row
+ * @property {Entry[]} group
+ * @property {HTMLElement} item
+ * @property {HTMLDetailsElement} details
+ * @property {(entry: Entry) => void} repeat
+ * @property {() => void} showNote
+ */
 
 const SUBJECTS = ["uri", "key", "function", "input", "method", "text", "visible", "orientation",
-    "enable", "aggression", "doubleValue1"];
+    "enable", "aggression"];
+const MOST_INNER_ROWS = 50;
 
 /** @param {number} milliseconds */
 export function timeText(milliseconds) {
@@ -17,20 +26,29 @@ export function timeText(milliseconds) {
 
 /** @param {Entry} entry */
 function subjectOf(entry) {
+    if (entry.what === "compass reading") {
+        return `${Number(entry.doubleValue1).toFixed(1)}°`;
+    }
     const name = SUBJECTS.find((one) => one in entry);
     const token = entry.what === "cancel" ? `token ${entry.token}` : "";
     return name ? String(entry[name]) : token;
 }
 
 /** @param {Entry} entry */
-function tokenOf(entry) {
-    const found = /^token (\d+)$/.exec(entry.outcome || "");
-    return found ? Number(found[1]) : entry.token;
+function outcomeOf(entry) {
+    const text = String(entry.outcome === undefined ? "" : entry.outcome);
+    return text.startsWith("token ") ? "" : text;
 }
 
-/** @param {Entry} entry */
-function signature(entry) {
-    return [entry.kind, entry.what, entry.uri, entry.level].join("\n");
+/**
+ * Whether the entry repeats the one before it, as readings and the replies of a clock do.
+ *
+ * @param {Entry} before
+ * @param {Entry} entry
+ */
+function repeats(before, entry) {
+    return ["compass reading", "reply"].includes(entry.what) && entry.what === before.what &&
+        entry.token === before.token;
 }
 
 /** @param {Entry} entry */
@@ -43,103 +61,107 @@ function members(entry) {
 }
 
 /**
+ * @param {Entry} entry
+ * @param {string} note
+ */
+function createSummary(entry, note) {
+    const outcome = outcomeOf(entry);
+    const isBad = /refused|not found|exception|no such/.test(outcome);
+    const parts = {
+        time: element("span", { className: "entry-time mono" }, timeText(entry.at)),
+        count: element("span", { className: "entry-count" }),
+        subject: element("span", { className: "entry-subject mono" }, subjectOf(entry)),
+        note: element("span", { className: "entry-note" }, note),
+    };
+    const summary = element("summary", {}, parts.time,
+        element("span", { className: "kind kind-" + entry.kind }, entry.kind),
+        element("span", { className: "entry-what", title: entry.what }, entry.what, parts.count),
+        parts.subject, parts.note,
+        element("span", { className: isBad ? "entry-outcome bad" : "entry-outcome" }, outcome));
+    return { ...parts, summary };
+}
+
+/**
  * @param {HTMLElement} list
  * @param {(entry: Entry) => void} expectThis
  */
 export function createRows(list, expectThis) {
-    /** @type {Map<number, Exchange>} */
-    const exchanges = new Map();
-    /** @type {Map<number, HTMLElement>} where a request's row tells of its replies */
-    const notes = new Map();
-    /** @type {{group: Entry[], count: HTMLElement, time: HTMLElement, subject: HTMLElement, details: HTMLDetailsElement} | null} */
-    let last = null;
-
-    /**
-     * @param {Entry} entry
-     * @param {HTMLElement} note
-     */
-    function tellOfExchange(entry, note) {
-        const exchange = exchanges.get(tokenOf(entry));
-        if (!exchange) {
-            return;
-        }
-        const { request, replies } = exchange;
-        if (request === entry) {
-            const number = replies.length === 1 ? "1 reply" : `${replies.length} replies`;
-            note.textContent = replies.length > 0 ? number : "open";
-        } else if (entry.what === "reply") {
-            note.textContent = `after ${entry.at - request.at} ms`;
-        }
-    }
-
-    /** @param {Entry} entry */
-    function joined(entry) {
-        const exchange = exchanges.get(tokenOf(entry));
-        if (!exchange) {
-            return [];
-        }
-        const { request, replies } = exchange;
-        const others = request === entry ? replies.slice(-20) : [request];
-        return others.map((other) => element("div", { className: "joined" },
-            element("h3", {}, `${other.what} at ${timeText(other.at)}`), ...members(other)));
-    }
+    const exchanges = createExchanges();
+    /** @type {Map<Entry, Row>} the rows of the requests */
+    const requests = new Map();
+    /** @type {Row[]} */
+    let rows = [];
 
     /** @param {Entry} entry */
     function contentOf(entry) {
         const expect = element("button", { type: "button", className: "small-button" },
             "Expect this");
         expect.addEventListener("click", () => expectThis(entry));
-        return element("div", { className: "entry-content" }, ...members(entry), ...joined(entry),
-            expect);
+        const others = exchanges.others(entry).map((other) => element("div",
+            { className: "joined" },
+            element("h3", {}, `${other.what} at ${timeText(other.at)}`), ...members(other)));
+        return element("div", { className: "entry-content" }, ...members(entry), ...others, expect);
     }
 
     /**
      * What an unfolded row shows: the entry, or a row for each of several.
      *
-     * @param {HTMLDetailsElement} details
-     * @param {Entry[]} group
+     * @param {Row} row
      */
-    function fill(details, group) {
-        while (details.childElementCount > 1) {
-            details.lastElementChild.remove();
-        }
-        if (details.open && group.length === 1) {
-            details.append(contentOf(group[0]));
-        } else if (details.open) {
-            details.append(element("ol", { className: "entries inner" },
-                ...group.slice(-50).map((entry) => rowFor([entry]).item)));
+    function fill({ details, group }) {
+        const [summary] = details.children;
+        if (!details.open) {
+            replaceChildren(details, [summary]);
+        } else if (group.length === 1) {
+            replaceChildren(details, [summary, contentOf(group[0])]);
+        } else {
+            const inner = group.slice(-MOST_INNER_ROWS).map((entry) => createRow(entry).item);
+            replaceChildren(details,
+                [summary, element("ol", { className: "entries inner" }, ...inner)]);
         }
     }
 
-    /** @param {Entry[]} group */
-    function rowFor(group) {
-        const entry = group[group.length - 1];
-        const time = element("span", { className: "entry-time mono" }, timeText(entry.at));
-        const subject = element("span", { className: "entry-subject mono" }, subjectOf(entry));
-        const count = element("span", { className: "entry-count" });
-        const note = element("span", { className: "entry-note" });
-        const outcome = /^token /.test(entry.outcome || "") ? "" : entry.outcome || "";
-        const isRefused = /refused|not found|exception|no such/.test(outcome);
-        const summary = element("summary", {}, time,
-            element("span", { className: "kind kind-" + entry.kind }, entry.kind),
-            element("span", { className: "entry-what" }, entry.what, count), subject, note,
-            element("span", { className: isRefused ? "entry-outcome bad" : "entry-outcome" },
-                outcome));
+    /**
+     * @param {Entry} entry
+     * @returns {Row}
+     */
+    function createRow(entry) {
+        const { summary, time, count, subject, note } = createSummary(entry, exchanges.note(entry));
+        const group = [entry];
         const details = element("details", {}, summary);
-        details.addEventListener("toggle", () => fill(details, group));
-        tellOfExchange(entry, note);
-        if (exchanges.has(tokenOf(entry)) && exchanges.get(tokenOf(entry)).request === entry) {
-            notes.set(tokenOf(entry), note);
-        }
-        return { item: element("li", {}, details), details, count, time, subject, group };
+        const row = {
+            group,
+            details,
+            item: element("li", {}, details),
+            repeat: (/** @type {Entry} */ next) => {
+                group.push(next);
+                count.textContent = ` × ${group.length}`;
+                time.textContent = timeText(next.at);
+                subject.textContent = subjectOf(next);
+                note.textContent = exchanges.note(next);
+            },
+            showNote: () => {
+                note.textContent = exchanges.note(entry);
+            },
+        };
+        details.addEventListener("toggle", () => fill(row));
+        return row;
     }
 
     /** @param {Entry} entry */
-    function addToLast(entry) {
-        last.group.push(entry);
-        last.count.textContent = ` × ${last.group.length}`;
-        last.time.textContent = timeText(entry.at);
-        last.subject.textContent = subjectOf(entry);
+    function add(entry) {
+        const last = rows[rows.length - 1];
+        if (last && !last.details.open && repeats(last.group[0], entry)) {
+            last.repeat(entry);
+            return [];
+        }
+        const row = createRow(entry);
+        const exchange = exchanges.of(entry);
+        if (exchange && exchange.request === entry) {
+            requests.set(entry, row);
+        }
+        rows.push(row);
+        return [row.item];
     }
 
     return {
@@ -150,13 +172,11 @@ export function createRows(list, expectThis) {
          */
         join: (entries) => {
             for (const entry of entries) {
-                const token = tokenOf(entry);
-                const exchange = exchanges.get(token);
-                if (token !== undefined && entry.outcome && /^token /.test(entry.outcome)) {
-                    exchanges.set(token, { request: entry, replies: [] });
-                } else if (exchange && entry.what === "reply") {
-                    exchange.replies.push(entry);
-                    tellOfExchange(exchange.request, notes.get(token) || element("span"));
+                exchanges.add(entry);
+                const exchange = exchanges.of(entry);
+                const row = exchange && requests.get(exchange.request);
+                if (row) {
+                    row.showNote();
                 }
             }
         },
@@ -165,25 +185,19 @@ export function createRows(list, expectThis) {
          * @param {number} most the number of rows beyond which the first ones go
          */
         add: (entries, most) => {
-            const made = document.createDocumentFragment();
-            for (const entry of entries) {
-                if (last && !last.details.open && signature(last.group[0]) === signature(entry)) {
-                    addToLast(entry);
-                } else {
-                    last = rowFor([entry]);
-                    made.append(last.item);
-                }
-            }
-            list.append(made);
-            while (list.childElementCount > most) {
-                list.firstElementChild.remove();
+            list.append(...entries.flatMap(add));
+            for (const row of rows.splice(0, Math.max(0, rows.length - most))) {
+                row.item.remove();
+                requests.delete(row.group[0]);
             }
         },
+        /** How many entries there are in the list. */
+        count: () => rows.reduce((sum, { group }) => sum + group.length, 0),
         clear: () => {
-            last = null;
-            notes.clear();
+            rows = [];
+            requests.clear();
             replaceChildren(list, []);
         },
-        forget: () => exchanges.clear(),
+        forget: exchanges.forget,
     };
 }

@@ -1,13 +1,14 @@
 /** The device's screen: its picture, touches on it, and the keyboard while it has the focus. */
-import { byId, save, setIcon } from "./dom.js";
+import { byId, contextOf, save, setIcon } from "./dom.js";
 import { createSender } from "./device.js";
 import { draw } from "./frames.js";
-import { commandsTyping, meaningOf } from "./keys.js";
+import { commandsTyping, meaningOf } from "./keyboard.js";
 
 /** @typedef {import("./device.js").Device} Device */
 
 /** The side that points down, as the angle by which the device is turned. */
-const ANGLES = /** @type {Object<string, number>} */ ({ bottom: 0, right: 90, top: 180, left: 270 });
+const ANGLES = /** @type {Object<string, number>} */ (
+    { bottom: 0, right: 90, top: 180, left: 270 });
 const BEZEL = 14;
 
 const canvas = () => byId("screen", HTMLCanvasElement);
@@ -159,7 +160,7 @@ function setUpTools(device) {
     byId("quit", HTMLButtonElement).addEventListener("click", () => device.act("quit"));
     window.addEventListener("click",
         () => device.act(isMinimized ? "window restore" : "window minimize"));
-    device.onState(["state"], ({ state = {} }) => {
+    device.onState(["state"], ({ state }) => {
         isMinimized = state.window === "minimized";
         setIcon(window, isMinimized ? "restore" : "minimize",
             isMinimized ? "Restore the window" : "Minimize the window");
@@ -175,6 +176,7 @@ export function setUpScreen(device) {
     const view = createView();
     const send = createSender(device);
     const over = byId("over", HTMLElement);
+    const notice = byId("notice", HTMLElement);
     const zoom = byId("zoom", HTMLButtonElement);
     setUpTouches(view, send);
     setUpKeys(send);
@@ -183,7 +185,7 @@ export function setUpScreen(device) {
     /** @param {string} text */
     function cover(text) {
         over.hidden = text === "";
-        over.firstElementChild.textContent = text;
+        notice.textContent = text;
     }
 
     function sayWhether() {
@@ -194,7 +196,7 @@ export function setUpScreen(device) {
     document.addEventListener("visibilitychange", sayWhether);
     zoom.addEventListener("click",
         () => zoom.setAttribute("aria-pressed", String(view.toggleFit())));
-    device.onState(["state"], ({ state = {} }) => {
+    device.onState(["state"], ({ state }) => {
         view.turn(state.orientation);
         cover(state.window === "minimized" ? "The window is minimized." : "");
     });
@@ -209,7 +211,7 @@ export function setUpScreen(device) {
     });
     device.reset.listen(() => {
         view.turn("bottom");
-        canvas().getContext("2d").clearRect(0, 0, canvas().width, canvas().height);
+        contextOf(canvas()).clearRect(0, 0, canvas().width, canvas().height);
         cover("");
     });
 

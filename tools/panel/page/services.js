@@ -7,7 +7,7 @@ import { findError, indented, isTree, onOneLine, parsed } from "./json.js";
 
 const DELAY_FORM = /^\d+(\.\d+)?(ms|s|min)?$/;
 
-/** @param {any} delay */
+/** @param {number | number[]} delay */
 function delayText(delay) {
     return Array.isArray(delay) ? delay.join(" to ") + " ms" : `${delay} ms`;
 }
@@ -22,26 +22,21 @@ function showErrorIn(editor, problem) {
     const text = editor.value;
     const error = /^\s*[[{]/.test(text) ? findError(text) : null;
     editor.setAttribute("aria-invalid", String(error !== null));
-    problem.textContent = error ? `line ${error.line}, column ${error.column}: ${error.message}` : "";
+    problem.textContent = error
+        ? `line ${error.line}, column ${error.column}: ${error.message}` : "";
     return error;
 }
 
 /**
+ * The editor of a service's answer, and the buttons that send what is in it.
+ *
  * @param {Device} device
  * @param {string} uri
  */
-function createCard(device, uri) {
-    const title = element("span", { className: "mono service-uri" }, uri);
-    const facts = element("span", { className: "muted small" });
-    const preview = element("span", { className: "mono small service-preview" });
-    const editor = element("textarea", { className: "code", spellcheck: false, "aria-label": "Answer of " + uri });
+function createEditor(device, uri) {
+    const editor = element("textarea",
+        { className: "code", spellcheck: false, "aria-label": "Answer of " + uri });
     const problem = element("p", { className: "error small", role: "alert" });
-    const answer = element("button", { type: "button", className: "primary" }, "Answer so");
-    const reply = element("button", { type: "button", title: "To every open call and subscription, now" }, "Send a reply");
-    const allow = element("button", { type: "button" }, "As in the profile");
-    const silent = switchFor("Silent", false, (isOn) => device.act(`${isOn ? "silence" : "allow"} ${uri}`));
-    const refused = switchFor("Refused", false, (isOn) => device.act(`${isOn ? "refuse" : "allow"} ${uri}`));
-    const delay = element("input", { className: "short", placeholder: "250ms", "aria-label": "Delay" });
     let isChanged = false;
 
     /** @param {string} command */
@@ -55,6 +50,17 @@ function createCard(device, uri) {
         }
     }
 
+    /**
+     * @param {string} label
+     * @param {string} title
+     * @param {() => void} onClick
+     */
+    function button(label, title, onClick) {
+        const made = element("button", { type: "button", title }, label);
+        made.addEventListener("click", onClick);
+        return made;
+    }
+
     editor.addEventListener("input", () => {
         isChanged = true;
         showErrorIn(editor, problem);
@@ -64,25 +70,67 @@ function createCard(device, uri) {
             send("answer");
         }
     });
-    answer.addEventListener("click", () => send("answer"));
-    reply.addEventListener("click", () => send("reply"));
-    allow.addEventListener("click", () => {
-        isChanged = false;
-        device.act("allow " + uri);
-    });
-    delay.addEventListener("change", () => {
-        const time = delay.value.trim().replace(/^(\d+(\.\d+)?)$/, "$1ms");
-        delay.setAttribute("aria-invalid", String(!DELAY_FORM.test(time)));
-        if (DELAY_FORM.test(time)) {
+    const answer = button("Answer so", "From now on; Ctrl and Enter does the same",
+        () => send("answer"));
+    answer.classList.add("primary");
+    const buttons = [answer,
+        button("Send a reply", "To every open call and subscription, now", () => send("reply")),
+        button("As in the profile", "Undo all changes", () => {
+            isChanged = false;
+            device.act("allow " + uri);
+        })];
+
+    return {
+        parts: [editor, problem],
+        buttons,
+        /** @param {string} text */
+        show: (text) => {
+            if (!isBeingEdited(editor) && !isChanged) {
+                editor.value = isTree(parsed(text)) ? indented(text) : text;
+                editor.rows = Math.min(14, Math.max(3, editor.value.split("\n").length));
+                showErrorIn(editor, problem);
+            }
+        },
+    };
+}
+
+/**
+ * @param {Device} device
+ * @param {string} uri
+ */
+function createDelay(device, uri) {
+    const input = element("input",
+        { className: "short", placeholder: "250ms", "aria-label": "Delay of " + uri });
+    input.addEventListener("change", () => {
+        const time = input.value.trim().replace(/^\d+$/, "$&ms");
+        const isTime = DELAY_FORM.test(time);
+        input.setAttribute("aria-invalid", String(!isTime));
+        if (isTime) {
             device.act(`delay ${uri} ${time}`);
         }
     });
+    return input;
+}
 
+/**
+ * @param {Device} device
+ * @param {string} uri
+ */
+function createCard(device, uri) {
+    const facts = element("span", { className: "muted small" });
+    const preview = element("span", { className: "mono small service-preview" });
+    const editor = createEditor(device, uri);
+    const delay = createDelay(device, uri);
+    const silent = switchFor("Silent", false,
+        (isOn) => device.act(`${isOn ? "silence" : "allow"} ${uri}`));
+    const refused = switchFor("Refused", false,
+        (isOn) => device.act(`${isOn ? "refuse" : "allow"} ${uri}`));
     const details = element("details", { className: "card service" },
-        element("summary", {}, title, preview, facts),
-        editor, problem,
-        element("div", { className: "row" }, answer, reply, allow,
-            element("span", { className: "gap" }), silent, refused,
+        element("summary", {}, element("span", { className: "mono service-uri" }, uri), preview,
+            facts),
+        ...editor.parts,
+        element("div", { className: "row" }, ...editor.buttons,
+            element("span", { className: "gap" }), silent.label, refused.label,
             element("label", { className: "inline" }, "Delay", delay)));
 
     return {
@@ -92,22 +140,18 @@ function createCard(device, uri) {
          * @param {boolean} isRefused
          */
         show: (service, isRefused) => {
-            const text = service.answer === null ? "" : service.answer;
-            const states = [isRefused && "refused", service.silent && "silent",
+            const text = service.answer || "";
+            const words = [isRefused && "refused", service.silent && "silent",
                 service.changed && "changed", delayText(service.delay)];
-            facts.textContent = states.filter(Boolean).join(" · ");
+            facts.textContent = words.filter(Boolean).join(" · ");
             preview.textContent = text || "no answer";
             details.classList.toggle("changed", service.changed || service.silent || isRefused);
-            silent.querySelector("input").checked = service.silent;
-            refused.querySelector("input").checked = isRefused;
+            silent.input.checked = service.silent;
+            refused.input.checked = isRefused;
             if (!isBeingEdited(delay)) {
                 delay.value = Array.isArray(service.delay) ? "" : service.delay + "ms";
             }
-            if (!isBeingEdited(editor) && !isChanged) {
-                editor.value = isTree(parsed(text)) ? indented(text) : text;
-                editor.rows = Math.min(14, Math.max(3, editor.value.split("\n").length));
-                showErrorIn(editor, problem);
-            }
+            editor.show(text);
         },
     };
 }
@@ -118,7 +162,7 @@ export function setUpServices(device) {
     /** @type {Map<string, ReturnType<typeof createCard>>} */
     const cards = new Map();
 
-    device.onState(["services", "refused"], ({ services = [], refused = [] }) => {
+    device.onState(["services", "refused"], ({ services, refused }) => {
         const uris = services.map((service) => service.uri);
         cards.forEach((card, uri) => {
             if (!uris.includes(uri)) {

@@ -59,12 +59,12 @@ export function connect(handlers) {
 
     /** @param {Answer} answer */
     function settle(answer) {
-        const request = pending.get(answer.id);
+        const asker = pending.get(answer.id);
         pending.delete(answer.id);
-        if (request && answer.error !== undefined) {
-            request.reject(new Error(answer.error.trim()));
-        } else if (request) {
-            request.resolve(answer);
+        if (asker && answer.error !== undefined) {
+            asker.reject(new Error(answer.error.trim()));
+        } else if (asker) {
+            asker.resolve(answer);
         }
     }
 
@@ -84,8 +84,8 @@ export function connect(handlers) {
         }
     });
     socket.addEventListener("close", () => {
-        for (const request of pending.values()) {
-            request.reject(new Error("The connection to the device was closed."));
+        for (const { reject } of pending.values()) {
+            reject(new Error("The connection to the device was closed."));
         }
         pending.clear();
         handlers.closed();

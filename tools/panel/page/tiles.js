@@ -11,25 +11,28 @@ export function createTiles(onLoad) {
     /** @type {string | null} */
     let template = null;
 
+    /** @param {string} address */
+    function load(address) {
+        const image = new Image();
+        image.addEventListener("load", onLoad);
+        image.src = address;
+        images.set(address, image);
+        if (images.size > MOST_KEPT) {
+            images.delete(images.keys().next().value);
+        }
+        return image;
+    }
+
     /**
+     * @param {string} form
      * @param {number} z
      * @param {number} x
      * @param {number} y
      */
-    function image(z, x, y) {
-        const address = template.replace("{z}", String(z)).replace("{x}", String(x))
+    function imageAt(form, z, x, y) {
+        const address = form.replace("{z}", String(z)).replace("{x}", String(x))
             .replace("{y}", String(y));
-        let found = images.get(address);
-        if (!found) {
-            found = new Image();
-            found.addEventListener("load", onLoad);
-            found.src = address;
-            images.set(address, found);
-        }
-        if (images.size > MOST_KEPT) {
-            images.delete(images.keys().next().value);
-        }
-        return found;
+        return images.get(address) || load(address);
     }
 
     return {
@@ -40,22 +43,23 @@ export function createTiles(onLoad) {
         },
         /**
          * @param {CanvasRenderingContext2D} context
-         * @param {{middle: {x: number, y: number}, zoom: number, width: number, height: number}} view
+         * @param {import("./mapview.js").MapView} view
          */
-        draw: (context, { middle, zoom, width, height }) => {
+        draw: (context, { middle, zoomLevel, scale, width, height }) => {
             if (!template) {
                 return;
             }
-            const z = Math.min(FINEST, Math.round(zoom));
-            const size = SIZE * 2 ** (zoom - z);
+            const z = Math.min(FINEST, Math.round(zoomLevel));
+            const size = SIZE * scale / 2 ** z;
             const count = 2 ** z;
-            const left = middle.x * 2 ** zoom - width / 2;
-            const top = middle.y * 2 ** zoom - height / 2;
-            for (let y = Math.max(0, Math.floor(top / size)); y * size < top + height && y < count; ++y) {
+            const left = middle.x * scale - width / 2;
+            const top = middle.y * scale - height / 2;
+            const last = Math.min(count, (top + height) / size);
+            for (let y = Math.max(0, Math.floor(top / size)); y < last; ++y) {
                 for (let x = Math.floor(left / size); x * size < left + width; ++x) {
-                    const tile = image(z, (x % count + count) % count, y);
+                    const tile = imageAt(template, z, (x % count + count) % count, y);
                     if (tile.complete && tile.naturalWidth > 0) {
-                        context.drawImage(tile, x * size - left, y * size - top, size + 0.5, size + 0.5);
+                        context.drawImage(tile, x * size - left, y * size - top, size, size);
                     }
                 }
             }

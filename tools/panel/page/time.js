@@ -6,7 +6,7 @@ const SPEEDS = [1, 2, 5, 10, 20, 50, 100, 200, 500, 1000];
 const PACES = /** @type {Object<string, string>} */ ({
     real: "Real time: it cannot be held or sped up.",
     virtual: "Virtual time: waiting takes no time at all. It can be paused and stepped.",
-    paced: "Paced time: it moves while the application waits, no faster than this many times real time.",
+    paced: "Paced time: it moves while the application waits, this many times as fast at most.",
 });
 
 /** @param {import("./device.js").Device} device */
@@ -17,13 +17,19 @@ function setUpSpeed(device) {
     const setSpeed = (/** @type {number} */ speed) => device.act(`speed ${speed}`);
     const rounded = () => Number((10 ** range.valueAsNumber).toPrecision(2));
 
-    replaceChildren(chosen, SPEEDS.map((speed) => element("option", { value: String(speed) }, speed + " ×")));
+    /** @param {number} speed */
+    function optionFor(speed) {
+        return element("option", { value: String(speed) }, speed + " ×");
+    }
+
+    replaceChildren(chosen, SPEEDS.map(optionFor));
     chosen.addEventListener("change", () => setSpeed(Number(chosen.value)));
     range.addEventListener("input", () => {
         number.value = String(rounded());
     });
     range.addEventListener("change", () => setSpeed(rounded()));
-    number.addEventListener("change", () => number.reportValidity() && setSpeed(number.valueAsNumber));
+    number.addEventListener("change",
+        () => number.reportValidity() && setSpeed(number.valueAsNumber));
     device.onState(["time"], ({ time }) => {
         [chosen, range, number].forEach((control) => {
             control.disabled = time.pace !== "paced";
@@ -32,7 +38,7 @@ function setUpSpeed(device) {
             return;
         }
         if (!SPEEDS.includes(time.speed) && chosen.value !== String(time.speed)) {
-            chosen.append(element("option", { value: String(time.speed) }, time.speed + " ×"));
+            chosen.append(optionFor(time.speed));
         }
         chosen.value = String(time.speed);
         range.value = String(Math.log10(Math.max(1, time.speed)));
@@ -50,7 +56,7 @@ export function setUpTime(device) {
 
     pause.addEventListener("click", () => {
         const { time } = device.state();
-        device.act(time && time.paused ? "resume" : "pause");
+        device.act(time.paused ? "resume" : "pause");
     });
     step.addEventListener("click", () => device.act("step"));
     stepDelivery.addEventListener("click", () => device.act("step delivery"));
@@ -62,11 +68,10 @@ export function setUpTime(device) {
         pause.disabled = time.pace === "real";
         step.disabled = stepDelivery.disabled = !time.paused;
     });
-    device.onState(["queue", "time"], ({ queue = [], time }) => {
-        const now = time ? time.now : 0;
+    device.onState(["queue", "time"], ({ queue, time }) => {
         const rows = queue.map(({ at, what }) => element("li", {},
             element("span", { className: "mono" }, timeText(at)), element("span", {}, what),
-            element("span", { className: "muted small" }, `in ${Math.max(0, at - now)} ms`)));
+            element("span", { className: "muted small" }, `in ${Math.max(0, at - time.now)} ms`)));
         replaceChildren(byId("queue", HTMLElement), rows.length > 0 ? rows
             : [element("li", { className: "muted" }, "Nothing is waiting.")]);
     });

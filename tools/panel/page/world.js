@@ -1,9 +1,9 @@
 /** The world around the device: map, routes, tracks, and its position in numbers. */
 import { byId, element, isBeingEdited, replaceChildren } from "./dom.js";
-import { createSender } from "./device.js";
+import { createSender, messageOf } from "./device.js";
 import { lengthOf, metresText, placeText, restOf } from "./geo.js";
 import { setUpMapInput } from "./mapinput.js";
-import { createMapView } from "./mapview.js";
+import { createMap } from "./map.js";
 
 /** @typedef {import("./device.js").Device} Device */
 /** @typedef {import("./device.js").Position} Position */
@@ -25,9 +25,10 @@ const FIELDS = /** @type {[keyof Position, string, number, number][]} */ ([
 
 /** @param {Position} position */
 function locationCommand(position) {
-    const { latitude, longitude, altitude, horizAccuracy, vertAccuracy, heading, velocity } = position;
-    return ["location", latitude, longitude, altitude, horizAccuracy, vertAccuracy, heading, velocity]
-        .map((word) => (typeof word === "number" ? Number(word.toFixed(7)) : word)).join(" ");
+    const { latitude, longitude, altitude, horizAccuracy, vertAccuracy, heading, velocity } =
+        position;
+    const numbers = [latitude, longitude, altitude, horizAccuracy, vertAccuracy, heading, velocity];
+    return "location " + numbers.map((number) => Number(number.toFixed(7))).join(" ");
 }
 
 /** @type {Position} */
@@ -43,8 +44,8 @@ function positionOf(device) {
 function setUpPositionForm(device) {
     const form = byId("position", HTMLFormElement);
     const lost = byId("lost", HTMLInputElement);
-    const inputs = FIELDS.map(([name, , min, max]) => element("input",
-        { type: "number", min: String(min), max: String(max), step: "any", required: true, id: "at-" + name }));
+    const inputs = FIELDS.map(([name, , min, max]) => element("input", { id: "at-" + name,
+        type: "number", min: String(min), max: String(max), step: "any", required: true }));
     replaceChildren(byId("position-fields", HTMLElement), FIELDS.map(([, label], n) =>
         element("label", { className: "field" }, label, inputs[n])));
 
@@ -70,25 +71,27 @@ function setUpPositionForm(device) {
 
 /**
  * @param {Device} device
- * @param {ReturnType<typeof createMapView>} view
+ * @param {ReturnType<typeof createMap>} map
  */
-function setUpRoute(device, view) {
+function setUpRoute(device, map) {
     const speed = byId("walk-speed", HTMLInputElement);
     const walk = byId("walk", HTMLButtonElement);
     const pause = byId("walk-pause", HTMLButtonElement);
     /** @type {Place[]} */
     let route = [];
-    /** @type {{route: Place[], speed: number, isPaused: boolean} | null} */
+    /** @type {{route: Place[], isPaused: boolean} | null} */
     let walked = null;
 
     function show() {
         const whole = [positionOf(device), ...route];
         const length = lengthOf(whole);
         const seconds = Math.round(length / (speed.valueAsNumber || 1));
-        byId("route-length", HTMLElement).textContent = route.length === 0 ? "No route yet."
+        byId("route-length", HTMLElement).textContent = route.length === 0
+            ? "Click the map to lay one."
             : `${metresText(length)}, ${Math.floor(seconds / 60)} min ${seconds % 60} s`;
         walk.disabled = route.length === 0;
-        view.show({ route });
+        byId("route-clear", HTMLButtonElement).hidden = route.length === 0;
+        map.show({ route });
     }
 
     /** @param {Place[]} places */
@@ -99,16 +102,17 @@ function setUpRoute(device, view) {
 
     walk.addEventListener("click", async () => {
         if (speed.reportValidity() && await follow(route)) {
-            walked = { route: [positionOf(device), ...route], speed: speed.valueAsNumber, isPaused: false };
+            walked = { route: [positionOf(device), ...route], isPaused: false };
             route = [];
             show();
         }
     });
     pause.addEventListener("click", async () => {
+        const here = positionOf(device);
         if (walked && walked.isPaused) {
-            walked.isPaused = !await follow(restOf(walked.route, positionOf(device)));
-        } else if (walked && await device.act(locationCommand({ ...positionOf(device), velocity: 0 }))) {
-            walked.isPaused = true;
+            walked.isPaused = !await follow(restOf(walked.route, here));
+        } else if (walked) {
+            walked.isPaused = await device.act(locationCommand({ ...here, velocity: 0 }));
         }
         pause.textContent = walked && walked.isPaused ? "Go on" : "Pause";
     });
@@ -117,7 +121,7 @@ function setUpRoute(device, view) {
         show();
     });
     speed.addEventListener("input", show);
-    device.onState(["state"], ({ state = {} }) => {
+    device.onState(["state"], ({ state }) => {
         const isMoving = state.movement === "walking";
         pause.hidden = !walked || !(isMoving || walked.isPaused);
     });
@@ -149,12 +153,13 @@ function setUpTracks(device) {
         }
         try {
             const content = await files[0].text();
-            const { output } = await device.connected().track(files[0].name, content, factor.valueAsNumber);
+            const { output } = await device.connected()
+                .track(files[0].name, content, factor.valueAsNumber);
             if (output) {
                 device.showError(output);
             }
         } catch (error) {
-            device.showError(error.message);
+            device.showError(messageOf(error));
         }
     }
 
@@ -171,7 +176,7 @@ function setUpTracks(device) {
         () => panel.classList.remove("takes-file")));
     panel.addEventListener("drop", (event) => {
         event.preventDefault();
-        play(event.dataTransfer && event.dataTransfer.files);
+        play(event.dataTransfer ? event.dataTransfer.files : null);
     });
 }
 
@@ -179,9 +184,9 @@ function setUpTracks(device) {
 export function setUpWorld(device) {
     const canvas = byId("map", HTMLCanvasElement);
     const keep = byId("map-follow", HTMLButtonElement);
-    const view = createMapView(canvas);
+    const map = createMap(canvas);
     const send = createSender(device, PAUSE);
-    const route = setUpRoute(device, view);
+    const route = setUpRoute(device, map);
     /** @type {Position | null} the place to which the device is being dragged */
     let dragged = null;
     /** @type {Place[]} */
@@ -193,53 +198,54 @@ export function setUpWorld(device) {
         keepsInView = isOn;
         keep.setAttribute("aria-pressed", String(isOn));
         if (isOn) {
-            view.center(positionOf(device));
+            map.view.center(positionOf(device));
         }
     }
 
     setUpPositionForm(device);
     setUpTracks(device);
     setUpMapInput(canvas, {
-        ...view,
+        isOnDevice: map.isOnDevice,
+        zoom: (steps, x, y) => map.view.zoom(steps, x, y),
         move: (right, down) => {
             if (right !== 0 || down !== 0) {
                 keepInView(false);
             }
-            view.move(right, down);
+            map.view.move(right, down);
         },
         dragDevice: (x, y) => {
-            dragged = { ...positionOf(device), ...view.placeAt(x, y), velocity: 0 };
-            view.show({ position: dragged });
+            dragged = { ...positionOf(device), ...map.view.placeAt(x, y), velocity: 0 };
+            map.show({ position: dragged });
             send(locationCommand(dragged), true);
         },
         dropDevice: () => {
             dragged = null;
         },
-        click: (x, y) => route.add(view.placeAt(x, y)),
+        click: (x, y) => route.add(map.view.placeAt(x, y)),
         home: () => keepInView(true),
     });
-    byId("zoom-in", HTMLButtonElement).addEventListener("click", () => view.zoom(1));
-    byId("zoom-out", HTMLButtonElement).addEventListener("click", () => view.zoom(-1));
+    byId("zoom-in", HTMLButtonElement).addEventListener("click", () => map.view.zoom(1));
+    byId("zoom-out", HTMLButtonElement).addEventListener("click", () => map.view.zoom(-1));
     keep.addEventListener("click", () => keepInView(!keepsInView));
 
-    device.onState(["position", "lost"], ({ position = null, lost }) => {
+    device.onState(["position", "lost"], ({ position, lost }) => {
         if (dragged || !position) {
             return;
         }
         const isFirst = travelled.length === 0;
         travelled = [...travelled, position].slice(-MOST_TRAVELLED);
-        view.show({ position, travelled, isLost: typeof lost === "number" });
+        map.show({ position, travelled, isLost: typeof lost === "number" });
         if (isFirst) {
-            view.center(position);
+            map.view.center(position);
         } else if (keepsInView) {
-            view.keepInView(position);
+            map.view.keepInView(position);
         }
         byId("map-hint", HTMLElement).textContent = typeof lost === "number"
             ? "The device does not know its position." : HINT;
     });
-    device.settings.listen(({ tiles }) => view.setTiles(tiles));
+    device.settings.listen(({ tiles }) => map.setTiles(tiles));
     device.reset.listen(() => {
         travelled = [];
-        view.show({ position: null, travelled, route: [] });
+        map.show({ position: null, travelled, route: [] });
     });
 }
