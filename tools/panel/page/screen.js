@@ -220,10 +220,13 @@ export function setUpScreen(device) {
         start: sayWhether,
         /** @param {ArrayBuffer} picture */
         show: async (picture) => {
-            if (await draw(canvas(), picture)) {
-                view.layOut();
+            try {
+                if (await draw(canvas(), picture)) {
+                    view.layOut();
+                }
+            } finally {
+                requestAnimationFrame(() => device.connected().shown());
             }
-            requestAnimationFrame(() => device.connected().shown());
         },
     };
 }
