@@ -28,12 +28,12 @@ function labelOf(name) {
 /** @param {State} state */
 function tilesOf(state) {
     const made = state.state;
-    const known = ALWAYS.map(([name, , usual]) => ({ name, value: made[name] || usual }));
+    const known = ALWAYS.map(([name, , usual]) => ({ name, value: made[name] || usual, usual }));
     const others = Object.keys(made).filter((name) => !ALWAYS.some(([one]) => one === name))
-        .map((name) => ({ name, value: made[name] }));
-    const calls = { name: "open calls", value: String(state.openCalls) };
-    return [...known, ...others, calls].map(({ name, value }) => element("li",
-        { className: name in made ? "tile made" : "tile", title: name },
+        .map((name) => ({ name, value: made[name], usual: "" }));
+    const calls = { name: "open calls", value: String(state.openCalls), usual: "0" };
+    return [...known, ...others, calls].map(({ name, value, usual }) => element("li",
+        { className: value === usual ? "tile" : "tile made", title: name },
         element("span", { className: "tile-name" }, labelOf(name)),
         element("span", { className: "tile-value" }, value)));
 }

@@ -144,7 +144,7 @@ function createCard(device, uri) {
             const words = [isRefused && "refused", service.silent && "silent",
                 service.changed && "changed", delayText(service.delay)];
             facts.textContent = words.filter(Boolean).join(" · ");
-            preview.textContent = text || "no answer";
+            preview.textContent = text || (service.silent ? "no answer" : "no fixed answer");
             details.classList.toggle("changed", service.changed || service.silent || isRefused);
             silent.input.checked = service.silent;
             refused.input.checked = isRefused;

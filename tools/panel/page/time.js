@@ -65,8 +65,7 @@ export function setUpTime(device) {
         byId("clock", HTMLElement).textContent = timeText(time.now);
         byId("pace", HTMLElement).textContent = PACES[time.pace] || time.pace;
         setIcon(pause, time.paused ? "play" : "pause", time.paused ? "Go on" : "Pause");
-        pause.disabled = time.pace === "real";
-        step.disabled = stepDelivery.disabled = !time.paused;
+        pause.disabled = step.disabled = stepDelivery.disabled = time.pace === "real";
     });
     device.onState(["queue", "time"], ({ queue, time }) => {
         const rows = queue.map(({ at, what }) => element("li", {},
