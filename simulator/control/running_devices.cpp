@@ -1,7 +1,6 @@
 #include "simulator/control/running_devices.h"
 
 #include <simdjson.h>
-#include <sys/socket.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -103,16 +102,17 @@ void withdrawDevice() {
 }
 
 bool isDeviceRunning(const std::string& root) {
-    const int probe = socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
+    const int probe = connectToDevice(root);
     // A device without room for another client runs too.
-    const bool runs = probe >= 0 && (ControlAddress(root).connectTo(probe) || errno == EAGAIN);
+    const bool runs = probe >= 0 || errno == EAGAIN;
     if (probe >= 0) {
         close(probe);
     }
     return runs;
 }
 
-std::vector<RunningDevice> runningDevices() {
+std::vector<RunningDevice> runningDevices(
+    const std::function<bool(const std::string& root)>& isRunning) {
     std::vector<RunningDevice> devices;
     std::error_code problem;
     for (fs::directory_iterator at(freshRootsFolder(), problem), end; !problem && at != end;
@@ -120,7 +120,7 @@ std::vector<RunningDevice> runningDevices() {
         std::error_code notALink;
         const fs::path target = fs::read_symlink(at->path(), notALink);
         const std::string root = notALink ? at->path() : target;
-        if (isDeviceRunning(root)) {
+        if (isRunning(root)) {
             devices.push_back(describedIn(root));
         }
     }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -26,9 +27,11 @@ void announceDevice();
 void withdrawDevice();
 
 // Whether a device listens in the root folder.
-bool isDeviceRunning(const std::string& root);
+TAV_PLATFORM_API bool isDeviceRunning(const std::string& root);
 
-// The devices of this user with the same folder for temporary files.
-TAV_PLATFORM_API std::vector<RunningDevice> runningDevices();
+// The devices of this user with the same folder for temporary files: of the root folders that there
+// are, those for which the function says so.
+TAV_PLATFORM_API std::vector<RunningDevice> runningDevices(
+    const std::function<bool(const std::string& root)>& isRunning = isDeviceRunning);
 
 }  // namespace tavsim

@@ -6,6 +6,7 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <string>
 
@@ -43,5 +44,18 @@ private:
     int m_folder;
     sockaddr_un m_address{};
 };
+
+// A connection to the device with this root folder that never waits; negative, with errno, on
+// failure.
+inline int connectToDevice(const std::string& root) {
+    const int connection = socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
+    if (connection >= 0 && !ControlAddress(root).connectTo(connection)) {
+        const int problem = errno;
+        close(connection);
+        errno = problem;
+        return -1;
+    }
+    return connection;
+}
 
 }  // namespace tavsim

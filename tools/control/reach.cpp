@@ -1,8 +1,6 @@
 #include "tools/control/reach.h"
 
 #include <poll.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
@@ -27,18 +25,6 @@ std::string description(const RunningDevice& device) {
     return base::escapedJson(name + ": " + device.program);
 }
 
-// Negative, with errno, on failure.
-int connectTo(const std::string& root) {
-    const int connection = socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
-    if (connection >= 0 && !tavsim::ControlAddress(root).connectTo(connection)) {
-        const int problem = errno;
-        close(connection);
-        errno = problem;
-        return -1;
-    }
-    return connection;
-}
-
 std::string choiceOf(const std::vector<RunningDevice>& devices) {
     std::string text = "several devices are running, choose one with";
     for (const RunningDevice& device : devices) {
@@ -61,7 +47,7 @@ ReachedDevice tryToReach(const std::string& wanted, bool* isFinal) {
         }
         root = devices[0].root;
     }
-    const int connection = connectTo(root);
+    const int connection = tavsim::connectToDevice(root);
     if (connection >= 0) {
         return {root, connection, {}};
     }
