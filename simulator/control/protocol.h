@@ -14,6 +14,7 @@ enum class ControlMessage : uint8_t {
     Refused = 'r',
     // or these, any number of times,
     Output = 'o',     // lines to print, each with its line feed
+    Frame = 'p',      // a picture of the screen
     Following = 'f',  // everything so far was sent; new lines follow
     Lost = 'l',       // the number of lines that were dropped, because the client was too slow
     // and one of these.
