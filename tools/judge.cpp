@@ -74,10 +74,9 @@ int judgeStatus(const Scenario& scenario, const RunRequest& request, const RunEn
                 std::to_string(expected) + ": it is " + std::to_string(end.status));
 }
 
-// As the scenario names it, relative to its own folder.
-std::string fromRecording(const RunRequest& request, const std::string& file) {
+// As a scenario in the folder names it.
+std::string fromFolder(const std::string& folder, const std::string& file) {
     std::error_code problem;
-    const fs::path folder = fs::path(absolutePath(request.record)).parent_path();
     const fs::path path = fs::proximate(absolutePath(file), folder, problem);
     return path.has_parent_path() ? path : fs::path(".") / path;
 }
@@ -128,22 +127,25 @@ int judge(const Scenario& scenario, const RunRequest& request, const RunFolder& 
     return status != 0 ? status : other;
 }
 
-bool startRecording(const RunRequest& request, const std::string& root) {
-    tavsim::removeRecordingMark(root);
+std::string recordingHeader(const RunRequest& request, const std::string& folder) {
     const bool isFile = tavsim::profilePath(request.device) == request.device;
-    std::string header = "device " +
-                         (isFile ? fromRecording(request, request.device) : request.device) +
-                         "\nprogram";
+    std::string header =
+        "device " + (isFile ? fromFolder(folder, request.device) : request.device) + "\nprogram";
     for (size_t n = 0; n < request.command.size(); ++n) {
         const std::string& word = request.command[n];
         const bool isPath = n == 0 && word.find('/') != std::string::npos;
-        header += " " + asWord(isPath ? fromRecording(request, word) : word);
+        header += " " + asWord(isPath ? fromFolder(folder, word) : word);
     }
     if (!request.page.empty()) {
-        header += "\npage " + fromRecording(request, request.page);
+        header += "\npage " + fromFolder(folder, request.page);
     }
+    return tavsim::unfilled(header);
+}
+
+bool startRecording(const RunRequest& request, const std::string& root) {
+    tavsim::removeRecordingMark(root);
     std::ofstream file(request.record);
-    file << tavsim::unfilled(header) << "\n";
+    file << recordingHeader(request, fs::path(absolutePath(request.record)).parent_path()) << "\n";
     return file.flush().good();
 }
 

@@ -22,6 +22,10 @@ std::vector<std::string> globsOf(const tavsim::Scenario& scenario);
 int judge(const tavsim::Scenario& scenario, const RunRequest& request, const RunFolder& folder,
           const RunEnd& end, const OutputWatch& output);
 
+// The header of a scenario for this device and program that is in the folder, without its last line
+// feed.
+std::string recordingHeader(const RunRequest& request, const std::string& folder);
+
 // Creates the file with the header of a scenario; the device appends the steps. False when it
 // cannot be written.
 bool startRecording(const RunRequest& request, const std::string& root);

@@ -13,6 +13,7 @@
 #include "environment.h"
 #include "judge.h"
 #include "output_watch.h"
+#include "panel_process.h"
 #include "program.h"
 #include "run_folder.h"
 #include "simulator/device/profile.h"
@@ -166,6 +167,9 @@ int run(RunRequest request) {
     if (!request.journal.empty() && !emptyJournal(request.journal)) {
         return complain(request.journal + ": the journal cannot be written there");
     }
+    if (request.panel && request.record.empty()) {
+        request.record = folder.root() + tavsim::kRecording;
+    }
     if (!request.record.empty() && !startRecording(request, folder.root())) {
         return complain(request.record + ": the recording cannot be written there");
     }
@@ -174,10 +178,16 @@ int run(RunRequest request) {
         return complain(std::string("no pipe for the program's output: ") + std::strerror(errno));
     }
     warn(*scenario, request.device);
+    PanelProcess panel(signals);
+    if (request.panel && !panel.start(request, folder.root())) {
+        return kBadSetup;
+    }
     tavsim::removeVerdict(folder.root());
     setEnvironment(request, folder.root(), simulator);
-    Supervisor supervisor(request, folder, signals, scenario->output.empty() ? nullptr : &output);
+    Supervisor supervisor(request, folder, signals, panel,
+                          scenario->output.empty() ? nullptr : &output);
     const RunEnd end = supervisor.run(file);
+    panel.end(end.how);
     if (!request.record.empty()) {
         endRecording(request, folder.root(), end.status);
     }

@@ -6,6 +6,11 @@
 
 namespace tools {
 
+struct PanelOptions {
+    std::string tiles;  // address of a tile server for the map; empty: none
+    int port = 0;       // 0: any
+};
+
 struct RunRequest {
     // Name of a profile that comes with the simulator, or a file. Empty: as the scenario says, or
     // the usual one.
@@ -18,6 +23,8 @@ struct RunRequest {
     std::string row;       // of the scenario's table
     bool updatePictures = false;
     std::string differences;  // folder for pictures of differences; empty: beside the stored ones
+    bool panel = false;       // the device is shown in a browser
+    PanelOptions panelOptions;
     bool plugin = false;
     bool virtualTime = false;
     double timeout = 0;                // seconds; 0: none, or as the scenario says

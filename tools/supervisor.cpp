@@ -42,7 +42,7 @@ RunEnd Supervisor::run(const std::string& file) {
     if (const int problem = m_process.start(file, m_request.command, m_signals, ends);
         problem != 0) {
         say(std::strerror(problem));
-        return {kCannotStart, false, false};
+        return {kCannotStart, false, false, "The program cannot be started."};
     }
     const Guard guard([this] {
         m_members.kill();
@@ -62,13 +62,13 @@ RunEnd Supervisor::run(const std::string& file) {
         }
     }
     waitForEnd();
-    if (m_askedToEnd || m_isTimedOut) {
+    if (m_askedToEnd || m_isAsked) {
         endOthers();
     }
     if (m_output != nullptr) {
         m_output->stop();
     }
-    return {tellEnd(), true, m_isTimedOut};
+    return tellEnd();
 }
 
 void Supervisor::waitForEnd() {
@@ -78,6 +78,9 @@ void Supervisor::waitForEnd() {
             endInTime();
         } else if (signal.si_signo != SIGCHLD) {
             passOn(signal);
+        } else if (m_panel.hasEnded() && !m_isAsked) {
+            say("is asked to end, because its panel has ended");
+            askToEnd();
         }
     }
 }
@@ -102,7 +105,7 @@ void Supervisor::passOn(const siginfo_t& signal) {
 }
 
 void Supervisor::endInTime() {
-    if (m_isTimedOut) {
+    if (m_isAsked) {
         m_limit.reset();
         m_isKilled = true;
         sendAll(SIGKILL);
@@ -112,6 +115,11 @@ void Supervisor::endInTime() {
     std::snprintf(limit, sizeof limit, "%g", m_request.timeout);
     say("ended after " + std::string(limit) + " seconds, its time-out");
     m_isTimedOut = true;
+    askToEnd();
+}
+
+void Supervisor::askToEnd() {
+    m_isAsked = true;
     m_limit = Clock::now() + kGrace;
     sendAll(SIGTERM);
     sendAll(SIGCONT);  // for a stopped process
@@ -138,7 +146,7 @@ void Supervisor::sendOthers(int signal) {
     std::erase_if(m_others, [&](pid_t process) { return !m_members.send(process, signal); });
 }
 
-int Supervisor::tellEnd() const {
+RunEnd Supervisor::tellEnd() const {
     const int status = m_process.status();
     const int signal = WIFSIGNALED(status) ? WTERMSIG(status) : 0;
     if (signal != 0 && !isOrdinaryEnd(signal) && !m_isKilled) {
@@ -151,10 +159,12 @@ int Supervisor::tellEnd() const {
         say("did not use the device: nothing reached it from this program, or from what it started "
             "with its environment");
     }
-    if (m_isTimedOut) {
-        return kTimedOut;
-    }
-    return signal != 0 ? kDeathBySignal + signal : WEXITSTATUS(status);
+    const int exit = signal != 0 ? kDeathBySignal + signal : WEXITSTATUS(status);
+    const std::string how = signal != 0
+                                ? "The program was ended by " + describe(signal)
+                                : "The program has ended with status " + std::to_string(exit);
+    return {m_isTimedOut ? kTimedOut : exit, true, m_isTimedOut,
+            how + (m_isTimedOut ? ", after its time-out." : ".")};
 }
 
 void Supervisor::say(const std::string& text) const {

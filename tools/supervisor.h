@@ -5,6 +5,7 @@
 #include <string>
 
 #include "output_watch.h"
+#include "panel_process.h"
 #include "run.h"
 #include "run_folder.h"
 #include "tools/process/process.h"
@@ -16,14 +17,20 @@ struct RunEnd {
     int status = 0;  // as of run()
     bool isStarted = true;
     bool isTimedOut = false;
+    std::string how;  // in a sentence
 };
 
 class Supervisor {
 public:
-    // The output may be null; then it is not checked.
+    // The output may be null; then it is not checked. When the panel has ended, the program is
+    // asked to end.
     Supervisor(const RunRequest& request, RunFolder& folder, const Signals& signals,
-               OutputWatch* output)
-        : m_request(request), m_folder(folder), m_signals(signals), m_output(output) {}
+               PanelProcess& panel, OutputWatch* output)
+        : m_request(request),
+          m_folder(folder),
+          m_signals(signals),
+          m_panel(panel),
+          m_output(output) {}
 
     // Starts the program, waits until it has ended, and reports how it ended.
     RunEnd run(const std::string& file);
@@ -34,15 +41,17 @@ private:
     void waitForEnd();
     void passOn(const siginfo_t& signal);
     void endInTime();
+    void askToEnd();
     void endOthers();
     void sendAll(int signal);
     void sendOthers(int signal);
-    int tellEnd() const;
+    RunEnd tellEnd() const;
     void say(const std::string& text) const;
 
     const RunRequest& m_request;
     RunFolder& m_folder;
     const Signals& m_signals;
+    PanelProcess& m_panel;
     OutputWatch* m_output;
     Members m_members;
     Process m_process;
@@ -50,6 +59,7 @@ private:
     Signals::Moment m_limit;       // when the program is ended next: first with SIGTERM
     Signals::Moment m_askedToEnd;  // the time of the last request to end, if a second one counts
     bool m_isTimedOut = false;
+    bool m_isAsked = false;  // to end, until the limit
     bool m_isKilled = false;
 };
 

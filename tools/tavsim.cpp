@@ -11,6 +11,7 @@
 #include "base/json/writer.h"
 #include "base/suggestion.h"
 #include "journal.h"
+#include "panel_process.h"
 #include "run.h"
 #include "simulator/control/commands.h"
 #include "simulator/device/profile.h"
@@ -23,6 +24,7 @@ namespace {
 using tools::complain;
 
 constexpr int kMostJobs = 256;
+constexpr int kLastPort = 65535;
 constexpr char kReal[] = "--real";
 constexpr double kLongestTimeout = 7 * 24 * 3600;  // seconds
 constexpr char kDurations[] = "must be a number of seconds above 0 and at most 604800";
@@ -60,6 +62,13 @@ std::string isDuration(const std::string& text) {
     return isValid ? std::string() : kDurations;
 }
 
+void addPanelOptions(CLI::App* app, tools::PanelOptions* options) {
+    app->add_option("--tiles", options->tiles,
+                    "Address of a tile server for the panel's map, with {x}, {y} and {z}");
+    app->add_option("--port", options->port, "Port of the panel; any when not given")
+        ->check(CLI::Range(0, kLastPort));
+}
+
 void addRun(CLI::App& app, tools::RunRequest* request) {
     CLI::App* run = app.add_subcommand(
         "run",
@@ -89,6 +98,9 @@ void addRun(CLI::App& app, tools::RunRequest* request) {
     run->add_option("--timeout", request->timeout,
                     "End the program when it still runs after so many seconds")
         ->check(isDuration);
+    run->add_flag("--panel", request->panel,
+                  "Show the device in a browser, at the address that is printed");
+    addPanelOptions(run, &request->panelOptions);
     run->add_flag(kReal, request->real,
                   "Run the program on this machine's own services, however it was linked");
     // Everything from the program's name on belongs to the program.
@@ -186,6 +198,10 @@ int main(int argc, char** argv) try {
     const CLI::App* test = addTest(app, &tests);
     tools::JournalRequest journalRequest;
     const CLI::App* journal = addJournal(app, &journalRequest);
+    CLI::App* panel = app.add_subcommand("panel", "Show all running devices in a browser");
+    tools::PanelOptions panelOptions;
+    addPanelOptions(panel, &panelOptions);
+    panel->prefix_command();
     CLI::App* devices = app.add_subcommand("devices", "List the devices that come with it");
     bool asJson = false;
     devices->add_flag("--json", asJson, "List them as JSON");
@@ -211,11 +227,14 @@ int main(int argc, char** argv) try {
         // A "--" before the program's name is ours; after it, it is an argument of the program.
         words.insert(words.end(), words.empty() ? dashes + 1 : dashes, end);
     }
+    if ((&used == devices || &used == panel) && !words.empty()) {
+        return complain(used.get_name() + ": takes no \"" + words[0] + "\"");
+    }
     if (&used == devices) {
-        if (!words.empty()) {
-            return complain("devices: takes no \"" + words[0] + "\"");
-        }
         return listDevices(asJson);
+    }
+    if (&used == panel) {
+        return tools::runPanel(panelOptions);
     }
     if (&used == test) {
         tests.paths.insert(tests.paths.end(), words.begin(), words.end());
@@ -231,6 +250,9 @@ int main(int argc, char** argv) try {
     }
     if (request.real && !isOnlyReal(used)) {
         return complain("run: --real stands alone: there is no simulated device");
+    }
+    if (!request.panel && (used.count("--tiles") + used.count("--port")) > 0) {
+        return complain("run: --tiles and --port are options of --panel");
     }
     request.command = words;
     return tools::run(std::move(request));

@@ -25,7 +25,7 @@ constexpr char kNoFile[] = ": is neither a file nor a folder";
 
 // Everything that the device and the library use in the root folder, except the application's data.
 constexpr const char* kUsed[] = {"/var",         "/usr",   "/proc",       kDescription,
-                                 kControlSocket, kVerdict, kRecordingMark};
+                                 kControlSocket, kVerdict, kRecordingMark, kRecording};
 
 // The user, or root.
 bool isTrusted(uid_t owner) {
