@@ -119,7 +119,6 @@ setUpJournal(device, record.expectThis);
 function open(root) {
     shown = root;
     hasEnded = false;
-    device.forget();
     device.connected().open(root);
 }
 
@@ -172,8 +171,9 @@ chooser.addEventListener("change", () => open(chooser.value));
 device.connectTo(connect({
     settings: device.settings.tell,
     devices: takeDevices,
-    opened: () => {
+    opened: (root) => {
         document.body.classList.remove("has-ended");
+        device.forget(root);
         screen.start();
     },
     refused: showError,

@@ -82,6 +82,7 @@ export function messageOf(error) {
 /** @param {(message: string) => void} showError */
 export function createDevice(showError) {
     let state = UNKNOWN;
+    let root = "";
     /** @type {Connection | null} */
     let connection = null;
     const changed = /** @type {ReturnType<typeof createEvent<Set<string>>>} */ (createEvent());
@@ -149,7 +150,14 @@ export function createDevice(showError) {
         connectTo: (to) => {
             connection = to;
         },
-        forget: () => {
+        root: () => root,
+        /**
+         * Begins anew with a device, which will tell everything.
+         *
+         * @param {string} itsRoot
+         */
+        forget: (itsRoot) => {
+            root = itsRoot;
             state = UNKNOWN;
             changed.tell(new Set(Object.keys(state)));
             reset.tell();

@@ -145,8 +145,9 @@ export function setUpRecord(device) {
         if (recorded.length === 0 && editor.value === "") {
             editor.value = header;
         }
-        recorded = recorded.concat(lines);
-        append(lines);
+        const portable = lines.map((line) => line.replace(`track ${device.root()}/`, "track "));
+        recorded = recorded.concat(portable);
+        append(portable);
     });
     device.reset.listen(() => {
         recorded = [];

@@ -7,6 +7,11 @@ import { findError, indented, isTree, onOneLine, parsed } from "./json.js";
 
 const DELAY_FORM = /^\d+(\.\d+)?(ms|s|min)?$/;
 
+/** @param {Service} service */
+function hasAnswer(service) {
+    return service.answer !== null;
+}
+
 /** @param {number | number[]} delay */
 function delayText(delay) {
     return Array.isArray(delay) ? delay.join(" to ") + " ms" : `${delay} ms`;
@@ -170,7 +175,8 @@ export function setUpServices(device) {
                 cards.delete(uri);
             }
         });
-        for (const service of services) {
+        const sorted = [...services.filter(hasAnswer), ...services.filter((one) => !hasAnswer(one))];
+        for (const service of sorted) {
             const card = cards.get(service.uri) || createCard(device, service.uri);
             if (!cards.has(service.uri)) {
                 cards.set(service.uri, card);
