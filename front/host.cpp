@@ -6,6 +6,7 @@
 #include <memory>
 #include <new>
 
+#include "base/file.h"
 #include "base/json/text.h"
 #include "front/next.h"
 #include "platform/hkscaller.h"
@@ -86,6 +87,25 @@ bool createPreferences(const std::string& path,
 bool storePreference(const std::string& path, const std::string& key, const std::string& value) {
     const DatabasePtr database = openDatabase(path);
     return database != nullptr && execute(database, storingStatement(key, value));
+}
+
+std::map<std::string, std::string> storedPreferences(const std::string& path) {
+    std::map<std::string, std::string> preferences;
+    // Opening a database that is not there would create it.
+    const DatabasePtr database = base::whyNoFile(path).empty() ? openDatabase(path) : nullptr;
+    char** cells = nullptr;
+    int rows = 0;
+    if (database == nullptr ||
+        sqlite3_get_table(database.get(),
+                          "SELECT KEY, VALUE FROM Preferences WHERE VALUE IS NOT NULL;", &cells,
+                          &rows, nullptr, nullptr) != SQLITE_OK) {
+        return preferences;
+    }
+    const std::unique_ptr<char*, decltype(&sqlite3_free_table)> table(cells, sqlite3_free_table);
+    for (int row = 1; row <= rows; ++row) {  // the first one holds the names of the columns
+        preferences.emplace(cells[2 * row], cells[2 * row + 1]);
+    }
+    return preferences;
 }
 
 }  // namespace front

@@ -19,4 +19,7 @@ bool createPreferences(const std::string& path,
                        const std::map<std::string, std::string>& preferences);
 bool storePreference(const std::string& path, const std::string& key, const std::string& value);
 
+// Empty too where the database cannot be read.
+std::map<std::string, std::string> storedPreferences(const std::string& path);
+
 }  // namespace front

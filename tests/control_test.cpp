@@ -112,6 +112,33 @@ TEST_F(ControlTest, CommandsChangeTheDevice) {
     give({"state"});
 }
 
+TEST_F(ControlTest, TheStateAsJsonHasWhatCommandsHaveSet) {
+    const std::pair<const char*, const char*> rows[] = {
+        {"plugin on", R"("device":"","program":"*","machine":null,"plugin":true)"},
+        {"location 1 2 3 4 5 6 7.5", R"("position":{"latitude":1,*,"velocity":7.5},"lost":null)"},
+        {"location lost 4", R"("lost":4)"},
+        {"walk 1 0,0 0,1",
+         R"("time":{"now":0,"pace":"virtual"*},"queue":[{"at":1000,"what":"fix"}])"},
+        {"compass follow on", R"("compass":{"on":false,"heading":null,"follows":true)"},
+        {"compass 1 90.5 1", R"("heading":90.5)"},
+        {"answer a://b \"x\"",
+         R"({"uri":"a://b","answer":"\"x\"","silent":false,"delay":0,"changed":true})"},
+        {"silence a://b",
+         R"({"uri":"a://b","answer":null,"silent":true,"delay":0,"changed":true})"},
+        {"allow a://b", R"({"uri":"vire://*/vibrate","answer":null,"silent":false,*false}])"},
+        {"set preference region {\"a\" : 1}", R"("preferences":{"region":{"a":1}})"},
+        {"set appinfo a b", R"("appinfo":{"a":"b"})"},
+        {"refuse keyboard", R"("refused":["keyboard"],*"state":{"location":"lost")"},
+    };
+    for (const auto& [line, expected] : rows) {
+        command(line);
+        const std::string state = command("state --json");
+        EXPECT_TRUE(tavsim::matchesGlob(state, "o{*" + std::string(expected) + "*}\nd"))
+            << line << '\n'
+            << state;
+    }
+}
+
 TEST_F(ControlTest, RefusalsLastAsLongAsTheyAreAskedTo) {
     const auto ask = [this] { CALL(TAV_SetKeyboardState(SDL_TRUE)); };
     give({"refuse keyboard for 1.5s"});

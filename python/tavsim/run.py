@@ -165,7 +165,8 @@ class Run:
     def state(self) -> dict[str, Any]:
         """The state of the device, as `tavsim ctl state --json` prints it.
 
-        A dictionary with machine, plugin, openCalls, battery, refused, and the dictionary state.
+        A dictionary with machine, plugin, position, compass and others; what the application did
+        to the device is the dictionary state.
         """
         told: dict[str, Any] = json.loads(self.command("state --json"))
         return told

@@ -77,8 +77,8 @@ void scheduleReplies(int token, const Call& call, const Answer& answer, Millisec
         const Milliseconds due = after(first, static_cast<Milliseconds>(i) * answer.every);
         const bool startsNext = isEndless && i + 1 == count;
         const Milliseconds next = after(due, answer.every);
-        schedule(due, [token, version = call.version, reply = answer.replies[i],
-                       isFilled = answer.isFilled, startsNext, next] {
+        const auto deliver = [token, version = call.version, reply = answer.replies[i],
+                              isFilled = answer.isFilled, startsNext, next] {
             const Call* request = findCall(token, version);
             if (request == nullptr) {
                 return;
@@ -88,7 +88,8 @@ void scheduleReplies(int token, const Call& call, const Answer& answer, Millisec
             }
             deliverReply(token,
                          isFilled ? filledReply(reply, request->uri, request->payload) : reply);
-        });
+        };
+        schedule(due, "reply", deliver);
     }
 }
 

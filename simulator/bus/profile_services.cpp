@@ -83,6 +83,20 @@ void restoreService(const std::string& uri) {
     services().replaced.erase(uri);
 }
 
+bool isReplaced(const std::string& uri) {
+    return services().replaced.contains(uri);
+}
+
+std::set<std::string> profileServiceUris() {
+    std::set<std::string> uris;
+    for (const auto& known : {&services().replaced, &profile().services}) {
+        for (const auto& [uri, service] : *known) {
+            uris.insert(uri);
+        }
+    }
+    return uris;
+}
+
 Answer serviceAnswer(const Service& service, const std::string& uri, const std::string& payload,
                      bool isSubscription) {
     const size_t number = chooseCase(service, payload);

@@ -1,6 +1,7 @@
 // The services that a profile describes, and the changes to them since.
 #pragma once
 
+#include <set>
 #include <string>
 
 #include "simulator/bus/services.h"
@@ -13,6 +14,10 @@ const Service* profileService(const std::string& uri);
 // Overrides the profile's service until it is restored.
 void replaceService(const std::string& uri, Service service);
 void restoreService(const std::string& uri);
+bool isReplaced(const std::string& uri);
+
+// Those of the profile, and those that were overridden.
+std::set<std::string> profileServiceUris();
 
 // The service's answer to this request. Services that compute their answer do so here.
 Answer serviceAnswer(const Service& service, const std::string& uri, const std::string& payload,

@@ -205,7 +205,7 @@ private:
 
     void queue(int delay, const std::function<void(ServiceProgram&)>& action) {
         ++m_queued;
-        schedule(after(now(), delay), [weak = weak_from_this(), action] {
+        schedule(after(now(), delay), "service", [weak = weak_from_this(), action] {
             if (const std::shared_ptr<ServiceProgram> self = weak.lock()) {
                 --self->m_queued;
                 action(*self);

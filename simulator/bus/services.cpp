@@ -34,7 +34,7 @@ Answer vibrate(const dom::object& request) {
         return failure("a vibration needs a period and a duration in milliseconds");
     }
     setState("vibrator", "on, period " + std::to_string(*period) + " ms");
-    schedule(after(now(), *duration), [current = ++run] {
+    schedule(after(now(), *duration), "state", [current = ++run] {
         if (current == run) {
             setState("vibrator", "off");
         }

@@ -1,33 +1,16 @@
 // Commands for what the device is, and what the application has made of it.
+#include <simdjson.h>
+
 #include "base/json/writer.h"
 #include "simulator/bus/bus.h"
-#include "simulator/bus/payload.h"
-#include "simulator/bus/profile_services.h"
 #include "simulator/control/command.h"
+#include "simulator/control/device_state.h"
 #include "simulator/device/journal.h"
-#include "simulator/device/refusals.h"
 #include "simulator/device/root.h"
 #include "simulator/device/running.h"
-#include "simulator/device/state.h"
 
 namespace tavsim {
 namespace {
-
-constexpr char kBatteryUri[] = "vire://com.vire.battery/status";
-constexpr std::string_view kPercent = "percent";
-
-std::string batteryReply() {
-    const Service* service = profileService(kBatteryUri);
-    const bool answers = service != nullptr && !service->replies.empty();
-    return answers ? service->replies.front().value_or("") : "";
-}
-
-// As JSON; nothing where the device has no battery service that tells it.
-std::optional<std::string> batteryPercent() {
-    const Payload reply(batteryReply());
-    const std::optional<simdjson::dom::element> percent = reply.member(kPercent);
-    return percent ? std::optional(simdjson::minify(*percent)) : std::nullopt;
-}
 
 std::string batteryReplyWith(std::string_view percent) {
     simdjson::dom::parser parser;
@@ -43,23 +26,6 @@ CommandResult setIn(std::map<std::string, std::string>& values, Words words) {
     const std::string key(words.next());
     values[key] = words.rest();
     return {};
-}
-
-std::string stateAsJson() {
-    const std::optional<std::string>& machine = profile().machine;
-    base::JsonWriter json;
-    json.beginObject().member("machine", machine ? machine->c_str() : nullptr);
-    json.member("plugin", profile().plugin).member("openCalls", openBusCalls({}).size());
-    json.key("battery").raw(batteryPercent().value_or("null"));
-    json.key("refused").beginArray();
-    for (const std::string& request : refusedRequests()) {
-        json.value(request);
-    }
-    json.endArray().key("state").beginObject();
-    for (const auto& [name, value] : deviceState()) {
-        json.member(name, value);
-    }
-    return json.endObject().endObject().take() + "\n";
 }
 
 CommandResult setProperty(Words words) {
@@ -92,7 +58,12 @@ CommandResult battery(Words words) {
 
 CommandResult state(Words words) {
     if (!words.isEmpty()) {
-        return {{}, stateAsJson(), false};
+        base::JsonWriter json;
+        json.beginObject();
+        for (const auto& [name, value] : stateMembers()) {
+            json.key(name).raw(value);
+        }
+        return {{}, json.endObject().take() + "\n", false};
     }
     std::string lines;
     for (const auto& [name, value] : stateValues()) {
@@ -137,21 +108,6 @@ constexpr Command kDeviceCommands[] = {
 
 std::span<const Command> deviceCommands() {
     return kDeviceCommands;
-}
-
-std::vector<std::pair<std::string, std::string>> stateValues() {
-    std::vector<std::pair<std::string, std::string>> values = {
-        {"machine", profile().machine.value_or("none")},
-        {"plugin", profile().plugin ? "on" : "off"},
-        {"open calls", std::to_string(openBusCalls({}).size())}};
-    if (const std::optional<std::string> percent = batteryPercent()) {
-        values.emplace_back("battery", *percent);
-    }
-    for (const std::string& request : refusedRequests()) {
-        values.emplace_back("refused", request);
-    }
-    values.insert(values.end(), deviceState().begin(), deviceState().end());
-    return values;
 }
 
 }  // namespace tavsim

@@ -33,14 +33,6 @@ bool isFreshRoot() {
     return fs::equivalent(fs::path(rootFolder()).parent_path(), freshRootsFolder(), problem);
 }
 
-std::string commandLine() {
-    std::string error;
-    std::string words = base::readFile("/proc/self/cmdline", kMostBytes, &error).value_or("");
-    words.resize(words.find_last_not_of('\0') + 1);
-    std::replace(words.begin(), words.end(), '\0', ' ');
-    return words;
-}
-
 RunningDevice describedIn(const std::string& root) {
     dom::parser parser;
     dom::element description;
@@ -64,7 +56,20 @@ RunningDevice describedIn(const std::string& root) {
     return device;
 }
 
+std::string readCommandLine() {
+    std::string error;
+    std::string words = base::readFile("/proc/self/cmdline", kMostBytes, &error).value_or("");
+    words.resize(words.find_last_not_of('\0') + 1);
+    std::replace(words.begin(), words.end(), '\0', ' ');
+    return words;
+}
+
 }  // namespace
+
+const std::string& commandLine() {
+    static const auto& line = *new const std::string(readCommandLine());
+    return line;
+}
 
 bool describeDevice() {
     const std::string path = rootFolder() + kDescription;

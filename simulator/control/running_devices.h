@@ -17,6 +17,9 @@ struct RunningDevice {
     std::string root;
 };
 
+// The words of this process, separated by blanks.
+const std::string& commandLine();
+
 // Writes a description of this process into the root folder, before it listens there. Readers need
 // no answer of the application, which may be busy.
 bool describeDevice();

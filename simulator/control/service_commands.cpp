@@ -95,7 +95,7 @@ CommandResult replyToAll(const std::string& uri, const std::string& text) {
         return failed("no open call or subscription of " + uri);
     }
     for (const int token : tokens) {
-        schedule(now(), [token, text] { deliverReply(token, text); });
+        schedule(now(), "reply", [token, text] { deliverReply(token, text); });
     }
     return {{}, "replied to " + std::to_string(tokens.size()) + "\n", false};
 }

@@ -132,6 +132,10 @@ bool isRootFresh() {
     return g_isFresh;
 }
 
+std::map<std::string, std::string> storedPreferences() {
+    return front::storedPreferences(rootFolder() + front::kDatabase);
+}
+
 bool storePreference(const std::string& key, const std::string& value) {
     return front::storePreference(rootFolder() + front::kDatabase, key, value);
 }

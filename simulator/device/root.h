@@ -1,6 +1,7 @@
 // The root folder, which contains the device's files.
 #pragma once
 
+#include <map>
 #include <string>
 
 #include "platform/visibility.h"
@@ -22,5 +23,8 @@ bool isRootFresh();
 
 // Writes a preference, a JSON text, into the device's database; false when that is not possible.
 bool storePreference(const std::string& key, const std::string& value);
+
+// All that are in it.
+std::map<std::string, std::string> storedPreferences();
 
 }  // namespace tavsim

@@ -19,6 +19,7 @@ bool g_enabled = false;
 Milliseconds g_enabledAt = 0;
 size_t g_played = 0;
 bool g_follows = false;
+std::optional<double> g_lastHeading;
 int g_run = 0;  // incremented each time it is enabled, to drop readings that were queued before
 
 CompassReading nextReading() {
@@ -40,7 +41,7 @@ bool hasReadings() {
 }
 
 void scheduleReading(Milliseconds due, int run) {
-    schedule(due, [due, run] {
+    schedule(due, "compass reading", [due, run] {
         if (!g_enabled || run != g_run) {
             return;
         }
@@ -78,12 +79,17 @@ void letCompassFollow(bool follow) {
     startReadings();
 }
 
+CompassState compassState() {
+    return {g_enabled, g_lastHeading, g_follows};
+}
+
 bool deliverCompassReading(const CompassReading& reading) {
     if (g_callback == nullptr) {
         return false;
     }
     writeEntry("host", "compass reading", "intValue", reading.intValue, "doubleValue1",
                reading.doubleValue1, "doubleValue2", reading.doubleValue2);
+    g_lastHeading = reading.doubleValue1;
     g_callback(reading.intValue, reading.doubleValue1, reading.doubleValue2);
     return true;
 }
@@ -92,6 +98,7 @@ void stopCompass() {
     g_callback = nullptr;
     g_enabled = false;
     g_follows = false;
+    g_lastHeading.reset();
     g_played = 0;
 }
 

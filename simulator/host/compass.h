@@ -1,6 +1,8 @@
 // The compass: its readings, and the callback that receives them.
 #pragma once
 
+#include <optional>
+
 #include "platform/napp.h"
 #include "simulator/device/profile.h"
 
@@ -13,6 +15,13 @@ void enableCompass(bool enable);
 
 // Whether the readings follow the device's heading, instead of the profile.
 void letCompassFollow(bool follow);
+
+struct CompassState {
+    bool isOn;
+    std::optional<double> heading;  // of the last reading
+    bool follows;
+};
+CompassState compassState();
 
 // Delivers a reading now; false when nobody has registered a callback.
 TAV_PLATFORM_API bool deliverCompassReading(const CompassReading& reading);

@@ -128,7 +128,7 @@ void dragOn();
 void scheduleDrag() {
     const Milliseconds end = after(g_drag->begin, g_drag->time);
     schedule(now() < end ? std::min(after(now(), kDragStep), end) : after(now(), kDragStep),
-             dragOn);
+             "input", dragOn);
 }
 
 // If the queue has no room for a step, it is done later.

@@ -57,7 +57,7 @@ void Page::post(Milliseconds due, PageMessageKind kind, const helper::ItemWriter
 
 void Page::queue(Event event) {
     const Milliseconds due = event.due;
-    schedule(due, [self = weak_from_this(), event = std::move(event)]() mutable {
+    schedule(due, "page", [self = weak_from_this(), event = std::move(event)]() mutable {
         if (const std::shared_ptr<Page> page = self.lock()) {
             page->deliver(std::move(event));
         }

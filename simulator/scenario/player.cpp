@@ -24,6 +24,7 @@ namespace {
 
 constexpr int kFailed = 3;
 constexpr Milliseconds kUntilAskedAgain = 10;
+constexpr char kWakeUp[] = "scenario";
 constexpr char kNoSuchEntry[] = "the journal has no such entry";
 constexpr Milliseconds kVirtualPatience = 10000;
 constexpr Milliseconds kRealPatience = 1000;
@@ -162,7 +163,7 @@ void Player::finish() {
 
 void Player::askToQuit() {
     if (!isOver() && !carryOut(kQuit).error.empty()) {
-        schedule(after(now(), kUntilAskedAgain), [] {
+        schedule(after(now(), kUntilAskedAgain), kWakeUp, [] {
             if (player() != nullptr) {
                 player()->askToQuit();
             }
@@ -357,7 +358,7 @@ void Player::wakeAt(Milliseconds moment) const {
             player()->wake(phase);
         }
     };
-    moment > now() ? scheduleFirst(moment, wakeUp) : schedule(moment, wakeUp);
+    moment > now() ? scheduleFirst(moment, kWakeUp, wakeUp) : schedule(moment, kWakeUp, wakeUp);
 }
 
 bool startScenario(const std::string& file, const std::string& row, std::string* error) {

@@ -7,8 +7,13 @@
 namespace tavsim {
 namespace {
 
+struct Delivery {
+    const char* what;
+    std::function<void()> deliver;
+};
+
 // Ordered by the time when it falls due, then by the order of queueing.
-using Queue = std::map<std::pair<Milliseconds, std::uint64_t>, std::function<void()>>;
+using Queue = std::map<std::pair<Milliseconds, std::uint64_t>, Delivery>;
 
 // Never destroyed, because the device ends after static objects are destroyed, and empties it then.
 Queue& queue() {
@@ -22,19 +27,20 @@ std::uint64_t g_nextFirst = 0;
 
 void deliverBefore(const std::pair<Milliseconds, std::uint64_t>& end) {
     while (!queue().empty() && queue().begin()->first < end) {
-        queue().extract(queue().begin()).mapped()();
+        queue().extract(queue().begin()).mapped().deliver();
     }
 }
 
 }  // namespace
 
-void schedule(Milliseconds due, std::function<void()> deliver) {
+void schedule(Milliseconds due, const char* what, std::function<void()> deliver) {
     // Most fall due after all others, so the search from the end is short.
-    queue().emplace_hint(queue().end(), std::pair(due, g_nextOrder++), std::move(deliver));
+    queue().emplace_hint(queue().end(), std::pair(due, g_nextOrder++),
+                         Delivery{what, std::move(deliver)});
 }
 
-void scheduleFirst(Milliseconds due, std::function<void()> deliver) {
-    queue().emplace(std::pair(due, g_nextFirst++), std::move(deliver));
+void scheduleFirst(Milliseconds due, const char* what, std::function<void()> deliver) {
+    queue().emplace(std::pair(due, g_nextFirst++), Delivery{what, std::move(deliver)});
 }
 
 void deliverDue(void (*serve)()) {
@@ -51,6 +57,14 @@ void deliverDue(void (*serve)()) {
 
 std::optional<Milliseconds> nextDue() {
     return queue().empty() ? std::nullopt : std::optional(queue().begin()->first.first);
+}
+
+std::vector<Due> nextInQueue(size_t most) {
+    std::vector<Due> next;
+    for (auto at = queue().begin(); at != queue().end() && next.size() < most; ++at) {
+        next.push_back({at->first.first, at->second.what});
+    }
+    return next;
 }
 
 void clearQueue() {

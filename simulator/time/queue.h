@@ -3,17 +3,18 @@
 
 #include <functional>
 #include <optional>
+#include <vector>
 
 #include "simulator/time/clock.h"
 
 namespace tavsim {
 
-// Queues a delivery. Deliveries run in the order in which they fall due, those due at the same
-// time in the order in which they were queued.
-void schedule(Milliseconds due, std::function<void()> deliver);
+// Queues a delivery; `what` is a lasting text that tells people what it is. Deliveries run in the
+// order in which they fall due, those due at the same time in the order in which they were queued.
+void schedule(Milliseconds due, const char* what, std::function<void()> deliver);
 
 // The same for a future moment, before all other deliveries of that moment.
-void scheduleFirst(Milliseconds due, std::function<void()> deliver);
+void scheduleFirst(Milliseconds due, const char* what, std::function<void()> deliver);
 
 // Runs the deliveries that are due, on the caller's thread. A delivery is taken off the queue
 // before it runs, so it may call this function itself. Deliveries that are queued for now meanwhile
@@ -25,6 +26,14 @@ void deliverDue(void (*serve)());
 
 // When the next delivery falls due, if there is one.
 std::optional<Milliseconds> nextDue();
+
+struct Due {
+    Milliseconds at;
+    const char* what;
+};
+
+// The deliveries that fall due next, at most so many.
+std::vector<Due> nextInQueue(size_t most);
 
 void clearQueue();
 

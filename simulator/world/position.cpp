@@ -73,11 +73,11 @@ void announceMovement(const Report& report) {
 }
 
 void announceSoon(const Report& report) {
-    schedule(now(), [report] { announceMovement(report); });
+    schedule(now(), "fix", [report] { announceMovement(report); });
 }
 
 void scheduleFix() {
-    schedule(after(now(), world().receiver.every), [receiver = world().receivers] {
+    schedule(after(now(), world().receiver.every), "fix", [receiver = world().receivers] {
         if (receiver != world().receivers) {
             return;
         }
@@ -114,7 +114,7 @@ void scheduleMoment() {
         endWay("arrived");
         return;
     }
-    schedule(after(world().begin, moment->at), [moment = *moment, run = world().run] {
+    schedule(after(world().begin, moment->at), "fix", [moment = *moment, run = world().run] {
         if (run != world().run) {
             return;
         }
@@ -205,6 +205,10 @@ std::optional<Report> beginTracking() {
 std::optional<Fix> presentFix() {
     const std::vector<Fix>& fixes = profile().location.fixes;
     return world().position || fixes.empty() ? world().position : std::optional(fixes.front());
+}
+
+std::optional<int> lossOfLocation() {
+    return world().lost;
 }
 
 void startWorld(std::function<void(const Report&)> announce) {

@@ -47,6 +47,9 @@ std::optional<Report> beginTracking();
 // The device's position; before it has one, the first fix of its profile.
 std::optional<Fix> presentFix();
 
+// The error that is sent instead of the position, while it is lost.
+std::optional<int> lossOfLocation();
+
 // Reports go to the function, for all who track the location, until the world is stopped.
 void startWorld(std::function<void(const Report&)> announce);
 void stopWorld();

@@ -22,7 +22,7 @@ complains 'ctl: wait: "redy" is not MEMBER=GLOB; did you mean "ready"[?]' ctl wa
 "$tavsim" run --device quern "$waits" >"$work/first" &
 first=$!
 says 0 '' '' ctl wait ready within 60s
-says 0 '{"machine":"quern","plugin":false,*"state":{"keyboard":"shown"}}' '' ctl state --json
+says 0 '{"device":"quern","program":"*wait_for_quit",*"state":{"keyboard":"shown"}}' '' ctl state --json
 says 0 '[[]{"root":"*","device":"quern","program":"*wait_for_quit","process":[1-9]*}]' '' ctl list --json
 says 1 '' 'tavsim: no command "dance"; *' ctl dance
 
