@@ -139,6 +139,41 @@ TEST_F(ControlTest, TheStateAsJsonHasWhatCommandsHaveSet) {
     }
 }
 
+TEST_F(ControlTest, WhoWatchesIsShownWhatHasBeenAndThenWhatComes) {
+    const std::string file = testing::TempDir() + "/watched-" + std::to_string(getpid());
+    std::ofstream(file) << "at 0ms: plugin on\nexpect within 1min what=touch\nat 2min: quit\n";
+    tavsim::Options options;
+    options.control = true;
+    options.scenarioFile = file;
+    options.recordFile = file + "-recording";
+    ASSERT_TRUE(device.start({}, options));
+    MessageSocket watcher = connectClient();
+    std::string shown = ask(watcher, "watch");
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    while (shown.find("\"plugin\":true") == shown.npos && std::chrono::steady_clock::now() < end) {
+        device.advance(10);
+        shown += received(watcher);
+    }
+    NApp_SetTouchAggression(1);
+    device.stop();
+    shown += received(watcher);
+    std::string expected = "o";
+    for (const char* line :
+         {R"({"step":{"line":1,"text":"at 0ms: plugin on","state":"waiting"}})",
+          R"({"state":{"device":"","program":*"plugin":false,*"state":{}}})", R"(fo*"done"}})",
+          R"({"recorded":"at 0ms: plugin on"})",
+          R"({"step":{"line":2,"text":"expect within 1min what=touch","state":"waiting"}})",
+          R"(*{"state":{"plugin":true,"time":{"now":*}})",
+          R"(*{"journal":{"at":*,"what":"touch",*}})",
+          R"(*{"step":{"line":3,*"state":"failed","reason":"the application ended at * ms *"}})",
+          R"({"recorded":"expect ended within *ms"})"}) {
+        expected += std::string(line) + "\n";
+    }
+    EXPECT_TRUE(tavsim::matchesGlob(shown, expected + "*e")) << shown;
+    std::filesystem::remove(file);
+    std::filesystem::remove(options.recordFile);
+}
+
 TEST_F(ControlTest, RefusalsLastAsLongAsTheyAreAskedTo) {
     const auto ask = [this] { CALL(TAV_SetKeyboardState(SDL_TRUE)); };
     give({"refuse keyboard for 1.5s"});

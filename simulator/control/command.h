@@ -28,7 +28,7 @@ std::span<const Command> inputCommands();
 std::span<const Command> screenCommands();
 
 inline CommandResult failed(const std::string& error) {
-    return {error, {}, false};
+    return {error, {}};
 }
 
 // The path of a file that the command names, for use while it is carried out.

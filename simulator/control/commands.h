@@ -1,23 +1,29 @@
 // The commands that steer a running device.
 #pragma once
 
+#include <cstdint>
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "platform/visibility.h"
-#include "simulator/language/pattern.h"
 #include "simulator/time/clock.h"
 
 namespace tavsim {
 
+// What a client that follows is sent.
+struct News {
+    std::string lines;      // each with its line feed
+    std::int64_t lost = 0;  // so many before them were not kept for it
+};
+
 struct CommandResult {
-    std::string error;       // one line; empty: it was carried out
-    std::string output;      // lines, each with its line feed
-    bool follow = false;     // the journal's further lines are wanted too
-    Pattern followed = {};   // those of them that match
-    Milliseconds lasts = 0;  // how long what it has begun goes on by itself
-    bool isEarly = false;    // the error may soon be gone
+    std::string error;                  // one line; empty: it was carried out
+    std::string output;                 // lines, each with its line feed
+    std::function<News()> follow = {};  // gives what has come since; null: this was all
+    Milliseconds lasts = 0;             // how long what it has begun goes on by itself
+    bool isEarly = false;               // the error may soon be gone
 };
 
 // Carries one command line out. One that is unknown or malformed changes nothing. The folder is

@@ -14,6 +14,7 @@
 #include "simulator/control/control_client.h"
 #include "simulator/control/running_devices.h"
 #include "simulator/control/socket_address.h"
+#include "simulator/control/watch.h"
 #include "simulator/device/root.h"
 
 namespace tavsim {
@@ -116,6 +117,7 @@ bool startControl(std::string* error) {
         return false;
     }
     control().owner = getpid();
+    forgetWhatWasTold();
     announceDevice();
     return true;
 }

@@ -2,14 +2,11 @@
 
 #include <string>
 
-#include "simulator/control/commands.h"
-#include "simulator/device/journal.h"
-
 namespace tavsim {
 namespace {
 
 constexpr uint64_t kLongestCommand = 1 << 20;
-constexpr size_t kMostQueued = 64 << 20;  // bytes of the journal for a client that is slow
+constexpr size_t kMostQueued = 64 << 20;  // bytes for a client that is slow
 constexpr std::chrono::seconds kLongestSilence(5);
 constexpr std::chrono::seconds kPatience(2);  // with a command that comes early
 
@@ -20,15 +17,16 @@ ControlClient::ControlClient(int socket) : m_socket(socket, kLongestCommand) {
 
 void ControlClient::serve() {
     // A follower's messages are looked for too, because that shows whether it is still there.
-    const bool mayAsk = m_follows || (m_socket.queued() == 0 && !m_asked);
+    const bool mayAsk = isFollowing() || (m_socket.queued() == 0 && !m_asked);
     const std::optional<base::Message> message = mayAsk ? m_socket.receiveNow() : std::nullopt;
-    if (message && !m_follows) {
+    if (message && !isFollowing()) {
         m_asked = Asked{*message};
+        m_hasAsked = true;
     }
     if (m_asked) {
         answer(*m_asked);
     }
-    if (m_follows) {
+    if (isFollowing()) {
         follow();
     }
     if (m_socket.sendNow() > 0) {
@@ -40,17 +38,18 @@ bool ControlClient::isFinished() const {
     if (m_socket.isGone()) {
         return true;
     }
-    if (m_follows || m_asked) {
+    const bool isWaiting = m_hasAsked && m_socket.queued() == 0;  // for its user
+    if (isFollowing() || m_asked || isWaiting) {
         return false;
     }
     return SteadyClock::now() - m_lastSign > kLongestSilence;
 }
 
 void ControlClient::end() {
-    if (m_follows) {
+    if (isFollowing()) {
         follow();
     }
-    if (m_follows || m_socket.queued() == 0) {
+    if (isFollowing() || m_socket.queued() == 0) {
         say(ControlMessage::Ended);
     }
     m_socket.sendQueued(kLongestSilence);
@@ -61,7 +60,7 @@ void ControlClient::answer(const Asked& asked) {
     const bool isCommand = message.kind == static_cast<uint8_t>(ControlMessage::Command) &&
                            message.content.find('\n') == std::string::npos;
     const CommandResult result =
-        isCommand ? carryOut(message.content) : CommandResult{"a command is one line", {}, false};
+        isCommand ? carryOut(message.content) : CommandResult{"a command is one line", {}};
     if (result.isEarly && SteadyClock::now() - asked.time < kPatience) {
         return;
     }
@@ -73,30 +72,21 @@ void ControlClient::answer(const Asked& asked) {
     if (!result.output.empty()) {
         say(ControlMessage::Output, result.output);
     }
-    say(result.follow ? ControlMessage::Following : ControlMessage::Done);
-    m_follows = result.follow;
-    m_followed = result.followed;
-    m_nextLine = journalLength();
+    m_follow = result.follow;
+    say(isFollowing() ? ControlMessage::Following : ControlMessage::Done);
 }
 
-// The journal keeps lines for a client that is behind, but not without end.
+// What comes is kept for a client that is behind, but not without end.
 void ControlClient::follow() {
     if (m_socket.queued() > kMostQueued) {
         return;
     }
-    const auto& lines = journalLines();
-    const int64_t first = journalLength() - static_cast<int64_t>(lines.size());
-    if (m_nextLine < first) {
-        say(ControlMessage::Lost, std::to_string(first - m_nextLine));
-        m_nextLine = first;
+    const News news = m_follow();
+    if (news.lost > 0) {
+        say(ControlMessage::Lost, std::to_string(news.lost));
     }
-    std::string output;
-    for (; m_nextLine < journalLength(); ++m_nextLine) {
-        const std::string& line = lines[static_cast<size_t>(m_nextLine - first)];
-        output += m_followed.empty() || matches(line, m_followed) ? line + "\n" : "";
-    }
-    if (!output.empty()) {
-        say(ControlMessage::Output, output);
+    if (!news.lines.empty()) {
+        say(ControlMessage::Output, news.lines);
     }
 }
 

@@ -2,14 +2,14 @@
 #pragma once
 
 #include <chrono>
-#include <cstdint>
+#include <functional>
 #include <optional>
 #include <string_view>
 #include <tuple>
 
 #include "base/message_socket.h"
+#include "simulator/control/commands.h"
 #include "simulator/control/protocol.h"
-#include "simulator/language/pattern.h"
 
 namespace tavsim {
 
@@ -26,11 +26,11 @@ public:
     // Nothing more is to be done for it, or it does not deserve more.
     bool isFinished() const;
 
-    bool isFollowing() const { return m_follows; }
+    bool isFollowing() const { return m_follow != nullptr; }
 
     // Of several clients, the one where this is least is the first to go when others need the
     // room: whoever asks nothing, then whoever does not take the answer, each longest first.
-    auto standing() const { return std::tuple(m_follows, m_socket.queued() > 0, m_lastSign); }
+    auto standing() const { return std::tuple(isFollowing(), m_socket.queued() > 0, m_lastSign); }
 
     // The device ends: waits until the client has its answer, as long as it goes on taking it.
     void end();
@@ -50,9 +50,8 @@ private:
     base::MessageSocket m_socket;
     SteadyClock::time_point m_lastSign = SteadyClock::now();  // of the client being there
     std::optional<Asked> m_asked;  // and has no answer yet; tried again if it came early
-    bool m_follows = false;
-    Pattern m_followed;      // the entries that it wants; empty: all
-    int64_t m_nextLine = 0;  // of the journal
+    bool m_hasAsked = false;
+    std::function<News()> m_follow;  // gives what it is sent from now on; null: it does not follow
 };
 
 }  // namespace tavsim

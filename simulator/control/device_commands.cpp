@@ -1,13 +1,17 @@
 // Commands for what the device is, and what the application has made of it.
 #include <simdjson.h>
 
+#include <functional>
+
 #include "base/json/writer.h"
 #include "simulator/bus/bus.h"
 #include "simulator/control/command.h"
 #include "simulator/control/device_state.h"
+#include "simulator/control/watch.h"
 #include "simulator/device/journal.h"
 #include "simulator/device/root.h"
 #include "simulator/device/running.h"
+#include "simulator/language/pattern.h"
 
 namespace tavsim {
 namespace {
@@ -63,32 +67,42 @@ CommandResult state(Words words) {
         for (const auto& [name, value] : stateMembers()) {
             json.key(name).raw(value);
         }
-        return {{}, json.endObject().take() + "\n", false};
+        return {{}, json.endObject().take() + "\n"};
     }
     std::string lines;
     for (const auto& [name, value] : stateValues()) {
         // Texts of the application can hold anything, and stay on their line.
         lines += base::escapedJson(name) + ": " + base::escapedJson(value) + "\n";
     }
-    return {{}, lines, false};
+    return {{}, lines};
+}
+
+News entriesLike(const Pattern& pattern, JournalReader* journal) {
+    News news;
+    news.lost = journal->read([&](const std::string& line) {
+        news.lines += pattern.empty() || matches(line, pattern) ? line + "\n" : "";
+    });
+    return news;
 }
 
 // [--follow] [PATTERN]
 CommandResult journal(Words words) {
-    CommandResult result;
     Words behind = words;
-    if (behind.next() == "--follow") {
-        result.follow = true;
-        words = behind;
-    }
+    const bool follows = behind.next() == "--follow";
     std::string error;
-    result.followed = readPattern(words.rest(), &error).value_or(Pattern());
-    for (const std::string& line : journalLines()) {
-        if (result.followed.empty() || matches(line, result.followed)) {
-            result.output += line + "\n";
-        }
+    const Pattern pattern =
+        readPattern((follows ? behind : words).rest(), &error).value_or(Pattern());
+    JournalReader reader;
+    CommandResult result{{}, entriesLike(pattern, &reader).lines};
+    if (follows) {
+        result.follow = [pattern, reader]() mutable { return entriesLike(pattern, &reader); };
     }
     return result;
+}
+
+CommandResult watch(Words) {
+    const std::function<News()> follow = watchDevice();
+    return {{}, follow().lines, follow};
 }
 
 constexpr Command kDeviceCommands[] = {
@@ -102,6 +116,10 @@ constexpr Command kDeviceCommands[] = {
      "Show what it has done, and with --follow also what it does from now on; with a pattern only\n"
      "      the entries that match it.",
      journal, true},
+    {"watch", "",
+     "Show everything from now on as lines of JSON: the journal, what changes in the state, the\n"
+     "      recording and the steps of the scenario.",
+     watch, true},
 };
 
 }  // namespace

@@ -97,7 +97,7 @@ CommandResult replyToAll(const std::string& uri, const std::string& text) {
     for (const int token : tokens) {
         schedule(now(), "reply", [token, text] { deliverReply(token, text); });
     }
-    return {{}, "replied to " + std::to_string(tokens.size()) + "\n", false};
+    return {{}, "replied to " + std::to_string(tokens.size()) + "\n"};
 }
 
 }  // namespace tavsim

@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <utility>
@@ -101,6 +102,16 @@ const std::deque<std::string>& journalLines() {
 
 std::int64_t journalLength() {
     return journal().length;
+}
+
+std::int64_t JournalReader::read(const std::function<void(const std::string& line)>& take) {
+    const auto& lines = journal().lines;
+    const std::int64_t first = journal().length - static_cast<std::int64_t>(lines.size());
+    const std::int64_t lost = std::max<std::int64_t>(first - m_next, 0);
+    for (m_next += lost; m_next < journal().length; ++m_next) {
+        take(lines[static_cast<size_t>(m_next - first)]);
+    }
+    return lost;
 }
 
 }  // namespace tavsim

@@ -52,4 +52,15 @@ void observeJournal(std::function<void(const std::string& line)> observer);
 TAV_PLATFORM_API const std::deque<std::string>& journalLines();
 std::int64_t journalLength();
 
+// Reads the lines one after the other, from the first that is kept.
+class JournalReader {
+public:
+    // Calls the function with each line that has come since the last time. Returns how many before
+    // them are not kept any more.
+    std::int64_t read(const std::function<void(const std::string& line)>& take);
+
+private:
+    std::int64_t m_next = 0;
+};
+
 }  // namespace tavsim

@@ -7,6 +7,7 @@
 #include "base/json/writer.h"
 #include "base/print_line.h"
 #include "simulator/control/commands.h"
+#include "simulator/control/watch.h"
 #include "simulator/device/journal.h"
 #include "simulator/language/explanation.h"
 
@@ -25,6 +26,11 @@ std::string nameOf(const Step& step) {
     return step.place + ": " + base::shortened(step.text);
 }
 
+void tellProgress(const Step& step, const char* state, const std::string& reason) {
+    const int line = std::stoi(step.place.substr(step.place.rfind(':') + 1));
+    tellStep(line, step.text, state, reason);
+}
+
 std::string whatIsThere(const std::string& state) {
     for (const auto& [name, value] : stateValues()) {
         if (name == state) {
@@ -35,6 +41,7 @@ std::string whatIsThere(const std::string& state) {
 }
 
 void tellFailure(const Step& step, const std::string& reason, const Pattern* pattern) {
+    tellProgress(step, "failed", reason);
     const std::string line = nameOf(step) + ": " + reason;
     base::printLine(stderr, isColoured() ? "\x1b[31m" + line + "\x1b[0m" : line);
     const EntryLines lines(journalLines().begin(), journalLines().end());

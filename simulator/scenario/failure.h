@@ -10,6 +10,9 @@ namespace tavsim {
 // FILE:LINE and the step's text.
 std::string nameOf(const Step& step);
 
+// Tells those who watch: "waiting", "done" or, with a reason, "failed".
+void tellProgress(const Step& step, const char* state, const std::string& reason = {});
+
 // The actual state, for the message about an expected one.
 std::string whatIsThere(const std::string& state);
 

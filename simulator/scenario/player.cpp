@@ -64,7 +64,11 @@ bool Player::start(std::string* error) {
         *error = rootFolder() + ": the scenario's verdict cannot be written there";
         return false;
     }
-    m_verdict.note(Outcome::Waiting, m_scenario.steps.empty() ? "" : nameOf(step()));
+    if (m_scenario.steps.empty()) {
+        m_verdict.note(Outcome::Waiting);
+    } else {
+        noteWaiting();
+    }
     m_isNoted = true;
     if (std::any_of(m_scenario.steps.begin(), m_scenario.steps.end(), looksAtShown)) {
         watchFrames();
@@ -144,8 +148,13 @@ void Player::wait() {
             fail(step(), reason);
         }
     } else if (!std::exchange(m_isNoted, true)) {
-        m_verdict.note(Outcome::Waiting, nameOf(step()));
+        noteWaiting();
     }
+}
+
+void Player::noteWaiting() {
+    m_verdict.note(Outcome::Waiting, nameOf(step()));
+    tellProgress(step(), "waiting");
 }
 
 // If the scenario only set the device up, the application ends by itself. If it was asked to quit,
@@ -346,6 +355,7 @@ void Player::startPhase() {
 }
 
 void Player::startNextStep() {
+    tellProgress(step(), "done");
     startPhase();
     ++m_current;
     m_isActing = false;

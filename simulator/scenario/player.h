@@ -43,6 +43,7 @@ private:
     void proceed();
     bool isAllowed();
     void wait();
+    void noteWaiting();
     void finish();
     void fail(const Step& failing, const std::string& reason, const Pattern* pattern = nullptr);
 

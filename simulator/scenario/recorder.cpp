@@ -11,6 +11,7 @@
 #include "base/line_file.h"
 #include "front/next.h"
 #include "simulator/control/commands.h"
+#include "simulator/control/watch.h"
 #include "simulator/device/claim.h"
 #include "simulator/device/edge.h"
 #include "simulator/device/root.h"
@@ -46,7 +47,9 @@ bool isRecording() {
 }
 
 void append(const std::string& line) {
-    if (!recording().file.append(unfilled(line))) {
+    const std::string written = unfilled(line);
+    tellRecorded(written);
+    if (!recording().file.append(written)) {
         const std::string path = recording().file.path();
         const std::string reason = std::strerror(errno);
         recording().file.close();
