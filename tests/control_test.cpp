@@ -174,6 +174,57 @@ TEST_F(ControlTest, WhoWatchesIsShownWhatHasBeenAndThenWhatComes) {
     std::filesystem::remove(options.recordFile);
 }
 
+TEST_F(ControlTest, APausedApplicationIsHeldUntilItMayGoOn) {
+    device.profile.compass.turn = 36;
+    TAV_EnableCompass(SDL_TRUE);
+    MessageSocket client = connectClient();
+    const auto send = [&client](const std::vector<std::string>& lines) {
+        for (const std::string& line : lines) {
+            client.send('c', line);
+        }
+    };
+    send({"pause", "state --json", "step", "state --json", "step delivery", "state --json"});
+    send({"resume", "state --json"});
+    device.advance(1000);
+    const std::string answers = received(client);
+    std::string expected = "d";
+    for (const char* state :
+         {R"("now":0,*"paused":true*"heading":null)", R"("now":100,*"paused":true*"heading":null)",
+          R"("now":200,*"paused":true*"heading":3.6,)",
+          R"("now":300,*"paused":false*"heading":7.2,)"}) {
+        expected += "o{*" + std::string(state) + "*}\nd*";
+    }
+    EXPECT_TRUE(tavsim::matchesGlob(answers, expected)) << answers;
+
+    // A fork is not held, because nobody could let it go on.
+    send({"pause", "step"});
+    device.pump();
+    const pid_t fork = ::fork();
+    if (fork == 0) {
+        alarm(60);
+        device.advance(1000);
+        _exit(0);
+    }
+    int status = -1;
+    waitpid(fork, &status, 0);
+    EXPECT_EQ(status, 0);
+
+    // Nor is an application that is asked to quit.
+    send({"quit"});
+    device.advance(1000);
+    EXPECT_EQ(received(client), "ddd");
+    SDL_Event event{};
+    while (event.type != SDL_QUIT && SDL_PollEvent(&event) != 0) {}
+    EXPECT_EQ(event.type, SDL_QUIT);
+
+    EXPECT_THAT(command("speed 2"), StartsWith("rspeed: only"));
+    EXPECT_THAT(command("speed 0.5"), StartsWith("rspeed: time is from 1"));
+    tavsim::Options realTime;
+    realTime.control = true;
+    ASSERT_TRUE(device.start({}, realTime));
+    EXPECT_THAT(command("pause"), StartsWith("rpause: the device has real time"));
+}
+
 TEST_F(ControlTest, RefusalsLastAsLongAsTheyAreAskedTo) {
     const auto ask = [this] { CALL(TAV_SetKeyboardState(SDL_TRUE)); };
     give({"refuse keyboard for 1.5s"});

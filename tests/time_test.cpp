@@ -2,6 +2,7 @@
 #include <thread>
 
 #include "device_test.h"
+#include "simulator/time/pacing.h"
 
 namespace {
 
@@ -38,6 +39,17 @@ TEST_F(EventLoopTest, AThreadsEventIsReceivedWhileNothingIsDueAndTimeStandsStill
     EXPECT_EQ(device.now(), 0);
     SDL_QuitSubSystem(SDL_INIT_VIDEO);
     EXPECT_EQ(SDL_WaitEvent(&event), 0) << "there is no queue to wait for";
+}
+
+TEST(PacingTest, AMomentComesSoManyTimesAsSoon) {
+    using std::chrono::microseconds;
+    const tavsim::Pacing::Clock::time_point begin(std::chrono::hours(5));
+    for (const auto& [factor, real] : {std::pair(1.0, 40000), {4.0, 10000}, {1000.0, 40}}) {
+        const tavsim::Pacing pacing{begin, 100, factor};
+        EXPECT_EQ(pacing.timeOf(100), begin);
+        EXPECT_EQ(pacing.timeOf(140), begin + microseconds(real));
+        EXPECT_EQ(pacing.momentAt(begin + microseconds(real)), 140);
+    }
 }
 
 TEST_F(EventLoopTest, WhoNeverWaitsSeesTimePassWithAThousandLooks) {

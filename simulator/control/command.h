@@ -17,13 +17,14 @@ struct Command {
     // Is given words that fit the usage. Nothing has happened when an error comes back. Null where
     // no device is needed.
     CommandResult (*carryOut)(Words words) = nullptr;
-    bool shows = false;  // all it does is to put something out
+    bool isNoStep = false;  // of a scenario: it shows something, or steers only this run
 };
 
 // The rows of each file of commands.
 std::span<const Command> worldCommands();
 std::span<const Command> serviceCommands();
 std::span<const Command> deviceCommands();
+std::span<const Command> timeCommands();
 std::span<const Command> inputCommands();
 std::span<const Command> screenCommands();
 

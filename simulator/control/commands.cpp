@@ -25,7 +25,7 @@ const std::vector<Command>& commands() {
     static const auto& all = *new const std::vector<Command>([] {
         std::vector<Command> joined(std::begin(kLocalCommands), std::end(kLocalCommands));
         for (const auto& rows : {worldCommands(), serviceCommands(), deviceCommands(),
-                                 inputCommands(), screenCommands()}) {
+                                 timeCommands(), inputCommands(), screenCommands()}) {
             joined.insert(joined.end(), rows.begin(), rows.end());
         }
         return joined;
@@ -132,7 +132,7 @@ CommandResult carryOut(const std::string& line, const std::string& folder) {
     const std::string shown = withAbsoluteFile(*command, words);
     const Milliseconds time = now();
     CommandResult result = command->carryOut(words);
-    if (g_observer != nullptr && result.error.empty() && !command->shows) {
+    if (g_observer != nullptr && result.error.empty() && !command->isNoStep) {
         g_observer(shown, time);
     }
     return result;
@@ -149,8 +149,8 @@ std::string whyNoStep(const std::string& line, const std::string& folder,
     if (command == nullptr) {
         return unknownCommand(first, otherNames);
     }
-    if (command->carryOut == nullptr || command->shows) {
-        return first + " only shows something; use `tavsim ctl " + first + "`";
+    if (command->carryOut == nullptr || command->isNoStep) {
+        return first + " is no step of a scenario; use `tavsim ctl " + first + "`";
     }
     return whyNoFit(*command, words, folder);
 }

@@ -30,8 +30,8 @@ struct CommandResult {
 // where relative files that it names are looked for from; empty: the current one.
 TAV_PLATFORM_API CommandResult carryOut(const std::string& line, const std::string& folder = {});
 
-// Called with each line that was carried out and does more than to show something, and with the
-// time when that began. The files that it names are absolute. Null: nobody is called.
+// Called with each line that was carried out and can be a step of a scenario, and with the time
+// when that began. The files that it names are absolute. Null: nobody is called.
 using CommandObserver = void (*)(const std::string& line, Milliseconds time);
 void observeCommands(CommandObserver observer);
 
@@ -39,8 +39,8 @@ void observeCommands(CommandObserver observer);
 // such command, or its words are not as its usage says. Empty when it may be carried out.
 TAV_PLATFORM_API std::string whyMalformed(const std::string& line);
 
-// The same for a line that is to steer the device, which none does that only shows something, and
-// with files that are there already. The other names are suggested too where one of them was meant.
+// The same for a step of a scenario, which shows nothing and leaves the time to itself, and with
+// files that are there already. The other names are suggested too where one of them was meant.
 std::string whyNoStep(const std::string& line, const std::string& folder,
                       const std::vector<std::string>& otherNames);
 

@@ -6,8 +6,10 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <iterator>
 #include <list>
+#include <thread>
 
 #include "base/descriptor.h"
 #include "base/print_line.h"
@@ -16,11 +18,15 @@
 #include "simulator/control/socket_address.h"
 #include "simulator/control/watch.h"
 #include "simulator/device/root.h"
+#include "simulator/input/events.h"
+#include "simulator/time/clock.h"
+#include "simulator/time/pause.h"
 
 namespace tavsim {
 namespace {
 
 constexpr size_t kMostClients = 16;
+constexpr std::chrono::milliseconds kHeldStep(5);
 
 using Clients = std::list<ControlClient>;
 
@@ -34,11 +40,6 @@ struct Control {
 Control& control() {
     static Control& instance = *new Control;
     return instance;
-}
-
-// A fork of the application inherits this state, but must not use it.
-bool isListening() {
-    return control().owner == getpid();
 }
 
 bool listenInRoot(std::string* error) {
@@ -102,7 +103,37 @@ void accept() {
     }
 }
 
+void serveClients() {
+    if (!control().listener.isOurs()) {
+        listenAgain();
+    }
+    for (auto client = control().clients.begin(); client != control().clients.end();) {
+        serve(client++);
+    }
+    accept();
+}
+
+void holdWhilePaused() {
+    if (!isTimeHeld()) {
+        return;
+    }
+    while (isTimeHeld() && isControlled()) {
+        if (isQuitWaiting()) {
+            resumeTime();
+            break;
+        }
+        std::this_thread::sleep_for(kHeldStep);
+        serveClients();
+    }
+    forgetLag();
+}
+
 }  // namespace
+
+// A fork of the application inherits the state, but must not use it.
+bool isControlled() {
+    return control().owner == getpid();
+}
 
 bool startControl(std::string* error) {
     if (isDeviceRunning(rootFolder())) {
@@ -124,22 +155,17 @@ bool startControl(std::string* error) {
 
 void serveControl() {
     // A command can make the application poll events, and so re-enter this function.
-    if (!isListening() || control().serving) {
+    if (!isControlled() || control().serving) {
         return;
     }
     control().serving = true;
-    if (!control().listener.isOurs()) {
-        listenAgain();
-    }
-    for (auto client = control().clients.begin(); client != control().clients.end();) {
-        serve(client++);
-    }
-    accept();
+    serveClients();
+    holdWhilePaused();
     control().serving = false;
 }
 
 void stopControl() {
-    if (!isListening()) {
+    if (!isControlled()) {
         return;
     }
     control().owner = 0;

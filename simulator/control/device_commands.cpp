@@ -100,7 +100,7 @@ CommandResult journal(Words words) {
     return result;
 }
 
-CommandResult watch(Words) {
+CommandResult watchAll(Words) {
     const std::function<News()> follow = watchDevice();
     return {{}, follow().lines, follow};
 }
@@ -119,7 +119,7 @@ constexpr Command kDeviceCommands[] = {
     {"watch", "",
      "Show everything from now on as lines of JSON: the journal, what changes in the state, the\n"
      "      recording and the steps of the scenario.",
-     watch, true},
+     watchAll, true},
 };
 
 }  // namespace

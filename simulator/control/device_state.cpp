@@ -16,6 +16,7 @@
 #include "simulator/device/state.h"
 #include "simulator/host/compass.h"
 #include "simulator/time/clock.h"
+#include "simulator/time/pause.h"
 #include "simulator/time/queue.h"
 #include "simulator/world/position.h"
 
@@ -69,7 +70,8 @@ const char* paceName() {
 }
 
 std::string timeJson() {
-    return base::jsonObject("now", now(), "pace", paceName());
+    return base::jsonObject("now", now(), "pace", paceName(), "speed", paceFactor(), "paused",
+                            isTimeHeld());
 }
 
 std::string queueJson() {

@@ -17,6 +17,7 @@
 #include "simulator/device/running.h"
 #include "simulator/input/origin.h"
 #include "simulator/scenario/recorder.h"
+#include "simulator/time/pause.h"
 #include "simulator/time/queue.h"
 #include "simulator/time/timers.h"
 
@@ -38,7 +39,7 @@ void serveOutsideNowAndThen() {
     static Milliseconds served = 0;
     const Milliseconds time = realTimeAtLeast();
     // The clock of a restarted device begins at 0 again.
-    if (time - served >= kControlPause || time < served) {
+    if (time - served >= kControlPause || time < served || isTimeHeld()) {
         served = time;
         serveOutside();
     }
@@ -146,7 +147,8 @@ void waitForNext() try {
     }
     const std::optional<tavsim::Milliseconds> next = tavsim::nextMoment();
     if (tavsim::isTimePaced()) {
-        const tavsim::Milliseconds step = tavsim::after(tavsim::now(), tavsim::kWaitStep);
+        const tavsim::Milliseconds step =
+            tavsim::after(tavsim::now(), tavsim::inPace(tavsim::kWaitStep));
         tavsim::passTime(std::min(next.value_or(step), step));
         return;
     }

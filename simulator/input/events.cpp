@@ -80,6 +80,17 @@ bool hasEventQueue() {
     return queuedEvents() >= 0;
 }
 
+// SDL drops what its full queue does not hold, so it may not look when much is waiting.
+bool isQuitWaiting() {
+    static const auto pumpEvents = TAV_FRONT_NEXT(SDL_PumpEvents);
+    static const auto peepEvents = TAV_FRONT_NEXT(SDL_PeepEvents);
+    if (queuedEvents() < kQueueHolds / 2) {
+        pumpEvents();
+    }
+    SDL_Event quit;
+    return peepEvents(&quit, 1, SDL_PEEKEVENT, SDL_QUITMASK) > 0;
+}
+
 bool sendEvents(const std::vector<SDL_Event>& events, std::string* error) {
     const int queued = queuedEvents();
     if (queued < 0) {

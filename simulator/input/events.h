@@ -17,6 +17,9 @@ inline constexpr char kNoEventQueue[] = "the application has no event queue";
 // `error` and nothing done, when the queue has not enough room.
 bool sendEvents(const std::vector<SDL_Event>& events, std::string* error);
 
+// Whether SDL's request to quit waits for the application. Lets SDL look for it.
+bool isQuitWaiting();
+
 // Resets the state of keys, mouse and window.
 void stopInput();
 

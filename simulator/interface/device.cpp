@@ -17,6 +17,7 @@
 #include "simulator/scenario/player.h"
 #include "simulator/scenario/recorder.h"
 #include "simulator/screen/frames.h"
+#include "simulator/time/pause.h"
 #include "simulator/time/queue.h"
 #include "simulator/time/timers.h"
 #include "simulator/world/position.h"
@@ -75,6 +76,7 @@ void stopRooms() {
     stopRecording();
     stopPage();
     stopControl();
+    resumeTime();
     clearBus();
     clearQueue();
     clearState();

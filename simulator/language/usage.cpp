@@ -60,6 +60,7 @@ constexpr Range kLatitudes = {-90, 90, "the latitude is from -90 to 90"};
 constexpr Range kLongitudes = {-180, 180, "the longitude is from -180 to 180"};
 constexpr Range kSpeeds = {0.01, 10000, "the speed is from 0.01 to 10000 metres a second"};
 constexpr Range kFactors = {0.001, 1000, "the factor is from 0.001 to 1000"};
+constexpr Range kPaces = {1, 1000, "time is from 1 to 1000 times as fast"};
 constexpr Range kAccuracies = {0, kLeastAccuracy, "the accuracy is from 0 to 100000 metres"};
 constexpr Range kTolerances = {0, 255, "the tolerance is from 0 to 255"};
 constexpr Range kPercents = {0, 100, "the percentage is from 0 to 100"};
@@ -159,6 +160,7 @@ constexpr Kind kKinds[] = {
     {"SPEED", isNumber<double>, rangeProblem<kSpeeds>},
     {"TEXT", isSomething, nullptr, true},
     {"TIME", isTime},
+    {"TIMES", isNumber<double>, rangeProblem<kPaces>},
     {"TOLERANCE", isNumber<int>, rangeProblem<kTolerances>},
     {"URI", isSomething, uriProblem},
     {"VALUE", isAnything, nullptr, true},

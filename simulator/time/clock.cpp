@@ -12,6 +12,7 @@
 #include <thread>
 
 #include "front/events.h"
+#include "simulator/time/pacing.h"
 
 namespace tavsim {
 namespace {
@@ -25,6 +26,7 @@ constinit std::atomic<pthread_t> g_thread = {};
 constinit std::atomic<Pace> g_pace = Pace::Real;
 constinit std::atomic<Milliseconds> g_virtualNow = 0;
 constinit std::atomic<SteadyClock::time_point> g_startedAt = {};
+constinit Pacing g_pacing = {};
 
 Milliseconds sinceStart(std::chrono::nanoseconds time) {
     const auto start = g_startedAt.load().time_since_epoch();
@@ -38,11 +40,11 @@ Milliseconds realNow() {
 // Waits for real time. If real time is far ahead because the program was busy, the clock does not
 // hurry to catch up.
 void keepPace(Milliseconds moment) {
-    const std::chrono::milliseconds ahead(moment - realNow());
-    if (-ahead > kBusy) {
-        g_startedAt = SteadyClock::now() - std::chrono::milliseconds(moment);
+    const SteadyClock::time_point time = g_pacing.timeOf(moment);
+    if (SteadyClock::now() - time > kBusy) {
+        g_pacing = {SteadyClock::now(), moment, g_pacing.factor};
     }
-    std::this_thread::sleep_for(ahead);
+    std::this_thread::sleep_until(time);
 }
 
 bool isSet(const char* variable) {
@@ -62,6 +64,7 @@ void startClock(Pace pace) {
     g_thread = pthread_self();
     g_virtualNow = 0;
     g_startedAt = SteadyClock::now();
+    g_pacing = {SteadyClock::now(), 0, 1};
     g_pace = pace;
     if (pace != Pace::Real) {
         front::wake();
@@ -99,10 +102,6 @@ bool mayHaveCome(Milliseconds moment) {
     return isTimeVirtual() ? moment <= now() : moment <= after(realTimeAtLeast(), kLateness);
 }
 
-Milliseconds lag() {
-    return realNow() - now();
-}
-
 Milliseconds after(Milliseconds moment, Milliseconds stretch) {
     constexpr Milliseconds kLast = std::numeric_limits<Milliseconds>::max();
     return stretch < kLast - moment ? moment + std::max<Milliseconds>(stretch, 0) : kLast;
@@ -115,6 +114,26 @@ void setTime(Milliseconds moment) {
         }
         g_virtualNow.store(moment, std::memory_order_release);
     }
+}
+
+Milliseconds lag() {
+    return g_pacing.momentAt(SteadyClock::now()) - now();
+}
+
+double paceFactor() {
+    return g_pacing.factor;
+}
+
+void setPaceFactor(double factor) {
+    g_pacing = {SteadyClock::now(), now(), factor};
+}
+
+Milliseconds inPace(Milliseconds real) {
+    return static_cast<Milliseconds>(static_cast<double>(real) * paceFactor());
+}
+
+void forgetLag() {
+    setPaceFactor(paceFactor());
 }
 
 }  // namespace tavsim

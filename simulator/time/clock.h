@@ -39,10 +39,22 @@ bool mayHaveCome(Milliseconds moment);
 // The moment plus a duration; a negative duration counts as 0. Saturates at the largest value.
 Milliseconds after(Milliseconds moment, Milliseconds stretch);
 
-// In paced time: how far real time is ahead.
-Milliseconds lag();
-
 // Virtual time only: moves the clock on, never back. On the application's thread.
 void setTime(Milliseconds moment);
+
+// The following are for paced time, on the application's thread.
+
+// How far the clock is behind, because the application was busy.
+Milliseconds lag();
+
+// So many times as fast as real time.
+double paceFactor();
+void setPaceFactor(double factor);
+
+// The device's time that passes in so much real time.
+Milliseconds inPace(Milliseconds real);
+
+// It does not catch up with the real time that has passed.
+void forgetLag();
 
 }  // namespace tavsim

@@ -25,8 +25,11 @@ Queue& queue() {
 std::uint64_t g_nextOrder = std::uint64_t{1} << 63;
 std::uint64_t g_nextFirst = 0;
 
+std::uint64_t g_made = 0;
+
 void deliverBefore(const std::pair<Milliseconds, std::uint64_t>& end) {
     while (!queue().empty() && queue().begin()->first < end) {
+        ++g_made;
         queue().extract(queue().begin()).mapped().deliver();
     }
 }
@@ -57,6 +60,10 @@ void deliverDue(void (*serve)()) {
 
 std::optional<Milliseconds> nextDue() {
     return queue().empty() ? std::nullopt : std::optional(queue().begin()->first.first);
+}
+
+std::uint64_t deliveriesMade() {
+    return g_made;
 }
 
 std::vector<Due> nextInQueue(size_t most) {

@@ -1,6 +1,8 @@
 // The queue of deliveries to the application.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <optional>
 #include <vector>
@@ -26,6 +28,9 @@ void deliverDue(void (*serve)());
 
 // When the next delivery falls due, if there is one.
 std::optional<Milliseconds> nextDue();
+
+// So many deliveries have been made.
+std::uint64_t deliveriesMade();
 
 struct Due {
     Milliseconds at;

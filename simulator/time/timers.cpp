@@ -158,7 +158,7 @@ void passTime(Milliseconds until) {
 
 void lookWithoutWaiting() {
     ++g_looks;
-    if (isTimePaced() && g_looks >= kLooksInVain && lag() > kLongestLag) {
+    if (isTimePaced() && g_looks >= kLooksInVain && lag() > inPace(kLongestLag)) {
         static bool said = false;
         sayOnce(kNeverWaitsForReal, &said);
         passTime(after(now(), lag()));
