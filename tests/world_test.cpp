@@ -134,6 +134,19 @@ TEST_F(WorldTest, TheCompassCanFollow) {
     CALL(readings());
 }
 
+TEST_F(WorldTest, ACompassThatIsHeldAndTurnedGoesOnWithItsReadings) {
+    TAV_Init(0);
+    TAV_EnableCompass(SDL_TRUE);
+    for (const char* line : {"compass hold 10", "compass hold 20.5", "compass hold 30"}) {
+        EXPECT_EQ(tavsim::carryOut(line).error, "");
+        device.advance(60);
+    }
+    EXPECT_THAT(device.journal().back(), testing::HasSubstr("\"doubleValue1\":20.5,"));
+    tavsim::carryOut("compass hold off");
+    device.advance(1000);
+    EXPECT_EQ(userEvents().size(), 1u);
+}
+
 TEST_F(WorldTest, RecordedTracksAreFollowed) {
     subscribe();
     give({"track gpx"}, seedFolder("track"));

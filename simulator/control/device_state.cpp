@@ -97,7 +97,7 @@ std::string compassJson() {
     JsonWriter json;
     json.beginObject().member("on", compass.isOn).key("heading");
     compass.heading ? json.value(*compass.heading) : json.raw("null");
-    return json.member("follows", compass.follows).endObject().take();
+    return json.members("follows", compass.follows, "held", compass.isHeld).endObject().take();
 }
 
 // A service of the device itself answers as it does; nothing is known of that in advance.

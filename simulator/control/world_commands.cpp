@@ -62,6 +62,13 @@ CommandResult compassFollow(Words words) {
     return {};
 }
 
+CommandResult compassHold(Words words) {
+    double heading = 0;
+    const bool isHeld = words.takeNumbers(&heading);
+    holdCompass(isHeld ? std::optional(heading) : std::nullopt);
+    return {};
+}
+
 CommandResult location(Words words) {
     Fix fix;
     words.takeNumbers(&fix.latitude, &fix.longitude, &fix.altitude, &fix.horizAccuracy,
@@ -134,6 +141,8 @@ constexpr Command kWorldCommands[] = {
     {"compass", "INT DOUBLE DOUBLE", "Deliver a compass reading.", compass},
     {"compass follow", "on|off", "Let the compass point where the device is heading, or not.",
      compassFollow},
+    {"compass hold", "DEGREES|off", "Let the compass point there from now on, or end that.",
+     compassHold},
     {"location",
      "LATITUDE LONGITUDE ALTITUDE HORIZONTAL_ACCURACY VERTICAL_ACCURACY HEADING VELOCITY",
      "Put the device there.", location},

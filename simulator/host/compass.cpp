@@ -19,10 +19,14 @@ bool g_enabled = false;
 Milliseconds g_enabledAt = 0;
 size_t g_played = 0;
 bool g_follows = false;
+std::optional<double> g_held;
 std::optional<double> g_lastHeading;
 int g_run = 0;  // incremented each time it is enabled, to drop readings that were queued before
 
 CompassReading nextReading() {
+    if (g_held) {
+        return {1, *g_held, 1.0};
+    }
     if (g_follows) {
         return {1, presentFix().value_or(Fix()).heading, 1.0};
     }
@@ -37,7 +41,7 @@ CompassReading nextReading() {
 
 bool hasReadings() {
     const Compass& compass = profile().compass;
-    return g_follows || !compass.readings.empty() || compass.turn != 0.0;
+    return g_held || g_follows || !compass.readings.empty() || compass.turn != 0.0;
 }
 
 void scheduleReading(Milliseconds due, int run) {
@@ -74,13 +78,23 @@ void enableCompass(bool enable) {
     startReadings();
 }
 
+// Readings that are queued stay, so that those who change it again and again do not keep them from
+// coming.
+void holdCompass(std::optional<double> heading) {
+    const bool hadReadings = hasReadings();
+    g_held = heading;
+    if (hasReadings() != hadReadings) {
+        startReadings();
+    }
+}
+
 void letCompassFollow(bool follow) {
     g_follows = follow;
     startReadings();
 }
 
 CompassState compassState() {
-    return {g_enabled, g_lastHeading, g_follows};
+    return {g_enabled, g_lastHeading, g_follows, g_held.has_value()};
 }
 
 bool deliverCompassReading(const CompassReading& reading) {
@@ -98,6 +112,7 @@ void stopCompass() {
     g_callback = nullptr;
     g_enabled = false;
     g_follows = false;
+    g_held.reset();
     g_lastHeading.reset();
     g_played = 0;
 }

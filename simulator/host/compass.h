@@ -20,8 +20,12 @@ struct CompassState {
     bool isOn;
     std::optional<double> heading;  // of the last reading
     bool follows;
+    bool isHeld;
 };
 CompassState compassState();
+
+// From now on the readings have this heading, whatever else they would have; nothing ends that.
+void holdCompass(std::optional<double> heading);
 
 // Delivers a reading now; false when nobody has registered a callback.
 TAV_PLATFORM_API bool deliverCompassReading(const CompassReading& reading);

@@ -58,6 +58,7 @@ struct Range {
 
 constexpr Range kLatitudes = {-90, 90, "the latitude is from -90 to 90"};
 constexpr Range kLongitudes = {-180, 180, "the longitude is from -180 to 180"};
+constexpr Range kHeadings = {0, 360, "the heading is from 0 to 360 degrees"};
 constexpr Range kSpeeds = {0.01, 10000, "the speed is from 0.01 to 10000 metres a second"};
 constexpr Range kFactors = {0.001, 1000, "the factor is from 0.001 to 1000"};
 constexpr Range kPaces = {1, 1000, "time is from 1 to 1000 times as fast"};
@@ -135,6 +136,7 @@ constexpr Kind kKinds[] = {
     {"ACCURACYm", isDistance, accuracyProblem},
     {"ALTITUDE", isNumber<double>},
     {"CODE", isNumber<int>},
+    {"DEGREES", isNumber<double>, rangeProblem<kHeadings>},
     {"DOUBLE", isNumber<double>},
     {"FACTOR", isNumber<double>, rangeProblem<kFactors>},
     {"FILE", isSomething, nullptr, true, trackProblem},

@@ -109,6 +109,19 @@ exec 3<&-
 rm -r "$second_root"
 expect_nothing_left 'two devices'
 
+# A paused program can be ended, and its watcher sees that.
+"$tavsim" run --virtual-time "$waits" >"$work/paused" &
+paused=$!
+says 0 '' '' ctl wait ready within 60s
+says 0 '' '' ctl pause
+"$tavsim" ctl --timeout 60 watch >"$work/watched" &
+watcher=$!
+wait_until grep -q '"paused":true' "$work/watched"
+kill "$paused"
+wait "$paused" || fail "a paused program ended with $?"
+wait "$watcher" || fail "watching a program that ends: status $?"
+expect_nothing_left 'a paused program'
+
 # Malformed answers from a process that is no device.
 answers=('' ok $'ok\nmore' 'error' 'o' 'o\5\0\0\0\0\0\0\0ab' 'z\0\0\0\0\0\0\0\0'
     'o\377\377\377\377\377\377\377\377' 'd\377\377\377\377\0\0\0\0')

@@ -22,6 +22,16 @@ ctl compass follow on
 ctl location every 700ms 4m 7
 ctl walk 60 52.5140,13.3500 52.5152,13.3500
 xdotool click 1
+ctl compass hold 90
+ctl pause
+ctl compass hold 45
+ctl step
+ctl location lost
+ctl step delivery
+ctl compass hold off
+ctl location found
+ctl resume
+ctl speed 5
 xdotool key h
 sees what=reply uri=*purchaseItem
 sees what=vibrator outcome=off
