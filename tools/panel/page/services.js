@@ -175,7 +175,8 @@ export function setUpServices(device) {
                 cards.delete(uri);
             }
         });
-        const sorted = [...services.filter(hasAnswer), ...services.filter((one) => !hasAnswer(one))];
+        const computed = services.filter((service) => !hasAnswer(service));
+        const sorted = [...services.filter(hasAnswer), ...computed];
         for (const service of sorted) {
             const card = cards.get(service.uri) || createCard(device, service.uri);
             if (!cards.has(service.uri)) {
