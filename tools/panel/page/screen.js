@@ -206,13 +206,12 @@ export function setUpScreen(device) {
             canvas().height = screen.height;
             view.layOut();
         }
-        byId("screen-size", HTMLElement).textContent =
-            screen ? `${screen.width} × ${screen.height}` : "no picture yet";
     });
     device.reset.listen(() => {
         view.turn("bottom");
         contextOf(canvas()).clearRect(0, 0, canvas().width, canvas().height);
         cover("");
+        byId("screen-size", HTMLElement).textContent = "no picture yet";
     });
 
     return {
@@ -224,6 +223,8 @@ export function setUpScreen(device) {
                 if (await draw(canvas(), picture)) {
                     view.layOut();
                 }
+                byId("screen-size", HTMLElement).textContent =
+                    `${canvas().width} × ${canvas().height}`;
             } finally {
                 requestAnimationFrame(() => device.connected().shown());
             }
