@@ -131,6 +131,11 @@ std::vector<RunningDevice> runningDevices(
     }
     std::sort(devices.begin(), devices.end(),
               [](const auto& left, const auto& right) { return left.root < right.root; });
+    // Devices that were killed leave their links to a root folder where another one runs.
+    devices.erase(
+        std::unique(devices.begin(), devices.end(),
+                    [](const auto& left, const auto& right) { return left.root == right.root; }),
+        devices.end());
     return devices;
 }
 

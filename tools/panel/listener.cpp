@@ -28,6 +28,7 @@ Listener::~Listener() {
 
 bool Listener::listen(guint16 port, std::string* error) {
     m_service = g_socket_service_new();
+    g_socket_listener_set_backlog(G_SOCKET_LISTENER(m_service), SOMAXCONN);
     g_signal_connect(m_service, "incoming", G_CALLBACK(accept), this);
     g_autoptr(GInetAddress) loopback = g_inet_address_new_loopback(G_SOCKET_FAMILY_IPV4);
     g_autoptr(GSocketAddress) wanted = g_inet_socket_address_new(loopback, port);
@@ -42,10 +43,12 @@ bool Listener::listen(guint16 port, std::string* error) {
     return true;
 }
 
-void Listener::keep(GIOStream* connection) {
+void Listener::keep(GIOStream* stream) {
+    g_autoptr(GIOStream) connection = nullptr;
+    g_object_get(stream, "base-iostream", &connection, nullptr);
     const auto found = std::find_if(
         m_connections.begin(), m_connections.end(),
-        [connection](GSocketConnection* each) { return G_IO_STREAM(each) == connection; });
+        [&connection](GSocketConnection* each) { return G_IO_STREAM(each) == connection; });
     if (found != m_connections.end()) {
         g_object_weak_unref(G_OBJECT(*found), forget, this);
         m_connections.erase(found);

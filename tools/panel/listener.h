@@ -23,8 +23,8 @@ public:
 
     guint16 port() const { return m_port; }
 
-    // This connection has become a WebSocket.
-    void keep(GIOStream* connection);
+    // This stream of the server's, around a connection, has become a WebSocket.
+    void keep(GIOStream* stream);
 
 private:
     static gboolean accept(GSocketService* service, GSocketConnection* connection, GObject* source,
