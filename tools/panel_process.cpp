@@ -46,8 +46,7 @@ std::vector<std::string> panelCommand(const RunRequest& request, const std::stri
     std::vector<std::string> words = panelCommand(request.panelOptions);
     std::error_code problem;
     const std::string header = recordingHeader(request, fs::current_path(problem));
-    words.insert(words.end(), {"--run", root, "--header", header, "--"});
-    words.insert(words.end(), {"--device", request.device});
+    words.insert(words.end(), {"--", root, header, "--device", request.device});
     if (!request.page.empty()) {
         words.insert(words.end(), {"--page", request.page});
     }

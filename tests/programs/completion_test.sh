@@ -11,7 +11,7 @@ offers() {
     has_form "$offered" "$1" || fail "tavsim ${*:2}: offers $offered in place of $1"
 }
 offers 'ctl' c
-offers '* ctl devices journal run test' ''
+offers '* ctl devices journal panel run test' ''
 offers '--version' --v
 offers '--device' run --dev
 offers 'harrow harrow+' run --device har
@@ -25,5 +25,6 @@ offers 'appinfo preference property' ctl set ''
 offers '--json' ctl state -
 offers 'off on' ctl compass follow ''
 offers '--json' devices --j
+offers '--port' panel --p
 offers '--jobs --junit' test --j
 offers '--failed --filter' test --f

@@ -83,14 +83,20 @@ int main(int argc, char** argv) try {
     app.add_option("--port", options.port, "Port to listen on; any when not given")
         ->check(CLI::Range(0, 65535));
     app.add_option("--tiles", options.tiles, "Address of a tile server, with {x}, {y} and {z}");
-    app.add_option("--run", options.run,
-                   "Root folder of the only device, whose run this is part of");
-    app.add_option("--header", options.header, "The first lines of that run's recording");
-    app.add_option("command", options.command, "Words for `tavsim run` to run its program again");
+    std::vector<std::string> run;
+    app.add_option(
+        "run", run,
+        "What `tavsim run` hands over: the root folder of its device, the header of its\n"
+        "recording, and the words to run its program again");
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? 0 : tavsim::kBadSetup;
+    }
+    if (run.size() > 1) {
+        options.run = run[0];
+        options.header = run[1];
+        options.command.assign(run.begin() + 2, run.end());
     }
     if (!options.tiles.empty() && !panel::originOfTiles(options.tiles)) {
         return panel::complain("--tiles: an address such as https://tiles.example/{z}/{x}/{y}.png");
