@@ -47,7 +47,7 @@ void Questions::take(const base::Message& message) {
         m_questions.front().output += message.content;
         break;
     case ControlMessage::Done:
-        answer(true, m_questions.front().output);
+        answer(true, std::string(m_questions.front().output));
         break;
     case ControlMessage::Refused:
         answer(false, message.content);
@@ -66,9 +66,9 @@ void Questions::take(const base::Message& message) {
 }
 
 void Questions::answer(bool isDone, const std::string& text) {
-    const Question question = std::move(m_questions.front());
+    const OnAnswer onAnswer = std::move(m_questions.front().onAnswer);
     m_questions.pop_front();
-    question.onAnswer(isDone, text);
+    onAnswer(isDone, text);
 }
 
 void Questions::answerAll(const std::string& reason) {
