@@ -274,6 +274,42 @@ TEST_F(ControlTest, AServiceAnswersOtherwiseUntilThatIsTakenBack) {
     give({"battery 9", "state"});
 }
 
+TEST_F(ControlTest, AFrameIsWhatHasChangedSinceTheConnectionWasLastAnswered) {
+    using namespace std::string_literals;
+    const auto fill = [](SDL_Rect rect, Uint32 color) {
+        SDL_FillRect(SDL_GetVideoSurface(), &rect, color);
+    };
+    const std::pair<std::function<void()>, std::string> cases[] = {
+        {[] { SDL_SetVideoMode(4, 3, 32, SDL_SWSURFACE); },
+         "4,\"height\":3,\"parts\":[[0,0,4,3]]}\n"s + std::string(36, '\0')},
+        {[&] {
+             fill({1, 0, 2, 1}, 0x010203);
+             fill({3, 2, 1, 1}, 0x040506);
+         },
+         "4,\"height\":3,\"parts\":[[1,0,2,1],[3,2,1,1]]}\n\1\2\3\1\2\3\4\5\6"},
+        {[&] {
+             fill({0, 0, 1, 1}, 0x070809);
+             fill({1, 1, 1, 1}, 0x070809);
+         },
+         "4,\"height\":3,\"parts\":[[0,0,2,2]]}\n\7\b\t\1\2\3\0\0\0\7\b\t"s},
+        {[] { SDL_SetVideoMode(1, 1, 16, SDL_SWSURFACE); },
+         "1,\"height\":1,\"parts\":[[0,0,1,1]]}\n\0\0\0"s},
+    };
+    MessageSocket client = connectClient();
+    std::string last;
+    for (const auto& [change, frame] : cases) {
+        EXPECT_EQ(ask(client, "frame"), "") << "nothing has changed yet";
+        change();
+        std::string answer;
+        while ((answer = received(client)).empty()) {
+            device.pump();
+        }
+        last = "p{\"width\":" + frame + "d";
+        EXPECT_EQ(answer, last);
+    }
+    EXPECT_EQ(command("frame"), last) << "the first of a connection is everything";
+}
+
 TEST_F(ControlTest, MalformedCommandsAnswerWithAnErrorAndChangeNothing) {
     ASSERT_EQ(TAV_EnableLocationTracking(SDL_TRUE), TAV_NOERROR);
     const std::string before = command("state");

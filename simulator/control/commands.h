@@ -22,6 +22,7 @@ struct CommandResult {
     std::string error;                  // one line; empty: it was carried out
     std::string output;                 // lines, each with its line feed
     std::function<News()> follow = {};  // gives what has come since; null: this was all
+    bool isFrame = false;               // what has changed on the screen is the answer
     Milliseconds lasts = 0;             // how long what it has begun goes on by itself
     bool isEarly = false;               // the error may soon be gone
 };

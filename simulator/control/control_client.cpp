@@ -1,6 +1,9 @@
 #include "simulator/control/control_client.h"
 
+#include <sys/socket.h>
+
 #include <string>
+#include <utility>
 
 namespace tavsim {
 namespace {
@@ -9,6 +12,7 @@ constexpr uint64_t kLongestCommand = 1 << 20;
 constexpr size_t kMostQueued = 64 << 20;  // bytes for a client that is slow
 constexpr std::chrono::seconds kLongestSilence(5);
 constexpr std::chrono::seconds kPatience(2);  // with a command that comes early
+constexpr int kFrameBuffer = 4 << 20;         // bytes, so that the socket takes a whole frame
 
 }  // namespace
 
@@ -28,6 +32,9 @@ void ControlClient::serve() {
     }
     if (isFollowing()) {
         follow();
+    }
+    if (m_screen && SteadyClock::now() - m_screen->lastAsked() > kLongestSilence) {
+        m_screen.reset();
     }
     if (m_socket.sendNow() > 0) {
         m_lastSign = SteadyClock::now();
@@ -59,8 +66,13 @@ void ControlClient::answer(const Asked& asked) {
     const base::Message& message = asked.message;
     const bool isCommand = message.kind == static_cast<uint8_t>(ControlMessage::Command) &&
                            message.content.find('\n') == std::string::npos;
-    const CommandResult result =
+    CommandResult result =
         isCommand ? carryOut(message.content) : CommandResult{"a command is one line", {}};
+    std::string frame;
+    if (result.isFrame) {
+        frame = nextFrame(&result.error);
+        result.isEarly = frame.empty();
+    }
     if (result.isEarly && SteadyClock::now() - asked.time < kPatience) {
         return;
     }
@@ -72,8 +84,24 @@ void ControlClient::answer(const Asked& asked) {
     if (!result.output.empty()) {
         say(ControlMessage::Output, result.output);
     }
+    if (!frame.empty()) {
+        say(ControlMessage::Frame, frame);
+    }
     m_follow = result.follow;
     say(isFollowing() ? ControlMessage::Following : ControlMessage::Done);
+}
+
+// Empty, with an error, while there is none.
+std::string ControlClient::nextFrame(std::string* error) {
+    if (!m_screen) {
+        m_screen.emplace();
+        // The system may give less.
+        setsockopt(m_socket.socket(), SOL_SOCKET, SO_SNDBUF, &kFrameBuffer, sizeof kFrameBuffer);
+    }
+    std::string problem;
+    std::optional<std::string> frame = m_screen->next(&problem);
+    *error = frame ? "" : "frame: " + problem;
+    return std::move(frame).value_or("");
 }
 
 // What comes is kept for a client that is behind, but not without end.

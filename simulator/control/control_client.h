@@ -4,12 +4,14 @@
 #include <chrono>
 #include <functional>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <tuple>
 
 #include "base/message_socket.h"
 #include "simulator/control/commands.h"
 #include "simulator/control/protocol.h"
+#include "simulator/screen/changes.h"
 
 namespace tavsim {
 
@@ -44,6 +46,7 @@ private:
     };
 
     void answer(const Asked& asked);
+    std::string nextFrame(std::string* error);
     void follow();
     void say(ControlMessage kind, std::string_view content = {});
 
@@ -52,6 +55,7 @@ private:
     std::optional<Asked> m_asked;  // and has no answer yet; tried again if it came early
     bool m_hasAsked = false;
     std::function<News()> m_follow;  // gives what it is sent from now on; null: it does not follow
+    std::optional<ScreenChanges> m_screen;  // while frames are asked for
 };
 
 }  // namespace tavsim

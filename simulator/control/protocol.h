@@ -14,8 +14,8 @@ enum class ControlMessage : uint8_t {
     Refused = 'r',
     // or these, any number of times,
     Output = 'o',     // lines to print, each with its line feed
-    Frame = 'p',      // a picture of the screen
     Following = 'f',  // everything so far was sent; new lines follow
+    Frame = 'p',      // what has changed on the screen, as of ScreenChanges
     Lost = 'l',       // the number of lines that were dropped, because the client was too slow
     // and one of these.
     Done = 'd',  // the command was carried out, and this is all

@@ -110,11 +110,21 @@ CommandResult picture(Words words) {
     return comparedWith(*screen, *stored, path, tolerance);
 }
 
+CommandResult frame(Words /*words*/) {
+    CommandResult result = failed("frame: only a connection to the control socket has frames");
+    result.isFrame = true;
+    return result;
+}
+
 constexpr Command kScreenCommands[] = {
     {"screenshot", "PNG", "Store what the application shows as a PNG.", screenshot},
     {"picture", "PNG [TOLERANCE]",
      "Compare what the application shows with a PNG; a channel may differ by so much, of 255.",
      picture},
+    {"frame", "",
+     "For programs that show the device: answer with what has changed on the screen since this\n"
+     "      connection was last answered.",
+     frame, true},
 };
 
 }  // namespace

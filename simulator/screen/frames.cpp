@@ -21,6 +21,7 @@ struct Frames {
     std::mutex mutex;  // an application may draw on a thread of its own
     std::optional<Picture> last;
     bool areAllKept = false;
+    int watches = 0;
 };
 
 Frames& frames() {
@@ -140,6 +141,14 @@ Picture upsideDown(const Picture& picture) {
     return turned;
 }
 
+// With the lock held.
+void keepNoMoreThanIsWatched() {
+    if (!frames().areAllKept && frames().watches == 0) {
+        g_isWatched = false;
+        frames().last.reset();
+    }
+}
+
 }  // namespace
 
 constinit std::atomic<bool> g_isWatched = false;
@@ -161,6 +170,18 @@ void watchFrames() {
     g_isWatched = true;
 }
 
+FrameWatch::FrameWatch() {
+    const std::lock_guard lock(frames().mutex);
+    ++frames().watches;
+    g_isWatched = true;
+}
+
+FrameWatch::~FrameWatch() {
+    const std::lock_guard lock(frames().mutex);
+    --frames().watches;
+    keepNoMoreThanIsWatched();
+}
+
 std::optional<Picture> lastFrame() {
     const std::lock_guard lock(frames().mutex);
     if (!frames().last) {
@@ -168,10 +189,7 @@ std::optional<Picture> lastFrame() {
         return std::nullopt;
     }
     const Picture picture = upsideDown(*frames().last);
-    if (!frames().areAllKept) {
-        g_isWatched = false;
-        frames().last.reset();
-    }
+    keepNoMoreThanIsWatched();
     return picture;
 }
 

@@ -26,6 +26,15 @@ void keepFrame();
 // Every frame is kept from now on, for a run in which it is known that somebody will look.
 void watchFrames();
 
+// Every frame is kept while one of these lives.
+class FrameWatch {
+public:
+    FrameWatch();
+    ~FrameWatch();
+    FrameWatch(const FrameWatch&) = delete;
+    FrameWatch& operator=(const FrameWatch&) = delete;
+};
+
 // The last frame that was kept. Without one, all are kept until this is called again.
 std::optional<Picture> lastFrame();
 

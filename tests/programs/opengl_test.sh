@@ -23,6 +23,7 @@ says 3 '' '*: picture: the application * has shown no frame since*
 "$tavsim" run --record session.scenario "$needle" &
 says 0 '' '' ctl --timeout 60 wait ready
 says 0 '' '' ctl --timeout 60 screenshot seen.png
+says 1 '' 'tavsim: ctl: frame is for programs that show the device' ctl --timeout 60 frame
 says 0 '' '' ctl --timeout 60 key tap q
 wait $!
 mv seen.png live.png

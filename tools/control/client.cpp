@@ -33,6 +33,9 @@ Answer Client::more(Limit longestWait) {
                 return answer;
             }
             break;
+        case ControlMessage::Frame:
+            answer.frame = message->content;
+            break;
         case ControlMessage::Lost:
             answer.lost = message->content;
             break;
@@ -44,12 +47,12 @@ Answer Client::more(Limit longestWait) {
             answer.end = Answer::End::Done;
             return answer;
         case ControlMessage::Refused:
-            return {Answer::End::Refused, message->content, {}};
+            return {Answer::End::Refused, message->content};
         case ControlMessage::Ended:
             answer.end = Answer::End::Ended;
             return answer;
         default:
-            return {Answer::End::Strange, {}, {}};
+            return {Answer::End::Strange, {}};
         }
     }
     answer.end = m_device.isGone() ? Answer::End::Gone : Answer::End::Late;

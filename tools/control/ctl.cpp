@@ -43,6 +43,9 @@ int show(Answer answer, Client& device) {
         }
         answer = device.more();
     }
+    if (!answer.frame.empty()) {
+        return complain("ctl: frame is for programs that show the device", kRefused);
+    }
     switch (answer.end) {
     case Answer::End::Refused:
         return complain(answer.text, kRefused);

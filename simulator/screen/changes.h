@@ -1,0 +1,34 @@
+// What changes on the application's screen, for a program that shows it elsewhere.
+#pragma once
+
+#include <chrono>
+#include <optional>
+#include <string>
+
+#include "simulator/screen/frames.h"
+#include "simulator/screen/picture.h"
+
+namespace tavsim {
+
+// Keeps what was shown last, so it should only live while somebody goes on asking.
+class ScreenChanges {
+public:
+    // The parts that differ from what the last call returned, at first all: a line of JSON,
+    // {"width":480,"height":800,"parts":[[x,y,width,height],…]}, and then the pixels of each part,
+    // rows from the top, each pixel red, green and blue. Nothing, with a line in `error`, while
+    // nothing has changed or there is no picture.
+    std::optional<std::string> next(std::string* error);
+
+    // When next() was last called.
+    std::chrono::steady_clock::time_point lastAsked() const { return m_asked; }
+
+private:
+    using SteadyClock = std::chrono::steady_clock;
+
+    const FrameWatch m_watch;
+    std::optional<Picture> m_shown;
+    SteadyClock::time_point m_asked;
+    SteadyClock::time_point m_seenUnchanged;
+};
+
+}  // namespace tavsim
