@@ -255,7 +255,9 @@ TEST_F(ControlTest, AServiceAnswersOtherwiseUntilThatIsTakenBack) {
     give({"answer a://ticks {\"percent\": 5}"});
     pass(0);
     call("a://ticks");
-    pass(9);
+    pass(100);
+    give({"delay a://ticks 60ms"});
+    call("a://ticks");
     pass(100);
     // A reply that is already on its way is dropped, and the call stays open.
     call("a://ticks");

@@ -131,7 +131,8 @@ int dispatch(Kind kind, const char* uri, const char* payload, bool option,
     if (kind == Kind::OneWay) {
         return token;
     }
-    scheduleReplies(token, call, answer, after(now(), answer.delay));
+    const Milliseconds delay = changedDelay(call.uri).value_or(answer.delay);
+    scheduleReplies(token, call, answer, after(now(), delay));
     bus().open.emplace(token, std::move(call));
     return token;
 } catch (...) {

@@ -26,7 +26,8 @@ struct Course {
 
 struct ProfileServices {
     std::map<std::string, Service> replaced;
-    std::map<std::string, Course> courses;  // by URI
+    std::map<std::string, Milliseconds> delays;  // in place of the services' own
+    std::map<std::string, Course> courses;       // by URI
 };
 
 ProfileServices& services() {
@@ -79,8 +80,18 @@ void replaceService(const std::string& uri, Service service) {
     services().replaced[uri] = std::move(service);
 }
 
+void delayService(const std::string& uri, Milliseconds delay) {
+    services().delays[uri] = delay;
+}
+
+std::optional<Milliseconds> changedDelay(const std::string& uri) {
+    const auto found = services().delays.find(uri);
+    return found != services().delays.end() ? std::optional(found->second) : std::nullopt;
+}
+
 void restoreService(const std::string& uri) {
     services().replaced.erase(uri);
+    services().delays.erase(uri);
 }
 
 bool isReplaced(const std::string& uri) {

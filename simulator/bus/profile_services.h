@@ -1,10 +1,12 @@
 // The services that a profile describes, and the changes to them since.
 #pragma once
 
+#include <optional>
 #include <set>
 #include <string>
 
 #include "simulator/bus/services.h"
+#include "simulator/time/clock.h"
 
 namespace tavsim {
 
@@ -13,6 +15,12 @@ const Service* profileService(const std::string& uri);
 
 // Overrides the profile's service until it is restored.
 void replaceService(const std::string& uri, Service service);
+
+// Overrides how long the first reply to a request takes, of any service, until it is restored.
+void delayService(const std::string& uri, Milliseconds delay);
+std::optional<Milliseconds> changedDelay(const std::string& uri);
+
+// Takes all changes to the service back.
 void restoreService(const std::string& uri);
 bool isReplaced(const std::string& uri);
 

@@ -44,6 +44,16 @@ CommandResult silence(Words words) {
     return {};
 }
 
+CommandResult delay(Words words) {
+    const std::string uri(words.next());
+    const Service* service = profileService(uri);
+    if (service != nullptr && service->program) {
+        return failed("delay: the program that answers " + uri + " says when");
+    }
+    delayService(uri, readTime(words.next()).value_or(0));
+    return {};
+}
+
 CommandResult refuse(Words words) {
     addRefusal(readRefusal(words));
     return {};
@@ -71,12 +81,14 @@ constexpr Command kServiceCommands[] = {
     {"answer", "URI TEXT",
      "Let the service answer this from now on, and its subscriptions at once.", answer},
     {"silence", "URI", "Let the service answer nothing from now on; calls stay open.", silence},
+    {"delay", "URI TIME",
+     "Let the service take that long from now on for its first reply to a request.", delay},
     {"refuse", "NAME|URI [for TIME] [request N]",
      "Refuse from now on, for a time, or only the N-th request from now: keyboard, minimize,\n"
      "      touch, compass, bridge, orientation, gestures, banners, pauseUi or screenTimeout, or\n"
      "      requests to a service.",
      refuse},
-    {"allow", "NAME|URI", "Take refuse, answer and silence back.", allow},
+    {"allow", "NAME|URI", "Take refuse, answer, silence and delay back.", allow},
     {"fail", "KIND:N[+]",
      "Let the N-th allocation, dispatch, host request or read from now fail; with + all behind it\n"
      "      too. The kinds are allocation, dispatch, host and read.",
