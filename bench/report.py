@@ -16,6 +16,7 @@ import tempfile
 import time
 
 import linux_report
+import shown_report
 
 OPEN = 100000  # calls, at most
 LOADS = 21  # fresh processes that load the library
@@ -287,6 +288,10 @@ def main():
     rows += preloading_rows(f"{build}/bin/tav_plain", f"{build}/lib/libtavsim.so")
     rows.append(frame_row(f"{build}/bin/tav_frames",
                           [f"{build}/lib/libtavsim.so", f"{build}/lib/libtav.so"]))
+    rows += shown_report.rows(f"{build}/bin/tav_shown",
+                              [os.path.abspath(f"{build}/lib/{name}")
+                               for name in ("libtavsim.so", "libtav.so")],
+                              clean_environment(), shown_time)
     rows += start_rows(f"{build}/bin")
     rows.append(time_row(PURCHASE, [measure(program, SLOW)]))
     rows += loading_rows(f"{build}/bin/tav_loading", f"{build}/lib/libtav.so")
