@@ -278,11 +278,14 @@ TEST_F(ControlTest, AServiceAnswersOtherwiseUntilThatIsTakenBack) {
 
 TEST_F(ControlTest, AFrameIsWhatHasChangedSinceTheConnectionWasLastAnswered) {
     using namespace std::string_literals;
+    const auto open = [](int width, int height, int bits) {
+        SDL_FillRect(SDL_SetVideoMode(width, height, bits, SDL_SWSURFACE), nullptr, 0);
+    };
     const auto fill = [](SDL_Rect rect, Uint32 color) {
         SDL_FillRect(SDL_GetVideoSurface(), &rect, color);
     };
     const std::pair<std::function<void()>, std::string> cases[] = {
-        {[] { SDL_SetVideoMode(4, 3, 32, SDL_SWSURFACE); },
+        {[&] { open(4, 3, 32); },
          "4,\"height\":3,\"parts\":[[0,0,4,3]]}\n"s + std::string(36, '\0')},
         {[&] {
              fill({1, 0, 2, 1}, 0x010203);
@@ -294,8 +297,7 @@ TEST_F(ControlTest, AFrameIsWhatHasChangedSinceTheConnectionWasLastAnswered) {
              fill({1, 1, 1, 1}, 0x070809);
          },
          "4,\"height\":3,\"parts\":[[0,0,2,2]]}\n\7\b\t\1\2\3\0\0\0\7\b\t"s},
-        {[] { SDL_SetVideoMode(1, 1, 16, SDL_SWSURFACE); },
-         "1,\"height\":1,\"parts\":[[0,0,1,1]]}\n\0\0\0"s},
+        {[&] { open(1, 1, 16); }, "1,\"height\":1,\"parts\":[[0,0,1,1]]}\n\0\0\0"s},
     };
     MessageSocket client = connectClient();
     std::string last;
@@ -348,6 +350,22 @@ TEST_F(ControlTest, ClientsThatMisbehaveAreLetGo) {
     }
     EXPECT_THAT(command("state"), StartsWith("o"));
     EXPECT_FALSE((received(follower), follower.isGone()));
+}
+
+TEST_F(ControlTest, ACommandCanEndTheDevice) {
+    tavsim::Options options;
+    options.virtualTime = options.control = true;
+    options.pageFile = testing::TempDir() + "/empty-" + std::to_string(getpid()) + ".js";
+    std::ofstream(options.pageFile).close();
+    tavsim::Profile profile;
+    profile.plugin = true;
+    ASSERT_TRUE(device.start(profile, options));
+    TAV_RegisterJSHandler("stop", [](TAV_JSParameters*) { tavsim::device().stop(); });
+    ASSERT_EQ(TAV_JSRegistrationComplete(), TAV_NOERROR);
+    MessageSocket follower = follow();
+    EXPECT_THAT(command("page call stop"), StartsWith("e"));
+    EXPECT_THAT(received(follower), testing::EndsWith("e"));
+    std::filesystem::remove(options.pageFile);
 }
 
 TEST_F(ControlTest, AFollowerThatReadsLateHasTheWholeJournalAndItsEnd) {

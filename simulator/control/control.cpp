@@ -33,6 +33,7 @@ using Clients = std::list<ControlClient>;
 struct Control {
     base::Descriptor listener;
     Clients clients;
+    Clients ended;    // with the device, by a command that is still being carried out
     pid_t owner = 0;  // 0: not listening
     bool serving = false;
 };
@@ -69,7 +70,7 @@ void listenAgain() {
 
 void serve(Clients::iterator client) {
     client->serve();
-    if (client->isFinished()) {
+    if (control().ended.empty() && client->isFinished()) {
         control().clients.erase(client);
     }
 }
@@ -107,10 +108,12 @@ void serveClients() {
     if (!control().listener.isOurs()) {
         listenAgain();
     }
-    for (auto client = control().clients.begin(); client != control().clients.end();) {
+    auto& clients = control().clients;
+    for (auto client = clients.begin(); client != clients.end() && control().ended.empty();) {
         serve(client++);
     }
     accept();
+    control().ended.clear();
 }
 
 void holdWhilePaused() {
@@ -175,7 +178,10 @@ void stopControl() {
     for (ControlClient& client : control().clients) {
         client.end();
     }
-    control().clients.clear();
+    control().ended.splice(control().ended.end(), control().clients);
+    if (!control().serving) {
+        control().ended.clear();
+    }
 }
 
 }  // namespace tavsim
