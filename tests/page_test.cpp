@@ -49,6 +49,10 @@ const std::pair<const char*, TAV_JSHandler> kMethods[] = {
     {"forgetAll", [](TAV_JSParameters*) { TAV_JSQuit(); }},
     {"callBack", callBack},
     {"pollThenReply", pollThenReply},
+    {"callAgain",
+     [](TAV_JSParameters* call) {
+         TAV_JSReply(call, tavsim::carryOut("page call add 1 2").error.c_str());
+     }},
     {"stopDevice", [](TAV_JSParameters*) { tavsim::device().stop(); }},
 };
 
@@ -158,6 +162,45 @@ TEST_F(PageTest, Scripts) {
         const Output output = watch();
         note(cut(script) + "\n" + output.out + output.err);
     }
+}
+
+TEST_F(PageTest, CommandsCallMethodsBetweenTwoRunsOfTheScript) {
+    constexpr char kBusy[] = "page call: the page's script is in a call itself";
+    const std::pair<const char*, std::string> cases[] = {
+        {"add 2 40", "42\n"},
+        {"echo \"a \\u00e9 \\\"\" b", "a \xc3\xa9 \"\n"},
+        {"add 1", "page call: add needs two numbers \xe2\x9c\x97"},
+        {"callAgain", std::string(kBusy) + "\n"},
+        {"ad 1 2", "page call: no method \"ad\"; did you mean \"add\"?"},
+        {"echo \"a", "page call: \"\\\"a\": what begins with a quote must be a JSON string"},
+    };
+    const auto command = [](const std::string& line) {
+        const tavsim::CommandResult result = tavsim::carryOut("page call " + line);
+        return result.error + result.output;
+    };
+    startPlugin({});
+    EXPECT_EQ(command("add 1 2"), "page call: no page runs");
+    openPage("component.add(null, 2); console.warn(component.callAgain()); nothing()");
+    const Output output = watch([&] {
+        for (const auto& [line, answer] : cases) {
+            EXPECT_EQ(command(line), answer);
+        }
+    });
+    std::string entries;
+    for (const std::string& line : device.journal()) {
+        const bool isOfPage = line.find(R"("kind":"page",)") != std::string::npos;
+        entries += isOfPage ? line.substr(line.find("what") - 1) + "\n" : "";
+    }
+    EXPECT_THAT(entries, testing::StartsWith(
+                             R"("what":"call","method":"add","arguments":["2","40"],"outcome":"42"}
+"what":"call","method":"echo","arguments":["a é \"","b"],"outcome":"a é \""}
+"what":"call","method":"add","arguments":["1"],"outcome":"exception: add needs two numbers ✗"}
+)"));
+    EXPECT_THAT(entries,
+                testing::HasSubstr(R"("method":"add","arguments":[null,"2"],"outcome":"2"})"));
+    EXPECT_THAT(entries, testing::HasSubstr(std::string(R"("level":"warn","text":")") + kBusy));
+    EXPECT_THAT(entries,
+                testing::HasSubstr(R"("level":"error","text":"page.js:1: ReferenceError)"));
 }
 
 TEST_F(PageTest, StartsOnceAndOnlyWhenTheApplicationPumps) {

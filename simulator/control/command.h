@@ -27,6 +27,7 @@ std::span<const Command> deviceCommands();
 std::span<const Command> timeCommands();
 std::span<const Command> inputCommands();
 std::span<const Command> screenCommands();
+std::span<const Command> pageCommands();
 
 inline CommandResult failed(const std::string& error) {
     return {error, {}};

@@ -24,8 +24,9 @@ constexpr Command kLocalCommands[] = {
 const std::vector<Command>& commands() {
     static const auto& all = *new const std::vector<Command>([] {
         std::vector<Command> joined(std::begin(kLocalCommands), std::end(kLocalCommands));
-        for (const auto& rows : {worldCommands(), serviceCommands(), deviceCommands(),
-                                 timeCommands(), inputCommands(), screenCommands()}) {
+        for (const auto& rows :
+             {worldCommands(), serviceCommands(), deviceCommands(), timeCommands(), inputCommands(),
+              screenCommands(), pageCommands()}) {
             joined.insert(joined.end(), rows.begin(), rows.end());
         }
         return joined;

@@ -70,10 +70,10 @@ JournalEntry::~JournalEntry() try {
     endProgramByException();
 }
 
-void JournalEntry::texts(const char* key, const char* const* values, int count) {
+void JournalEntry::texts(const char* key, std::span<const std::optional<std::string_view>> values) {
     m_line.key(key).beginArray();
-    for (int index = 0; index < count; ++index) {
-        m_line.value(values[index]);
+    for (const std::optional<std::string_view>& text : values) {
+        text ? m_line.value(*text) : m_line.raw("null");
     }
     m_line.endArray();
 }

@@ -4,7 +4,10 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
+#include <optional>
+#include <span>
 #include <string>
+#include <string_view>
 
 #include "base/json/writer.h"
 #include "platform/visibility.h"
@@ -25,7 +28,7 @@ public:
     JournalEntry(const JournalEntry&) = delete;
     JournalEntry& operator=(const JournalEntry&) = delete;
 
-    void texts(const char* key, const char* const* values, int count);
+    void texts(const char* key, std::span<const std::optional<std::string_view>> values);
     void outcome(const std::string& value) { m_line.member("outcome", value); }
 
 private:

@@ -11,6 +11,7 @@
 #include "simulator/device/profile.h"
 #include "simulator/input/key_names.h"
 #include "simulator/language/pattern.h"
+#include "simulator/language/text_word.h"
 #include "simulator/language/vocabulary.h"
 #include "simulator/world/track.h"
 
@@ -104,6 +105,12 @@ std::string patternProblem(std::string_view text) {
     return readPattern(text, &problem) ? "" : problem;
 }
 
+std::string quotedProblem(std::string_view word) {
+    return contentOf(word)
+               ? ""
+               : base::quoted(word) + ": what begins with a quote must be a JSON string";
+}
+
 std::string trackProblem(const std::string& path) {
     std::string problem;
     return readTrack(path, &problem) ? "" : problem;
@@ -123,49 +130,57 @@ std::string jsonProblem(std::string_view text) {
     return isJson ? "" : "the value must be JSON";
 }
 
+enum class Takes {
+    Word,
+    QuotableWord,  // blanks belong to it in double quotes
+    Rest           // blanks belong to it, but for a number that may follow
+};
+
 // A kind of word, under the name that it has in usages.
 struct Kind {
     std::string_view name;
     bool (*hasForm)(std::string_view word);
     std::string (*problem)(std::string_view word) = nullptr;  // with a value of that form
-    bool takesRest = false;  // blanks belong to it, but for a number that may follow
+    Takes takes = Takes::Word;
     std::string (*fileProblem)(const std::string& path) = nullptr;  // with the file that it names
 };
 
 constexpr Kind kKinds[] = {
     {"ACCURACYm", isDistance, accuracyProblem},
     {"ALTITUDE", isNumber<double>},
+    {"ARGUMENT", isSomething, quotedProblem, Takes::QuotableWord},
     {"CODE", isNumber<int>},
     {"DEGREES", isNumber<double>, rangeProblem<kHeadings>},
     {"DOUBLE", isNumber<double>},
     {"FACTOR", isNumber<double>, rangeProblem<kFactors>},
-    {"FILE", isSomething, nullptr, true, trackProblem},
+    {"FILE", isSomething, nullptr, Takes::Rest, trackProblem},
     {"HEADING", isNumber<double>},
     {"HORIZONTAL_ACCURACY", isNumber<double>},
     {"INT", isNumber<int>},
-    {"JSON", isSomething, jsonProblem, true},
+    {"JSON", isSomething, jsonProblem, Takes::Rest},
     {"KEY", isSomething},
     {"KIND:N[+]", isFaultText},
     {"LAT,LON", isPlace, placeProblem},
     {"LATITUDE", isNumber<double>, rangeProblem<kLatitudes>},
     {"LONGITUDE", isNumber<double>, rangeProblem<kLongitudes>},
+    {"METHOD", isSomething, quotedProblem, Takes::QuotableWord},
     {"METRESm", isDistance},
     {"N", isCount},
-    {"NAME", isSomething, keyProblem, true},
+    {"NAME", isSomething, keyProblem, Takes::Rest},
     {"NAME|URI", isSomething, requestProblem},
-    {"PATTERN", isSomething, patternProblem, true},
+    {"PATTERN", isSomething, patternProblem, Takes::Rest},
     {"PERCENT", isNumber<int>, rangeProblem<kPercents>},
-    {"PNG", isSomething, nullptr, true, pictureProblem},
+    {"PNG", isSomething, nullptr, Takes::Rest, pictureProblem},
     {"PREFERENCE", isSomething, whyNoPreference},
     {"PROPERTY", isSomething, whyNoProperty},
     {"SEED", isNumber<int>},
     {"SPEED", isNumber<double>, rangeProblem<kSpeeds>},
-    {"TEXT", isSomething, nullptr, true},
+    {"TEXT", isSomething, nullptr, Takes::Rest},
     {"TIME", isTime},
     {"TIMES", isNumber<double>, rangeProblem<kPaces>},
     {"TOLERANCE", isNumber<int>, rangeProblem<kTolerances>},
     {"URI", isSomething, uriProblem},
-    {"VALUE", isAnything, nullptr, true},
+    {"VALUE", isAnything, nullptr, Takes::Rest},
     {"VELOCITY", isNumber<double>},
     {"VERTICAL_ACCURACY", isNumber<double>},
     {"X", isNumber<int>},
@@ -198,7 +213,8 @@ public:
 private:
     bool begins(std::string_view usage) const;
     bool takeOne(std::string_view demand, bool isLast);
-    std::string_view takeText(bool isLast);
+    std::string_view takeFor(const Kind& kind, bool isLast);
+    std::string_view takeRest(bool isLast);
     bool isOf(const Kind& kind, std::string_view word);
 
     Words m_words;
@@ -238,7 +254,7 @@ bool Matcher::begins(std::string_view usage) const {
 
 bool Matcher::takeOne(std::string_view demand, bool isLast) {
     if (const Kind* kind = findKind(demand)) {
-        return isOf(*kind, kind->takesRest ? takeText(isLast) : m_words.next());
+        return isOf(*kind, takeFor(*kind, isLast));
     }
     const std::string_view word = m_words.next();
     while (!demand.empty()) {
@@ -251,7 +267,22 @@ bool Matcher::takeOne(std::string_view demand, bool isLast) {
     return false;
 }
 
-std::string_view Matcher::takeText(bool isLast) {
+std::string_view Matcher::takeFor(const Kind& kind, bool isLast) {
+    switch (kind.takes) {
+    case Takes::Rest:
+        return takeRest(isLast);
+    case Takes::QuotableWord: {
+        std::string_view rest = m_words.rest();
+        const std::string_view word = takeWord(&rest);
+        m_words = Words(rest);
+        return word;
+    }
+    default:
+        return m_words.next();
+    }
+}
+
+std::string_view Matcher::takeRest(bool isLast) {
     double number = 0;
     const std::string_view text = isLast ? m_words.rest() : m_words.restBeforeNumber(&number);
     m_words = Words(m_words.rest().substr(text.size()));

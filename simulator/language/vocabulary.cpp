@@ -42,6 +42,8 @@ constexpr EntryForm kForms[] = {
      "SDL_NimboHookCustomPauseUiEnable, SDL_NimboHookScreenTimeoutEnable",
      "enable, outcome"},
     {"sdl", "SDL_NimboHookIsComponent", "outcome"},
+    {"page", "call", "method, arguments, outcome"},
+    {"page", "console", "level, text"},
     {"device", kStates, "outcome"},
     {"device", "input", "input, outcome"},
     {"device", "request not understood", "uri, payload"},

@@ -1,11 +1,13 @@
 #include "simulator/page/bridge.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <memory>
 #include <optional>
+#include <vector>
 
 #include "base/file.h"
 #include "base/print_line.h"
@@ -75,13 +77,21 @@ bool connect(NApp_MethodListCallback methodList, NApp_MethodCallback methodCall)
     return true;
 }
 
+bool isPageAlive() {
+    return bridge().page != nullptr && bridge().page->isAlive();
+}
+
 bool isCallable(const char* function, const char* const* arguments, int argumentCount) {
     const bool hasArguments = argumentCount == 0 || (argumentCount > 0 && arguments != nullptr);
     return function != nullptr && hasArguments;
 }
 
-helper::Text textOrNull(const char* text) {
-    return text != nullptr ? helper::Text(text) : std::nullopt;
+std::vector<helper::Text> textsOf(const char* const* texts, int count) {
+    std::vector<helper::Text> all(static_cast<size_t>(count));
+    std::transform(texts, texts + count, all.begin(), [](const char* text) {
+        return text != nullptr ? helper::Text(text) : std::nullopt;
+    });
+    return all;
 }
 
 bool callPage(const char* function, const char* const* arguments, int argumentCount) {
@@ -92,14 +102,14 @@ bool callPage(const char* function, const char* const* arguments, int argumentCo
     if (bridge().pageFile.empty()) {
         return true;
     }
-    if (bridge().page == nullptr || !bridge().page->isAlive()) {
+    if (!isPageAlive()) {
         return false;
     }
     helper::ItemWriter items;
     items.writeText(function);
     items.writeInt(argumentCount);
-    for (int index = 0; index < argumentCount; ++index) {
-        items.writeText(textOrNull(arguments[index]));
+    for (const helper::Text& argument : textsOf(arguments, argumentCount)) {
+        items.writeText(argument);
     }
     bridge().page->post(now(), PageMessageKind::CallFunction, items);
     return true;
@@ -119,6 +129,16 @@ void stopPage() {
     bridge() = {};
 }
 
+std::optional<std::vector<std::string>> pageMethods() {
+    return isPageAlive() ? std::optional(bridge().page->methods()) : std::nullopt;
+}
+
+std::optional<MethodReply> callFromPage(const std::string& method,
+                                        const std::vector<std::string>& arguments) {
+    const std::shared_ptr<Page> page = bridge().page;  // the method may end it
+    return isPageAlive() ? page->call(method, arguments) : std::nullopt;
+}
+
 }  // namespace tavsim
 
 bool NApp_RegisterKiteHandlers(NApp_MethodListCallback methodList,
@@ -134,7 +154,7 @@ bool NApp_JSCall(const char* functionName, const char* const* arguments, int arg
     const bool accepts = tavsim::callPage(functionName, arguments, argumentCount);
     tavsim::JournalEntry entry("host", __func__, "function", functionName);
     if (accepts) {
-        entry.texts("arguments", arguments, argumentCount);
+        entry.texts("arguments", tavsim::textsOf(arguments, argumentCount));
     }
     entry.outcome(tavsim::acceptance(accepts));
     return accepts;

@@ -1,7 +1,9 @@
 // The bridge between the application and the web page whose plug-in it is.
 #pragma once
 
+#include <optional>
 #include <string>
+#include <vector>
 
 namespace tavsim {
 
@@ -11,5 +13,18 @@ void startPage(const std::string& pageFile);
 
 // Ends the page and clears the application's methods.
 void stopPage();
+
+// The application's methods that the page can call; nothing while no page runs.
+std::optional<std::vector<std::string>> pageMethods();
+
+// What came of a call of a native method: its reply, or the text of its exception.
+struct MethodReply {
+    bool isException = false;
+    std::string text = {};
+};
+
+// Calls a method as the page's script does. Nothing is called while the script runs, or no page.
+std::optional<MethodReply> callFromPage(const std::string& method,
+                                        const std::vector<std::string>& arguments);
 
 }  // namespace tavsim

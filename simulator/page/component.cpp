@@ -179,7 +179,7 @@ void callListener(duk_context* engine) {
         duk_push_string(engine, "nobody listens to ");
         duk_insert(engine, -2);
         duk_concat(engine, 2);
-        writeConsole(true, textAt(engine, -1));
+        writeConsole({"warn", 4}, textAt(engine, -1));
         return;
     }
     const int count = readInt();

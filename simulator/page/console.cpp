@@ -4,21 +4,23 @@
 namespace tavsim {
 namespace {
 
-enum Stream { kStandardOutput, kStandardError };
+enum Level { kLog, kWarn, kError };
 
-// Prints the arguments with spaces between them; the magic number is the stream.
+constexpr EngineText kLevels[] = {{"log", 3}, {"warn", 4}, {"error", 5}};
+
+// Prints the arguments with spaces between them; the magic number is the level.
 duk_ret_t print(duk_context* engine) {
     duk_push_string(engine, " ");
     duk_insert(engine, 0);
     duk_join(engine, duk_get_top(engine) - 1);
-    writeConsole(duk_get_current_magic(engine) == kStandardError, textAt(engine, -1));
+    writeConsole(kLevels[duk_get_current_magic(engine)], textAt(engine, -1));
     return 0;
 }
 
 constexpr Function kConsole[] = {
-    {"log", print, DUK_VARARGS, kStandardOutput},
-    {"warn", print, DUK_VARARGS, kStandardError},
-    {"error", print, DUK_VARARGS, kStandardError},
+    {"log", print, DUK_VARARGS, kLog},
+    {"warn", print, DUK_VARARGS, kWarn},
+    {"error", print, DUK_VARARGS, kError},
 };
 
 }  // namespace
@@ -29,9 +31,9 @@ void addConsole(duk_context* engine) {
     duk_put_prop_string(engine, -2, "console");
 }
 
-void writeConsole(bool toStandardError, EngineText line) {
+void writeConsole(EngineText level, EngineText line) {
     beginMessage(PageMessageKind::ConsoleLine);
-    addBool(toStandardError);
+    addText(level);
     addText(line);
     sendMessage();
 }

@@ -6,6 +6,7 @@
 #include <cstdio>
 
 #include "base/print_line.h"
+#include "simulator/device/journal.h"
 #include "simulator/time/queue.h"
 
 namespace tavsim {
@@ -22,6 +23,7 @@ constexpr seconds kLimit(2);
 constexpr seconds kLongestEnd(1);
 
 constexpr char kTooLong[] = "the script ran for more than 2 seconds without a pause";
+constexpr char kNotRead[] = "The application could not read the call";
 constexpr char kClosed[] = "the application closed its connection to the page";
 
 // Between two checks of the processor time of a script that sends nothing.
@@ -29,6 +31,21 @@ constexpr milliseconds kShortestWait(10);
 
 PageMessageKind kindOf(const base::Message& message) {
     return static_cast<PageMessageKind>(message.kind);
+}
+
+helper::ItemReader itemsOf(const HDataWriter& writer) {
+    return helper::ItemReader({static_cast<const char*>(writer.bytes()), writer.size()});
+}
+
+void writeCall(const std::string& call, const MethodReply& reply) {
+    helper::ItemReader items(call);
+    JournalEntry entry("page", "call", "method", items.readString());
+    std::vector<helper::Text> arguments;
+    for (int left = items.readInt(); left > 0 && items.isSuccessful(); --left) {
+        arguments.push_back(items.readText());
+    }
+    entry.texts("arguments", arguments);
+    entry.outcome((reply.isException ? "exception: " : "") + reply.text);
 }
 
 }  // namespace
@@ -77,10 +94,32 @@ void Page::deliver(Event event) {
     }
     m_isBusy = true;
     serve(event.message);
+    endTurn();
+}
+
+void Page::endTurn() {
     m_isBusy = false;
     for (Event& waiting : std::exchange(m_waiting, {})) {
         queue(std::move(waiting));
     }
+}
+
+std::optional<MethodReply> Page::call(const std::string& method,
+                                      const std::vector<std::string>& arguments) {
+    if (m_isBusy) {
+        return std::nullopt;
+    }
+    helper::ItemWriter items;
+    items.writeText(method);
+    items.writeInt(static_cast<int32_t>(arguments.size()));
+    for (const std::string& argument : arguments) {
+        items.writeText(argument);
+    }
+    m_isBusy = true;
+    HDataWriter answer;
+    const MethodReply reply = callMethod(items.message(), &answer);
+    endTurn();
+    return reply;
 }
 
 void Page::serve(const base::Message& event) {
@@ -101,12 +140,17 @@ void Page::handle(const base::Message& message) {
     case PageMessageKind::MethodList:
         answerMethodList();
         break;
-    case PageMessageKind::MethodCall:
-        answerMethodCall(message.content);
+    case PageMessageKind::MethodCall: {
+        HDataWriter writer;
+        callMethod(message.content, &writer);
+        answer(writer);
         break;
+    }
     case PageMessageKind::ConsoleLine: {
-        FILE* stream = items.readBool() ? stderr : stdout;
-        base::printLine(stream, "[page] " + items.readString());
+        const std::string level = items.readString();
+        const std::string text = items.readString();
+        base::printLine(level == "log" ? stdout : stderr, "[page] " + text);
+        writeEntry("page", "console", "level", level, "text", text);
         break;
     }
     case PageMessageKind::SetTimer: {
@@ -115,7 +159,7 @@ void Page::handle(const base::Message& message) {
         break;
     }
     case PageMessageKind::Problem:
-        base::printLine(stderr, items.readString());
+        tellProblem(items.readString());
         break;
     case PageMessageKind::Broken:
         endWith(items.readString());
@@ -131,11 +175,32 @@ void Page::answerMethodList() {
     answer(writer);
 }
 
-void Page::answerMethodCall(const std::string& call) {
-    HDataReader reader(call.data(), call.size());
+std::vector<std::string> Page::methods() const {
     HDataWriter writer;
-    m_methods.call(&reader, &writer);
-    answer(writer);
+    m_methods.list(&writer);
+    helper::ItemReader list = itemsOf(writer);
+    std::vector<std::string> names;
+    for (int left = list.readInt(); left > 0 && list.isSuccessful(); --left) {
+        names.push_back(list.readString());
+    }
+    return names;
+}
+
+// The call is a message of the kind MethodCall.
+MethodReply Page::callMethod(const std::string& call, HDataWriter* answer) {
+    HDataReader reader(call.data(), call.size());
+    m_methods.call(&reader, answer);
+    helper::ItemReader items = itemsOf(*answer);
+    MethodReply reply;
+    reply.isException = items.readBool();
+    reply.text = items.readString();
+    if (!items.isSuccessful()) {
+        reply = {true, kNotRead};
+    }
+    if (isAlive()) {
+        writeCall(call, reply);
+    }
+    return reply;
 }
 
 // The application's function may have ended the page.
@@ -181,8 +246,13 @@ nanoseconds Page::processorTime() const {
     return seconds(time.tv_sec) + nanoseconds(time.tv_nsec);
 }
 
+void Page::tellProblem(const std::string& problem) {
+    base::printLine(stderr, problem);
+    writeEntry("page", "console", "level", "error", "text", problem);
+}
+
 void Page::endWith(const std::string& reason) {
-    base::printLine(stderr, m_name + ": stopped: " + reason);
+    tellProblem(m_name + ": stopped: " + reason);
     end();
 }
 

@@ -11,6 +11,7 @@
 #include "base/message_socket.h"
 #include "helper/items.h"
 #include "platform/napp.h"
+#include "simulator/page/bridge.h"
 #include "simulator/page/page_message.h"
 #include "simulator/process/child_process.h"
 #include "simulator/time/clock.h"
@@ -40,6 +41,11 @@ public:
     bool isAlive() const;
 
     void setMethods(const NativeMethods& methods) { m_methods = methods; }
+    std::vector<std::string> methods() const;
+
+    // Calls a native method as the script does. Nothing happens while the script runs.
+    std::optional<MethodReply> call(const std::string& method,
+                                    const std::vector<std::string>& arguments);
 
     // Queues an event for the pump. If the page ends before it is due, nothing happens.
     void post(Milliseconds due, PageMessageKind kind, const helper::ItemWriter& items);
@@ -56,7 +62,9 @@ private:
     void handle(const base::Message& message);
     void answer(const HDataWriter& writer);
     void answerMethodList();
-    void answerMethodCall(const std::string& call);
+    MethodReply callMethod(const std::string& call, HDataWriter* answer);
+    void tellProblem(const std::string& problem);
+    void endTurn();
     void setTimer(int timer, int delay);
 
     // Waits for the script, up to its limit of processor time. When that is over, ends the page and

@@ -22,7 +22,7 @@ enum class PageMessageKind : uint8_t {
     MethodCall,  // text: name; int: number of arguments; the arguments, each a text or null
 
     // From the page, without an answer.
-    ConsoleLine,  // bool: for standard error; text
+    ConsoleLine,  // text: level, which is log, warn or error; text
     SetTimer,     // int: timer; int: milliseconds
     Problem,      // text: what went wrong in the script, and where
     Broken,       // text: why the page cannot go on

@@ -12,7 +12,7 @@ void addTimers(duk_context* engine);
 void addComponent(duk_context* engine);
 
 // Prints a line, of the script or of the page itself.
-void writeConsole(bool toStandardError, EngineText line);
+void writeConsole(EngineText level, EngineText line);
 
 // Calls the function of the timer that the message from the device names.
 void runTimer(duk_context* engine);

@@ -1,0 +1,57 @@
+// Commands for the web page whose plug-in the application is.
+#include <algorithm>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "base/json/writer.h"
+#include "base/suggestion.h"
+#include "simulator/control/command.h"
+#include "simulator/language/text_word.h"
+#include "simulator/page/bridge.h"
+
+namespace tavsim {
+namespace {
+
+std::vector<std::string> contents(std::string_view words) {
+    std::vector<std::string> all;
+    while (!words.empty()) {
+        all.push_back(contentOf(takeWord(&words)).value_or(""));
+    }
+    return all;
+}
+
+CommandResult pageCall(Words words) {
+    const std::optional<std::vector<std::string>> methods = pageMethods();
+    if (!methods) {
+        return failed("page call: no page runs");
+    }
+    std::vector<std::string> arguments = contents(words.rest());
+    const std::string method = arguments.front();
+    arguments.erase(arguments.begin());
+    if (std::find(methods->begin(), methods->end(), method) == methods->end()) {
+        return failed("page call: no method " + base::quoted(method) +
+                      base::suggestion(method, *methods));
+    }
+    const std::optional<MethodReply> reply = callFromPage(method, arguments);
+    if (!reply) {
+        CommandResult result = failed("page call: the page's script is in a call itself");
+        result.isEarly = true;
+        return result;
+    }
+    return reply->isException ? failed("page call: " + base::escapedJson(reply->text))
+                              : CommandResult{{}, reply->text + "\n"};
+}
+
+constexpr Command kPageCommands[] = {
+    {"page call", "METHOD [ARGUMENT...]",
+     "Call a method of the application as its page does, and show the reply.", pageCall},
+};
+
+}  // namespace
+
+std::span<const Command> pageCommands() {
+    return kPageCommands;
+}
+
+}  // namespace tavsim
