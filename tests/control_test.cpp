@@ -126,11 +126,13 @@ TEST_F(ControlTest, TheStateAsJsonHasWhatCommandsHaveSet) {
         {"compass hold 361", R"("held":false})"},
         {"answer a://b \"x\"",
          R"({"uri":"a://b","answer":"\"x\"","silent":false,"delay":0,"changed":true})"},
+        {"delay a://b 3s", R"("answer":"\"x\"","silent":false,"delay":3000,"changed":true})"},
+        {"allow a://b", R"("services":[{"uri":"kora://*)"},
         {"silence a://b",
          R"({"uri":"a://b","answer":null,"silent":true,"delay":0,"changed":true})"},
         {"allow a://b", R"({"uri":"vire://*/vibrate","answer":null,"silent":false,*false}])"},
         {"set preference region {\"a\" : 1}", R"("preferences":{"region":{"a":1}})"},
-        {"set appinfo a b", R"("appinfo":{"a":"b"})"},
+        {"set appinfo a b", R"("appinfo":{"a":"b"},"screen":null,"page":null)"},
         {"refuse keyboard", R"("refused":["keyboard"],*"state":{"location":"lost")"},
     };
     for (const auto& [line, expected] : rows) {
@@ -312,6 +314,7 @@ TEST_F(ControlTest, AFrameIsWhatHasChangedSinceTheConnectionWasLastAnswered) {
         EXPECT_EQ(answer, last);
     }
     EXPECT_EQ(command("frame"), last) << "the first of a connection is everything";
+    EXPECT_THAT(command("state --json"), HasSubstr(R"("screen":{"width":1,"height":1})"));
 }
 
 TEST_F(ControlTest, MalformedCommandsAnswerWithAnErrorAndChangeNothing) {

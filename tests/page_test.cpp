@@ -186,6 +186,8 @@ TEST_F(PageTest, CommandsCallMethodsBetweenTwoRunsOfTheScript) {
             EXPECT_EQ(command(line), answer);
         }
     });
+    EXPECT_THAT(tavsim::carryOut("state --json").output,
+                testing::HasSubstr(R"("page":{"methods":["add","echo",)"));
     std::string entries;
     for (const std::string& line : device.journal()) {
         const bool isOfPage = line.find(R"("kind":"page",)") != std::string::npos;

@@ -94,8 +94,8 @@ void restoreService(const std::string& uri) {
     services().delays.erase(uri);
 }
 
-bool isReplaced(const std::string& uri) {
-    return services().replaced.contains(uri);
+bool isChanged(const std::string& uri) {
+    return services().replaced.contains(uri) || services().delays.contains(uri);
 }
 
 std::set<std::string> profileServiceUris() {
@@ -104,6 +104,9 @@ std::set<std::string> profileServiceUris() {
         for (const auto& [uri, service] : *known) {
             uris.insert(uri);
         }
+    }
+    for (const auto& [uri, delay] : services().delays) {
+        uris.insert(uri);
     }
     return uris;
 }

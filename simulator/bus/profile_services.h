@@ -22,9 +22,9 @@ std::optional<Milliseconds> changedDelay(const std::string& uri);
 
 // Takes all changes to the service back.
 void restoreService(const std::string& uri);
-bool isReplaced(const std::string& uri);
+bool isChanged(const std::string& uri);
 
-// Those of the profile, and those that were overridden.
+// Those of the profile, and those that were changed.
 std::set<std::string> profileServiceUris();
 
 // The service's answer to this request. Services that compute their answer do so here.

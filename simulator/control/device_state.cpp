@@ -15,6 +15,8 @@
 #include "simulator/device/running.h"
 #include "simulator/device/state.h"
 #include "simulator/host/compass.h"
+#include "simulator/page/bridge.h"
+#include "simulator/screen/screen.h"
 #include "simulator/time/clock.h"
 #include "simulator/time/pause.h"
 #include "simulator/time/queue.h"
@@ -110,7 +112,7 @@ void addService(const std::string& uri, JsonWriter* json) {
                           !service.compute && !service.program;
     json->beginObject()
         .members("uri", uri, "answer", first ? first->c_str() : nullptr, "silent", isSilent)
-        .members("delay", service.delay, "changed", isReplaced(uri))
+        .members("delay", changedDelay(uri).value_or(service.delay), "changed", isChanged(uri))
         .endObject();
 }
 
@@ -125,6 +127,24 @@ std::string servicesJson() {
         addService(uri, &json);
     }
     return json.endArray().take();
+}
+
+std::string screenJson() {
+    const std::optional<ScreenSize> size = screenSize();
+    return size ? base::jsonObject("width", size->width, "height", size->height) : "null";
+}
+
+std::string pageJson() {
+    const std::optional<std::vector<std::string>> methods = pageMethods();
+    if (!methods) {
+        return "null";
+    }
+    JsonWriter json;
+    json.beginObject().key("methods").beginArray();
+    for (const std::string& method : *methods) {
+        json.value(method);
+    }
+    return json.endArray().endObject().take();
 }
 
 }  // namespace
@@ -145,6 +165,8 @@ std::vector<std::pair<const char*, std::string>> stateMembers() {
             {"preferences", preferencesJson()},
             {"properties", jsonOf(profile().properties)},
             {"appinfo", jsonOf(profile().appinfo)},
+            {"screen", screenJson()},
+            {"page", pageJson()},
             {"openCalls", jsonOf(openBusCalls({}).size())},
             {"battery", batteryPercent().value_or("null")},
             {"refused", refusedJson()},

@@ -80,6 +80,11 @@ Picture pictureOf(const SDL_Surface& surface) {
     return picture;
 }
 
+SDL_Surface* videoSurface() {
+    static const auto get = TAV_FRONT_NEXT(SDL_GetVideoSurface);
+    return get();
+}
+
 std::string whyNoSurface() {
     static const auto driverName = TAV_FRONT_NEXT(SDL_VideoDriverName);
     char name[16];
@@ -99,8 +104,12 @@ std::optional<Picture> framePicture(std::string* error) {
 
 }  // namespace
 
+std::optional<ScreenSize> screenSize() {
+    const SDL_Surface* surface = videoSurface();
+    return surface != nullptr ? std::optional(ScreenSize{surface->w, surface->h}) : std::nullopt;
+}
+
 std::optional<Picture> screenPicture(std::string* error) {
-    static const auto videoSurface = TAV_FRONT_NEXT(SDL_GetVideoSurface);
     static const auto lockSurface = TAV_FRONT_NEXT(SDL_LockSurface);
     static const auto unlockSurface = TAV_FRONT_NEXT(SDL_UnlockSurface);
     SDL_Surface* surface = videoSurface();
