@@ -1,0 +1,199 @@
+#!/usr/bin/env python3
+"""A page of the panel as far as its server sees it: panel_page.py COMMAND LINK, see main().
+
+WebSockets are spoken by hand, because the attacks break their rules.
+"""
+import json
+import os
+import re
+import signal
+import socket
+import struct
+import sys
+
+
+class Page:
+    """A connection to the panel, with a request for a WebSocket unless a path is given."""
+
+    def __init__(self, link, path=None, host=None, origin=None, method="GET", headers=""):
+        port, self.folder = re.fullmatch(r"http://127.0.0.1:(\d+)(/\w+/)", link).groups()
+        host = host or "127.0.0.1:" + port
+        if path is None or path.endswith("socket"):
+            origin = "http://" + host if origin is None else origin
+            headers += "Connection: Upgrade\r\nUpgrade: websocket\r\nSec-WebSocket-Version: 13\r\n"
+            headers += "Sec-WebSocket-Key: AAAAAAAAAAAAAAAAAAAAAA==\r\n"
+            headers += "Sec-WebSocket-Extensions: permessage-deflate\r\n"
+        if origin:
+            headers += f"Origin: {origin}\r\n"
+        path = (path or "TOKEN/socket").replace("TOKEN/", self.folder)
+        self.socket = socket.create_connection(("127.0.0.1", int(port)), timeout=60)
+        self.socket.sendall(f"{method} {path} HTTP/1.1\r\nHost: {host}\r\n{headers}\r\n".encode())
+        self.stream = self.socket.makefile("rb")
+        self.status = int(self.stream.readline().split()[1])
+        self.headers = {}
+        while (line := self.stream.readline().decode().strip()) != "":
+            name, value = line.split(": ", 1)
+            self.headers[name.lower()] = value
+
+    def send(self, message, kind=1):
+        data = message if isinstance(message, bytes) else json.dumps(message).encode()
+        form = ("B", 0) if len(data) < 126 else ("BH", 126) if len(data) < 1 << 16 else ("BQ", 127)
+        length = (form[1] or len(data)) | 0x80
+        rest = [len(data)] if form[1] else []
+        mask = bytes(4)
+        self.socket.sendall(struct.pack(">B" + form[0], kind | 0x80, length, *rest) + mask + data)
+
+    def receive(self):
+        """The next message; how the connection was closed where it was."""
+        try:
+            while True:
+                kind, length = self.stream.read(2)
+                if length > 125:
+                    form = ">H" if length == 126 else ">Q"
+                    (length,) = struct.unpack(form, self.stream.read(struct.calcsize(form)))
+                data = self.stream.read(length)
+                if kind & 15 == 8:
+                    return "closed", struct.unpack(">H", data[:2])[0]
+                if kind & 15 == 1:
+                    return json.loads(data)
+                if kind & 15 == 2:
+                    return data
+        except (ValueError, struct.error, ConnectionError):
+            return "closed", 0
+
+    def until(self, name):
+        """What the next message with that member says; "closed" when there is none."""
+        while name not in (message := self.receive()):
+            if isinstance(message, tuple):
+                return "closed"
+        return message[name]
+
+    def answer(self, message):
+        self.send({**message, "id": 1})
+        while not (isinstance(message := self.receive(), dict) and message.get("id") == 1):
+            assert not isinstance(message, tuple), message
+        return message
+
+    def open(self):
+        while not (devices := self.until("devices")):
+            pass
+        self.process = devices[0]["process"]
+        self.send({"open": devices[0]["root"]})
+        return self.until("opened")
+
+
+FILES = [  # path, host, origin, method, status
+    ("TOKEN/", None, None, "GET", 200),
+    ("TOKEN/", "localhost:99", "http://localhost:99", "HEAD", 200),
+    ("TOKEN/", None, None, "POST", 405),
+    ("TOKEN/", None, "http://evil.example", "GET", 403),
+    ("TOKEN/", "127.0.0.1.evil.example", None, "GET", 403),
+    ("TOKEN/", "localhost:80.evil.example", None, "GET", 400),
+    ("TOKEN/", "127.0.0.1\r\nHost: evil.example", None, "GET", 403),
+    ("/", None, None, "GET", 404),
+    ("//", None, None, "GET", 404),
+    ("/0123456789abcdef0123456789abcdef/", None, None, "GET", 404),
+    ("TOKEN/../devices/quern.json", None, None, "GET", 404),
+    ("TOKEN/../panel/style.css", None, None, "GET", 404),
+    ("TOKEN/%2e%2e/panel/style.css", None, None, "GET", 404),
+    ("TOKEN//style.css", None, None, "GET", 404),
+    ("TOKEN/socket", None, "http://127.0.0.1", "GET", 403),
+    ("TOKEN/socket", None, "http://evil.example", "GET", 403),
+    ("TOKEN/socket", None, "", "GET", 403),
+    ("TOKEN/socket", "127.0.0.1.evil.example", None, "GET", 403),
+    ("TOKEN/style.css/socket", None, None, "GET", 404),
+    ("/0123456789abcdef0123456789abcdef/socket", None, None, "GET", 404),
+    ("TOKEN/socket", "[::1]", None, "GET", 101),
+]
+
+FRAMES = [  # what a page sends, and how it is closed or refused
+    (b"\x81\x03abc", 1002),  # without a mask
+    (b"\x81\xff" + struct.pack(">Q", 1 << 62) + bytes(4), 0),
+    (b"\x81\x82\0\0\0\0\xff\xfe", 1007),
+    (b"\x81\x82\0\0\0\0{}" * 2000, 1008),
+]
+
+MESSAGES = [
+    (b"[" * (1 << 20), "message: not JSON: "),
+    (b'{"open": "/etc"}', "no device is running in /etc"),
+    (b'{"ask": 5}', "message: ask: must be a string"),
+    (b'{"ask": "quit"}', "no device is open"),
+    (b'{"frames": true, "x": 1}', "message: x: unknown field"),
+]
+
+
+def attack(link):
+    for path, host, origin, method, status in FILES:
+        answer = Page(link, path, host, origin, method)
+        assert answer.status == status, (path, host, origin, method, answer.status)
+    assert "default-src 'none'; script-src 'self';" in answer.headers["content-security-policy"]
+    assert "sec-websocket-extensions" not in answer.headers
+    page = Page(link)
+    page.open()
+    half = [Page(link) for _ in range(2)]
+    half[0].socket.sendall(b"\x81\xfe\xff")
+    port = page.socket.getpeername()
+    crowd = [socket.create_connection(port, timeout=60) for _ in range(1000)]
+    for each in crowd:
+        each.sendall(b"GET / HTT")
+    for data, code in FRAMES:
+        other = Page(link)
+        other.until("devices")
+        other.socket.sendall(data)
+        while not isinstance(end := other.receive(), tuple):
+            pass
+        assert end in (("closed", code), ("closed", 0)), (data[:20], end)
+    other = Page(link)
+    other.until("devices")
+    for data, reason in MESSAGES:
+        other.send(data)
+        assert (refused := other.until("refused")).startswith(reason), refused
+    other.send(b"\0", kind=2)
+    assert other.until("refused") == "a message is text"
+    error = page.answer({"ask": "text " + "x" * (1 << 20)})["error"]
+    assert error == "a command is one line of at most 64 KiB", error
+    # An application that is stopped keeps its own pages waiting, and no other.
+    os.kill(page.process, signal.SIGSTOP)
+    page.send({"ask": "state", "id": 2})
+    assert Page(link).until("settings")["canPlay"]
+    os.kill(page.process, signal.SIGCONT)
+    # Those that were there are served as ever, and pages that are gone make room.
+    assert '"device"' in page.answer({"ask": "state --json"})["output"]
+    del half
+    more = [Page(link) for _ in range(20)]
+    assert {each.status for each in more} == {101, 503}
+    for each in more:
+        each.socket.close()
+
+
+def steer(link):
+    """Prints what commands, a dropped track and scenarios come to."""
+    page = Page(link)
+    root = page.open()
+    print(page.answer({"ask": "location lost"})["output"], end="")
+    print(page.answer({"ask": "battery many"})["error"])
+    print(page.answer({"ask": "watch"})["error"])
+    track = "<gpx><trk><trkseg>" + "".join(
+        f'<trkpt lat="5{n}" lon="9"><time>2020-01-01T00:00:0{n}Z</time></trkpt>' for n in range(2)
+    ) + "</trkseg></trk></gpx>"
+    for name in ("../../a walk.gpx", "a walk.GPX", "a walk.exe"):
+        answer = page.answer({"track": name, "content": track, "factor": 2})
+        print(answer.get("output", answer.get("error")))
+    print(page.answer({"track": "x.nmea", "content": "?"})["error"].replace(root, "ROOT"))
+    for text in ("at 100ms: quit\n", "expect within 1s kind=device what=vibrator\n", "at\n"):
+        answer = page.answer({"play": text})
+        print(answer["status"], answer["output"].replace(root, "ROOT"), end="")
+    with open(root + "/recording", encoding="utf-8") as recording:
+        print(*[line.replace(root, "ROOT") for line in recording][2:], sep="", end="")
+
+
+def end(link):
+    """Prints how the device that is shown has ended."""
+    page = Page(link)
+    page.open()
+    print("shown", flush=True)
+    print(page.until("ended"))
+
+
+if __name__ == "__main__":
+    {"attack": attack, "steer": steer, "end": end}[sys.argv[1]](sys.argv[2])
