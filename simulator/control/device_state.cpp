@@ -27,7 +27,7 @@ namespace {
 
 using base::JsonWriter;
 
-constexpr size_t kMostQueued = 20;
+constexpr size_t kMostShown = 20;
 
 // The JSON of one value.
 template <typename Value>
@@ -79,7 +79,7 @@ std::string timeJson() {
 std::string queueJson() {
     JsonWriter json;
     json.beginArray();
-    for (const Due& due : nextInQueue(kMostQueued)) {
+    for (const Due& due : nextInQueue(kMostShown)) {
         json.beginObject().members("at", due.at, "what", due.what).endObject();
     }
     return json.endArray().take();
