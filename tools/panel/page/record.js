@@ -138,20 +138,17 @@ export function setUpRecord(device) {
 
     setUpSteps(device);
     device.settings.listen((settings) => {
-        header = settings.header;
+        header = settings.header && settings.header + "\n";
         play.hidden = !settings.canPlay;
     });
     device.recorded.listen((lines) => {
-        if (recorded.length === 0 && editor.value === "") {
-            editor.value = header;
-        }
         const portable = lines.map((line) => line.replace(`track ${device.root()}/`, "track "));
         recorded = recorded.concat(portable);
         append(portable);
     });
     device.reset.listen(() => {
         recorded = [];
-        editor.value = "";
+        editor.value = header;
         played.hidden = true;
     });
     play.addEventListener("click", playAgain);
@@ -166,8 +163,7 @@ export function setUpRecord(device) {
          * @param {Entry} entry
          */
         expectThis: (entry) => {
-            const text = editor.value === "" ? header : editor.value;
-            const lines = text.replace(/\n$/, "").split("\n");
+            const lines = editor.value.replace(/\n$/, "").split("\n");
             const { at, before } = lineFor(lines, entry.at);
             const seconds = Math.ceil((entry.at - before) / 1000) + 1;
             lines.splice(at, 0, `expect within ${seconds}s ${patternFor(entry)}`);
