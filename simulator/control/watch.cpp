@@ -4,6 +4,7 @@
 #include <utility>
 #include <vector>
 
+#include "base/json/text.h"
 #include "base/json/writer.h"
 #include "simulator/control/device_state.h"
 #include "simulator/device/journal.h"
@@ -61,6 +62,7 @@ private:
 }  // namespace
 
 std::function<News()> watchDevice() {
+    base::prepareLastingParsers();  // the last state is told when the application has ended
     return Watch();
 }
 
