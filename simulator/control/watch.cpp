@@ -6,6 +6,7 @@
 
 #include "base/json/text.h"
 #include "base/json/writer.h"
+#include "simulator/control/control.h"
 #include "simulator/control/device_state.h"
 #include "simulator/device/journal.h"
 
@@ -31,7 +32,8 @@ public:
         for (; m_nextTold < told().size(); ++m_nextTold) {
             news.lines += told()[m_nextTold] + "\n";
         }
-        if (SteadyClock::now() - m_stateAt >= kBetweenStates) {
+        // When the program ends, there are no new parsers for JSON any more, which the state needs.
+        if (isControlled() && SteadyClock::now() - m_stateAt >= kBetweenStates) {
             m_stateAt = SteadyClock::now();
             news.lines += changedState();
         }

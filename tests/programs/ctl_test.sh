@@ -110,7 +110,7 @@ rm -r "$second_root"
 expect_nothing_left 'two devices'
 
 # A paused program can be ended, and its watcher sees that.
-"$tavsim" run --virtual-time "$waits" >"$work/paused" &
+"$tavsim" run --record "$work/recording" "$waits" slow >"$work/paused" &
 paused=$!
 says 0 '' '' ctl wait ready within 60s
 says 0 '' '' ctl pause

@@ -1,6 +1,7 @@
 /* Shows the keyboard, calls a service and runs until it is asked to quit. With the argument "fork",
  * it first starts a child process that ends at once. With "thread", its main thread ends while
- * another one stays. With "close FILE", it closes all descriptors and reuses their numbers. */
+ * another one stays. With "close FILE", it closes all descriptors and reuses their numbers. With
+ * "slow", it takes its time to end. */
 #include <fcntl.h>
 #include <pthread.h>
 #include <stdio.h>
@@ -51,6 +52,7 @@ int main(int argc, char *argv[])
     }
     while (SDL_WaitEvent(&event) && event.type != SDL_QUIT) {}
     printf("quit\n");
+    SDL_Delay(strcmp(way, "slow") == 0 ? 300 : 0);
     TAV_Quit();
     SDL_Quit();
     return 0;
