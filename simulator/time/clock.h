@@ -9,8 +9,8 @@ namespace tavsim {
 using Milliseconds = std::int64_t;
 
 // Real time is the machine's. Virtual time moves only while the application waits. Paced time is
-// virtual time that does not run ahead of real time: a user can interact with it, and a later run
-// in virtual time gives the same times.
+// virtual time that does not run ahead of real time, or of a multiple of it: a user can interact
+// with it, and a later run in virtual time gives the same times.
 enum class Pace { Real, Virtual, Paced };
 
 // Restarts the clock at 0. The calling thread becomes the application's. When the simulator is
