@@ -5,6 +5,7 @@
 #include "base/json/text.h"
 #include "base/json/writer.h"
 #include "simulator/bus/bus.h"
+#include "simulator/bus/payload.h"
 #include "simulator/bus/profile_services.h"
 #include "simulator/bus/services.h"
 #include "simulator/control/commands.h"
@@ -45,14 +46,14 @@ std::string jsonOf(const std::map<std::string, std::string>& values) {
 
 // The database may have been made by something else, and hold anything.
 std::string preferencesJson() {
+    simdjson::dom::parser parser;
     JsonWriter json;
     json.beginObject();
     for (const auto& [name, value] : storedPreferences()) {
         simdjson::dom::element parsed;
         json.key(name);
-        base::parse(base::lastingParser(false), value, false, &parsed)
-            ? json.raw(simdjson::minify(parsed))
-            : json.value(value);
+        base::parse(parser, value, false, &parsed) ? json.raw(simdjson::minify(parsed))
+                                                   : json.value(value);
     }
     return json.endObject().take();
 }
@@ -179,11 +180,9 @@ std::string batteryReply() {
 }
 
 std::optional<std::string> batteryPercent() {
-    simdjson::dom::element reply;
-    simdjson::dom::element percent;
-    const bool isTold = base::parse(base::lastingParser(false), batteryReply(), false, &reply) &&
-                        reply.at_key(kPercent).get(percent) == simdjson::SUCCESS;
-    return isTold ? std::optional(simdjson::minify(percent)) : std::nullopt;
+    const Payload reply(batteryReply());
+    const std::optional<simdjson::dom::element> percent = reply.member(kPercent);
+    return percent ? std::optional(simdjson::minify(*percent)) : std::nullopt;
 }
 
 std::vector<std::pair<std::string, std::string>> stateValues() {

@@ -4,7 +4,6 @@
 #include <utility>
 #include <vector>
 
-#include "base/json/text.h"
 #include "base/json/writer.h"
 #include "simulator/control/control.h"
 #include "simulator/control/device_state.h"
@@ -64,7 +63,6 @@ private:
 }  // namespace
 
 std::function<News()> watchDevice() {
-    base::prepareLastingParsers();  // the last state is told when the application has ended
     return Watch();
 }
 
