@@ -47,6 +47,8 @@ export function setUpDial(device) {
     const needle = drawDial(dial);
     const send = createSender(device, PAUSE);
     let heading = 0;
+    /** @type {number | null} the direction that was last asked for */
+    let held = null;
     let isTurning = false;
 
     /** @param {number | null} degrees */
@@ -62,7 +64,10 @@ export function setUpDial(device) {
     /** @param {number} degrees */
     function hold(degrees) {
         show(Math.round(degrees));
-        send(`compass hold ${heading}`, true);
+        if (heading !== held) {
+            held = heading;
+            send(`compass hold ${heading}`, true);
+        }
     }
 
     /** @param {PointerEvent} event */
@@ -100,6 +105,7 @@ export function setUpDial(device) {
             show(compass.heading);
         }
         release.hidden = !compass.held;
+        held = compass.held || isTurning ? held : null;
         follow.checked = compass.follows;
         byId("compass-source", HTMLElement).textContent = sourceOf(compass);
     });
