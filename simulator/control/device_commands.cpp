@@ -3,6 +3,7 @@
 
 #include <functional>
 
+#include "base/json/text.h"
 #include "base/json/writer.h"
 #include "simulator/bus/bus.h"
 #include "simulator/control/command.h"
@@ -95,6 +96,7 @@ CommandResult journal(Words words) {
     JournalReader reader;
     CommandResult result{{}, entriesLike(pattern, &reader).lines};
     if (follows) {
+        base::prepareLastingParsers();  // the last lines come when the program ends
         result.follow = [pattern, reader]() mutable { return entriesLike(pattern, &reader); };
     }
     return result;
