@@ -107,6 +107,23 @@ class DeviceInABrowserTest(PanelTest):
         state = running.ctl("state", "--json").stdout
         return int(state.split('"now":')[1].split(",")[0])
 
+    def test_patterns_are_those_of_the_device(self):
+        hunt = self.start_and_open(*HUNT)
+        self.wait_for_entry(hunt, "what=reply", "latitude=*")
+        self.click("pause")
+        self.wait_for_text("status", "paused")
+        for pattern, matches in [("what=reply reply.percent>71.5", 1), ('what="NApp_Get*"', 1),
+                                 ("near 52.5141,13.35 12m", 1), ("near 52.5141,13.35 11m", 0),
+                                 ("kind=h?st what=*Compass", 1), ("option=false", 1),
+                                 ("payload.subscribe=true latitude=52.5*", 0), ("reply.percent=72", 1)]:
+            with self.subTest(pattern):
+                self.type("pattern", pattern)
+                entries = hunt.ctl("journal", pattern).stdout.splitlines()
+                self.assertEqual(len(entries), matches, entries)
+                self.wait_for_text("journal-count", f"{matches} of ")
+        self.type("pattern", "urii=x")
+        self.wait_for_text("pattern-error", 'did you mean "uri"')
+
     def test_methods_of_a_plug_in_are_called(self):
         calculator = self.start_and_open(
             "--page", PROJECT + "/examples/cache-hunt/tests/page.js", *HUNT)
@@ -132,7 +149,7 @@ class DeviceInABrowserTest(PanelTest):
         self.choose("devices", "instruments on cinnabar")
         self.wait_for_text("status", "running")
         panel.process.send_signal(signal.SIGINT)
-        self.wait_for_text("status", "disconnected")
+        self.wait_for_text("notice", "The panel was ended")
         self.assertIsNone(second.process.poll())
 
     def test_each_end_is_said(self):

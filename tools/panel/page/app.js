@@ -184,7 +184,7 @@ device.connectTo(connect({
     closed: () => {
         if (!hasEnded) {
             end("The connection to the panel is closed.");
+            showStatus("disconnected", "ended");
         }
-        showStatus("disconnected", "ended");
     },
 }));

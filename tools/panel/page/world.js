@@ -159,7 +159,7 @@ function setUpTracks(device) {
                 device.showError(output);
             }
         } catch (error) {
-            device.showError(messageOf(error));
+            device.showError(messageOf(error).replace(device.root() + "/", ""));
         }
     }
 
