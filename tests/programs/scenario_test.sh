@@ -57,6 +57,8 @@ expect ended within 2s|the application still runs
 after 1s: quit; after 1s: plugin on|the application ended at 1000 ms before this
 EOF
 
+plays 0 quit '' $'after 5ms: quit\nexpect ended\nexpect state battery 72'
+
 # A block of expectations in any order: each entry meets one line, even where it matches several.
 readings=$'after 5ms: compass 1 1 1\ncompass 2 2 2\ncompass 1 3 3\nexpect within 1s all\nwhat=compass*\n'
 plays 0 quit '' "$readings"$'intValue=2\nintValue=1\nend\nexpect never for 1s what=*'
