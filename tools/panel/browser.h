@@ -6,17 +6,25 @@
 #include <chrono>
 #include <functional>
 #include <memory>
-#include <optional>
 #include <string>
+#include <vector>
 
 #include "devices.h"
 #include "frames.h"
-#include "options.h"
 #include "player.h"
 #include "questions.h"
 #include "watch.h"
 
 namespace panel {
+
+// What the panel was started with.
+struct Options {
+    int port = 0;                      // 0: any
+    std::string tiles;                 // a tile server's address for the map; may be empty
+    std::string run;                   // root folder of a run's device; empty: all devices
+    std::string header;                // of that run's recording
+    std::vector<std::string> command;  // of `tavsim run`, for that run's device and program
+};
 
 // What all browsers share.
 struct Common {

@@ -1,12 +1,14 @@
 // The device in a browser: what `tavsim panel` and `tavsim run --panel` start.
 #include <unistd.h>
+
 #include <CLI/CLI.hpp>
 #include <csignal>
 #include <cstdio>
 #include <exception>
 #include <string>
+#include <vector>
 
-#include "options.h"
+#include "browser.h"
 #include "security.h"
 #include "server.h"
 #include "simulator/device/edge.h"

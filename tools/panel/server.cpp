@@ -1,5 +1,6 @@
 #include "server.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <optional>
 #include <utility>

@@ -11,7 +11,6 @@
 #include "browser.h"
 #include "devices.h"
 #include "listener.h"
-#include "options.h"
 #include "player.h"
 
 namespace panel {
