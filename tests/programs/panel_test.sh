@@ -11,6 +11,7 @@ is_closed() { ! true <"/dev/tcp/127.0.0.1/$(port)"; }
 
 # Starts a run with a panel in the background and waits until it says where that is.
 start() {
+    rm -f "$work/told" "$work/page"
     "$tavsim" run --panel "$waits" >"$work/said" 2>"$work/told" &
     runner=$!
     wait_until is_linked "$work/told"
@@ -68,6 +69,7 @@ ends 'closed' 0 kill_child KILL tavsim-panel
 ends 'tavsim was killed, and its program with it.' 137 eval 'kill -KILL "$runner"'
 
 # The panel of all devices.
+rm -f "$work/told" "$work/page"
 "$tavsim" panel >"$work/told" &
 panel=$!
 wait_until is_linked "$work/told"
