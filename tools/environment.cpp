@@ -103,6 +103,7 @@ void setEnvironment(const RunRequest& request, const std::string& root,
     set("TAVSIM_PLUGIN", request.plugin ? "1" : "");
     set("TAVSIM_VIRTUAL_TIME", request.virtualTime ? "1" : "");
     set("TAVSIM_CONTROL", "1");
+    set("TAVSIM_PANEL", request.panel ? "1" : "");
     drawNowhereWithoutDisplay();
     preload(simulator);
 }

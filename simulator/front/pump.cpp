@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstdlib>
 #include <optional>
+#include <string_view>
 #include <utility>
 
 #include "SDL.h"
@@ -92,6 +94,15 @@ void sendQuitAgain() {
     pushEvent(&again);
 }
 
+// Then a program that handles SDL's events is on the device, whether it uses the library or not.
+bool isShownInPanel() {
+    static const bool isShown = [] {
+        const char* const panel = std::getenv("TAVSIM_PANEL");
+        return panel != nullptr && std::string_view(panel) == "1";
+    }();
+    return isShown;
+}
+
 }  // namespace
 
 void pumpNow() {
@@ -120,6 +131,9 @@ bool takesPart() {
 void deliver() try {
     if (tavsim::isTimeVirtual()) {
         tavsim::lookWithoutWaiting();
+    }
+    if (!tavsim::isStarted() && tavsim::isShownInPanel()) {
+        tavsim::running();
     }
     if (tavsim::isStarted()) {
         ++tavsim::g_deliveries;

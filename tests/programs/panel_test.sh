@@ -2,7 +2,7 @@
 # The panel's server, from a page's side: what it refuses, what it does for a page, and that a run
 # and its panel end together. Its page in a browser is tested by scripts/test-panel.
 source "$(dirname "$0")/check.sh"
-waits=$programs/wait_for_quit
+program=$programs/wait_for_quit
 
 page() { timeout 300 python3 "$TAV_SOURCE/tests/programs/panel_page.py" "$@"; }
 is_linked() { grep -om1 'http://[^ ]*' "$1" >"$work/link"; }
@@ -12,7 +12,7 @@ is_closed() { ! true <"/dev/tcp/127.0.0.1/$(port)"; }
 # Starts a run with a panel in the background and waits until it says where that is.
 start() {
     rm -f "$work/told" "$work/page"
-    "$tavsim" run --panel "$waits" >"$work/said" 2>"$work/told" &
+    "$tavsim" run --panel "$program" >"$work/said" 2>"$work/told" &
     runner=$!
     wait_until is_linked "$work/told"
     link=$(<"$work/link")
@@ -25,10 +25,10 @@ expect_end() {
     expect "$@"
 }
 
-complains 'run: --tiles and --port are options of --panel' run --port 8400 "$waits"
+complains 'run: --tiles and --port are options of --panel' run --port 8400 "$program"
 complains 'panel: --tiles: an address *' panel --tiles 'https://x;script-src/{z}/{x}/{y}'
 start
-says 2 '' 'tavsim: panel: port *' run --panel --port "$(port)" "$waits"
+says 2 '' 'tavsim: panel: port *' run --panel --port "$(port)" "$program"
 run page attack "$link"
 expect 0 '' ''
 run page steer "$link"
@@ -63,6 +63,7 @@ ends() {
 }
 kill_child() { kill "-$1" "$(pgrep -P "$runner" -x "$2")"; }
 ends 'The program has ended with status 0.' 0 "$tavsim" ctl quit
+program=$programs/plain ends 'The program has ended with status 0.' 0 "$tavsim" ctl quit
 ends 'The program was ended by SIGKILL (Killed).' 137 kill_child KILL wait_for_quit
 ends 'The panel was ended.' 0 kill_child TERM tavsim-panel
 ends 'closed' 0 kill_child KILL tavsim-panel
@@ -74,7 +75,7 @@ rm -f "$work/told" "$work/page"
 panel=$!
 wait_until is_linked "$work/told"
 link=$(<"$work/link")
-"$tavsim" run "$waits" >"$work/said" &
+"$tavsim" run "$program" >"$work/said" &
 page end "$link" >"$work/page" &
 viewer=$!
 wait_until grep -q shown "$work/page"
