@@ -49,7 +49,8 @@ int main(int argc, char** argv) {
     if (void* init = dlsym(RTLD_DEFAULT, "TAV_Init")) {
         reinterpret_cast<int (*)(int)>(init)(0);
     }
-    std::printf("%.1f\n", argc > 1 ? meanOf(std::atoi(argv[1])) : tavbench::least(kFrames, frame));
+    std::printf("%.1f\n", argc > 1 ? meanOf(static_cast<int>(std::strtol(argv[1], nullptr, 10)))
+                                   : tavbench::least(kFrames, frame));
     SDL_Quit();
     return EXIT_SUCCESS;
 }
