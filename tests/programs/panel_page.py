@@ -10,6 +10,7 @@ import signal
 import socket
 import struct
 import sys
+import time
 
 
 class Page:
@@ -70,8 +71,8 @@ class Page:
 
     def answer(self, message):
         self.send({**message, "id": 1})
-        while not (isinstance(message := self.receive(), dict) and message.get("id") == 1):
-            assert not isinstance(message, tuple), message
+        while "id" not in (message := self.receive()):
+            assert isinstance(message, dict), message
         return message
 
     def open(self):
@@ -154,11 +155,11 @@ def attack(link):
     assert error == "a command is one line of at most 64 KiB", error
     # An application that is stopped keeps its own pages waiting, and no other.
     os.kill(page.process, signal.SIGSTOP)
-    page.send({"ask": "state", "id": 2})
+    page.send({"ask": "state --json", "id": 1})
     assert Page(link).until("settings")["canPlay"]
     os.kill(page.process, signal.SIGCONT)
     # Those that were there are served as ever, and pages that are gone make room.
-    assert '"device"' in page.answer({"ask": "state --json"})["output"]
+    assert '"device"' in page.until("output")
     del half
     more = [Page(link) for _ in range(20)]
     assert {each.status for each in more} == {101, 503}
@@ -187,6 +188,26 @@ def steer(link):
         print(*[line.replace(root, "ROOT") for line in recording][2:], sep="", end="")
 
 
+def frames(link):
+    """Prints the pictures of a screen that is drawn anew again and again."""
+    page = Page(link)
+    page.open()
+    page.send({"frames": True})
+    for _ in range(4):
+        while not isinstance(picture := page.receive(), bytes):
+            pass
+        line, files = picture.split(b"\n", 1)
+        head = json.loads(line)
+        # Not before this one is shown does another come, and on a slow line they are compressed.
+        assert "output" in page.answer({"ask": "key tap a"})
+        time.sleep(0.2)
+        page.send({"shown": True})
+        for x, y, width, height, size in head["parts"]:
+            assert struct.unpack(">8s8xII", files[:24]) == (b"\x89PNG\r\n\x1a\n", width, height)
+            files = files[size:]
+        print(head["width"], head["height"], head["format"], x, y, width, height, len(files))
+
+
 def end(link):
     """Prints how the device that is shown has ended."""
     page = Page(link)
@@ -196,4 +217,4 @@ def end(link):
 
 
 if __name__ == "__main__":
-    {"attack": attack, "steer": steer, "end": end}[sys.argv[1]](sys.argv[2])
+    {"attack": attack, "steer": steer, "frames": frames, "end": end}[sys.argv[1]](sys.argv[2])

@@ -63,7 +63,15 @@ ends() {
 }
 kill_child() { kill "-$1" "$(pgrep -P "$runner" -x "$2")"; }
 ends 'The program has ended with status 0.' 0 "$tavsim" ctl quit
-program=$programs/plain ends 'The program has ended with status 0.' 0 "$tavsim" ctl quit
+program=$programs/plain
+start
+run page frames "$link"
+picture='480 800 png 0 0 480 800 0'
+expect 0 "$picture"$'\n'"$picture"$'\n'"$picture"$'\n'"$picture" ''
+kill "$runner"
+expect_end 0 '' 'tavsim: the device is at *'
+ends 'The program has ended with status 0.' 0 "$tavsim" ctl quit
+program=$programs/wait_for_quit
 ends 'The program was ended by SIGKILL (Killed).' 137 kill_child KILL wait_for_quit
 ends 'The panel was ended.' 0 kill_child TERM tavsim-panel
 ends 'closed' 0 kill_child KILL tavsim-panel

@@ -1,15 +1,23 @@
-/* Handles SDL's events until it is asked to quit, without libtav. */
+/* Draws noise at each key, until it is asked to quit, without libtav. */
+#include <stdlib.h>
+
 #include "SDL.h"
 
 int main(void)
 {
     SDL_Event event;
+    SDL_Surface *screen = NULL;
+    int n;
 
-    if (SDL_Init(SDL_INIT_VIDEO) != 0) {
-        return 2;
+    if (SDL_Init(SDL_INIT_VIDEO) == 0) {
+        screen = SDL_SetVideoMode(480, 800, 32, SDL_SWSURFACE);
     }
-    while (SDL_WaitEvent(&event) && event.type != SDL_QUIT) {
+    while (screen != NULL && SDL_WaitEvent(&event) && event.type != SDL_QUIT) {
+        for (n = 0; event.type == SDL_KEYDOWN && n < screen->h * screen->pitch; ++n) {
+            ((Uint8 *)screen->pixels)[n] = (Uint8)rand();
+        }
+        SDL_Flip(screen);
     }
     SDL_Quit();
-    return 0;
+    return screen == NULL;
 }
