@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <thread>
 
 #include "base/message_socket.h"
@@ -315,6 +316,25 @@ TEST_F(ControlTest, AFrameIsWhatHasChangedSinceTheConnectionWasLastAnswered) {
     }
     EXPECT_EQ(command("frame"), last) << "the first of a connection is everything";
     EXPECT_THAT(command("state --json"), HasSubstr(R"("screen":{"width":1,"height":1})"));
+}
+
+TEST_F(ControlTest, WhatASocketDoesNotTakeAtOnceIsSentWhileTheApplicationWaits) {
+    tavsim::Options options;
+    options.control = true;
+    ASSERT_TRUE(device.start({}, options));
+    SDL_SetVideoMode(2000, 2000, 32, SDL_SWSURFACE);
+    MessageSocket client = connectClient();
+    client.send('c', "frame");
+    device.pump();
+    std::atomic<bool> isReceived = false;
+    std::thread reader([&] {
+        for (auto message = client.receive(); message->kind != 'd'; message = client.receive()) {}
+        isReceived = true;
+    });
+    while (!isReceived) {
+        SDL_Delay(1);
+    }
+    reader.join();
 }
 
 TEST_F(ControlTest, MalformedCommandsAnswerWithAnErrorAndChangeNothing) {

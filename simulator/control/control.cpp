@@ -1,15 +1,19 @@
 #include "simulator/control/control.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
+#include <climits>
+#include <functional>
 #include <iterator>
 #include <list>
 #include <thread>
+#include <vector>
 
 #include "base/descriptor.h"
 #include "base/print_line.h"
@@ -29,6 +33,7 @@ constexpr size_t kMostClients = 16;
 constexpr std::chrono::milliseconds kHeldStep(5);
 
 using Clients = std::list<ControlClient>;
+using SteadyClock = std::chrono::steady_clock;
 
 struct Control {
     base::Descriptor listener;
@@ -116,6 +121,28 @@ void serveClients() {
     control().ended.clear();
 }
 
+// A socket takes less than a picture at once. So the clients are sent the rest while the
+// application waits anyway, and not only when it next handles events.
+void sendMeanwhile(Milliseconds longest) {
+    if (!isControlled() || control().serving) {
+        return;
+    }
+    const auto end = SteadyClock::now() + std::chrono::milliseconds(longest);
+    auto& clients = control().clients;
+    while (std::any_of(clients.begin(), clients.end(), std::mem_fn(&ControlClient::isSending))) {
+        std::vector<pollfd> sockets;
+        for (const ControlClient& client : clients) {
+            sockets.push_back({client.isSending() ? client.socket() : -1, POLLOUT, 0});
+        }
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - SteadyClock::now());
+        const auto limit = static_cast<int>(std::clamp<Milliseconds>(left.count(), 0, INT_MAX));
+        if (poll(sockets.data(), sockets.size(), limit) <= 0) {
+            return;
+        }
+        std::for_each(clients.begin(), clients.end(), std::mem_fn(&ControlClient::send));
+    }
+}
+
 void holdWhilePaused() {
     if (!isTimeHeld()) {
         return;
@@ -151,6 +178,7 @@ bool startControl(std::string* error) {
         return false;
     }
     control().owner = getpid();
+    setMeanwhile(sendMeanwhile);
     forgetWhatWasTold();
     announceDevice();
     return true;
@@ -172,6 +200,7 @@ void stopControl() {
         return;
     }
     control().owner = 0;
+    setMeanwhile(nullptr);
     control().listener.close();
     unlink(ControlAddress(rootFolder()).path());
     withdrawDevice();

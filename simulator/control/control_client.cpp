@@ -1,7 +1,5 @@
 #include "simulator/control/control_client.h"
 
-#include <sys/socket.h>
-
 #include <string>
 #include <utility>
 
@@ -12,7 +10,6 @@ constexpr uint64_t kLongestCommand = 1 << 20;
 constexpr size_t kMostQueued = 64 << 20;  // bytes for a client that is slow
 constexpr std::chrono::seconds kLongestSilence(5);
 constexpr std::chrono::seconds kPatience(2);  // with a command that comes early
-constexpr int kFrameBuffer = 4 << 20;         // bytes, so that the socket takes a whole frame
 
 }  // namespace
 
@@ -36,6 +33,10 @@ void ControlClient::serve() {
     if (m_screen && SteadyClock::now() - m_screen->lastAsked() > kLongestSilence) {
         m_screen.reset();
     }
+    send();
+}
+
+void ControlClient::send() {
     if (m_socket.sendNow() > 0) {
         m_lastSign = SteadyClock::now();
     }
@@ -95,8 +96,6 @@ void ControlClient::answer(const Asked& asked) {
 std::string ControlClient::nextFrame(std::string* error) {
     if (!m_screen) {
         m_screen.emplace();
-        // The system may give less.
-        setsockopt(m_socket.socket(), SOL_SOCKET, SO_SNDBUF, &kFrameBuffer, sizeof kFrameBuffer);
     }
     std::string problem;
     std::optional<std::string> frame = m_screen->next(&problem);

@@ -25,6 +25,13 @@ public:
     // carries it out, sends what there is.
     void serve();
 
+    // Sends what it takes now of what it is to be sent.
+    void send();
+
+    // Whether there is more of that.
+    bool isSending() const { return m_socket.queued() > 0 && !m_socket.isGone(); }
+    int socket() const { return m_socket.socket(); }
+
     // Nothing more is to be done for it, or it does not deserve more.
     bool isFinished() const;
 

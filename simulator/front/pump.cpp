@@ -71,7 +71,7 @@ std::optional<Milliseconds> nextMoment() {
 void sleepAStep() {
     static const auto realDelay = TAV_FRONT_NEXT(SDL_Delay);
     const Milliseconds untilDue = nextDue().value_or(now() + kWaitStep) - now();
-    realDelay(static_cast<Uint32>(std::clamp<Milliseconds>(untilDue, 1, kWaitStep)));
+    realDelay(static_cast<Uint32>(useWait(std::clamp<Milliseconds>(untilDue, 1, kWaitStep))));
 }
 
 void take(const SDL_Event& event) {

@@ -36,7 +36,7 @@ extern "C" {
 TAV_PLATFORM_API void SDL_Delay(Uint32 milliseconds) {
     static const auto real = TAV_FRONT_NEXT(SDL_Delay);
     if (!tavsim::isSimulated() || !tavsim::isOnApplicationThread()) {
-        real(milliseconds);
+        real(static_cast<Uint32>(tavsim::useWait(milliseconds)));
         return;
     }
     tavsim::passTime(tavsim::after(tavsim::now(), milliseconds));

@@ -27,6 +27,7 @@ constinit std::atomic<Pace> g_pace = Pace::Real;
 constinit std::atomic<Milliseconds> g_virtualNow = 0;
 constinit std::atomic<SteadyClock::time_point> g_startedAt = {};
 constinit Pacing g_pacing = {};
+constinit std::atomic<void (*)(Milliseconds)> g_meanwhile = nullptr;
 
 Milliseconds sinceStart(std::chrono::nanoseconds time) {
     const auto start = g_startedAt.load().time_since_epoch();
@@ -44,6 +45,8 @@ void keepPace(Milliseconds moment) {
     if (SteadyClock::now() - time > kBusy) {
         g_pacing = {SteadyClock::now(), moment, g_pacing.factor};
     }
+    useWait(
+        std::chrono::duration_cast<std::chrono::milliseconds>(time - SteadyClock::now()).count());
     std::this_thread::sleep_until(time);
 }
 
@@ -105,6 +108,21 @@ bool mayHaveCome(Milliseconds moment) {
 Milliseconds after(Milliseconds moment, Milliseconds stretch) {
     constexpr Milliseconds kLast = std::numeric_limits<Milliseconds>::max();
     return stretch < kLast - moment ? moment + std::max<Milliseconds>(stretch, 0) : kLast;
+}
+
+void setMeanwhile(void (*meanwhile)(Milliseconds longest)) {
+    g_meanwhile = meanwhile;
+}
+
+Milliseconds useWait(Milliseconds longest) {
+    const auto meanwhile = g_meanwhile.load();
+    if (meanwhile == nullptr || longest <= 0 || !isOnApplicationThread()) {
+        return longest;
+    }
+    const SteadyClock::time_point end = SteadyClock::now() + std::chrono::milliseconds(longest);
+    meanwhile(longest);
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - SteadyClock::now());
+    return std::max<Milliseconds>(left.count(), 0);
 }
 
 void setTime(Milliseconds moment) {

@@ -39,6 +39,13 @@ bool mayHaveCome(Milliseconds moment);
 // The moment plus a duration; a negative duration counts as 0. Saturates at the largest value.
 Milliseconds after(Milliseconds moment, Milliseconds stretch);
 
+// What is done on the application's thread while it waits in real time, for so long at most; null:
+// nothing.
+void setMeanwhile(void (*meanwhile)(Milliseconds longest));
+
+// Does it, and returns how long the wait still is.
+Milliseconds useWait(Milliseconds longest);
+
 // Virtual time only: moves the clock on, never back. On the application's thread.
 void setTime(Milliseconds moment);
 
