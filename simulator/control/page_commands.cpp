@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "base/json/writer.h"
@@ -19,6 +20,12 @@ std::vector<std::string> contents(std::string_view words) {
         all.push_back(contentOf(takeWord(&words)).value_or(""));
     }
     return all;
+}
+
+// The text as it is, but in one line.
+CommandResult exception(std::string text) {
+    std::replace(text.begin(), text.end(), '\n', ' ');
+    return failed("page call: " + text);
 }
 
 CommandResult pageCall(Words words) {
@@ -39,8 +46,7 @@ CommandResult pageCall(Words words) {
         result.isEarly = true;
         return result;
     }
-    return reply->isException ? failed("page call: " + base::escapedJson(reply->text))
-                              : CommandResult{{}, reply->text + "\n"};
+    return reply->isException ? exception(reply->text) : CommandResult{{}, reply->text + "\n"};
 }
 
 constexpr Command kPageCommands[] = {
