@@ -156,6 +156,13 @@ std::string whyNoStep(const std::string& line, const std::string& folder,
     return whyNoFit(*command, words, folder);
 }
 
+std::string fileNamedIn(const std::string& line) {
+    const auto [first, command, words] = readLine(line);
+    double number = 0;
+    const bool hasFile = command != nullptr && beginsWithFile(command->usage);
+    return hasFile ? std::string(words.restBeforeNumber(&number)) : std::string();
+}
+
 bool looksAtScreen(const std::string& line) {
     const Command* command = readLine(line).command;
     const auto rows = screenCommands();

@@ -45,6 +45,9 @@ TAV_PLATFORM_API std::string whyMalformed(const std::string& line);
 std::string whyNoStep(const std::string& line, const std::string& folder,
                       const std::vector<std::string>& otherNames);
 
+// The file that the line names, as it stands there; empty where it names none.
+TAV_PLATFORM_API std::string fileNamedIn(const std::string& line);
+
 // How the command `picture` compares.
 struct PictureOptions {
     bool update = false;      // stores what differs

@@ -184,6 +184,9 @@ def steer(link):
     for text in ("at 100ms: quit\n", "expect within 1s kind=device what=vibrator\n", "at\n"):
         answer = page.answer({"play": text})
         print(answer["status"], answer["output"].replace(root, "ROOT"), end="")
+    for outside in ({"ask": "screenshot /x.png"}, {"ask": "track ../x.gpx 2"},
+                    {"play": "at 0s: expect picture ../x.png 8\n"}, {"play": "include x\n"}):
+        print(page.answer(outside)["error"].replace(root, "ROOT"))
     with open(root + "/recording", encoding="utf-8") as recording:
         print(*[line.replace(root, "ROOT") for line in recording][2:], sep="", end="")
 

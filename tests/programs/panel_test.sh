@@ -41,6 +41,10 @@ track: ROOT/x.nmea:*
 0 quit
 3 ROOT/panel.scenario:1: expect within 1s kind=device what=vibrator: **
 2 ROOT/panel.scenario:1: *
+the panel reads and writes files only in the device\'s folder ROOT, and not /x.png
+the panel reads and writes files only in the device\'s folder ROOT, and not ../x.gpx
+the panel reads and writes files only in the device\'s folder ROOT, and not ../x.png
+the panel plays no scenario with an include or a table
 at *ms: location lost
 at *ms: track ROOT/a_walk.gpx 2
 at *ms: track ROOT/a_walk-2.gpx 2' ''

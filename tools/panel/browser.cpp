@@ -11,6 +11,7 @@
 #include "base/file.h"
 #include "base/json/reader.h"
 #include "base/json/writer.h"
+#include "security.h"
 
 namespace json = base::json;
 
@@ -193,6 +194,10 @@ void Browser::ask(const std::string& line, int number) {
         answer(number, false, "a command is one line of at most 64 KiB");
         return;
     }
+    if (const std::string problem = whyNoCommand(line, m_root); !problem.empty()) {
+        answer(number, false, problem);
+        return;
+    }
     m_questions->ask(line, [this, number](bool isDone, const std::string& text) {
         answer(number, isDone, text);
     });
@@ -222,6 +227,10 @@ void Browser::track(const Request& request) {
 
 void Browser::play(const Request& request) {
     const int number = request.id;
+    if (const std::string problem = whyNoScenario(*request.play, m_root); !problem.empty()) {
+        answer(number, false, problem);
+        return;
+    }
     const std::string problem = m_common.player.play(
         *request.play, m_root, this, [this, number](int status, const std::string& output) {
             send(base::jsonObject("id", number, "status", status, "output", output));

@@ -24,4 +24,10 @@ std::optional<std::string> originOfTiles(const std::string& address);
 // The value of the header Content-Security-Policy, with the tile server's origin; it may be empty.
 std::string contentPolicy(const std::string& tiles);
 
+// Why a page must not give the command: it names a file outside of the folder. Empty otherwise.
+std::string whyNoCommand(const std::string& line, const std::string& folder);
+
+// The same for a scenario that lies in the folder. It must not be put together from other texts.
+std::string whyNoScenario(const std::string& text, const std::string& folder);
+
 }  // namespace panel
