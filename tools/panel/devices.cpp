@@ -31,7 +31,7 @@ Devices::Devices(std::string only, std::function<void()> onChange)
 }
 
 bool Devices::has(const std::string& root) const {
-    return root == m_only || m_roots.count(root) > 0;
+    return root == m_only || m_roots.contains(root);
 }
 
 void Devices::look() {
@@ -47,11 +47,11 @@ void Devices::look() {
             roots.insert(root);
         }
     }
-    std::string message = json.endArray().endObject().take();
-    if (message == m_message) {
+    std::string list = json.endArray().endObject().take();
+    if (list == m_message) {
         return;
     }
-    m_message = std::move(message);
+    m_message = std::move(list);
     m_roots = std::move(roots);
     m_onChange();
 }

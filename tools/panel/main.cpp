@@ -55,9 +55,9 @@ private:
         char bytes[kLongestSentence];
         const ssize_t count = read(STDIN_FILENO, bytes, sizeof bytes);
         m_sentence.append(bytes, count > 0 ? static_cast<size_t>(count) : 0);
-        const size_t end = m_sentence.find('\n');
-        if (end != std::string::npos || count <= 0) {
-            this->end(end != std::string::npos ? m_sentence.substr(0, end) : kKilled);
+        const size_t length = m_sentence.find('\n');
+        if (length != std::string::npos || count <= 0) {
+            end(length != std::string::npos ? m_sentence.substr(0, length) : kKilled);
         }
     }
 
