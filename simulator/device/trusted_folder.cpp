@@ -24,7 +24,7 @@ constexpr char kLink[] = ": is a symbolic link, and the device follows none";
 constexpr char kNoFile[] = ": is neither a file nor a folder";
 
 // Everything that the device and the library use in the root folder, except the application's data.
-constexpr const char* kUsed[] = {"/var",         "/usr",   "/proc",       kDescription,
+constexpr const char* kUsed[] = {"/var",         "/usr",   "/proc",        kDescription,
                                  kControlSocket, kVerdict, kRecordingMark, kRecording};
 
 // The user, or root.

@@ -18,7 +18,7 @@ struct Answer {
         Strange     // what answers there is no device
     };
     End end = End::Late;
-    std::string text;   // of output, whole lines
+    std::string text;        // of output, whole lines
     std::string frame = {};  // what has changed on the screen, for the command `frame`
     std::string lost = {};   // so many lines in front of it, in digits, were not taken in time
 };
