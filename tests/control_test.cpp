@@ -156,7 +156,8 @@ TEST_F(ControlTest, WhoWatchesIsShownWhatHasBeenAndThenWhatComes) {
     MessageSocket watcher = connectClient();
     std::string shown = ask(watcher, "watch");
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-    while (shown.find("\"plugin\":true") == shown.npos && std::chrono::steady_clock::now() < end) {
+    while (shown.find("\"plugin\":true") == std::string::npos &&
+           std::chrono::steady_clock::now() < end) {
         device.advance(10);
         shown += received(watcher);
     }

@@ -168,11 +168,11 @@ TEST_F(PageTest, CommandsCallMethodsBetweenTwoRunsOfTheScript) {
     constexpr char kBusy[] = "page call: the page's script is in a call itself";
     const std::pair<const char*, std::string> cases[] = {
         {"add 2 40", "42\n"},
-        {"echo \"a \\u00e9 \\\"\" b", "a \xc3\xa9 \"\n"},
+        {R"(echo "a \u00e9 \"" b)", "a é \"\n"},
         {"add 1", "page call: add needs two numbers \xe2\x9c\x97"},
         {"callAgain", std::string(kBusy) + "\n"},
-        {"ad 1 2", "page call: no method \"ad\"; did you mean \"add\"?"},
-        {"echo \"a", "page call: \"\\\"a\": what begins with a quote must be a JSON string"},
+        {"ad 1 2", R"(page call: no method "ad"; did you mean "add"?)"},
+        {"echo \"a", R"(page call: "\"a": what begins with a quote must be a JSON string)"},
     };
     const auto command = [](const std::string& line) {
         const tavsim::CommandResult result = tavsim::carryOut("page call " + line);
