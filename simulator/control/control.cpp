@@ -113,8 +113,8 @@ void serveClients() {
     if (!control().listener.isOurs()) {
         listenAgain();
     }
-    auto& clients = control().clients;
-    for (auto client = clients.begin(); client != clients.end() && control().ended.empty();) {
+    for (auto client = control().clients.begin();
+         client != control().clients.end() && control().ended.empty();) {
         serve(client++);
     }
     accept();

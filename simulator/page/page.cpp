@@ -116,8 +116,8 @@ std::optional<MethodReply> Page::call(const std::string& method,
         items.writeText(argument);
     }
     m_isBusy = true;
-    HDataWriter answer;
-    const MethodReply reply = callMethod(items.message(), &answer);
+    HDataWriter unused;
+    const MethodReply reply = callMethod(items.message(), &unused);
     endTurn();
     return reply;
 }
