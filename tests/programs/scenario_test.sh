@@ -148,10 +148,10 @@ fi
 says 2 '' '*: is no regular file' run --scenario <(echo quit) "$waits"
 
 # When the run ends while a step waits, the message names that step.
-printf 'limit 0.3\nprogram %s\nat 99s: quit' "$waits" >scenario
-says 124 '**' $'**0.3 seconds, its time-out\nscenario:3: at 99s: quit: * ended **' \
+printf 'limit 2\nprogram %s\nat 99s: quit' "$waits" >scenario
+says 124 '**' $'**2 seconds, its time-out\nscenario:3: at 99s: quit: * ended **' \
     run --scenario scenario
-printf 'limit 0.3\nprogram %s\nplugin off' "$waits" >setup
+printf 'limit 2\nprogram %s\nplugin off' "$waits" >setup
 says 124 '**' $'**time-out\nsetup: all its steps were done, but **' run --scenario setup
 cat >killed <<'EOF'
 "$1" &
