@@ -101,7 +101,8 @@ void adoptHeader(const Scenario& scenario, RunRequest* request) {
         request->page = scenario.page.value_or("");
     }
     if (request->timeout == 0) {
-        request->timeout = scenario.limit.value_or(tavsim::kDefaultLimit);
+        // Who looks at the device in a browser may take their time.
+        request->timeout = scenario.limit.value_or(request->panel ? 0 : tavsim::kDefaultLimit);
     }
 }
 
