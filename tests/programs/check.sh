@@ -106,6 +106,8 @@ start_display() {
     export DISPLAY
 }
 
+nothing_is_left() { [ -z "$(find "$TMPDIR" -mindepth 1)" ]; }
+
 expect_nothing_left() {
     local left
     left=$(find "$TMPDIR" -mindepth 1)

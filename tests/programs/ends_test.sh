@@ -21,7 +21,6 @@ expect_end() {
 }
 
 is_gone() { [[ $(ps -o stat= -p "$1") != [^Z]* ]]; }
-nothing_is_left() { [ -z "$(find "$TMPDIR" -mindepth 1)" ]; }
 
 says 0 $'*\npercent 72' '' run "$programs/service_reply"
 expect_nothing_left 'a program with a device'

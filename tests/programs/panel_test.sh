@@ -63,7 +63,7 @@ ends() {
     wait "$viewer"
     [ "$(sed 1d "$work/page")" = "$1" ] || fail "${*:3}: the page says: $(<"$work/page")"
     wait_until is_closed
-    expect_nothing_left "${*:3}"
+    wait_until nothing_is_left  # a killed tavsim is tidied up after by another process
 }
 kill_child() { kill "-$1" "$(pgrep -P "$runner" -x "$2")"; }
 ends 'The program has ended with status 0.' 0 "$tavsim" ctl quit
