@@ -2,6 +2,7 @@
 
 #include <sqlite3.h>
 
+#include <cstddef>
 #include <cstring>
 #include <memory>
 #include <new>
@@ -102,7 +103,7 @@ std::map<std::string, std::string> storedPreferences(const std::string& path) {
         return preferences;
     }
     const std::unique_ptr<char*, decltype(&sqlite3_free_table)> table(cells, sqlite3_free_table);
-    for (int row = 1; row <= rows; ++row) {  // the first one holds the names of the columns
+    for (ptrdiff_t row = 1; row <= rows; ++row) {  // the first one holds the names of the columns
         preferences.emplace(cells[2 * row], cells[2 * row + 1]);
     }
     return preferences;

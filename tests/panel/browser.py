@@ -144,7 +144,10 @@ class PanelTest(unittest.TestCase):
         return self.find(id).get_property("value")
 
     def wait_for_text(self, id, text):
-        wait_until(lambda: text in self.find(id).text, f"{text} in {id}")
+        try:
+            wait_until(lambda: text in self.find(id).text, f"{text} in {id}")
+        except AssertionError as error:
+            raise AssertionError(f"{error}; it says {self.find(id).text!r}") from None
 
     def wait_for_entry(self, running, *pattern):
         answer = running.ctl("wait", *pattern, "within", f"{PATIENCE}s")

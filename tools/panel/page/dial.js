@@ -49,6 +49,8 @@ export function setUpDial(device) {
     let heading = 0;
     /** @type {number | null} the direction that was last asked for */
     let held = null;
+    let isAwaited = false; // the device does not tell that direction yet
+    let wasHeld = false;
     let isTurning = false;
 
     /** @param {number | null} degrees */
@@ -66,6 +68,7 @@ export function setUpDial(device) {
         show(Math.round(degrees));
         if (heading !== held) {
             held = heading;
+            isAwaited = true;
             send(`compass hold ${heading}`, true);
         }
     }
@@ -101,13 +104,19 @@ export function setUpDial(device) {
     follow.addEventListener("change",
         () => device.act(`compass follow ${follow.checked ? "on" : "off"}`));
     device.onState(["compass"], ({ compass }) => {
-        if (!isTurning) {
+        const isLetGo = wasHeld && !compass.held;
+        wasHeld = compass.held;
+        isAwaited = isAwaited && !isLetGo && compass.heading !== held;
+        if (!isTurning && !isAwaited) {
             show(compass.heading);
         }
         release.hidden = !compass.held;
-        held = compass.held || isTurning ? held : null;
+        held = compass.held || isTurning || isAwaited ? held : null;
         follow.checked = compass.follows;
         byId("compass-source", HTMLElement).textContent = sourceOf(compass);
     });
-    device.reset.listen(() => show(null));
+    device.reset.listen(() => {
+        isAwaited = wasHeld = false;
+        show(null);
+    });
 }
