@@ -40,8 +40,9 @@ void observeCommands(CommandObserver observer);
 // such command, or its words are not as its usage says. Empty when it may be carried out.
 TAV_PLATFORM_API std::string whyMalformed(const std::string& line);
 
-// The same for a step of a scenario, which shows nothing and leaves the time to itself, and with
-// files that are there already. The other names are suggested too where one of them was meant.
+// The same for a step of a scenario. A command that only shows something, or that pauses or speeds
+// up the time, is none. Files that the step reads must be there already. The other names are
+// suggested too where one of them was meant.
 std::string whyNoStep(const std::string& line, const std::string& folder,
                       const std::vector<std::string>& otherNames);
 

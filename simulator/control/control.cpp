@@ -7,13 +7,13 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <climits>
 #include <functional>
 #include <iterator>
 #include <list>
 #include <thread>
-#include <vector>
 
 #include "base/descriptor.h"
 #include "base/print_line.h"
@@ -129,14 +129,14 @@ void sendMeanwhile(Milliseconds longest) {
     }
     const auto end = SteadyClock::now() + std::chrono::milliseconds(longest);
     auto& clients = control().clients;
+    std::array<pollfd, kMostClients> sockets{};
     while (std::any_of(clients.begin(), clients.end(), std::mem_fn(&ControlClient::isSending))) {
-        std::vector<pollfd> sockets;
-        for (const ControlClient& client : clients) {
-            sockets.push_back({client.isSending() ? client.socket() : -1, POLLOUT, 0});
-        }
+        std::transform(clients.begin(), clients.end(), sockets.begin(), [](const auto& client) {
+            return pollfd{client.isSending() ? client.socket() : -1, POLLOUT, 0};
+        });
         const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - SteadyClock::now());
         const auto limit = static_cast<int>(std::clamp<Milliseconds>(left.count(), 0, INT_MAX));
-        if (poll(sockets.data(), sockets.size(), limit) <= 0) {
+        if (poll(sockets.data(), clients.size(), limit) <= 0) {
             return;
         }
         std::for_each(clients.begin(), clients.end(), std::mem_fn(&ControlClient::send));

@@ -11,8 +11,8 @@ bool startControl(std::string* error);
 // Whether this process listens.
 bool isControlled();
 
-// Carries out the received commands on the caller's thread. Never waits, but while the time is
-// paused and the application was not asked to quit.
+// Carries out the received commands on the caller's thread. While the time is paused, this goes on
+// until it is resumed or the application is asked to quit; otherwise it never waits.
 void serveControl();
 
 void stopControl();

@@ -22,6 +22,12 @@ std::vector<std::string>& told() {
     return instance;
 }
 
+void tell(std::string line) {
+    if (isControlled()) {  // otherwise nobody can watch
+        told().push_back(std::move(line));
+    }
+}
+
 class Watch {
 public:
     News operator()() {
@@ -67,7 +73,7 @@ std::function<News()> watchDevice() {
 }
 
 void tellRecorded(const std::string& line) {
-    told().push_back(base::jsonObject("recorded", line));
+    tell(base::jsonObject("recorded", line));
 }
 
 void tellStep(int line, const std::string& text, const char* state, const std::string& reason) {
@@ -77,7 +83,7 @@ void tellStep(int line, const std::string& text, const char* state, const std::s
     if (!reason.empty()) {
         json.member("reason", reason);
     }
-    told().push_back(json.endObject().endObject().take());
+    tell(json.endObject().endObject().take());
 }
 
 void forgetWhatWasTold() {

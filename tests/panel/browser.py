@@ -3,6 +3,7 @@
 import os
 import re
 import shutil
+import signal
 import subprocess
 import tempfile
 import time
@@ -39,15 +40,20 @@ def start_browser():
     return webdriver.Chrome(service=Service("/usr/bin/chromedriver"), options=options)
 
 
+def accept_interrupt():
+    signal.signal(signal.SIGINT, signal.SIG_DFL)
+
+
 class Running:
     """A command of tavsim that runs."""
 
     def __init__(self, folder, *command):
         self.environment = dict(os.environ, SDL_VIDEODRIVER="dummy", TMPDIR=folder)
         self.output = tempfile.NamedTemporaryFile("r", dir=folder, suffix=".output")
+        # A shell lets what it runs in the background ignore Ctrl-C, and that is inherited.
         self.process = subprocess.Popen([TAVSIM, *command], env=self.environment, cwd=folder,
                                         stdin=subprocess.DEVNULL, stdout=self.output,
-                                        stderr=self.output)
+                                        stderr=self.output, preexec_fn=accept_interrupt)
 
     def printed(self):
         with open(self.output.name) as output:

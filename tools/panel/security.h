@@ -27,7 +27,8 @@ std::string contentPolicy(const std::string& tiles);
 // Why a page must not give the command: it names a file outside of the folder. Empty otherwise.
 std::string whyNoCommand(const std::string& line, const std::string& folder);
 
-// The same for a scenario that lies in the folder. It must not be put together from other texts.
+// The same for a scenario that lies in the folder. One with an include or a table is refused too,
+// because its steps are not known before they are put together.
 std::string whyNoScenario(const std::string& text, const std::string& folder);
 
 }  // namespace panel
