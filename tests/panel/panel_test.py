@@ -64,6 +64,7 @@ class DeviceInABrowserTest(PanelTest):
         self.find("track-file").send_keys(PROJECT + "/examples/cache-hunt/tracks/park.gpx")
         self.wait_for_entry(hunt, "what=movement", 'outcome="on a track"')
         self.type("at-latitude", "52.51518")
+        self.type("at-longitude", "13.35")
         self.find_by("#position .primary").click()
         self.wait_for_entry(hunt, "what=vibrator", "outcome=on*")
 

@@ -46,11 +46,20 @@ function setUpPositionForm(device) {
     const lost = byId("lost", HTMLInputElement);
     const inputs = FIELDS.map(([name, , min, max]) => element("input", { id: "at-" + name,
         type: "number", min: String(min), max: String(max), step: "any", required: true }));
-    replaceChildren(byId("position-fields", HTMLElement), FIELDS.map(([, label], n) =>
+    const fields = byId("position-fields", HTMLElement);
+    let isChanged = false; // on the way to the button, the fields keep what was entered
+    replaceChildren(fields, FIELDS.map(([, label], n) =>
         element("label", { className: "field" }, label, inputs[n])));
 
+    fields.addEventListener("input", () => {
+        isChanged = true;
+    });
+    form.addEventListener("focusout", ({ relatedTarget }) => {
+        isChanged = isChanged && relatedTarget instanceof Node && form.contains(relatedTarget);
+    });
     form.addEventListener("submit", (event) => {
         event.preventDefault();
+        isChanged = false;
         const position = Object.assign({}, ...FIELDS.map(([name], n) =>
             ({ [name]: inputs[n].valueAsNumber })));
         device.act(locationCommand(position));
@@ -58,7 +67,7 @@ function setUpPositionForm(device) {
     lost.addEventListener("change",
         () => device.act(lost.checked ? "location lost" : "location found"));
     device.onState(["position"], ({ position }) => {
-        if (position && !isBeingEdited(byId("position-fields", HTMLElement))) {
+        if (position && !isChanged && !isBeingEdited(fields)) {
             FIELDS.forEach(([name], n) => {
                 inputs[n].value = String(Number(position[name].toFixed(7)));
             });
