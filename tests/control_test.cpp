@@ -304,18 +304,26 @@ TEST_F(ControlTest, AFrameIsWhatHasChangedSinceTheConnectionWasLastAnswered) {
         {[&] { open(1, 1, 16); }, "1,\"height\":1,\"parts\":[[0,0,1,1]]}\n\0\0\0"s},
     };
     MessageSocket client = connectClient();
-    std::string last;
-    for (const auto& [change, frame] : cases) {
-        EXPECT_EQ(ask(client, "frame"), "") << "nothing has changed yet";
-        change();
+    const auto frameAnswered = [&] {
         std::string answer;
         while ((answer = received(client)).empty()) {
             device.pump();
         }
+        return answer;
+    };
+    std::string last;
+    for (const auto& [change, frame] : cases) {
+        change();
+        client.send('c', "frame");
         last = "p{\"width\":" + frame + "d";
-        EXPECT_EQ(answer, last);
+        EXPECT_EQ(frameAnswered(), last);
     }
     EXPECT_EQ(command("frame"), last) << "the first of a connection is everything";
+    EXPECT_EQ(ask(client, "frame"), "") << "nothing has changed yet";
+    fill({0, 0, 1, 1}, 0xffff);
+    EXPECT_EQ(frameAnswered(),
+              "p{\"width\":1,\"height\":1,\"parts\":[[0,0,1,1]]}\n\xff\xff\xff"
+              "d");
     EXPECT_THAT(command("state --json"), HasSubstr(R"("screen":{"width":1,"height":1})"));
 }
 
