@@ -46,6 +46,9 @@ RunEnd Supervisor::run(const std::string& file) {
     }
     const Guard guard([this] {
         m_members.kill();
+        // The kernel has killed it already. While it frees its memory, it is no member any more,
+        // but still has the device.
+        m_process.waitForEnd();
         m_folder.release();
     });
     if (m_output != nullptr) {

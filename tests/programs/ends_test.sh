@@ -89,6 +89,11 @@ for end in 'KILL 0' 'TERM 2' 'HUP 2'; do
     wait_until nothing_is_left
 done
 
+# Nor does its device, however long the kernel takes to free the program's memory.
+start "$waits" big
+kill -KILL "$runner"
+wait_until nothing_is_left
+
 # A child process that exits does not end the device.
 start "$waits" fork
 says 0 '' '' ctl quit

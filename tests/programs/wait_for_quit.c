@@ -1,12 +1,13 @@
 /* Shows the keyboard, calls a service and runs until it is asked to quit. With the argument "fork",
  * it first starts a child process that ends at once. With "thread", its main thread ends while
  * another one stays. With "close FILE", it closes all descriptors and reuses their numbers. With
- * "slow", it takes its time to end. */
+ * "slow", it takes its time to end. With "big", the kernel takes its time to free its memory. */
 #include <fcntl.h>
 #include <pthread.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -14,6 +15,7 @@
 #include "tav.h"
 
 #define MOST_USED 700
+#define MANY_BYTES (256 << 20)
 
 static void *stay(void *unused)
 {
@@ -42,6 +44,8 @@ int main(int argc, char *argv[])
         pthread_t thread;
         pthread_create(&thread, NULL, stay, NULL);
         pthread_exit(NULL);
+    } else if (strcmp(way, "big") == 0) {
+        mmap(NULL, MANY_BYTES, PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_POPULATE, -1, 0);
     } else if (strcmp(way, "close") == 0) {
         int used;
         close(STDERR_FILENO);

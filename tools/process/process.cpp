@@ -78,7 +78,11 @@ int Process::start(const std::string& file, const std::vector<std::string>& word
         signals.restore();
         execute(file, words);
     });
-    return m_id < 0 ? errno : 0;
+    if (m_id < 0) {
+        return errno;
+    }
+    m_handle = base::Descriptor(pidfd_open(m_id, 0));
+    return 0;
 }
 
 bool Process::hasEnded() {
@@ -87,6 +91,11 @@ bool Process::hasEnded() {
 
 void Process::send(int signal) const {
     kill(m_id, signal);
+}
+
+void Process::waitForEnd() const {
+    pollfd end = {m_handle.number(), POLLIN, 0};
+    poll(&end, 1, std::chrono::milliseconds(kLongestEnd).count());
 }
 
 Guard::Guard(const std::function<void()>& cleanUp) {

@@ -42,9 +42,14 @@ public:
 
     void send(int signal) const;
 
+    // In a process that is not its parent too, and when its parent has died. Gives up after some
+    // seconds.
+    void waitForEnd() const;
+
 private:
     pid_t m_id = 0;
     int m_status = 0;
+    base::Descriptor m_handle;
 };
 
 // As long as this object exists, a child process waits for this process to die, and then cleans up.
