@@ -28,13 +28,6 @@ bool isOrdinaryEnd(int signal) {
     return signal == SIGINT || signal == SIGTERM || signal == SIGHUP || signal == SIGPIPE;
 }
 
-std::string describe(int signal) {
-    const char* name = sigabbrev_np(signal);
-    const char* description = sigdescr_np(signal);
-    return name == nullptr ? "signal " + std::to_string(signal)
-                           : std::string("SIG") + name + " (" + description + ")";
-}
-
 }  // namespace
 
 RunEnd Supervisor::run(const std::string& file) {
@@ -162,12 +155,9 @@ RunEnd Supervisor::tellEnd() const {
         say("did not use the device: nothing reached it from this program, or from what it started "
             "with its environment");
     }
-    const int exit = signal != 0 ? kDeathBySignal + signal : WEXITSTATUS(status);
-    const std::string how = signal != 0
-                                ? "The program was ended by " + describe(signal)
-                                : "The program has ended with status " + std::to_string(exit);
-    return {m_isTimedOut ? kTimedOut : exit, true, m_isTimedOut,
-            how + (m_isTimedOut ? ", after its time-out." : ".")};
+    const std::string how = howEnded(status);
+    return {m_isTimedOut ? kTimedOut : exitStatus(status), true, m_isTimedOut,
+            m_isTimedOut ? how.substr(0, how.size() - 1) + ", after its time-out." : how};
 }
 
 void Supervisor::say(const std::string& text) const {

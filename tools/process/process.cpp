@@ -11,6 +11,7 @@
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
 #include <thread>
 #include <utility>
@@ -23,6 +24,7 @@ extern "C" {  // which the header itself lacks
 #include "base/child.h"
 #include "base/descriptor.h"
 #include "base/file.h"
+#include "tools/process/exit_status.h"
 
 namespace tools {
 namespace {
@@ -96,6 +98,23 @@ void Process::send(int signal) const {
 void Process::waitForEnd() const {
     pollfd end = {m_handle.number(), POLLIN, 0};
     poll(&end, 1, std::chrono::milliseconds(kLongestEnd).count());
+}
+
+std::string describe(int signal) {
+    const char* name = sigabbrev_np(signal);
+    const char* description = sigdescr_np(signal);
+    return name == nullptr ? "signal " + std::to_string(signal)
+                           : std::string("SIG") + name + " (" + description + ")";
+}
+
+std::string howEnded(int status) {
+    return WIFSIGNALED(status)
+               ? "The program was ended by " + describe(WTERMSIG(status)) + "."
+               : "The program has ended with status " + std::to_string(exitStatus(status)) + ".";
+}
+
+int exitStatus(int status) {
+    return WIFSIGNALED(status) ? kDeathBySignal + WTERMSIG(status) : WEXITSTATUS(status);
 }
 
 Guard::Guard(const std::function<void()>& cleanUp) {

@@ -52,6 +52,14 @@ private:
     base::Descriptor m_handle;
 };
 
+// A signal's name and meaning.
+std::string describe(int signal);
+
+// How a program has ended, from its status as of waitpid(): in a sentence, and as the exit status
+// that a shell would give.
+std::string howEnded(int status);
+int exitStatus(int status);
+
 // As long as this object exists, a child process waits for this process to die, and then cleans up.
 class Guard {
 public:
