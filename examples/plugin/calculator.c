@@ -2,7 +2,9 @@
  * reports each calculation back to the page. It draws nothing; SDL is there for its event queue,
  * through which the page's calls arrive.
  *
- *     tavsim run --device cinnabar --page page.js calculator
+ *     tavsim run --device cinnabar --page page.js calculator       a script without a browser
+ *     tavsim run --device cinnabar --page index.html calculator    a page in the browser
+ *     tav-page FOLDER                                              the same on this machine itself
  */
 #include <stdio.h>
 #include <stdlib.h>
@@ -46,8 +48,8 @@ static void finish(TAV_JSParameters *parameters, double left, char operation, do
     char text[32];
     const char *report[2];
 
-    snprintf(term, sizeof term, "%g %c %g", left, operation, right);
-    snprintf(text, sizeof text, "%g", result);
+    snprintf(term, sizeof term, "%.12g %c %.12g", left, operation, right);
+    snprintf(text, sizeof text, "%.12g", result);
     report[0] = term;
     report[1] = text;
     if (TAV_CallJS("calculated", report, 2) != TAV_NOERROR) {
@@ -62,6 +64,24 @@ static void add(TAV_JSParameters *parameters)
 
     if (read_operands(parameters, &left, &right)) {
         finish(parameters, left, '+', right, left + right);
+    }
+}
+
+static void subtract(TAV_JSParameters *parameters)
+{
+    double left, right;
+
+    if (read_operands(parameters, &left, &right)) {
+        finish(parameters, left, '-', right, left - right);
+    }
+}
+
+static void multiply(TAV_JSParameters *parameters)
+{
+    double left, right;
+
+    if (read_operands(parameters, &left, &right)) {
+        finish(parameters, left, '*', right, left * right);
     }
 }
 
@@ -99,6 +119,8 @@ int main(int argc, char *argv[])
     }
     TAV_Init(0);
     TAV_RegisterJSHandler("add", add);
+    TAV_RegisterJSHandler("subtract", subtract);
+    TAV_RegisterJSHandler("multiply", multiply);
     TAV_RegisterJSHandler("divide", divide);
     TAV_RegisterJSHandler("quit", quit);
     if (TAV_JSRegistrationComplete() != TAV_NOERROR) {
