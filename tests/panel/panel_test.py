@@ -10,7 +10,8 @@ import subprocess
 from selenium.webdriver.common.by import By
 from selenium.webdriver.common.keys import Keys
 
-from browser import PROGRAMS, PROJECT, TAVSIM, PanelTest, start_browser, wait_until
+from browser import PROGRAMS, PROJECT, TAVSIM, kill_browser, start_browser, wait_until
+from panel import PanelTest
 
 HUNT = ["--device", PROJECT + "/examples/cache-hunt/hunt.json", PROGRAMS + "cache-hunt"]
 BATTERY = "vire://com.vire.battery/status"
@@ -136,12 +137,12 @@ class DeviceInABrowserTest(PanelTest):
         self.wait_for_entry(calculator, "kind=page", "method=cache", "outcome=exception*")
 
     def test_devices_come_and_go(self):
-        panel = self.start("panel")
+        panel = self.start_tavsim("panel")
         self.open(panel)
         self.wait_for_text("notice", "No device runs")
-        first = self.start("run", *HUNT)
+        first = self.start_tavsim("run", *HUNT)
         self.wait_for_text("device-name", "cache-hunt")
-        second = self.start("run", PROGRAMS + "instruments")
+        second = self.start_tavsim("run", PROGRAMS + "instruments")
         wait_until(lambda: len(self.find("devices").find_elements(By.TAG_NAME, "option")) == 2,
                    "both devices")
         os.kill(first.child("cache-hunt"), signal.SIGKILL)
@@ -171,8 +172,6 @@ class DeviceInABrowserTest(PanelTest):
         hunt = self.start_and_open(*HUNT)
         other.get(hunt.link())
         wait_until(lambda: other.find_element(By.ID, "status").text == "running", "the other one")
-        driver = str(other.service.process.pid)
-        for process in subprocess.run(["pgrep", "-P", driver], capture_output=True).stdout.split():
-            os.kill(int(process), signal.SIGKILL)
+        kill_browser(other)
         self.find("screen").send_keys("h")
         self.wait_for_entry(hunt, "what=reply", "uri=*getItemInfo")

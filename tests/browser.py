@@ -1,4 +1,5 @@
-"""A browser with the panel in it, and the programs on simulated devices that the panel shows."""
+"""A browser, the commands that run while it looks at their pages, and what they must leave behind:
+nothing."""
 
 import os
 import re
@@ -13,9 +14,8 @@ from selenium import webdriver
 from selenium.webdriver.chrome.service import Service
 from selenium.webdriver.common.action_chains import ActionChains
 from selenium.webdriver.common.by import By
-from selenium.webdriver.support.ui import Select
 
-PROJECT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
+PROJECT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 PROGRAMS = os.environ["TAV_BUILD"] + "/bin/"
 TAVSIM = PROGRAMS + "tavsim"
 PATIENCE = 30
@@ -40,18 +40,25 @@ def start_browser():
     return webdriver.Chrome(service=Service("/usr/bin/chromedriver"), options=options)
 
 
+def kill_browser(browser):
+    """Kills the browser's processes, as a crash would."""
+    driver = str(browser.service.process.pid)
+    for process in subprocess.run(["pgrep", "-P", driver], capture_output=True).stdout.split():
+        os.kill(int(process), signal.SIGKILL)
+
+
 def accept_interrupt():
     signal.signal(signal.SIGINT, signal.SIG_DFL)
 
 
 class Running:
-    """A command of tavsim that runs."""
+    """A command that runs."""
 
-    def __init__(self, folder, *command):
-        self.environment = dict(os.environ, SDL_VIDEODRIVER="dummy", TMPDIR=folder)
+    def __init__(self, folder, *command, **environment):
+        self.environment = dict(os.environ, SDL_VIDEODRIVER="dummy", TMPDIR=folder) | environment
         self.output = tempfile.NamedTemporaryFile("r", dir=folder, suffix=".output")
         # A shell lets what it runs in the background ignore Ctrl-C, and that is inherited.
-        self.process = subprocess.Popen([TAVSIM, *command], env=self.environment, cwd=folder,
+        self.process = subprocess.Popen(command, env=self.environment, cwd=folder,
                                         stdin=subprocess.DEVNULL, stdout=self.output,
                                         stderr=self.output, preexec_fn=accept_interrupt)
 
@@ -77,9 +84,10 @@ class Running:
         return self.process.wait(PATIENCE)
 
 
-class PanelTest(unittest.TestCase):
+class BrowserTest(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
+        super().setUpClass()
         cls.browser = start_browser()
         cls.addClassCleanup(cls.browser.quit)
 
@@ -96,24 +104,20 @@ class PanelTest(unittest.TestCase):
                  for root in os.listdir(user)]
         self.assertEqual(roots, [])
 
-    def start(self, *command):
-        running = Running(self.folder, *command)
+    def start(self, *command, **environment):
+        running = Running(self.folder, *command, **environment)
         self.addCleanup(running.process.wait)
         self.addCleanup(running.process.terminate)
-        return running
-
-    def start_and_open(self, *command):
-        running = self.start("run", "--panel", *command)
-        self.open(running)
-        self.wait_for_text("status", "running")
         return running
 
     def open(self, running):
         self.browser.get(running.link())
 
     def tearDown(self):
-        complaints = [entry["message"] for entry in self.browser.get_log("browser")]
-        self.assertEqual(complaints, [])
+        self.assertEqual(self.complaints(), [])
+
+    def complaints(self):
+        return [entry["message"] for entry in self.browser.get_log("browser")]
 
     def find(self, id):
         return self.browser.find_element(By.ID, id)
@@ -125,29 +129,10 @@ class PanelTest(unittest.TestCase):
     def click(self, id):
         self.find(id).click()
 
-    def click_at(self, id, right, down):
+    def click_in(self, element, right, down):
         """Clicks so many pixels from the element's middle."""
-        ActionChains(self.browser).move_to_element_with_offset(self.find(id), right, down).click() \
+        ActionChains(self.browser).move_to_element_with_offset(element, right, down).click() \
             .perform()
-
-    def touch(self, x, y):
-        """Clicks that pixel of the application's picture."""
-        right, down = self.browser.execute_script(
-            "const [x, y] = arguments, screen = document.getElementById('screen');"
-            "const scale = screen.getBoundingClientRect().width / screen.width;"
-            "return [(x - screen.width / 2) * scale, (y - screen.height / 2) * scale];", x, y)
-        self.click_at("screen", round(right), round(down))
-
-    def choose(self, id, text):
-        Select(self.find(id)).select_by_visible_text(text)
-
-    def type(self, id, text):
-        field = self.find(id)
-        field.clear()
-        field.send_keys(text)
-
-    def value_of(self, id):
-        return self.find(id).get_property("value")
 
     def wait_for_text(self, id, text):
         try:
