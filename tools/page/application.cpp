@@ -6,6 +6,7 @@
 
 #include "base/file.h"
 #include "base/json/reader.h"
+#include "tools/web/security.h"
 
 namespace fs = std::filesystem;
 namespace json = base::json;
@@ -16,23 +17,10 @@ namespace {
 constexpr char kInformation[] = "/appinfo.json";
 constexpr size_t kMostBytes = 1 << 20;
 
-// Nothing else can stand in an origin, and so nothing can add to the policy.
-bool isOrigin(const std::string& text) {
-    constexpr std::string_view kOfHost =
-        "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789.-:[]";
-    for (const std::string_view scheme : {"https://", "http://", "wss://", "ws://"}) {
-        if (text.starts_with(scheme)) {
-            const std::string_view host = std::string_view(text).substr(scheme.size());
-            return !host.empty() && host.find_first_not_of(kOfHost) == std::string_view::npos;
-        }
-    }
-    return false;
-}
-
 json::Reader origin(std::string* target) {
     return [target](const json::Value& value) {
         json::text(target)(value);
-        if (!isOrigin(*target)) {
+        if (!web::isOrigin(*target)) {
             value.fail("must be an origin, such as https://tiles.example");
         }
     };

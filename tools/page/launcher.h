@@ -9,9 +9,9 @@
 #include "application.h"
 #include "base/descriptor.h"
 #include "page_server.h"
-#include "tools/panel/source.h"
 #include "tools/process/process.h"
 #include "tools/process/signals.h"
+#include "tools/web/source.h"
 
 namespace page {
 
@@ -56,8 +56,8 @@ private:
     ServerOptions m_serverOptions;
     PageServer m_server;
     GMainLoop* m_loop;
-    panel::Source m_signal;
-    panel::Source m_limit;  // of what is awaited: the application, a page, the program's end
+    web::Source m_signal;
+    web::Source m_limit;  // of what is awaited: the application, a page, the program's end
     bool m_isPlugin = false;
     bool m_hadPage = false;
     bool m_isAsked = false;  // to end

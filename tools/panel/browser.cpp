@@ -20,9 +20,7 @@ namespace {
 
 constexpr guint64 kLongestMessage = 32 << 20;  // a recorded track, with JSON's escapes
 constexpr size_t kLongestLine = 64 << 10;
-constexpr int kMostMessages = 1000;  // a second
-constexpr guint kBetweenPings = 5;   // seconds
-constexpr int kMostFiles = 1000;     // of one name
+constexpr int kMostFiles = 1000;  // of one name
 constexpr size_t kLongestName = 64;
 
 // For the device's folder, from a name that may be anything; empty where it is of no recorded
@@ -68,65 +66,18 @@ struct Browser::Request {
     int id = 0;
 };
 
-Browser::Browser(SoupWebsocketConnection* socket, const Common& common,
+Browser::Browser(SoupWebsocketConnection* connection, const Common& common,
                  std::function<void(Browser*)> onGone)
-    : m_socket(SOUP_WEBSOCKET_CONNECTION(g_object_ref(socket))),
-      m_common(common),
-      m_onGone(std::move(onGone)) {
-    soup_websocket_connection_set_max_incoming_payload_size(m_socket, kLongestMessage);
-    soup_websocket_connection_set_keepalive_interval(m_socket, kBetweenPings);
-    g_signal_connect(m_socket, "message", G_CALLBACK(onMessage), this);
-    g_signal_connect(m_socket, "closed", G_CALLBACK(onClosed), this);
+    : m_socket(connection, kLongestMessage,
+               {[this](const std::optional<std::string>& text) {
+                    text ? take(*text) : refuse("a message is text");
+                },
+                [this, onGone = std::move(onGone)] { onGone(this); }}),
+      m_common(common) {
 }
 
 Browser::~Browser() {
     m_common.player.stop(this);
-    g_signal_handlers_disconnect_by_data(m_socket, this);
-    g_object_unref(m_socket);
-}
-
-void Browser::send(const std::string& text) {
-    if (!isOpen()) {
-        return;
-    }
-    g_autofree char* valid = g_utf8_make_valid(text.data(), static_cast<gssize>(text.size()));
-    soup_websocket_connection_send_text(m_socket, valid);
-}
-
-void Browser::close(gushort code, const char* reason) {
-    if (isOpen()) {
-        soup_websocket_connection_close(m_socket, code, reason);
-    }
-}
-
-void Browser::onMessage(SoupWebsocketConnection*, gint type, GBytes* message,
-                        gpointer self) noexcept {
-    auto* const browser = static_cast<Browser*>(self);
-    if (browser->isTooFast()) {
-        browser->close(SOUP_WEBSOCKET_CLOSE_POLICY_VIOLATION, "too many messages");
-        return;
-    }
-    if (type != SOUP_WEBSOCKET_DATA_TEXT) {
-        browser->refuse("a message is text");
-        return;
-    }
-    gsize size = 0;
-    const auto* const text = static_cast<const char*>(g_bytes_get_data(message, &size));
-    browser->take(std::string(text, size));
-}
-
-void Browser::onClosed(SoupWebsocketConnection*, gpointer self) noexcept {
-    auto* const browser = static_cast<Browser*>(self);
-    browser->m_onGone(browser);
-}
-
-bool Browser::isTooFast() {
-    const Clock::time_point now = Clock::now();
-    if (now - m_second > std::chrono::seconds(1)) {
-        m_second = now;
-        m_messages = 0;
-    }
-    return ++m_messages > kMostMessages;
 }
 
 void Browser::take(const std::string& message) {
@@ -162,9 +113,9 @@ void Browser::take(const std::string& message) {
     } else if (request.play) {
         play(request);
     } else if (request.isShown) {
-        m_frames->shown();
+        m_frames->frames().shown();
     } else if (request.frames) {
-        *request.frames ? m_frames->start() : m_frames->stop();
+        *request.frames ? m_frames->frames().start() : m_frames->frames().stop();
     }
 }
 
@@ -175,7 +126,8 @@ void Browser::open(const std::string& root) {
     }
     m_root = root;
     m_questions = std::make_unique<Questions>(root);
-    m_frames = std::make_unique<Frames>(root, [this](const auto& frame) { sendPicture(frame); });
+    m_frames = std::make_unique<DeviceFrames>(
+        root, [this](const std::string& frame) { m_socket.sendBinary(frame); });
     m_watch = std::make_unique<Watch>(
         root, !m_common.options.run.empty(),
         Watch::Events{[this] { send(base::jsonObject("opened", m_root)); },
@@ -186,7 +138,7 @@ void Browser::open(const std::string& root) {
                       },
                       [this](const std::string& count) { send("{\"lost\":" + count + "}"); },
                       [this](const std::string& how) { send(base::jsonObject("ended", how)); },
-                      [this] { return isReady(); }});
+                      [this] { return m_socket.isReady(); }});
 }
 
 void Browser::ask(const std::string& line, int number) {
@@ -246,23 +198,6 @@ void Browser::refuse(const std::string& why) {
 
 void Browser::answer(int number, bool isDone, const std::string& text) {
     send(base::jsonObject("id", number, isDone ? "output" : "error", text));
-}
-
-void Browser::sendPicture(const std::string& picture) {
-    if (isOpen()) {
-        soup_websocket_connection_send_binary(m_socket, picture.data(), picture.size());
-    }
-}
-
-// What the kernel does not take of a message, the WebSocket keeps.
-bool Browser::isReady() const {
-    GIOStream* const stream = soup_websocket_connection_get_io_stream(m_socket);
-    GOutputStream* const output = g_io_stream_get_output_stream(stream);
-    return g_pollable_output_stream_is_writable(G_POLLABLE_OUTPUT_STREAM(output)) != 0;
-}
-
-bool Browser::isOpen() const {
-    return soup_websocket_connection_get_state(m_socket) == SOUP_WEBSOCKET_STATE_OPEN;
 }
 
 }  // namespace panel

@@ -3,16 +3,16 @@
 
 #include <libsoup/soup.h>
 
-#include <chrono>
 #include <functional>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "device_frames.h"
 #include "devices.h"
-#include "frames.h"
 #include "player.h"
 #include "questions.h"
+#include "tools/web/socket.h"
 #include "watch.h"
 
 namespace panel {
@@ -36,27 +36,20 @@ struct Common {
 // Serves one WebSocket.
 class Browser {
 public:
-    Browser(SoupWebsocketConnection* socket, const Common& common,
+    Browser(SoupWebsocketConnection* connection, const Common& common,
             std::function<void(Browser*)> onGone);
     ~Browser();
     Browser(const Browser&) = delete;
     Browser& operator=(const Browser&) = delete;
 
-    void send(const std::string& text);
+    void send(const std::string& text) { m_socket.sendText(text); }
 
     // There is no more to come.
-    void close(gushort code, const char* reason);
+    void close() { m_socket.close(SOUP_WEBSOCKET_CLOSE_GOING_AWAY, nullptr); }
 
 private:
-    using Clock = std::chrono::steady_clock;
-
     struct Request;
 
-    static void onMessage(SoupWebsocketConnection* socket, gint type, GBytes* message,
-                          gpointer self) noexcept;
-    static void onClosed(SoupWebsocketConnection* socket, gpointer self) noexcept;
-
-    bool isTooFast();
     void take(const std::string& message);
     void open(const std::string& root);
     void ask(const std::string& line, int number);
@@ -64,19 +57,13 @@ private:
     void play(const Request& request);
     void refuse(const std::string& why);
     void answer(int number, bool isDone, const std::string& text);
-    void sendPicture(const std::string& picture);
-    bool isReady() const;
-    bool isOpen() const;
 
-    SoupWebsocketConnection* m_socket;
+    web::Socket m_socket;
     const Common& m_common;
-    std::function<void(Browser*)> m_onGone;
     std::string m_root;  // of the device that is shown; empty: none
     std::unique_ptr<Questions> m_questions;
     std::unique_ptr<Watch> m_watch;
-    std::unique_ptr<Frames> m_frames;
-    Clock::time_point m_second;  // in which messages are counted
-    int m_messages = 0;
+    std::unique_ptr<DeviceFrames> m_frames;
 };
 
 }  // namespace panel

@@ -7,7 +7,7 @@
 #include <string_view>
 
 #include "base/message_socket.h"
-#include "source.h"
+#include "tools/web/source.h"
 
 namespace panel {
 
@@ -46,8 +46,8 @@ private:
     OnMessage m_onMessage;
     OnGone m_onGone;
     std::optional<base::MessageSocket> m_socket;
-    Source m_readable;
-    Source m_writable;
+    web::Source m_readable;
+    web::Source m_writable;
 };
 
 }  // namespace panel

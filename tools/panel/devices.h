@@ -5,7 +5,7 @@
 #include <set>
 #include <string>
 
-#include "source.h"
+#include "tools/web/source.h"
 
 namespace panel {
 
@@ -27,7 +27,7 @@ private:
     std::function<void()> m_onChange;
     std::string m_message;
     std::set<std::string> m_roots;
-    Source m_looks;
+    web::Source m_looks;
 };
 
 }  // namespace panel

@@ -69,9 +69,9 @@ private:
     const Options& m_options;
     GMainLoop* m_loop;
     Server m_server;
-    Source m_input;
-    Source m_interrupt;
-    Source m_termination;
+    web::Source m_input;
+    web::Source m_interrupt;
+    web::Source m_termination;
     std::string m_sentence;
 };
 

@@ -36,7 +36,7 @@ private:
     std::string m_root;
     DeviceConnection m_device;
     std::deque<Question> m_questions;  // that were sent and have no answer yet
-    Source m_retry;
+    web::Source m_retry;
 };
 
 }  // namespace panel

@@ -1,21 +1,10 @@
-// Who may speak to the panel.
+// What a page of the panel may do.
 #pragma once
 
 #include <optional>
 #include <string>
-#include <string_view>
 
 namespace panel {
-
-// A secret that nobody can guess, for the link to the panel; empty where the system has none.
-std::string newToken();
-
-// In a time that does not depend on where they differ.
-bool isSameSecret(std::string_view left, std::string_view right);
-
-// Whether the value of the header Host is a name of this machine's own, with any port: a page of
-// another site, whose name leads here, has another one.
-bool isLoopback(std::string_view host);
 
 // The origin of a tile server's address, such as https://tiles.example:8080. Nothing where that is
 // not an address with {x}, {y} and {z}.

@@ -10,13 +10,13 @@
 
 #include "browser.h"
 #include "devices.h"
-#include "listener.h"
 #include "player.h"
+#include "tools/web/server.h"
+#include "tools/web/source.h"
 
 namespace panel {
 
-// Serves the page's files and its WebSockets, only to who knows the token and comes from this
-// machine's own names.
+// Serves the page's files and its WebSockets.
 class Server {
 public:
     explicit Server(const Options& options);
@@ -28,35 +28,25 @@ public:
     bool start(std::string* error);
 
     // With the token.
-    std::string link() const;
+    std::string link() const { return m_server.link(); }
 
     // Tells the pages why there is no more to come, and then the function that they know.
     void end(const std::string& how, std::function<void()> onTold);
 
 private:
-    static void onHeaders(SoupServer* server, SoupServerMessage* message, const char* path,
-                          GHashTable* query, gpointer self) noexcept;
-    static void onRequest(SoupServer* server, SoupServerMessage* message, const char* path,
-                          GHashTable* query, gpointer self) noexcept;
-    static void onSocket(SoupServer* server, SoupServerMessage* message, const char* path,
-                         SoupWebsocketConnection* socket, gpointer self) noexcept;
-
-    unsigned whyNot(SoupServerMessage* message, const std::string& path) const;
-    void serve(SoupServerMessage* message, const std::string& name) const;
+    unsigned whyNot(const web::Request& request) const;
+    void connect(SoupWebsocketConnection* connection);
     void remove(Browser* browser);
 
     const Options& m_options;
-    const std::string m_token;
-    const std::string m_policy;
-    SoupServer* m_server;
-    Listener m_listener;
+    web::Server m_server;
     std::list<std::unique_ptr<Browser>> m_browsers;
     std::list<std::unique_ptr<Browser>> m_gone;
     Player m_player;
     Devices m_devices;
     Common m_common;
-    Source m_removal;
-    Source m_lastChance;
+    web::Source m_removal;
+    web::Source m_lastChance;
     std::function<void()> m_onTold;
 };
 

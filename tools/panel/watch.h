@@ -30,7 +30,7 @@ private:
     bool m_waits;
     Events m_events;
     DeviceConnection m_device;
-    Source m_retry;
+    web::Source m_retry;
 };
 
 }  // namespace panel

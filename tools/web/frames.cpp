@@ -1,20 +1,15 @@
-#include "frames.h"
+#include "tools/web/frames.h"
 
 #include <algorithm>
 #include <utility>
 
-#include "compressed_frame.h"
-#include "simulator/control/protocol.h"
+#include "tools/web/compressed_frame.h"
 
-using tavsim::ControlMessage;
-
-namespace panel {
+namespace web {
 namespace {
 
 using std::chrono::milliseconds;
 using std::chrono::seconds;
-
-constexpr guint kBetweenTries = 500;  // milliseconds, where there is no picture
 
 // A line is slow where a raw picture takes longer than this, and seems fast where a compressed one
 // of some size takes no longer than that.
@@ -28,26 +23,20 @@ constexpr seconds kLongestPause(64);
 
 }  // namespace
 
-Frames::Frames(std::string root, Sink sink)
-    : m_root(std::move(root)),
-      m_sink(std::move(sink)),
-      m_device([this](const base::Message& message) { take(message); },
-               [this] { m_retry.after(kBetweenTries, [this] { ask(); }); }),
-      m_pause(kShortestPause) {
+Frames::Frames(Origin origin, Sink sink)
+    : m_origin(std::move(origin)), m_sink(std::move(sink)), m_pause(kShortestPause) {
 }
 
 void Frames::start() {
     m_isWanted = true;
     if (!m_isUnderWay) {
-        ask();
+        m_origin.ask();
     }
 }
 
-// A new connection begins with the whole screen.
 void Frames::stop() {
     m_isWanted = false;
-    m_retry.stop();
-    m_device.close();
+    m_origin.stop();
 }
 
 void Frames::shown() {
@@ -57,33 +46,7 @@ void Frames::shown() {
     m_isUnderWay = false;
     judgeLine(Clock::now() - m_sent);
     if (m_isWanted) {
-        ask();
-    }
-}
-
-void Frames::ask() {
-    m_retry.stop();
-    if (!m_device.isOpen() && m_device.open(m_root) != DeviceConnection::Opened::Yes) {
-        m_retry.after(kBetweenTries, [this] { ask(); });
-        return;
-    }
-    m_asked = Clock::now();
-    m_device.send("frame");
-}
-
-void Frames::take(const base::Message& message) {
-    switch (static_cast<ControlMessage>(message.kind)) {
-    case ControlMessage::Frame:
-        hand(message.content);
-        break;
-    case ControlMessage::Refused: {
-        // Where nothing has changed, the device has waited before it said so.
-        const bool hasWaited = Clock::now() - m_asked > milliseconds(kBetweenTries);
-        m_retry.after(hasWaited ? 0 : kBetweenTries, [this] { ask(); });
-        break;
-    }
-    default:
-        break;
+        m_origin.ask();
     }
 }
 
@@ -113,4 +76,4 @@ void Frames::judgeLine(Clock::duration time) {
     }
 }
 
-}  // namespace panel
+}  // namespace web

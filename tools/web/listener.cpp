@@ -1,11 +1,11 @@
-#include "listener.h"
+#include "tools/web/listener.h"
 
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 
 #include <algorithm>
 
-namespace panel {
+namespace web {
 namespace {
 
 constexpr size_t kMostConnections = 64;
@@ -86,4 +86,4 @@ void Listener::makeRoom() {
     }
 }
 
-}  // namespace panel
+}  // namespace web

@@ -1,4 +1,4 @@
-#include "compressed_frame.h"
+#include "tools/web/compressed_frame.h"
 
 #include <png.h>
 
@@ -10,7 +10,7 @@
 
 namespace json = base::json;
 
-namespace panel {
+namespace web {
 namespace {
 
 constexpr int kMostPixels = 1 << 14;  // in a row, and in a column
@@ -88,4 +88,4 @@ std::string compressed(std::string_view frame) {
     return line.endArray().endObject().take() + "\n" + files;
 }
 
-}  // namespace panel
+}  // namespace web

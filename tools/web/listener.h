@@ -1,4 +1,4 @@
-// The connections to the panel's port.
+// The connections to a server's port.
 #pragma once
 
 #include <gio/gio.h>
@@ -7,7 +7,7 @@
 #include <list>
 #include <string>
 
-namespace panel {
+namespace web {
 
 // Accepts connections from this machine for the server, but not without end: of those that are no
 // WebSocket, the oldest has to go, and so has each that is silent.
@@ -38,4 +38,4 @@ private:
     std::list<GSocketConnection*> m_connections;  // that are no WebSockets, the oldest first
 };
 
-}  // namespace panel
+}  // namespace web

@@ -1,23 +1,30 @@
-// The pictures of a device's screen.
+// The pictures of an application's screen.
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <functional>
 #include <string>
 
-#include "device_connection.h"
+namespace web {
 
-namespace panel {
-
-// Asks the device for the next picture when the browser has shown the last one.
+// Asks for the next picture when the browser has shown the last one.
 class Frames {
 public:
+    // Where the pictures are from.
+    struct Origin {
+        std::function<void()> ask;   // for one picture, which is to be handed over; may fail
+        std::function<void()> stop;  // the next one asked for is to be whole
+    };
     using Sink = std::function<void(const std::string& picture)>;
 
-    Frames(std::string root, Sink sink);
+    Frames(Origin origin, Sink sink);
 
     void start();
     void stop();
+
+    // What was asked for, as ScreenChanges makes it.
+    void hand(const std::string& frame);
 
     // The last picture was shown.
     void shown();
@@ -25,24 +32,18 @@ public:
 private:
     using Clock = std::chrono::steady_clock;
 
-    void ask();
-    void take(const base::Message& message);
-    void hand(const std::string& frame);
     void judgeLine(Clock::duration time);
 
-    std::string m_root;
+    Origin m_origin;
     Sink m_sink;
-    DeviceConnection m_device;
-    Source m_retry;
     bool m_isWanted = false;
     bool m_isUnderWay = false;  // a picture, to the browser
     bool m_isCompressed = false;
     size_t m_size = 0;  // of the picture that is under way
-    Clock::time_point m_asked;
     Clock::time_point m_sent;
     // Pictures are compressed until then: at first, as the line is not known.
     Clock::time_point m_rawAgain = Clock::time_point::max();
     Clock::duration m_pause;  // before raw ones are tried again
 };
 
-}  // namespace panel
+}  // namespace web

@@ -7,7 +7,7 @@
 #include <functional>
 #include <utility>
 
-namespace panel {
+namespace web {
 
 // Calls a function from the main loop, again and again, until it is stopped or destroyed. Both are
 // possible from the function itself. The process ends where the function throws.
@@ -69,4 +69,4 @@ private:
     guint m_id = 0;
 };
 
-}  // namespace panel
+}  // namespace web
