@@ -27,6 +27,8 @@ public:
     Text readText();           // null on failure
     std::string readString();  // a copy of the text; empty for null and on failure
 
+    std::string_view rest() const { return m_rest; }  // what is not read yet
+
     void fail() { m_successful = false; }
     bool isSuccessful() const { return m_successful; }
 

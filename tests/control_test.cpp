@@ -9,7 +9,8 @@
 #include <thread>
 
 #include "base/message_socket.h"
-#include "simulator/control/socket_address.h"
+#include "base/socket_address.h"
+#include "simulator/device/trusted_folder.h"
 #include "transcript.h"
 
 namespace {
@@ -34,7 +35,7 @@ protected:
 
     MessageSocket connectClient() {
         const int client = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-        EXPECT_TRUE(tavsim::ControlAddress(device.root()).connectTo(client));
+        EXPECT_TRUE(base::SocketAddress(device.root() + tavsim::kControlSocket).connectTo(client));
         return MessageSocket(client);
     }
 

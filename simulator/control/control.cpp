@@ -17,11 +17,12 @@
 
 #include "base/descriptor.h"
 #include "base/print_line.h"
+#include "base/socket_address.h"
 #include "simulator/control/control_client.h"
 #include "simulator/control/running_devices.h"
-#include "simulator/control/socket_address.h"
 #include "simulator/control/watch.h"
 #include "simulator/device/root.h"
+#include "simulator/device/trusted_folder.h"
 #include "simulator/input/events.h"
 #include "simulator/time/clock.h"
 #include "simulator/time/pause.h"
@@ -49,7 +50,7 @@ Control& control() {
 }
 
 bool listenInRoot(std::string* error) {
-    const ControlAddress address(rootFolder());
+    const base::SocketAddress address(rootFolder() + kControlSocket);
     unlink(address.path());
     control().listener =
         base::Descriptor(socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
@@ -202,7 +203,7 @@ void stopControl() {
     control().owner = 0;
     setMeanwhile(nullptr);
     control().listener.close();
-    unlink(ControlAddress(rootFolder()).path());
+    unlink(base::SocketAddress(rootFolder() + kControlSocket).path());
     withdrawDevice();
     for (ControlClient& client : control().clients) {
         client.end();

@@ -40,7 +40,7 @@ CommandResult pageCall(Words words) {
         return failed("page call: no method " + base::quoted(method) +
                       base::suggestion(method, *methods));
     }
-    const std::optional<MethodReply> reply = callFromPage(method, arguments);
+    const std::optional<bridge::MethodReply> reply = callFromPage(method, arguments);
     if (!reply) {
         CommandResult result = failed("page call: the page's script is in a call itself");
         result.isEarly = true;

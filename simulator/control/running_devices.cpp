@@ -9,7 +9,7 @@
 
 #include "base/file.h"
 #include "base/json/writer.h"
-#include "simulator/control/socket_address.h"
+#include "base/socket_address.h"
 #include "simulator/device/fresh_root.h"
 #include "simulator/device/root.h"
 #include "simulator/device/running.h"
@@ -107,7 +107,7 @@ void withdrawDevice() {
 }
 
 bool isDeviceRunning(const std::string& root) {
-    const int probe = connectToDevice(root);
+    const int probe = base::connectTo(root + kControlSocket);
     // A device without room for another client runs too.
     const bool runs = probe >= 0 || errno == EAGAIN;
     if (probe >= 0) {

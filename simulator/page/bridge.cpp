@@ -26,15 +26,15 @@ namespace {
 constexpr size_t kLargestScript = 16 << 20;
 
 // The host's state of the plug-in.
-struct Bridge {
+struct Plugin {
     std::string pageFile;
     bool isConnected = false;
     std::shared_ptr<Page> page;
 };
 
-Bridge& bridge() {
+Plugin& plugin() {
     // Never destroyed, because the device ends the page after static objects are destroyed.
-    static Bridge& instance = *new Bridge;
+    static Plugin& instance = *new Plugin;
     return instance;
 }
 
@@ -53,11 +53,11 @@ bool openPage(const std::string& pageFile) {
         base::printLine(stderr, name + ": cannot be run: " + std::strerror(errno));
         return false;
     }
-    bridge().page = page;
+    plugin().page = page;
     helper::ItemWriter items;
     items.writeText(name);
     items.writeText(*source);
-    page->post(now(), PageMessageKind::RunScript, items);
+    page->post(now(), bridge::MessageKind::RunScript, items);
     return true;
 }
 
@@ -66,19 +66,19 @@ bool connect(NApp_MethodListCallback methodList, NApp_MethodCallback methodCall)
     if (!accepts || methodList == nullptr || methodCall == nullptr) {
         return false;
     }
-    const bool needsPage = !bridge().isConnected && !bridge().pageFile.empty();
-    if (needsPage && !openPage(bridge().pageFile)) {
+    const bool needsPage = !plugin().isConnected && !plugin().pageFile.empty();
+    if (needsPage && !openPage(plugin().pageFile)) {
         return false;
     }
-    bridge().isConnected = true;
-    if (bridge().page != nullptr) {
-        bridge().page->setMethods({methodList, methodCall});
+    plugin().isConnected = true;
+    if (plugin().page != nullptr) {
+        plugin().page->setMethods({methodList, methodCall});
     }
     return true;
 }
 
 bool isPageAlive() {
-    return bridge().page != nullptr && bridge().page->isAlive();
+    return plugin().page != nullptr && plugin().page->isAlive();
 }
 
 bool isCallable(const char* function, const char* const* arguments, int argumentCount) {
@@ -95,11 +95,11 @@ std::vector<helper::Text> textsOf(const char* const* texts, int count) {
 }
 
 bool callPage(const char* function, const char* const* arguments, int argumentCount) {
-    if (!hostAccepts("bridge") || !bridge().isConnected ||
+    if (!hostAccepts("bridge") || !plugin().isConnected ||
         !isCallable(function, arguments, argumentCount)) {
         return false;
     }
-    if (bridge().pageFile.empty()) {
+    if (plugin().pageFile.empty()) {
         return true;
     }
     if (!isPageAlive()) {
@@ -111,7 +111,7 @@ bool callPage(const char* function, const char* const* arguments, int argumentCo
     for (const helper::Text& argument : textsOf(arguments, argumentCount)) {
         items.writeText(argument);
     }
-    bridge().page->post(now(), PageMessageKind::CallFunction, items);
+    plugin().page->post(now(), bridge::MessageKind::CallFunction, items);
     return true;
 }
 
@@ -119,23 +119,23 @@ bool callPage(const char* function, const char* const* arguments, int argumentCo
 
 void startPage(const std::string& pageFile) {
     stopPage();
-    bridge().pageFile = pageFile;
+    plugin().pageFile = pageFile;
 }
 
 void stopPage() {
-    if (bridge().page != nullptr) {
-        bridge().page->end();
+    if (plugin().page != nullptr) {
+        plugin().page->end();
     }
-    bridge() = {};
+    plugin() = {};
 }
 
 std::optional<std::vector<std::string>> pageMethods() {
-    return isPageAlive() ? std::optional(bridge().page->methods()) : std::nullopt;
+    return isPageAlive() ? std::optional(plugin().page->methods()) : std::nullopt;
 }
 
-std::optional<MethodReply> callFromPage(const std::string& method,
-                                        const std::vector<std::string>& arguments) {
-    const std::shared_ptr<Page> page = bridge().page;  // the method may end it
+std::optional<bridge::MethodReply> callFromPage(const std::string& method,
+                                                const std::vector<std::string>& arguments) {
+    const std::shared_ptr<Page> page = plugin().page;  // the method may end it
     return isPageAlive() ? page->call(method, arguments) : std::nullopt;
 }
 

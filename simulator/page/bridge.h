@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "bridge/methods.h"
+
 namespace tavsim {
 
 // Sets the page's script; empty for a page that never calls. The script starts when the application
@@ -17,14 +19,8 @@ void stopPage();
 // The application's methods that the page can call; nothing while no page runs.
 std::optional<std::vector<std::string>> pageMethods();
 
-// What came of a call of a native method: its reply, or the text of its exception.
-struct MethodReply {
-    bool isException = false;
-    std::string text = {};
-};
-
 // Calls a method as the page's script does. Nothing is called while the script runs, or no page.
-std::optional<MethodReply> callFromPage(const std::string& method,
-                                        const std::vector<std::string>& arguments);
+std::optional<bridge::MethodReply> callFromPage(const std::string& method,
+                                                const std::vector<std::string>& arguments);
 
 }  // namespace tavsim

@@ -35,7 +35,7 @@ duk_ret_t callMethod(duk_context* engine) {
             duk_to_string(engine, index);
         }
     }
-    beginMessage(PageMessageKind::MethodCall);
+    beginQuestion(bridge::MessageKind::MethodCall);
     addText(textAt(engine, 0));
     addInt(count - 1);
     for (duk_idx_t index = 1; index < count; ++index) {
@@ -62,7 +62,7 @@ duk_ret_t callByOwnName(duk_context* engine) {
 
 // component.methods().
 duk_ret_t listMethods(duk_context* engine) {
-    beginMessage(PageMessageKind::MethodList);
+    beginQuestion(bridge::MessageKind::MethodList);
     askDevice();
     duk_push_array(engine);
     const int count = readInt();
@@ -88,7 +88,7 @@ duk_ret_t listen(duk_context* engine) {
 }
 
 bool isListed(EngineText name) {
-    beginMessage(PageMessageKind::MethodList);
+    beginQuestion(bridge::MessageKind::MethodList);
     askDevice();
     for (int left = readInt(); left > 0 && !hasReadFailed(); --left) {
         const EngineText listed = readText();

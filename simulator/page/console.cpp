@@ -32,7 +32,7 @@ void addConsole(duk_context* engine) {
 }
 
 void writeConsole(EngineText level, EngineText line) {
-    beginMessage(PageMessageKind::ConsoleLine);
+    beginMessage(bridge::MessageKind::ConsoleLine);
     addText(level);
     addText(line);
     sendMessage();

@@ -15,6 +15,9 @@
 namespace tavsim {
 namespace {
 
+// The number of each question, because a script asks one at a time.
+constexpr int kOnlyQuestion = 0;
+
 // The engine stores a character above U+FFFF as two surrogates of three bytes each.
 constexpr char32_t kReplacement = 0xFFFD;
 constexpr char32_t kHighSurrogates = 0xD800;
@@ -105,7 +108,7 @@ std::string fromEngineText(std::string_view engineText) {
 
 struct Conversation {
     base::MessageSocket device{kPageSocket};
-    PageMessageKind kind = PageMessageKind::Idle;
+    bridge::MessageKind kind = bridge::MessageKind::Idle;
     helper::ItemWriter written;
     base::Message received;
     helper::ItemReader unread{{}};
@@ -124,9 +127,14 @@ Conversation& conversation() {
 
 }  // namespace
 
-void beginMessage(PageMessageKind kind) {
+void beginMessage(bridge::MessageKind kind) {
     conversation().kind = kind;
     conversation().written = {};
+}
+
+void beginQuestion(bridge::MessageKind kind) {
+    beginMessage(kind);
+    addInt(kOnlyQuestion);
 }
 
 void addBool(bool value) {
@@ -152,19 +160,20 @@ void sendMessage() {
     }
 }
 
-PageMessageKind receiveMessage() {
+bridge::MessageKind receiveMessage() {
     std::optional<base::Message> message = conversation().device.receive();
     if (!message) {
         endWithoutDevice();
     }
     conversation().received = *std::move(message);
     conversation().unread = helper::ItemReader(conversation().received.content);
-    return static_cast<PageMessageKind>(conversation().received.kind);
+    return static_cast<bridge::MessageKind>(conversation().received.kind);
 }
 
 void askDevice() {
     sendMessage();
     receiveMessage();
+    readInt();
 }
 
 bool readBool() {

@@ -7,7 +7,7 @@
 
 #include <cstddef>
 
-#include "simulator/page/page_message.h"
+#include "bridge/message.h"
 
 namespace tavsim {
 
@@ -22,7 +22,8 @@ constexpr int kPageSocket = 3;
 
 // A message to the device: begin it with its kind, write its items, then send it. One that is not
 // sent is dropped when the next begins.
-void beginMessage(PageMessageKind kind);
+void beginMessage(bridge::MessageKind kind);
+void beginQuestion(bridge::MessageKind kind);  // with its number
 void addBool(bool value);
 void addInt(int value);
 void addText(EngineText text);
@@ -30,9 +31,9 @@ void sendMessage();
 
 // Waits for the next message from the device. These and sendMessage end the process when the device
 // has closed the connection.
-PageMessageKind receiveMessage();
+bridge::MessageKind receiveMessage();
 
-// Sends the message and receives the answer.
+// Sends the question and receives its answer.
 void askDevice();
 
 // Read the items of the received message in order. After a failure all further reads fail.

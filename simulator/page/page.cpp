@@ -7,6 +7,7 @@
 
 #include "base/print_line.h"
 #include "simulator/device/journal.h"
+#include "simulator/page/page_process.h"
 #include "simulator/time/queue.h"
 
 namespace tavsim {
@@ -23,21 +24,16 @@ constexpr seconds kLimit(2);
 constexpr seconds kLongestEnd(1);
 
 constexpr char kTooLong[] = "the script ran for more than 2 seconds without a pause";
-constexpr char kNotRead[] = "The application could not read the call";
 constexpr char kClosed[] = "the application closed its connection to the page";
 
 // Between two checks of the processor time of a script that sends nothing.
 constexpr milliseconds kShortestWait(10);
 
-PageMessageKind kindOf(const base::Message& message) {
-    return static_cast<PageMessageKind>(message.kind);
+bridge::MessageKind kindOf(const base::Message& message) {
+    return static_cast<bridge::MessageKind>(message.kind);
 }
 
-helper::ItemReader itemsOf(const HDataWriter& writer) {
-    return helper::ItemReader({static_cast<const char*>(writer.bytes()), writer.size()});
-}
-
-void writeCall(const std::string& call, const MethodReply& reply) {
+void writeCall(std::string_view call, const bridge::MethodReply& reply) {
     helper::ItemReader items(call);
     JournalEntry entry("page", "call", "method", items.readString());
     std::vector<helper::Text> arguments;
@@ -68,7 +64,7 @@ bool Page::isAlive() const {
     return m_socket && m_process.isOurs();
 }
 
-void Page::post(Milliseconds due, PageMessageKind kind, const helper::ItemWriter& items) {
+void Page::post(Milliseconds due, bridge::MessageKind kind, const helper::ItemWriter& items) {
     queue({due, {static_cast<uint8_t>(kind), items.message()}});
 }
 
@@ -104,8 +100,8 @@ void Page::endTurn() {
     }
 }
 
-std::optional<MethodReply> Page::call(const std::string& method,
-                                      const std::vector<std::string>& arguments) {
+std::optional<bridge::MethodReply> Page::call(const std::string& method,
+                                              const std::vector<std::string>& arguments) {
     if (m_isBusy) {
         return std::nullopt;
     }
@@ -117,7 +113,7 @@ std::optional<MethodReply> Page::call(const std::string& method,
     }
     m_isBusy = true;
     HDataWriter unused;
-    const MethodReply reply = callMethod(items.message(), &unused);
+    const bridge::MethodReply reply = callMethod(items.message(), &unused);
     endTurn();
     return reply;
 }
@@ -127,7 +123,7 @@ void Page::serve(const base::Message& event) {
     m_socket->send(event.kind, event.content);
     while (isAlive()) {
         const std::optional<base::Message> message = nextMessage(limit);
-        if (!message || kindOf(*message) == PageMessageKind::Idle) {
+        if (!message || kindOf(*message) == bridge::MessageKind::Idle) {
             return;
         }
         handle(*message);
@@ -137,31 +133,36 @@ void Page::serve(const base::Message& event) {
 void Page::handle(const base::Message& message) {
     helper::ItemReader items(message.content);
     switch (kindOf(message)) {
-    case PageMessageKind::MethodList:
-        answerMethodList();
-        break;
-    case PageMessageKind::MethodCall: {
+    case bridge::MessageKind::MethodList: {
+        const int question = items.readInt();
         HDataWriter writer;
-        callMethod(message.content, &writer);
-        answer(writer);
+        m_methods.list(&writer);
+        answer(question, writer);
         break;
     }
-    case PageMessageKind::ConsoleLine: {
+    case bridge::MessageKind::MethodCall: {
+        const int question = items.readInt();
+        HDataWriter writer;
+        callMethod(items.rest(), &writer);
+        answer(question, writer);
+        break;
+    }
+    case bridge::MessageKind::ConsoleLine: {
         const std::string level = items.readString();
         const std::string text = items.readString();
         base::printLine(level == "log" ? stdout : stderr, "[page] " + text);
         writeEntry("page", "console", "level", level, "text", text);
         break;
     }
-    case PageMessageKind::SetTimer: {
+    case bridge::MessageKind::SetTimer: {
         const int timer = items.readInt();
         setTimer(timer, items.readInt());
         break;
     }
-    case PageMessageKind::Problem:
+    case bridge::MessageKind::Problem:
         tellProblem(items.readString());
         break;
-    case PageMessageKind::Broken:
+    case bridge::MessageKind::Broken:
         endWith(items.readString());
         break;
     default:
@@ -169,34 +170,8 @@ void Page::handle(const base::Message& message) {
     }
 }
 
-void Page::answerMethodList() {
-    HDataWriter writer;
-    m_methods.list(&writer);
-    answer(writer);
-}
-
-std::vector<std::string> Page::methods() const {
-    HDataWriter writer;
-    m_methods.list(&writer);
-    helper::ItemReader list = itemsOf(writer);
-    std::vector<std::string> names;
-    for (int left = list.readInt(); left > 0 && list.isSuccessful(); --left) {
-        names.push_back(list.readString());
-    }
-    return names;
-}
-
-// The call is a message of the kind MethodCall.
-MethodReply Page::callMethod(const std::string& call, HDataWriter* answer) {
-    HDataReader reader(call.data(), call.size());
-    m_methods.call(&reader, answer);
-    helper::ItemReader items = itemsOf(*answer);
-    MethodReply reply;
-    reply.isException = items.readBool();
-    reply.text = items.readString();
-    if (!items.isSuccessful()) {
-        reply = {true, kNotRead};
-    }
+bridge::MethodReply Page::callMethod(std::string_view call, HDataWriter* answer) {
+    const bridge::MethodReply reply = bridge::callMethod(m_methods, call, answer);
     if (isAlive()) {
         writeCall(call, reply);
     }
@@ -204,17 +179,19 @@ MethodReply Page::callMethod(const std::string& call, HDataWriter* answer) {
 }
 
 // The application's function may have ended the page.
-void Page::answer(const HDataWriter& writer) {
+void Page::answer(int question, const HDataWriter& writer) {
     if (isAlive()) {
-        m_socket->send(static_cast<uint8_t>(PageMessageKind::Answer),
-                       {static_cast<const char*>(writer.bytes()), writer.size()});
+        helper::ItemWriter items;
+        items.writeInt(question);
+        m_socket->send(static_cast<uint8_t>(bridge::MessageKind::Answer),
+                       items.message() + std::string(bridge::itemsOf(writer)));
     }
 }
 
 void Page::setTimer(int timer, int delay) {
     helper::ItemWriter items;
     items.writeInt(timer);
-    post(after(now(), delay), PageMessageKind::TimerDue, items);
+    post(after(now(), delay), bridge::MessageKind::TimerDue, items);
 }
 
 std::optional<base::Message> Page::nextMessage(nanoseconds limit) {

@@ -5,24 +5,18 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
 #include "base/message_socket.h"
+#include "bridge/message.h"
+#include "bridge/methods.h"
 #include "helper/items.h"
-#include "platform/napp.h"
-#include "simulator/page/bridge.h"
-#include "simulator/page/page_message.h"
 #include "simulator/process/child_process.h"
 #include "simulator/time/clock.h"
 
 namespace tavsim {
-
-// The application's functions that the page calls.
-struct NativeMethods {
-    NApp_MethodListCallback list = nullptr;
-    NApp_MethodCallback call = nullptr;
-};
 
 // When a script does not return, or its process dies, the page ends with one line on standard
 // error. Owned by a shared pointer.
@@ -40,15 +34,15 @@ public:
     // False in a fork of the application too, which must leave the page alone.
     bool isAlive() const;
 
-    void setMethods(const NativeMethods& methods) { m_methods = methods; }
-    std::vector<std::string> methods() const;
+    void setMethods(const bridge::NativeMethods& methods) { m_methods = methods; }
+    std::vector<std::string> methods() const { return bridge::namesOf(m_methods); }
 
     // Calls a native method as the script does. Nothing happens while the script runs.
-    std::optional<MethodReply> call(const std::string& method,
-                                    const std::vector<std::string>& arguments);
+    std::optional<bridge::MethodReply> call(const std::string& method,
+                                            const std::vector<std::string>& arguments);
 
     // Queues an event for the pump. If the page ends before it is due, nothing happens.
-    void post(Milliseconds due, PageMessageKind kind, const helper::ItemWriter& items);
+    void post(Milliseconds due, bridge::MessageKind kind, const helper::ItemWriter& items);
 
 private:
     struct Event {
@@ -60,9 +54,8 @@ private:
     void deliver(Event event);
     void serve(const base::Message& event);
     void handle(const base::Message& message);
-    void answer(const HDataWriter& writer);
-    void answerMethodList();
-    MethodReply callMethod(const std::string& call, HDataWriter* answer);
+    void answer(int question, const HDataWriter& writer);
+    bridge::MethodReply callMethod(std::string_view call, HDataWriter* answer);
     void tellProblem(const std::string& problem);
     void endTurn();
     void setTimer(int timer, int delay);
@@ -75,7 +68,7 @@ private:
     void endWith(const std::string& reason);
 
     const std::string m_name;
-    NativeMethods m_methods;
+    bridge::NativeMethods m_methods;
     std::optional<base::MessageSocket> m_socket;
     ChildProcess m_process;
     bool m_isBusy = false;

@@ -1,4 +1,5 @@
-// The process in which the page's script runs.
+#include "simulator/page/page_process.h"
+
 #include <unistd.h>
 
 #include <cstdlib>
@@ -10,7 +11,7 @@ namespace tavsim {
 namespace {
 
 [[noreturn]] void endBroken(void*, const char* reason) {
-    beginMessage(PageMessageKind::Broken);
+    beginMessage(bridge::MessageKind::Broken);
     addText({reason, std::strlen(reason)});
     sendMessage();
     _exit(EXIT_FAILURE);
@@ -38,14 +39,14 @@ void runScript(duk_context* engine) {
 
 // Handles the event that the device has sent.
 duk_ret_t handleEvent(duk_context* engine, void* kind) {
-    switch (*static_cast<const PageMessageKind*>(kind)) {
-    case PageMessageKind::RunScript:
+    switch (*static_cast<const bridge::MessageKind*>(kind)) {
+    case bridge::MessageKind::RunScript:
         runScript(engine);
         break;
-    case PageMessageKind::CallFunction:
+    case bridge::MessageKind::CallFunction:
         callListener(engine);
         break;
-    case PageMessageKind::TimerDue:
+    case bridge::MessageKind::TimerDue:
         runTimer(engine);
         break;
     default:
@@ -56,12 +57,12 @@ duk_ret_t handleEvent(duk_context* engine, void* kind) {
 
 [[noreturn]] void serveDevice(duk_context* engine) {
     while (true) {
-        PageMessageKind event = receiveMessage();
+        bridge::MessageKind event = receiveMessage();
         if (duk_safe_call(engine, handleEvent, &event, 0, 1) != DUK_EXEC_SUCCESS) {
             reportThrown(engine);
         }
         duk_set_top(engine, 0);
-        beginMessage(PageMessageKind::Idle);
+        beginMessage(bridge::MessageKind::Idle);
         sendMessage();
     }
 }

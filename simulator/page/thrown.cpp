@@ -79,7 +79,7 @@ void reportThrown(duk_context* engine) {
     const bool isDescribed =
         duk_safe_call(engine, describe, nullptr, 1, 1) == DUK_EXEC_SUCCESS ||
         duk_safe_call(engine, describeBriefly, nullptr, 1, 1) == DUK_EXEC_SUCCESS;
-    beginMessage(PageMessageKind::Problem);
+    beginMessage(bridge::MessageKind::Problem);
     addText(isDescribed ? textAt(engine, -1) : kIndescribable);
     sendMessage();
 }

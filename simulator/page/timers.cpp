@@ -24,7 +24,7 @@ int g_pendingTimers = 0;
 
 void tellDevice(int timer, int delay) {
     ++g_pendingTimers;
-    beginMessage(PageMessageKind::SetTimer);
+    beginMessage(bridge::MessageKind::SetTimer);
     addInt(timer);
     addInt(delay);
     sendMessage();

@@ -8,8 +8,9 @@
 #include <vector>
 
 #include "base/json/writer.h"
+#include "base/socket_address.h"
 #include "simulator/control/running_devices.h"
-#include "simulator/control/socket_address.h"
+#include "simulator/device/trusted_folder.h"
 
 using std::chrono::milliseconds;
 using tavsim::RunningDevice;
@@ -47,7 +48,7 @@ ReachedDevice tryToReach(const std::string& wanted, bool* isFinal) {
         }
         root = devices[0].root;
     }
-    const int connection = tavsim::connectToDevice(root);
+    const int connection = base::connectTo(root + tavsim::kControlSocket);
     if (connection >= 0) {
         return {root, connection, {}};
     }

@@ -3,8 +3,9 @@
 #include <cerrno>
 #include <utility>
 
+#include "base/socket_address.h"
 #include "simulator/control/protocol.h"
-#include "simulator/control/socket_address.h"
+#include "simulator/device/trusted_folder.h"
 
 namespace panel {
 namespace {
@@ -16,7 +17,7 @@ constexpr int kMostAtOnce = 64;  // messages, so that the others get their turn
 
 DeviceConnection::Opened DeviceConnection::open(const std::string& root) {
     close();
-    const int socket = tavsim::connectToDevice(root);
+    const int socket = base::connectTo(root + tavsim::kControlSocket);
     if (socket < 0) {
         return errno == EAGAIN ? Opened::Crowded : Opened::None;
     }

@@ -1,4 +1,4 @@
-// The address of a device's control socket.
+// The address of a Unix socket.
 #pragma once
 
 #include <fcntl.h>
@@ -10,27 +10,27 @@
 #include <cstdio>
 #include <string>
 
-#include "simulator/device/trusted_folder.h"
+namespace base {
 
-namespace tavsim {
-
-// Names the socket through an open folder, because a socket's path may only be about a hundred
+// Names the socket through its open folder, because a socket's path may only be about a hundred
 // bytes long, and the path of a device's root is the user's to choose.
-class ControlAddress {
+class SocketAddress {
 public:
-    explicit ControlAddress(const std::string& root)
-        : m_folder(open(root.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC)) {
+    // An absolute path.
+    explicit SocketAddress(const std::string& path) {
+        const size_t name = path.rfind('/') + 1;
+        m_folder = open(path.substr(0, name).c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
         m_address.sun_family = AF_UNIX;
-        std::snprintf(m_address.sun_path, sizeof m_address.sun_path, "/proc/self/fd/%d%s", m_folder,
-                      kControlSocket);
+        std::snprintf(m_address.sun_path, sizeof m_address.sun_path, "/proc/self/fd/%d/%s",
+                      m_folder, path.c_str() + name);
     }
-    ~ControlAddress() {
+    ~SocketAddress() {
         if (m_folder >= 0) {
             close(m_folder);
         }
     }
-    ControlAddress(const ControlAddress&) = delete;
-    ControlAddress& operator=(const ControlAddress&) = delete;
+    SocketAddress(const SocketAddress&) = delete;
+    SocketAddress& operator=(const SocketAddress&) = delete;
 
     const char* path() const { return m_address.sun_path; }
 
@@ -41,15 +41,15 @@ public:
 private:
     const sockaddr* address() const { return reinterpret_cast<const sockaddr*>(&m_address); }
 
-    int m_folder;
+    int m_folder = -1;
     sockaddr_un m_address{};
 };
 
-// A connection to the device with this root folder that never waits; negative, with errno, on
+// A connection that never waits with who listens at the absolute path; negative, with errno, on
 // failure.
-inline int connectToDevice(const std::string& root) {
+inline int connectTo(const std::string& path) {
     const int connection = socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
-    if (connection >= 0 && !ControlAddress(root).connectTo(connection)) {
+    if (connection >= 0 && !SocketAddress(path).connectTo(connection)) {
         const int problem = errno;
         close(connection);
         errno = problem;
@@ -58,4 +58,4 @@ inline int connectToDevice(const std::string& root) {
     return connection;
 }
 
-}  // namespace tavsim
+}  // namespace base

@@ -1,0 +1,186 @@
+#include "bridge/browser_page.h"
+
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <utility>
+
+#include "base/socket_address.h"
+
+namespace bridge {
+namespace {
+
+// A page that does not take so much evidently takes nothing.
+constexpr size_t kMostQueued = size_t{16} << 20;
+
+constexpr int kMostAtOnce = 64;  // messages: a flood must not keep the application from running
+
+constexpr char kTooLong[] = "The application's reply is longer than 32 MiB";
+
+bool isOfThisUser(int socket) {
+    ucred peer{};
+    socklen_t size = sizeof peer;
+    return getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 && peer.uid == geteuid();
+}
+
+bool isLevel(std::string_view text) {
+    return text == "log" || text == "warn" || text == "error";
+}
+
+}  // namespace
+
+std::shared_ptr<BrowserPage> BrowserPage::connect(const std::string& path, Events events) {
+    const int socket = base::connectTo(path);
+    if (socket < 0) {
+        return nullptr;
+    }
+    if (!isOfThisUser(socket)) {
+        close(socket);
+        errno = EACCES;
+        return nullptr;
+    }
+    return std::make_shared<BrowserPage>(socket, std::move(events));
+}
+
+BrowserPage::BrowserPage(int connectedSocket, Events events)
+    : m_owner(getpid()), m_events(std::move(events)) {
+    m_socket.emplace(connectedSocket, kLongestMessage);
+}
+
+bool BrowserPage::isGone() const {
+    return !m_socket || m_socket->isGone() || getpid() != m_owner;
+}
+
+bool BrowserPage::callFunction(const char* name, const std::vector<helper::Text>& arguments) {
+    helper::ItemWriter items;
+    items.writeText(name);
+    items.writeInt(static_cast<int32_t>(arguments.size()));
+    for (const helper::Text& argument : arguments) {
+        items.writeText(argument);
+    }
+    if (isGone() || m_socket->queued() > kMostQueued || items.message().size() > kLongestMessage) {
+        return false;
+    }
+    queue(MessageKind::CallFunction, items.message());
+    return !isGone();
+}
+
+short BrowserPage::pollEvents() const {
+    const bool isSending = !isGone() && m_socket->queued() > 0;
+    return static_cast<short>((isReading() ? POLLIN : 0) | (isSending ? POLLOUT : 0));
+}
+
+void BrowserPage::serve() {
+    const std::shared_ptr<BrowserPage> self = shared_from_this();  // a method may end the page
+    send();
+    for (int left = kMostAtOnce; left > 0 && isReading(); --left) {
+        const std::optional<base::Message> message = m_socket->receiveNow();
+        if (!message) {
+            break;
+        }
+        if (!handle(*message)) {
+            endWith("its server has sent a malformed message");
+        }
+    }
+    if (m_socket && m_socket->isGone()) {
+        endWith(m_socket->isOurs() ? "its server has closed the connection"
+                                   : "the application has closed its connection to the page");
+    }
+}
+
+void BrowserPage::send() {
+    if (!isGone()) {
+        m_socket->sendNow();
+    }
+}
+
+// As long as a page takes no answers, its next questions wait.
+bool BrowserPage::isReading() const {
+    return !isGone() && m_methods.list != nullptr && m_openQuestions < kMostOpenQuestions &&
+           m_socket->queued() <= kMostQueued;
+}
+
+// False when the message is malformed.
+bool BrowserPage::handle(const base::Message& message) {
+    const auto kind = static_cast<MessageKind>(message.kind);
+    helper::ItemReader items(message.content);
+    switch (kind) {
+    case MessageKind::MethodList:
+    case MessageKind::MethodCall: {
+        const int number = items.readInt();
+        if (items.isSuccessful()) {
+            answer(kind, number, items.rest());
+        }
+        break;
+    }
+    case MessageKind::ConsoleLine: {
+        const std::string level = items.readString();
+        const std::string text = items.readString();
+        if (!isLevel(level)) {
+            return false;
+        }
+        if (items.isSuccessful()) {
+            m_events.onConsole(level, text);
+        }
+        break;
+    }
+    case MessageKind::Problem: {
+        const std::string text = items.readString();
+        if (items.isSuccessful()) {
+            m_events.onProblem(text);
+        }
+        break;
+    }
+    case MessageKind::FrameWanted:
+    case MessageKind::Touch:
+    case MessageKind::Key:
+    case MessageKind::Typed:
+        break;  // for the application's picture in the page, which is not there yet
+    default:
+        return false;
+    }
+    return items.isSuccessful();
+}
+
+void BrowserPage::answer(MessageKind question, int number, std::string_view call) {
+    HDataWriter writer;
+    MethodReply reply;
+    ++m_openQuestions;
+    if (question == MessageKind::MethodList) {
+        m_methods.list(&writer);
+    } else {
+        reply = callMethod(m_methods, call, &writer);
+    }
+    --m_openQuestions;
+    helper::ItemWriter items;
+    items.writeInt(number);
+    std::string content = items.message();
+    if (content.size() + writer.size() <= kLongestMessage) {
+        content += itemsOf(writer);
+    } else {
+        reply = {true, kTooLong};
+        items.writeBool(reply.isException);
+        items.writeText(reply.text);
+        content = items.message();
+    }
+    if (question == MessageKind::MethodCall && !isGone()) {
+        m_events.onCall(call, reply);
+    }
+    queue(MessageKind::Answer, content);
+}
+
+void BrowserPage::queue(MessageKind kind, std::string_view content) {
+    if (!isGone()) {
+        m_socket->queue(static_cast<uint8_t>(kind), content);
+        m_socket->sendNow();
+    }
+}
+
+void BrowserPage::endWith(const std::string& reason) {
+    end();
+    m_events.onGone(reason);
+}
+
+}  // namespace bridge

@@ -1,0 +1,37 @@
+#include "bridge/methods.h"
+
+#include "helper/items.h"
+
+namespace bridge {
+namespace {
+
+constexpr char kNotRead[] = "The application could not read the call";
+
+}  // namespace
+
+std::vector<std::string> namesOf(const NativeMethods& methods) {
+    HDataWriter writer;
+    methods.list(&writer);
+    helper::ItemReader list(itemsOf(writer));
+    std::vector<std::string> names;
+    for (int left = list.readInt(); left > 0 && list.isSuccessful(); --left) {
+        names.push_back(list.readString());
+    }
+    return names;
+}
+
+MethodReply callMethod(const NativeMethods& methods, std::string_view call, HDataWriter* answer) {
+    HDataReader reader(call.data(), call.size());
+    methods.call(&reader, answer);
+    helper::ItemReader items(itemsOf(*answer));
+    MethodReply reply;
+    reply.isException = items.readBool();
+    reply.text = items.readString();
+    return items.isSuccessful() ? reply : MethodReply{true, kNotRead};
+}
+
+std::string_view itemsOf(const HDataWriter& writer) {
+    return {static_cast<const char*>(writer.bytes()), writer.size()};
+}
+
+}  // namespace bridge

@@ -1,0 +1,32 @@
+// The application's native methods, as a page calls them.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/napp.h"
+
+namespace bridge {
+
+struct NativeMethods {
+    NApp_MethodListCallback list = nullptr;
+    NApp_MethodCallback call = nullptr;
+};
+
+// What came of a call of a native method: its reply, or the text of its exception.
+struct MethodReply {
+    bool isException = false;
+    std::string text = {};
+};
+
+std::vector<std::string> namesOf(const NativeMethods& methods);
+
+// The call is the name, the number of arguments and the arguments, as items. `answer` gets what the
+// application writes: nothing when it could not read the call, which counts as an exception.
+MethodReply callMethod(const NativeMethods& methods, std::string_view call, HDataWriter* answer);
+
+// What has been written so far; valid until the next write.
+std::string_view itemsOf(const HDataWriter& writer);
+
+}  // namespace bridge
