@@ -61,7 +61,8 @@
 // Functions that need more than another path. Each is defined where it belongs.
 #define TAV_FRONT_OTHER_FUNCTIONS(NAME)                                                            \
     NAME(mkdir) NAME(system) NAME(getuid)                                                          \
-    NAME(SDL_PumpEvents) NAME(SDL_PollEvent) NAME(SDL_WaitEvent)
+    NAME(SDL_PumpEvents) NAME(SDL_PollEvent) NAME(SDL_WaitEvent)                                   \
+    NAME(SDL_GetMouseState) NAME(SDL_GetRelativeMouseState) NAME(SDL_GL_SwapBuffers)
 
 // The functions of this table that the library itself calls. It is linked with --wrap, so that its
 // calls use symbols that no other library defines.

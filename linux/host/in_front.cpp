@@ -6,9 +6,11 @@
 
 #include "base/print_line.h"
 #include "front/events.h"
+#include "front/frames.h"
 #include "front/next.h"
 #include "helper/trace.h"
 #include "linux/bus/pump.h"
+#include "screen/frames.h"
 
 namespace tavlinux {
 namespace {
@@ -53,6 +55,10 @@ void looked(const SDL_Event*) {
 void waitForNext() {
     constexpr int step = 10;  // milliseconds, as long as SDL itself waits between polls
     tavlinux::waitForDelivery(step);
+}
+
+void keepFrame() {
+    screen::keepFrame();
 }
 
 }  // namespace front

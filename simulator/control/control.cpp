@@ -23,7 +23,7 @@
 #include "simulator/control/watch.h"
 #include "simulator/device/root.h"
 #include "simulator/device/trusted_folder.h"
-#include "simulator/input/events.h"
+#include "simulator/input/window.h"
 #include "simulator/time/clock.h"
 #include "simulator/time/pause.h"
 

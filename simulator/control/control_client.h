@@ -9,9 +9,9 @@
 #include <tuple>
 
 #include "base/message_socket.h"
+#include "screen/changes.h"
 #include "simulator/control/commands.h"
 #include "simulator/control/protocol.h"
-#include "simulator/screen/changes.h"
 
 namespace tavsim {
 
@@ -62,7 +62,7 @@ private:
     std::optional<Asked> m_asked;  // and has no answer yet; tried again if it came early
     bool m_hasAsked = false;
     std::function<News()> m_follow;  // gives what it is sent from now on; null: it does not follow
-    std::optional<ScreenChanges> m_screen;  // while frames are asked for
+    std::optional<screen::ScreenChanges> m_screen;  // while frames are asked for
 };
 
 }  // namespace tavsim

@@ -4,6 +4,7 @@
 
 #include "base/json/text.h"
 #include "base/json/writer.h"
+#include "screen/screen.h"
 #include "simulator/bus/bus.h"
 #include "simulator/bus/profile_services.h"
 #include "simulator/bus/services.h"
@@ -15,7 +16,6 @@
 #include "simulator/device/state.h"
 #include "simulator/host/compass.h"
 #include "simulator/page/bridge.h"
-#include "simulator/screen/screen.h"
 #include "simulator/time/clock.h"
 #include "simulator/time/pause.h"
 #include "simulator/time/queue.h"
@@ -129,7 +129,7 @@ std::string servicesJson() {
 }
 
 std::string screenJson() {
-    const std::optional<ScreenSize> size = screenSize();
+    const std::optional<screen::ScreenSize> size = screen::screenSize();
     return size ? base::jsonObject("width", size->width, "height", size->height) : "null";
 }
 

@@ -1,9 +1,11 @@
 // Commands for what the user does: keys, touches, the window.
+#include "input/events.h"
+#include "input/key_names.h"
+#include "input/keyboard.h"
 #include "simulator/control/command.h"
-#include "simulator/input/events.h"
-#include "simulator/input/key_names.h"
-#include "simulator/input/keyboard.h"
+#include "simulator/input/origin.h"
 #include "simulator/input/touch.h"
+#include "simulator/input/window.h"
 #include "simulator/language/pattern.h"
 
 namespace tavsim {
@@ -36,26 +38,26 @@ CommandResult touchAt(const char* command, TouchFunction function, Words words) 
 CommandResult pressKey(Words words) {
     const std::string_view action = words.next();
     std::string error;
-    const std::optional<SDLKey> key = keyNamed(words.rest(), &error);
+    const std::optional<SDLKey> key = input::keyNamed(words.rest(), &error);
     if (!key) {
         return resultOf("key", false, error);
     }
-    KeyStrokes strokes;
+    input::KeyStrokes strokes;
     if (action != "up") {
         strokes.press(*key);
     }
     if (action != "down") {
         strokes.release(*key);
     }
-    const bool isDone = sendEvents(strokes.events(), &error);
+    const bool isDone = input::sendEvents(strokes.events(), noteOwnEvent, &error);
     return resultOf("key", isDone, error);
 }
 
 CommandResult typeText(Words words) {
-    KeyStrokes strokes;
+    input::KeyStrokes strokes;
     std::string error;
-    const bool isDone =
-        strokes.type(std::string(words.rest()), &error) && sendEvents(strokes.events(), &error);
+    const bool isDone = strokes.type(std::string(words.rest()), &error) &&
+                        input::sendEvents(strokes.events(), noteOwnEvent, &error);
     return resultOf("text", isDone, error);
 }
 

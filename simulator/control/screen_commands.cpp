@@ -2,13 +2,17 @@
 #include <filesystem>
 #include <utility>
 
+#include "screen/frames.h"
+#include "screen/screen.h"
 #include "simulator/control/command.h"
-#include "simulator/screen/frames.h"
-#include "simulator/screen/screen.h"
+#include "simulator/screen/picture.h"
 
 namespace fs = std::filesystem;
 
 namespace tavsim {
+
+using screen::Picture;
+
 namespace {
 
 PictureOptions& options() {
@@ -74,13 +78,13 @@ CommandResult comparedWith(const Picture& screen, const Picture& stored, const s
 
 CommandResult notSeen(const std::string& error) {
     CommandResult result = failed(error);
-    result.isEarly = areFramesWatched();
+    result.isEarly = screen::areFramesWatched();
     return result;
 }
 
 CommandResult screenshot(Words words) {
     std::string error;
-    const std::optional<Picture> screen = screenPicture(&error);
+    const std::optional<Picture> screen = screen::screenPicture(&error);
     if (!screen) {
         return notSeen("screenshot: " + error);
     }
@@ -93,7 +97,7 @@ CommandResult picture(Words words) {
     const std::string file(words.restBeforeNumber(&tolerance));
     const std::string path = pathOf(file);
     std::string error;
-    const std::optional<Picture> screen = screenPicture(&error);
+    const std::optional<Picture> screen = screen::screenPicture(&error);
     if (!screen) {
         return notSeen("picture: " + error);
     }

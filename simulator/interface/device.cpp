@@ -7,16 +7,16 @@
 
 #include "base/print_line.h"
 #include "helper/trace.h"
+#include "screen/frames.h"
 #include "simulator/bus/services.h"
 #include "simulator/control/commands.h"
 #include "simulator/control/control.h"
 #include "simulator/device/refusals.h"
 #include "simulator/device/state.h"
-#include "simulator/input/events.h"
+#include "simulator/input/window.h"
 #include "simulator/page/bridge.h"
 #include "simulator/scenario/player.h"
 #include "simulator/scenario/recorder.h"
-#include "simulator/screen/frames.h"
 #include "simulator/time/pause.h"
 #include "simulator/time/queue.h"
 #include "simulator/time/timers.h"
@@ -83,7 +83,7 @@ void stopRooms() {
     clearRefusals();
     stopCompass();
     stopWorld();
-    stopFrames();
+    screen::stopFrames();
     stopInput();
     stopJournal();
     releaseRoot();

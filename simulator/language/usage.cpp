@@ -7,9 +7,9 @@
 
 #include "base/json/writer.h"
 #include "base/suggestion.h"
+#include "input/key_names.h"
 #include "simulator/device/faults.h"
 #include "simulator/device/profile.h"
-#include "simulator/input/key_names.h"
 #include "simulator/language/pattern.h"
 #include "simulator/language/text_word.h"
 #include "simulator/language/vocabulary.h"
@@ -97,7 +97,7 @@ std::string requestProblem(std::string_view word) {
 
 std::string keyProblem(std::string_view name) {
     std::string problem;
-    return keyNamed(name, &problem) ? "" : problem;
+    return input::keyNamed(name, &problem) ? "" : problem;
 }
 
 std::string patternProblem(std::string_view text) {

@@ -7,6 +7,7 @@
 
 #include "base/json/text.h"
 #include "base/print_line.h"
+#include "screen/frames.h"
 #include "simulator/control/commands.h"
 #include "simulator/device/claim.h"
 #include "simulator/device/journal.h"
@@ -14,7 +15,6 @@
 #include "simulator/language/explanation.h"
 #include "simulator/scenario/failure.h"
 #include "simulator/scenario/reader.h"
-#include "simulator/screen/frames.h"
 #include "simulator/time/queue.h"
 
 namespace fs = std::filesystem;
@@ -71,7 +71,7 @@ bool Player::start(std::string* error) {
     }
     m_isNoted = true;
     if (std::any_of(m_scenario.steps.begin(), m_scenario.steps.end(), looksAtShown)) {
-        watchFrames();
+        screen::watchFrames();
     }
     observeJournal([this](const std::string& line) { newEntry(line); });
     base::prepareLastingParsers();  // the last steps are looked at when the application has ended

@@ -3,11 +3,15 @@
 #include <png.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 
 #include "base/file.h"
 
 namespace tavsim {
+
+using screen::Picture;
+
 namespace {
 
 constexpr size_t kLargestFile = 64 << 20;
@@ -47,12 +51,6 @@ uint8_t faint(const uint8_t* pixel) {
 }
 
 }  // namespace
-
-Picture::Picture(int itsWidth, int itsHeight)
-    : width(itsWidth),
-      height(itsHeight),
-      rgb(3 * static_cast<size_t>(itsWidth) * static_cast<size_t>(itsHeight)) {
-}
 
 bool writePng(const Picture& picture, const std::string& path, std::string* error) {
     const std::string bytes = bytesOf(picture);

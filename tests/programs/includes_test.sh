@@ -11,7 +11,7 @@ rooms=(tools tools/panel tools/page tools/web tools/test tools/control tools/pro
     simulator/screen simulator/page simulator/bus simulator/host simulator/world simulator/device
     simulator/process simulator/time
     linux/host linux/services linux/bus linux/application
-    front helper base/json base platform)
+    bridge input screen front helper base/json base platform)
 
 # The inclusions of some folders, each as a line "FILE HEADER".
 inclusions() {
@@ -54,8 +54,8 @@ while read -r file header; do
     [ -n "$from" ] || fail "$folder is none of the rooms"
     [[ -n $to && $to -ge $from ]] || fail "$file includes $header"
     count=$((count + 1))
-done < <(inclusions tools simulator linux front helper base platform)
-! grep -rn '"linux/' tools simulator front helper base platform --include='*.cpp' --include='*.h' ||
+done < <(inclusions tools simulator linux bridge input screen front helper base platform)
+! grep -rn '"linux/' tools simulator bridge input screen front helper base platform --include='*.cpp' --include='*.h' ||
     fail 'something else includes what is for Linux'
 ! grep -rn '"simulator/' linux || fail 'what is for Linux includes the simulator'
 [ "$count" -gt 100 ] || fail "only $count inclusions were found in the rooms"

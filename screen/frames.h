@@ -6,21 +6,16 @@
 // the last frame that it has swapped.
 #pragma once
 
-#include <atomic>
 #include <optional>
 
-#include "simulator/screen/picture.h"
+#include "screen/picture.h"
 
-namespace tavsim {
+namespace screen {
 
-extern std::atomic<bool> g_isWatched;
+bool areFramesWatched();
 
-// Called by the thread that draws, before each swap.
-inline bool areFramesWatched() {
-    return g_isWatched.load(std::memory_order_relaxed);
-}
-
-// Reads the frame in the back buffer, if the thread has an OpenGL context.
+// Reads the frame in the back buffer, if the thread has an OpenGL context. Called by the thread
+// that draws, before each swap, while frames are watched.
 void keepFrame();
 
 // Every frame is kept from now on, for a run in which it is known that somebody will look.
@@ -41,4 +36,4 @@ std::optional<Picture> lastFrame();
 // Nobody watches any more.
 void stopFrames();
 
-}  // namespace tavsim
+}  // namespace screen

@@ -1,4 +1,4 @@
-#include "simulator/input/key_names.h"
+#include "input/key_names.h"
 
 #include <map>
 #include <vector>
@@ -6,7 +6,7 @@
 #include "base/json/writer.h"
 #include "base/suggestion.h"
 
-namespace tavsim {
+namespace input {
 namespace {
 
 // Keys with one code after the other.
@@ -75,4 +75,4 @@ std::optional<SDLKey> keyNamed(std::string_view name, std::string* error) {
     return std::nullopt;
 }
 
-}  // namespace tavsim
+}  // namespace input

@@ -1,4 +1,4 @@
-#include "simulator/screen/changes.h"
+#include "screen/changes.h"
 
 #include <algorithm>
 #include <cstring>
@@ -8,9 +8,9 @@
 #include <vector>
 
 #include "base/json/writer.h"
-#include "simulator/screen/screen.h"
+#include "screen/screen.h"
 
-namespace tavsim {
+namespace screen {
 namespace {
 
 // Between two looks at a screen that does not change: as long as a smooth animation takes.
@@ -103,4 +103,4 @@ std::optional<std::string> ScreenChanges::next(std::string* error) {
     return encoded(*m_shown, parts);
 }
 
-}  // namespace tavsim
+}  // namespace screen

@@ -4,9 +4,9 @@
 #include <optional>
 #include <string>
 
-#include "simulator/screen/picture.h"
+#include "screen/picture.h"
 
-namespace tavsim {
+namespace screen {
 
 // That of its surface; nothing if it has none.
 struct ScreenSize {
@@ -19,4 +19,4 @@ std::optional<ScreenSize> screenSize();
 // with a line in `error`, if it has none.
 std::optional<Picture> screenPicture(std::string* error);
 
-}  // namespace tavsim
+}  // namespace screen

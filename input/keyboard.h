@@ -8,7 +8,7 @@
 
 #include "SDL.h"
 
-namespace tavsim {
+namespace input {
 
 // Builds the events of keys that are pressed and released one after the other.
 class KeyStrokes {
@@ -35,4 +35,4 @@ private:
 // Updates the result of SDL_GetKeyState() and SDL_GetModState().
 void followKey(const SDL_KeyboardEvent& event);
 
-}  // namespace tavsim
+}  // namespace input

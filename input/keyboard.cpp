@@ -1,14 +1,12 @@
-#include "simulator/input/keyboard.h"
+#include "input/keyboard.h"
 
 #include <glib.h>
 
 #include <algorithm>
 
-#include "base/json/writer.h"
 #include "front/next.h"
-#include "simulator/input/events.h"
 
-namespace tavsim {
+namespace input {
 namespace {
 
 constexpr std::string_view kPlain = "`1234567890-=[]\\;',./";
@@ -166,4 +164,4 @@ void followKey(const SDL_KeyboardEvent& event) {
         static_cast<SDLMod>(event.state == SDL_PRESSED ? modifiers | flag : modifiers & ~flag));
 }
 
-}  // namespace tavsim
+}  // namespace input

@@ -1,4 +1,4 @@
-#include "simulator/screen/screen.h"
+#include "screen/screen.h"
 
 #include <algorithm>
 #include <array>
@@ -7,9 +7,9 @@
 
 #include "SDL.h"
 #include "front/next.h"
-#include "simulator/screen/frames.h"
+#include "screen/frames.h"
 
-namespace tavsim {
+namespace screen {
 namespace {
 
 // The pixel's bytes as a number, as SDL reads it.
@@ -136,4 +136,4 @@ std::optional<Picture> screenPicture(std::string* error) {
     return picture;
 }
 
-}  // namespace tavsim
+}  // namespace screen

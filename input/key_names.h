@@ -6,12 +6,11 @@
 #include <string_view>
 
 #include "SDL.h"
-#include "platform/visibility.h"
 
-namespace tavsim {
+namespace input {
 
 // The key that SDL_GetKeyName() gives this name. Without one, `error` is a line that may suggest
 // another.
-TAV_PLATFORM_API std::optional<SDLKey> keyNamed(std::string_view name, std::string* error);
+std::optional<SDLKey> keyNamed(std::string_view name, std::string* error);
 
-}  // namespace tavsim
+}  // namespace input

@@ -1,4 +1,4 @@
-#include "simulator/screen/frames.h"
+#include "screen/frames.h"
 
 #define GL_GLEXT_PROTOTYPES  // for their types; the functions are looked up
 #include <GL/gl.h>
@@ -12,9 +12,10 @@
 #include <utility>
 
 #include "SDL.h"
+#include "front/frames.h"
 #include "front/next.h"
 
-namespace tavsim {
+namespace screen {
 namespace {
 
 struct Frames {
@@ -144,14 +145,16 @@ Picture upsideDown(const Picture& picture) {
 // With the lock held.
 void keepNoMoreThanIsWatched() {
     if (!frames().areAllKept && frames().watches == 0) {
-        g_isWatched = false;
+        front::g_areFramesWatched = false;
         frames().last.reset();
     }
 }
 
 }  // namespace
 
-constinit std::atomic<bool> g_isWatched = false;
+bool areFramesWatched() {
+    return front::g_areFramesWatched;
+}
 
 void keepFrame() {
     static const auto videoSurface = TAV_FRONT_NEXT(SDL_GetVideoSurface);
@@ -167,13 +170,13 @@ void keepFrame() {
 void watchFrames() {
     const std::lock_guard lock(frames().mutex);
     frames().areAllKept = true;
-    g_isWatched = true;
+    front::g_areFramesWatched = true;
 }
 
 FrameWatch::FrameWatch() {
     const std::lock_guard lock(frames().mutex);
     ++frames().watches;
-    g_isWatched = true;
+    front::g_areFramesWatched = true;
 }
 
 FrameWatch::~FrameWatch() {
@@ -185,7 +188,7 @@ FrameWatch::~FrameWatch() {
 std::optional<Picture> lastFrame() {
     const std::lock_guard lock(frames().mutex);
     if (!frames().last) {
-        g_isWatched = true;
+        front::g_areFramesWatched = true;
         return std::nullopt;
     }
     const Picture picture = upsideDown(*frames().last);
@@ -195,9 +198,9 @@ std::optional<Picture> lastFrame() {
 
 void stopFrames() {
     const std::lock_guard lock(frames().mutex);
-    g_isWatched = false;
+    front::g_areFramesWatched = false;
     frames().areAllKept = false;
     frames().last.reset();
 }
 
-}  // namespace tavsim
+}  // namespace screen

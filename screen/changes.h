@@ -5,10 +5,10 @@
 #include <optional>
 #include <string>
 
-#include "simulator/screen/frames.h"
-#include "simulator/screen/picture.h"
+#include "screen/frames.h"
+#include "screen/picture.h"
 
-namespace tavsim {
+namespace screen {
 
 // Keeps what was shown last, so it should only live while somebody goes on asking.
 class ScreenChanges {
@@ -31,4 +31,4 @@ private:
     SteadyClock::time_point m_seenUnchanged;
 };
 
-}  // namespace tavsim
+}  // namespace screen

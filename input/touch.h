@@ -1,0 +1,48 @@
+// The touch screen. To SDL, a finger is the left button of a mouse.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "SDL.h"
+#include "front/mouse.h"
+#include "input/events.h"
+
+namespace input {
+
+struct Point {
+    int x = 0;
+    int y = 0;
+};
+
+// Builds the events of a finger.
+class Finger {
+public:
+    bool isDown() const { return (m_mouse.buttons & SDL_BUTTON_LMASK) != 0; }
+
+    void moveTo(const Point& point);
+    void press(const Point& point);
+    void release(const Point& point);
+
+    const std::vector<SDL_Event>& events() const { return m_events; }
+
+private:
+    void addButton(Uint8 state);
+
+    front::Mouse m_mouse = front::mouseNow();
+    std::vector<SDL_Event> m_events;
+};
+
+// Each returns false, with a line in `error`, when the point is not on the application's surface or
+// the finger is not in the right state.
+bool canMove(const Point& point, std::string* error);
+bool canPress(const Finger& finger, const Point& point, std::string* error);
+bool canRelease(const Finger& finger, const Point& point, std::string* error);
+
+// Each returns false, with a line in `error` and nothing done, when it cannot be, or the
+// application's event queue has not enough room. A move without a finger is the motion of a mouse.
+bool touchDown(const Point& point, EventObserver observer, std::string* error);
+bool touchMove(const Point& point, EventObserver observer, std::string* error);
+bool touchUp(const Point& point, EventObserver observer, std::string* error);
+
+}  // namespace input
