@@ -7,7 +7,9 @@
 #include <cstdlib>
 #include <filesystem>
 
+#include "bridge/page_file.h"
 #include "simulator/interface/device.h"
+#include "tools/process/picture.h"
 
 namespace fs = std::filesystem;
 
@@ -104,6 +106,9 @@ void setEnvironment(const RunRequest& request, const std::string& root,
     set("TAVSIM_VIRTUAL_TIME", request.virtualTime ? "1" : "");
     set("TAVSIM_CONTROL", "1");
     set("TAVSIM_PANEL", request.panel ? "1" : "");
+    if (bridge::isDocument(request.page)) {
+        drawInPage(request.page);
+    }
     drawNowhereWithoutDisplay();
     preload(simulator);
 }

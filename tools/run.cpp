@@ -13,9 +13,9 @@
 #include "environment.h"
 #include "judge.h"
 #include "output_watch.h"
-#include "panel_process.h"
 #include "program.h"
 #include "run_folder.h"
+#include "run_servers.h"
 #include "simulator/device/profile.h"
 #include "simulator/device/trusted_folder.h"
 #include "simulator/scenario/check.h"
@@ -178,16 +178,16 @@ int run(RunRequest request) {
         return complain(std::string("no pipe for the program's output: ") + std::strerror(errno));
     }
     warn(*scenario, request.device);
-    PanelProcess panel(signals);
-    if (request.panel && !panel.start(request, folder.root())) {
+    RunServers servers(signals);
+    if (!servers.start(request, folder.root())) {
         return kBadSetup;
     }
     tavsim::removeVerdict(folder.root());
     setEnvironment(request, folder.root(), simulator);
-    Supervisor supervisor(request, folder, signals, panel,
+    Supervisor supervisor(request, folder, signals, servers,
                           scenario->output.empty() ? nullptr : &output);
     const RunEnd end = supervisor.run(file);
-    panel.end(end.how);
+    servers.end(end.how);
     if (!request.record.empty()) {
         endRecording(request, folder.root(), end.status);
     }

@@ -74,8 +74,8 @@ void Supervisor::waitForEnd() {
             endInTime();
         } else if (signal.si_signo != SIGCHLD) {
             passOn(signal);
-        } else if (m_panel.hasEnded() && !m_isAsked) {
-            say("is asked to end, because its panel has ended");
+        } else if (const std::string server = m_servers.ended(); !server.empty() && !m_isAsked) {
+            say("is asked to end, because its " + server + " has ended");
             askToEnd();
         }
     }

@@ -5,9 +5,9 @@
 #include <string>
 
 #include "output_watch.h"
-#include "panel_process.h"
 #include "run.h"
 #include "run_folder.h"
+#include "run_servers.h"
 #include "tools/process/process.h"
 #include "tools/process/signals.h"
 
@@ -22,14 +22,14 @@ struct RunEnd {
 
 class Supervisor {
 public:
-    // The output may be null; then it is not checked. When the panel has ended, the program is
+    // The output may be null; then it is not checked. When a server has ended, the program is
     // asked to end.
     Supervisor(const RunRequest& request, RunFolder& folder, const Signals& signals,
-               PanelProcess& panel, OutputWatch* output)
+               RunServers& servers, OutputWatch* output)
         : m_request(request),
           m_folder(folder),
           m_signals(signals),
-          m_panel(panel),
+          m_servers(servers),
           m_output(output) {}
 
     // Starts the program, waits until it has ended, and reports how it ended.
@@ -51,7 +51,7 @@ private:
     const RunRequest& m_request;
     RunFolder& m_folder;
     const Signals& m_signals;
-    PanelProcess& m_panel;
+    RunServers& m_servers;
     OutputWatch* m_output;
     Members m_members;
     Process m_process;

@@ -1,4 +1,4 @@
-#include "panel_process.h"
+#include "server_process.h"
 
 #include <fcntl.h>
 #include <sys/prctl.h>
@@ -11,15 +11,11 @@
 #include <csignal>
 #include <cstdio>
 #include <cstring>
-#include <filesystem>
 
 #include "base/child.h"
 #include "base/message_socket.h"
-#include "judge.h"
 #include "tools/process/exit_status.h"
 #include "tools/process/process.h"
-
-namespace fs = std::filesystem;
 
 namespace tools {
 namespace {
@@ -27,36 +23,6 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::seconds kLongestEnd(3);
-
-// Beside this program.
-std::string panelPath() {
-    std::error_code problem;
-    return fs::read_symlink("/proc/self/exe", problem).replace_filename("tavsim-panel");
-}
-
-std::vector<std::string> panelCommand(const PanelOptions& options) {
-    std::vector<std::string> words = {panelPath(), "--port", std::to_string(options.port)};
-    if (!options.tiles.empty()) {
-        words.insert(words.end(), {"--tiles", options.tiles});
-    }
-    return words;
-}
-
-std::vector<std::string> panelCommand(const RunRequest& request, const std::string& root) {
-    std::vector<std::string> words = panelCommand(request.panelOptions);
-    std::error_code problem;
-    const std::string header = recordingHeader(request, fs::current_path(problem));
-    words.insert(words.end(), {"--", root, header, "--device", request.device});
-    if (!request.page.empty()) {
-        words.insert(words.end(), {"--page", request.page});
-    }
-    if (request.plugin) {
-        words.emplace_back("--plugin");
-    }
-    words.emplace_back("--");
-    words.insert(words.end(), request.command.begin(), request.command.end());
-    return words;
-}
 
 // Without its line feed. Empty where the other end is closed before that.
 std::string readLine(int file) {
@@ -74,32 +40,26 @@ std::string readLine(int file) {
 
 }  // namespace
 
-int runPanel(const PanelOptions& options) {
-    const std::vector<std::string> words = panelCommand(options);
-    return complain(words[0] + ": " + std::strerror(execute(words[0], words)), kCannotStart);
-}
-
-bool PanelProcess::start(const RunRequest& request, const std::string& root) {
-    const std::vector<std::string> words = panelCommand(request, root);
+bool ServerProcess::start(const std::vector<std::string>& words, const std::string& subject) {
     int input[2];
     int output[2];
     if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, input) != 0) {
-        complain(std::string("panel: ") + std::strerror(errno));
+        complain(words[0] + ": " + std::strerror(errno));
         return false;
     }
     m_input = base::Descriptor(input[0]);
-    base::Descriptor panelsInput(input[1]);
+    base::Descriptor itsInput(input[1]);
     if (pipe2(output, O_CLOEXEC) != 0) {
-        complain(std::string("panel: ") + std::strerror(errno));
+        complain(words[0] + ": " + std::strerror(errno));
         return false;
     }
     const base::Descriptor link(output[0]);
-    base::Descriptor panelsOutput(output[1]);
+    base::Descriptor itsOutput(output[1]);
     m_id = base::startProgram([&] {
         // Out of the keyboard's reach, and so that it can say that this process was killed.
         setpgid(0, 0);
         prctl(PR_SET_PDEATHSIG, 0);
-        base::setStandardStreams(panelsInput.number(), panelsOutput.number(), -1);
+        base::setStandardStreams(itsInput.number(), itsOutput.number(), -1);
         m_signals.restore();
         execute(words[0], words);
     });
@@ -108,21 +68,21 @@ bool PanelProcess::start(const RunRequest& request, const std::string& root) {
         complain(words[0] + ": " + std::strerror(errno));
         return false;
     }
-    panelsInput.close();
-    panelsOutput.close();
+    itsInput.close();
+    itsOutput.close();
     const std::string address = readLine(link.number());
     if (!address.empty()) {
-        complain("the device is at " + address);
+        complain("the " + subject + " is at " + address);
     }
     return !address.empty();
 }
 
-bool PanelProcess::hasEnded() {
+bool ServerProcess::hasEnded() {
     m_hasEnded = m_hasEnded || (m_id != 0 && waitpid(m_id, nullptr, WNOHANG) == m_id);
     return m_hasEnded;
 }
 
-void PanelProcess::end(const std::string& how) {
+void ServerProcess::end(const std::string& how) {
     if (m_id == 0 || hasEnded()) {
         return;
     }
