@@ -2,19 +2,24 @@
 #include <CLI/CLI.hpp>
 #include <exception>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "base/file.h"
 #include "complain.h"
 #include "launcher.h"
+#include "page_server.h"
+#include "tools/web/main_loop.h"
 
 namespace fs = std::filesystem;
 
 namespace page {
 namespace {
 
+constexpr char kInterrupted[] = "The page's server was ended.";
 constexpr int kLastPort = 65535;
 constexpr int kLongestLinger = 24 * 3600;  // seconds
 
@@ -27,6 +32,26 @@ int launch(LaunchOptions options) {
     }
     options.application = std::move(*application);
     return Launcher(std::move(options)).run();
+}
+
+// The page of a plug-in that `tavsim run` starts.
+int serve(const std::string& index, const std::string& socket, int port) {
+    const fs::path path = fs::absolute(index).lexically_normal();
+    ServerOptions options{path.parent_path(), path.filename(), {}, socket, port};
+    std::string error = base::whyNoFile(path);
+    if (!error.empty() || !readHosts(options.folder, &options.hosts, &error)) {
+        return complain(error);
+    }
+    PageServer server(options, {[] {}, [] {}, [](size_t) {}});
+    if (!server.start(&error)) {
+        return complain(error);
+    }
+    web::MainLoop loop([&server](const std::string& how, std::function<void()> onTold) {
+        server.end(how, std::move(onTold));
+    });
+    loop.endWithRun();
+    loop.run(server.link(), kInterrupted);
+    return 0;
 }
 
 }  // namespace
@@ -47,6 +72,11 @@ int main(int argc, char** argv) try {
                    "Seconds without a page after which the program is ended")
         ->check(CLI::Range(0, page::kLongestLinger))
         ->capture_default_str();
+    std::string socket;
+    app.add_option("--socket", socket,
+                   "What `tavsim run` gives: where its program connects; FOLDER is the page's file")
+        ->excludes("--browser")
+        ->excludes("--linger");
     app.add_option("FOLDER", options.folder, "With the page, the program and their appinfo.json")
         ->required();
     app.add_option("ARGUMENTS", options.arguments, "Of the program");
@@ -55,7 +85,8 @@ int main(int argc, char** argv) try {
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? 0 : tools::kBadSetup;
     }
-    return page::launch(std::move(options));
+    return socket.empty() ? page::launch(std::move(options))
+                          : page::serve(options.folder, socket, options.port);
 } catch (const std::exception& error) {
     return page::complain(error.what());
 }
