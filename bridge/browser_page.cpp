@@ -84,6 +84,7 @@ void BrowserPage::serve() {
             endWith("its server has sent a malformed message");
         }
     }
+    sendFrame();
     if (m_socket && m_socket->isGone()) {
         endWith(m_socket->isOurs() ? "its server has closed the connection"
                                    : "the application has closed its connection to the page");
@@ -133,15 +134,48 @@ bool BrowserPage::handle(const base::Message& message) {
         }
         break;
     }
-    case MessageKind::FrameWanted:
-    case MessageKind::Touch:
-    case MessageKind::Key:
+    default:
+        return handleView(kind, &items);
+    }
+    return items.isSuccessful();
+}
+
+// The same for what has to do with the application's picture in the page.
+bool BrowserPage::handleView(MessageKind kind, helper::ItemReader* items) {
+    switch (kind) {
+    case MessageKind::FrameWanted: {
+        const bool isWhole = items->readBool();
+        if (isWhole) {
+            m_input.release();  // what the page that looked before holds
+        }
+        m_frames.want(isWhole);
+        break;
+    }
+    case MessageKind::Touch: {
+        const std::string action = items->readString();
+        const int x = items->readInt();
+        const int y = items->readInt();
+        return items->isSuccessful() && m_input.touch(action, {x, y});
+    }
+    case MessageKind::Key: {
+        const bool isPressed = items->readBool();
+        m_input.key(isPressed, items->readString());
+        break;
+    }
     case MessageKind::Typed:
-        break;  // for the application's picture in the page, which is not there yet
+        m_input.type(items->readString());
+        break;
     default:
         return false;
     }
-    return items.isSuccessful();
+    return items->isSuccessful();
+}
+
+void BrowserPage::sendFrame() {
+    const std::optional<std::string> frame = isGone() ? std::nullopt : m_frames.next();
+    if (frame && frame->size() <= kLongestMessage) {
+        queue(MessageKind::Frame, *frame);
+    }
 }
 
 void BrowserPage::answer(MessageKind question, int number, std::string_view call) {
@@ -180,6 +214,7 @@ void BrowserPage::queue(MessageKind kind, std::string_view content) {
 
 void BrowserPage::endWith(const std::string& reason) {
     end();
+    m_input.release();
     m_events.onGone(reason);
 }
 

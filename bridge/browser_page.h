@@ -13,6 +13,8 @@
 #include "base/message_socket.h"
 #include "bridge/message.h"
 #include "bridge/methods.h"
+#include "bridge/page_frames.h"
+#include "bridge/page_input.h"
 #include "helper/items.h"
 
 namespace bridge {
@@ -61,6 +63,8 @@ public:
 private:
     bool isReading() const;
     bool handle(const base::Message& message);
+    bool handleView(MessageKind kind, helper::ItemReader* items);
+    void sendFrame();
     void answer(MessageKind question, int number, std::string_view call);
     void queue(MessageKind kind, std::string_view content);
     void endWith(const std::string& reason);
@@ -70,6 +74,8 @@ private:
     NativeMethods m_methods;
     std::optional<base::MessageSocket> m_socket;
     int m_openQuestions = 0;
+    PageFrames m_frames;
+    PageInput m_input;
 };
 
 }  // namespace bridge

@@ -73,4 +73,19 @@ bool sendEvents(const std::vector<SDL_Event>& events, EventObserver observer, st
     return true;
 }
 
+void sendOrDrop(const std::vector<SDL_Event>& events) {
+    static const auto pushEvent = TAV_FRONT_NEXT(SDL_PushEvent);
+    if (!queueRoom()) {
+        return;
+    }
+    front::g_isInputSent = true;
+    for (SDL_Event event : events) {
+        followEvent(event);
+        const size_t keptFree = event.type == SDL_MOUSEMOTION ? kQueueHolds / 2 : 0;
+        if (isWanted(event) && queueRoom() > keptFree) {
+            pushEvent(&event);
+        }
+    }
+}
+
 }  // namespace input

@@ -23,4 +23,8 @@ using EventObserver = void (*)(const SDL_Event& event);
 // nothing done, when the queue has not enough room.
 bool sendEvents(const std::vector<SDL_Event>& events, EventObserver observer, std::string* error);
 
+// The same for what a user does at this moment, who cannot be refused: what the queue has no room
+// for is lost, as SDL does with the input of its window, motion first. The state follows even so.
+void sendOrDrop(const std::vector<SDL_Event>& events);
+
 }  // namespace input
