@@ -1,16 +1,15 @@
 #include "simulator/page/bridge.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <memory>
 #include <optional>
-#include <vector>
 
 #include "base/file.h"
 #include "base/print_line.h"
+#include "bridge/function_call.h"
 #include "helper/items.h"
 #include "platform/napp.h"
 #include "simulator/device/edge.h"
@@ -81,22 +80,9 @@ bool isPageAlive() {
     return plugin().page != nullptr && plugin().page->isAlive();
 }
 
-bool isCallable(const char* function, const char* const* arguments, int argumentCount) {
-    const bool hasArguments = argumentCount == 0 || (argumentCount > 0 && arguments != nullptr);
-    return function != nullptr && hasArguments;
-}
-
-std::vector<helper::Text> textsOf(const char* const* texts, int count) {
-    std::vector<helper::Text> all(static_cast<size_t>(count));
-    std::transform(texts, texts + count, all.begin(), [](const char* text) {
-        return text != nullptr ? helper::Text(text) : std::nullopt;
-    });
-    return all;
-}
-
 bool callPage(const char* function, const char* const* arguments, int argumentCount) {
     if (!hostAccepts("bridge") || !plugin().isConnected ||
-        !isCallable(function, arguments, argumentCount)) {
+        !bridge::isCallable(function, arguments, argumentCount)) {
         return false;
     }
     if (plugin().pageFile.empty()) {
@@ -108,7 +94,7 @@ bool callPage(const char* function, const char* const* arguments, int argumentCo
     helper::ItemWriter items;
     items.writeText(function);
     items.writeInt(argumentCount);
-    for (const helper::Text& argument : textsOf(arguments, argumentCount)) {
+    for (const helper::Text& argument : bridge::textsOf(arguments, argumentCount)) {
         items.writeText(argument);
     }
     plugin().page->post(now(), bridge::MessageKind::CallFunction, items);
@@ -154,7 +140,7 @@ bool NApp_JSCall(const char* functionName, const char* const* arguments, int arg
     const bool accepts = tavsim::callPage(functionName, arguments, argumentCount);
     tavsim::JournalEntry entry("host", __func__, "function", functionName);
     if (accepts) {
-        entry.texts("arguments", tavsim::textsOf(arguments, argumentCount));
+        entry.texts("arguments", bridge::textsOf(arguments, argumentCount));
     }
     entry.outcome(tavsim::acceptance(accepts));
     return accepts;
