@@ -103,18 +103,6 @@ int NApp_SetTouchAggression(int) {
     return 0;
 }
 
-bool NApp_RegisterKiteHandlers(NApp_MethodListCallback, NApp_MethodCallback) {
-    return false;
-}
-
-bool NApp_JSCall(const char*, const char* const*, int) {
-    return false;
-}
-
-SDL_bool SDL_NimboHookIsComponent() {
-    return SDL_FALSE;
-}
-
 int SDL_NimboHookSetOrientation(const char*) {
     return 0;
 }

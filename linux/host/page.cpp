@@ -1,0 +1,137 @@
+// The bridge to the page whose plug-in the application is: the JavaScript part of the host library.
+#include <glib-unix.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "base/print_line.h"
+#include "bridge/browser_page.h"
+#include "bridge/function_call.h"
+#include "bridge/methods.h"
+#include "linux/bus/pump.h"
+#include "linux/host/in_front.h"
+#include "platform/napp.h"
+#include "platform/sdl_nimbo.h"
+
+namespace tavlinux {
+namespace {
+
+constexpr char kVariable[] = "TAV_PAGE_SOCKET";  // set by tav-page for the plug-in of its page
+
+// The connection with the page, and what polls it.
+struct Plugin {
+    std::shared_ptr<bridge::BrowserPage> page;
+    GSource* source = nullptr;
+    short events = 0;  // that the source waits for
+};
+
+Plugin& plugin() {
+    static Plugin& instance = *new Plugin;  // never destroyed, as the application may end anywhere
+    return instance;
+}
+
+std::string socketPath() {
+    const char* path = std::getenv(kVariable);
+    return path != nullptr ? path : "";
+}
+
+void stopPolling() {
+    if (GSource* const source = std::exchange(plugin().source, nullptr)) {
+        g_source_destroy(source);
+        g_source_unref(source);
+    }
+}
+
+void serve();
+
+// The socket is not polled again before it is served, or whoever waits for a service would be
+// woken up again and again.
+gboolean onReady(gint, GIOCondition, gpointer) {
+    stopPolling();
+    deliver(serve);
+    return G_SOURCE_REMOVE;
+}
+
+void poll() {
+    const short events = plugin().page->pollEvents();
+    if (plugin().source != nullptr && plugin().events == events) {
+        return;
+    }
+    stopPolling();
+    if (events != 0) {
+        plugin().events = events;
+        plugin().source =
+            g_unix_fd_source_new(plugin().page->socket(), static_cast<GIOCondition>(events));
+        g_source_set_callback(plugin().source, G_SOURCE_FUNC(onReady), nullptr, nullptr);
+        g_source_attach(plugin().source, context());
+    }
+}
+
+// A native method may handle events, and so serve the page's next questions.
+void serve() {
+    poll();
+    plugin().page->serve();
+    poll();
+}
+
+void tell(std::string_view level, const std::string& text) {
+    base::printLine(level == "log" ? stdout : stderr, "[page] " + text);
+}
+
+// False, after printing why, when tav-page is not there.
+bool connect() {
+    plugin().page = bridge::BrowserPage::connect(
+        socketPath(), {[](std::string_view, const bridge::MethodReply&) {}, tell,
+                       [](const std::string& text) { tell("error", text); },
+                       [](const std::string& reason) {
+                           base::printLine(stderr, "tav: the page has ended: " + reason);
+                       }});
+    if (plugin().page == nullptr) {
+        base::printLine(stderr, "tav: " + socketPath() + ": " + std::strerror(errno) +
+                                    "; tav-page, whose page this program is a plug-in of, sets " +
+                                    kVariable);
+    }
+    return plugin().page != nullptr;
+}
+
+bool isPlugin() {
+    return isInFront() && !socketPath().empty();
+}
+
+bool isConnected() {
+    return plugin().page != nullptr && !plugin().page->isGone();
+}
+
+}  // namespace
+}  // namespace tavlinux
+
+SDL_bool SDL_NimboHookIsComponent() {
+    return tavlinux::isPlugin() ? SDL_TRUE : SDL_FALSE;
+}
+
+bool NApp_RegisterKiteHandlers(NApp_MethodListCallback methodList, NApp_MethodCallback methodCall) {
+    if (!tavlinux::isPlugin() || !tavlinux::isApplicationThread() || methodList == nullptr ||
+        methodCall == nullptr || (!tavlinux::isConnected() && !tavlinux::connect())) {
+        return false;
+    }
+    tavlinux::plugin().page->setMethods({methodList, methodCall});
+    tavlinux::poll();
+    return true;
+}
+
+bool NApp_JSCall(const char* functionName, const char* const* arguments, int argumentCount) {
+    if (!tavlinux::isApplicationThread() || !tavlinux::isConnected() ||
+        !bridge::isCallable(functionName, arguments, argumentCount)) {
+        return false;
+    }
+    const bool accepts = tavlinux::plugin().page->callFunction(
+        functionName, bridge::textsOf(arguments, argumentCount));
+    tavlinux::poll();
+    return accepts;
+}
