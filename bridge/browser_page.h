@@ -57,6 +57,10 @@ public:
     // it handles events; also from within a native method that this function has called.
     void serve();
 
+    // Sends the frame that the page wants, if there is something new to see. serve() does so too, but
+    // is not called while nothing arrives; this is to be called whenever events are handled.
+    void sendFrame();
+
     // Only sends, for while the application waits without handling events.
     void send();
 
@@ -64,7 +68,6 @@ private:
     bool isReading() const;
     bool handle(const base::Message& message);
     bool handleView(MessageKind kind, helper::ItemReader* items);
-    void sendFrame();
     void answer(MessageKind question, int number, std::string_view call);
     void queue(MessageKind kind, std::string_view content);
     void endWith(const std::string& reason);

@@ -10,6 +10,7 @@
 #include "front/next.h"
 #include "helper/trace.h"
 #include "linux/bus/pump.h"
+#include "linux/host/page.h"
 #include "screen/frames.h"
 
 namespace tavlinux {
@@ -47,6 +48,7 @@ bool takesPart() {
 
 void deliver() {
     tavlinux::pump();
+    tavlinux::showPicture();
 }
 
 void looked(const SDL_Event*) {

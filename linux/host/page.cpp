@@ -1,4 +1,5 @@
-// The bridge to the page whose plug-in the application is: the JavaScript part of the host library.
+#include "linux/host/page.h"
+
 #include <glib-unix.h>
 
 #include <cerrno>
@@ -109,6 +110,14 @@ bool isConnected() {
 }
 
 }  // namespace
+
+void showPicture() {
+    if (isConnected()) {
+        plugin().page->sendFrame();
+        poll();
+    }
+}
+
 }  // namespace tavlinux
 
 SDL_bool SDL_NimboHookIsComponent() {
