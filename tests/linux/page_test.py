@@ -1,11 +1,15 @@
 """The application as the plug-in of a page, for which this test speaks in place of tav-page."""
 
+import json
 import socket
 import struct
+import subprocess
+from pathlib import Path
 
-from buses import OnPrivateBuses
+from buses import BUILD, OnPrivateBuses
 
 CALL_FUNCTION, ANSWER, METHOD_LIST, METHOD_CALL, CONSOLE_LINE, PROBLEM = 1, 3, 5, 6, 8, 9
+FRAME, FRAME_WANTED, TOUCH, KEY, TYPED = 4, 7, 10, 11, 12
 
 
 def items(*values):
@@ -13,6 +17,8 @@ def items(*values):
     for value in values:
         if value is None:
             content += b"n"
+        elif isinstance(value, bool):
+            content += b"b" + bytes([value])
         elif isinstance(value, int):
             content += b"i" + struct.pack("=i", value)
         else:
@@ -35,25 +41,33 @@ def values(content):
 class Page(OnPrivateBuses):
     def listen(self):
         path = self.folder + "/page"
+        Path(path).unlink(missing_ok=True)
         self.listener = socket.socket(socket.AF_UNIX)
         self.addCleanup(self.listener.close)
         self.listener.bind(path)
         self.listener.listen()
         return path
 
+    def accept(self):
+        self.socket, _ = self.listener.accept()
+        self.addCleanup(self.socket.close)
+        self.stream = self.socket.makefile("rb")
+
     def send(self, kind, *values):
         content = items(*values)
         self.socket.sendall(struct.pack("=BQ", kind, len(content)) + content)
 
-    def receive(self):
+    def receive_raw(self):
         kind, length = struct.unpack("=BQ", self.stream.read(9))
-        return kind, *values(self.stream.read(length))
+        return kind, self.stream.read(length)
+
+    def receive(self):
+        kind, content = self.receive_raw()
+        return kind, *values(content)
 
     def test_the_page_calls_and_is_called(self):
         process = self.start("plugin", TAV_PAGE_SOCKET=self.listen())
-        self.socket, _ = self.listener.accept()
-        self.addCleanup(self.socket.close)
-        self.stream = self.socket.makefile("rb")
+        self.accept()
         self.send(METHOD_LIST, 7)
         self.assertEqual(self.receive(), (ANSWER, 7, 3, "echo", "ask", "end"))
         self.send(METHOD_CALL, 1, "ask", 1, "\u00e9\n")
@@ -87,3 +101,59 @@ class Page(OnPrivateBuses):
             "plugin 1 Could not register JS Handlers. Either this was not launched as a plugin, or "
             "the IPC is not yet set up.\n", f"tav: {self.folder}/page: No such file or directory; "
             "tav-page, whose page this program is a plug-in of, sets TAV_PAGE_SOCKET\n"))
+
+    def display(self):
+        """Starts an X server that ends with the test."""
+        server = self.start_program("Xvfb", "-displayfd", "1", "-nolisten", "tcp",
+                                    stderr=subprocess.DEVNULL)
+        return ":" + server.stdout.readline().strip()
+
+    def see(self, is_first, color):
+        """Waits for a frame, which may come before the application has drawn."""
+        self.send(FRAME_WANTED, is_first)
+        kind, frame = self.receive_raw()
+        header, pixels = frame.split(b"\n", 1)
+        self.assertEqual((kind, json.loads(header)), (FRAME, {
+            "width": 40, "height": 30, "parts": [[0, 0, 40, 30]]}))
+        self.assertEqual(set(zip(*[iter(pixels)] * 3)), {color})
+
+    def test_the_picture_is_seen_and_touched_in_the_page(self):
+        display = self.display()
+        gl = {"LIBGL_ALWAYS_SOFTWARE": "1", "LP_NUM_THREADS": "0"}
+        for driver, *arguments in ("dummy",), ("x11",), ("x11", "opengl"):
+            with self.subTest(driver=driver, arguments=arguments):
+                self.check_picture(*arguments, SDL_VIDEODRIVER=driver, DISPLAY=display, **gl)
+
+    def check_picture(self, *arguments, **environment):
+        process = self.start_program(BUILD + "/bin/tav_linux_picture", *arguments,
+                                     TAV_PAGE_SOCKET=self.listen(), **environment)
+        self.accept()
+        line = process.stdout.readline
+        self.see(True, (0, 0, 0))
+        self.send(TOUCH, "down", 40, 6)  # beside the surface
+        self.send(TOUCH, "up", 39, 6)  # of nothing
+        self.send(TOUCH, "down", 5, 6)
+        self.assertEqual(line(), "+5,6, 1 at 5,6\n")
+        self.see(False, (255, 0, 0))
+        self.send(TOUCH, "move", 39, 29)
+        self.send(TOUCH, "up", 50, 60)
+        self.assertEqual(line(), "-39,29, 0 at 39,29\n")
+        self.send(KEY, True, "nothing")
+        self.send(KEY, True, "left ctrl")
+        self.assertEqual(line(), "+left ctrl 0, 0 at 39,29 left ctrl\n")
+        self.see(True, (0, 0, 0))  # a page that begins to look presses no key
+        self.assertEqual(line(), "-left ctrl 0, 0 at 39,29\n")
+        self.send(TYPED, "\n")
+        self.send(TYPED, "A\u20ac")
+        self.assertEqual([line().split(",")[0] for _ in range(6)], [
+            "+left shift 0", "+a 41", "-a 0", "-left shift 0", "+unknown key 20ac",
+            "-unknown key 0"])
+        self.send(KEY, True, "q")
+        self.assertEqual(line(), "+q 71, 0 at 39,29 q\n")
+        self.send(TOUCH, "down", 1, 2)
+        self.assertEqual(line(), "+1,2, 1 at 1,2 q\n")
+        self.socket.shutdown(socket.SHUT_RDWR)
+        output, errors = process.communicate()
+        self.assertEqual(output, "-1,2, 0 at 1,2\n-q 0, 0 at 1,2\n")
+        self.assertRegex(errors, "^tav: the page has ended: .*closed")
+        self.assertEqual(process.returncode, 0)
