@@ -17,10 +17,10 @@ else()
         set(TAV_PLATFORM_NAMES tavlinux)
     endif()
     file(RELATIVE_PATH TAV_LIBRARIES_FROM_TOOLS /${CMAKE_INSTALL_BINDIR} /${CMAKE_INSTALL_LIBDIR})
-    set_target_properties(tavsim tavsim_panel PROPERTIES
+    set_target_properties(tavsim tavsim_panel tav_page PROPERTIES
                           INSTALL_RPATH $ORIGIN/${TAV_LIBRARIES_FROM_TOOLS})
     install(TARGETS tavsim EXPORT tavTargets)
-    install(TARGETS tavsim_panel)
+    install(TARGETS tavsim_panel tav_page)
     install(FILES cmake/tavsim_add_test.cmake DESTINATION ${TAV_CMAKE_DIR})
     install(FILES tools/completion.bash RENAME tavsim
             DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
@@ -29,7 +29,7 @@ else()
             FILES_MATCHING PATTERN *.py PATTERN py.typed PATTERN __pycache__ EXCLUDE)
     install(DIRECTORY simulator/devices DESTINATION ${TAV_DATA_DIR})
     install(DIRECTORY tools/panel/page/ DESTINATION ${TAV_DATA_DIR}/panel)
-    install(FILES docs/tavsim.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+    install(FILES docs/tavsim.1 docs/tav-page.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 endif()
 
 install(TARGETS ${TAV_INSTALLED_LIBRARIES} EXPORT tavTargets)

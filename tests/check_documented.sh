@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Checks that the documents and the man page mention every name that a user can use, that the man
-# page formats without warnings, and that links have targets: check_documented.sh TAVSIM
+# Checks that the documents and the man pages mention every name that a user can use, that the man
+# pages format without warnings, and that links have targets: check_documented.sh TAVSIM
 # PROJECT_FOLDER
 set -euo pipefail
 tavsim=$1
@@ -9,8 +9,10 @@ cd "$2"
 work=$(mktemp -d)
 trap 'rm -r "$work"' EXIT
 page=$work/tavsim.1
-groff -man -ww -rHY=0 -rLL=200n -Tutf8 -P -c docs/tavsim.1 2>"$work/complaints" |
-    sed 's/.\x08//g; s/‐/-/g; s/−/-/g' >"$page"
+for manual in tavsim.1 tav-page.1; do
+    groff -man -ww -rHY=0 -rLL=200n -Tutf8 -P -c "docs/$manual" 2>>"$work/complaints" |
+        sed 's/.\x08//g; s/‐/-/g; s/−/-/g' >"$work/$manual"
+done
 missing=0
 complain() {
     echo "$1" >&2
@@ -35,8 +37,9 @@ expect_in docs/testing.md '^    def \K[a-z]\w*' python/tavsim/run.py
 expect_in docs/simulator.md '\{+"\K\w+(?=",( (json::)?\w+\(&| \[|$))' simulator/device/{profile,service_reader}.cpp simulator/bus/program_line.cpp
 for text in docs/simulator.md "$page"; do
     expect_in "$text" '"\K(TAVSIM_[A-Z]|TAV_TRACE)[A-Z_]*(?=")' helper/*.cpp base/*.cpp simulator/*/*.cpp tools/*.cpp tools/*/*.cpp
-    expect_in "$text" '"\K--[a-z-]+(?=")' tools/*.cpp tools/*/*.cpp
+    expect_in "$text" '"\K--[a-z-]+(?=")' tools/*.cpp tools/{control,panel,process,test}/*.cpp
 done
+expect_in "$work/tav-page.1" '"\K(--[a-z-]+|TAV_[A-Z_]*)(?=")' tools/page/*.cpp linux/host/page.cpp
 
 # All lists of the commands of `tavsim ctl` must be the same. In the man page, a description may
 # follow a short command on its line.

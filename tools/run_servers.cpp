@@ -49,7 +49,7 @@ std::vector<std::string> panelCommand(const RunRequest& request, const std::stri
 }
 
 std::vector<std::string> pageCommand(const RunRequest& request, const std::string& root) {
-    return {besides("tav-page"), "--socket", root + tavsim::kPageSocket,
+    return {besides("tav-page"), std::string("--socket=") + root + tavsim::kPageSocket,
             absolutePath(request.page)};
 }
 

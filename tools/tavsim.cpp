@@ -79,7 +79,8 @@ void addRun(CLI::App& app, tools::RunRequest* request) {
     run->add_option("--root", request->root,
                     "Folder of the device's files; a fresh one each time when not given");
     run->add_option("--page", request->page,
-                    "Run the program as a plug-in of the page with this script");
+                    "Run the program as a plug-in of this page: a script, or an HTML file for the\n"
+                    "browser, at the address that is printed");
     run->add_flag("--plugin", request->plugin,
                   "Run the program as a plug-in whose host never calls");
     run->add_flag("--virtual-time", request->virtualTime,

@@ -14,9 +14,9 @@ read -ra flags <<<"${TAV_FLAGS:-}"
 
 platform=tavsim
 [ "$TAV_LINUX" = OFF ] || platform=tavlinux
-for file in bin/tavsim bin/tavsim-panel include/tav.h include/tavsim.h share/man/man1/tavsim.1 \
-    share/tavsim/panel/index.html share/tavsim/devices/quern.json \
-    share/bash-completion/completions/tavsim \
+for file in bin/tavsim bin/tavsim-panel bin/tav-page include/tav.h include/tavsim.h \
+    share/man/man1/tavsim.1 share/man/man1/tav-page.1 share/tavsim/panel/index.html \
+    share/tavsim/devices/quern.json share/bash-completion/completions/tavsim \
     lib/python3/dist-packages/tavsim/py.typed "$TAV_LIBDIR/lib$platform.so"; do
     [ -f "$prefix/$file" ] || fail "$file is not installed"
 done

@@ -70,7 +70,7 @@ int main(int argc, char** argv) try {
         ->check(CLI::Range(0, page::kLastPort));
     app.add_option("--linger", options.linger,
                    "Seconds without a page after which the program is ended")
-        ->check(CLI::Range(0, page::kLongestLinger))
+        ->check(CLI::Range(1, page::kLongestLinger))
         ->capture_default_str();
     std::string socket;
     app.add_option("--socket", socket,
@@ -83,7 +83,9 @@ int main(int argc, char** argv) try {
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? 0 : tools::kBadSetup;
+        return error.get_exit_code() == 0
+                   ? app.exit(error)
+                   : page::complain(error.what() + std::string("; see tav-page --help"));
     }
     return socket.empty() ? page::launch(std::move(options))
                           : page::serve(options.folder, socket, options.port);
