@@ -30,7 +30,8 @@ static int replies;
 static int repliesWanted; /* a reply function then ends its own subscription */
 static int quiet;
 
-static void onReply(TAV_ServiceParameters* reply, void* userData) {
+static void onReply(TAV_ServiceParameters *reply, void *userData)
+{
     (void)userData;
     ++replies;
     if (!quiet) {
@@ -41,12 +42,13 @@ static void onReply(TAV_ServiceParameters* reply, void* userData) {
     }
 }
 
-static void handleEvents(void) {
+static void handleEvents(void)
+{
     SDL_Event event;
 
     while (SDL_PollEvent(&event)) {
-        const TAV_Location* fix = event.user.data1;
-        const TAV_CompassReading* reading = event.user.data1;
+        const TAV_Location *fix = event.user.data1;
+        const TAV_CompassReading *reading = event.user.data1;
 
         if (event.type != SDL_USEREVENT) {
             continue;
@@ -59,7 +61,7 @@ static void handleEvents(void) {
                    fix->velocity);
             break;
         case TAV_EVENT_LOCATION_FAILURE:
-            printf("location failure %d\n", *(const int*)event.user.data1);
+            printf("location failure %d\n", *(const int *)event.user.data1);
             break;
         case TAV_EVENT_COMPASS:
             printf("compass %d %.1f %.1f\n", reading->intValue, reading->doubleValue1,
@@ -69,7 +71,8 @@ static void handleEvents(void) {
 }
 
 /* Handles events until that many replies, fixes or readings have come. */
-static void waitFor(int count) {
+static void waitFor(int count)
+{
     const Uint32 start = SDL_GetTicks();
 
     for (handleEvents(); replies < count; handleEvents()) {
@@ -82,11 +85,13 @@ static void waitFor(int count) {
     replies = 0;
 }
 
-static void outcome(const char* what, int code) {
+static void outcome(const char *what, int code)
+{
     printf(code != TAV_NOERROR ? "%s %d %s\n" : "%s %d\n", what, code, TAV_GetError());
 }
 
-static int call(const char* uri, const char* payload, SDL_bool once) {
+static int call(const char *uri, const char *payload, SDL_bool once)
+{
     const int code = TAV_ServiceCallWithCallback(uri, payload, onReply, NULL, once);
 
     if (code != TAV_NOERROR) {
@@ -95,7 +100,8 @@ static int call(const char* uri, const char* payload, SDL_bool once) {
     return code == TAV_NOERROR;
 }
 
-static void repeat(char* a[]) {
+static void repeat(char *a[])
+{
     const int count = atoi(a[0]);
     size_t before = 0;
     int i;
@@ -114,7 +120,8 @@ static void repeat(char* a[]) {
     printf("grown %ld\n", ((long)mallinfo2().uordblks - (long)before) / 1024);
 }
 
-static void waitForFile(char* a[]) {
+static void waitForFile(char *a[])
+{
     const Uint32 start = SDL_GetTicks();
 
     while (access(a[0], F_OK) != 0 && SDL_GetTicks() - start < LONGEST_WAIT_MS) {
@@ -124,7 +131,8 @@ static void waitForFile(char* a[]) {
     handleEvents();
 }
 
-static void refusals(char* a[]) {
+static void refusals(char *a[])
+{
     (void)a;
     outcome("orientation", TAV_SetOrientation(TAV_ORIENTATION_LEFT));
     outcome("gestures", TAV_GesturesEnable(SDL_TRUE));
@@ -135,7 +143,8 @@ static void refusals(char* a[]) {
     printf("plugin %d\n", TAV_IsPlugin());
 }
 
-static void about(char* a[]) {
+static void about(char *a[])
+{
     char text[1024];
     TAV_OSVersion version;
 
@@ -156,14 +165,16 @@ static void about(char* a[]) {
     printf("%s\n", text);
 }
 
-static void callOnce(char* a[]) {
+static void callOnce(char *a[])
+{
     if (call(a[0], a[1], SDL_TRUE)) {
         waitFor(1);
     }
 }
 
-static int callElsewhere(void* a) {
-    char** arguments = a;
+static int callElsewhere(void *a)
+{
+    char **arguments = a;
 
     if (access("/proc/nduid", F_OK) == 0) {
         call(arguments[0], arguments[1], SDL_TRUE);
@@ -171,7 +182,8 @@ static int callElsewhere(void* a) {
     return 0;
 }
 
-static void callInFork(char* a[]) {
+static void callInFork(char *a[])
+{
     callOnce(a);
     if (fork() == 0) {
         _exit(callElsewhere(a));
@@ -179,7 +191,8 @@ static void callInFork(char* a[]) {
     wait(NULL);
 }
 
-static void subscribe(char* a[]) {
+static void subscribe(char *a[])
+{
     repliesWanted = atoi(a[2]);
     if (call(a[0], a[1], SDL_FALSE)) {
         waitFor(repliesWanted);
@@ -187,19 +200,22 @@ static void subscribe(char* a[]) {
     repliesWanted = 0;
 }
 
-static void abandon(char* a[]) {
+static void abandon(char *a[])
+{
     call(a[0], a[1], SDL_FALSE);
     TAV_UnregisterServiceCallback(onReply);
 }
 
-static void cancel(char* a[]) {
+static void cancel(char *a[])
+{
     call(a[0], a[1], SDL_TRUE);
     waitForFile(a + 2);
     TAV_UnregisterServiceCallback(onReply);
 }
 
 /* The number of its arguments, and the first one. */
-static void echo(TAV_JSParameters* parameters) {
+static void echo(TAV_JSParameters *parameters)
+{
     char text[256];
 
     snprintf(text, sizeof text, "%d %s", TAV_GetNumJSParams(parameters),
@@ -209,28 +225,32 @@ static void echo(TAV_JSParameters* parameters) {
 }
 
 /* Calls the page with its argument, and waits until the page calls back. */
-static void ask(TAV_JSParameters* parameters) {
-    const char* arguments[] = {TAV_GetJSParamString(parameters, 0), NULL};
+static void ask(TAV_JSParameters *parameters)
+{
+    const char *arguments[] = {TAV_GetJSParamString(parameters, 0), NULL};
 
     outcome("asked", TAV_CallJS("asked", arguments, 2));
     waitFor(1);
     TAV_JSReply(parameters, "told");
 }
 
-static void end(TAV_JSParameters* parameters) {
+static void end(TAV_JSParameters *parameters)
+{
     SDL_Event event = {SDL_USEREVENT};
 
     (void)parameters;
     SDL_PushEvent(&event);
 }
 
-static int useElsewhere(void* where) {
+static int useElsewhere(void *where)
+{
     outcome(where, TAV_JSRegistrationComplete());
     outcome(where, TAV_CallJS("elsewhere", NULL, 0));
     return 0;
 }
 
-static void plugin(char* a[]) {
+static void plugin(char *a[])
+{
     (void)a;
     TAV_RegisterJSHandler("echo", echo);
     TAV_RegisterJSHandler("ask", ask);
@@ -252,13 +272,15 @@ static void plugin(char* a[]) {
     outcome("gone", TAV_CallJS("there", NULL, 0));
 }
 
-static void location(char* a[]) {
+static void location(char *a[])
+{
     outcome("tracking", TAV_EnableLocationTracking(SDL_TRUE));
     waitFor(atoi(a[0]));
     TAV_EnableLocationTracking(SDL_FALSE);
 }
 
-static void compass(char* a[]) {
+static void compass(char *a[])
+{
     SDL_ClearError();
     outcome("enabled", TAV_EnableCompass(SDL_TRUE));
     waitFor(atoi(a[0]));
@@ -266,9 +288,9 @@ static void compass(char* a[]) {
 }
 
 static const struct {
-    const char* name;
+    const char *name;
     int arguments;
-    void (*perform)(char* a[]);
+    void (*perform)(char *a[]);
 } commands[] = {{"call", 2, callOnce},   {"subscribe", 3, subscribe}, {"abandon", 2, abandon},
                 {"cancel", 3, cancel},   {"repeat", 3, repeat},       {"location", 1, location},
                 {"compass", 1, compass}, {"wait", 1, waitForFile},    {"refusals", 0, refusals},
@@ -282,8 +304,9 @@ static const struct {
     }
 
 /* Carries out the command and returns the number of arguments that it took. */
-static int perform(char* a[]) {
-    const char* recipient = a[1] != NULL && a[2] != NULL ? a[3] : NULL;
+static int perform(char *a[])
+{
+    const char *recipient = a[1] != NULL && a[2] != NULL ? a[3] : NULL;
     size_t i;
 
     TAKE("send", 2, TAV_ServiceCall(a[1], a[2]))
@@ -305,7 +328,8 @@ static int perform(char* a[]) {
     exit(2);
 }
 
-int main(int argc, char* argv[]) {
+int main(int argc, char *argv[])
+{
     int at = 1;
 
     setvbuf(stdout, NULL, _IOLBF, 0);
