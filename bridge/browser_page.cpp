@@ -15,7 +15,10 @@ namespace {
 // A page that does not take so much evidently takes nothing.
 constexpr size_t kMostQueued = size_t{16} << 20;
 
-constexpr int kMostAtOnce = 64;  // messages: a flood must not keep the application from running
+// A flood of messages must not keep the application from running, even when the native methods that
+// it calls handle events and so take further messages.
+constexpr int kMostAtOnce = 64;
+constexpr int kMostWithinMethod = 1;
 
 constexpr char kTooLong[] = "The application's reply is longer than 32 MiB";
 
@@ -53,17 +56,13 @@ bool BrowserPage::isGone() const {
     return !m_socket || m_socket->isGone() || getpid() != m_owner;
 }
 
-bool BrowserPage::callFunction(const char* name, const std::vector<helper::Text>& arguments) {
-    helper::ItemWriter items;
-    items.writeText(name);
-    items.writeInt(static_cast<int32_t>(arguments.size()));
-    for (const helper::Text& argument : arguments) {
-        items.writeText(argument);
-    }
-    if (isGone() || m_socket->queued() > kMostQueued || items.message().size() > kLongestMessage) {
+bool BrowserPage::callFunction(const std::string& name,
+                               const std::vector<helper::Text>& arguments) {
+    const std::string items = callItems(name, arguments);
+    if (isGone() || m_socket->queued() > kMostQueued || items.size() > kLongestMessage) {
         return false;
     }
-    queue(MessageKind::CallFunction, items.message());
+    queue(MessageKind::CallFunction, items);
     return !isGone();
 }
 
@@ -75,7 +74,8 @@ short BrowserPage::pollEvents() const {
 void BrowserPage::serve() {
     const std::shared_ptr<BrowserPage> self = shared_from_this();  // a method may end the page
     send();
-    for (int left = kMostAtOnce; left > 0 && isReading(); --left) {
+    int left = m_openQuestions == 0 ? kMostAtOnce : kMostWithinMethod;
+    for (; left > 0 && isReading(); --left) {
         const std::optional<base::Message> message = m_socket->receiveNow();
         if (!message) {
             break;

@@ -39,7 +39,6 @@ public:
 
     // Until it has methods, no question is read.
     void setMethods(const NativeMethods& methods) { m_methods = methods; }
-    const NativeMethods& methods() const { return m_methods; }
 
     // Closes the connection. May be called from a native method and from the events.
     void end() { m_socket.reset(); }
@@ -47,7 +46,7 @@ public:
 
     // Calls a function of the page. False when the page is gone, or takes nothing any more, or the
     // call is too long.
-    bool callFunction(const char* name, const std::vector<helper::Text>& arguments);
+    bool callFunction(const std::string& name, const std::vector<helper::Text>& arguments);
 
     // What to poll: the socket, negative when the page is gone, and the events that are of use now.
     int socket() const { return isGone() ? -1 : m_socket->socket(); }
@@ -57,8 +56,9 @@ public:
     // it handles events; also from within a native method that this function has called.
     void serve();
 
-    // Sends the frame that the page wants, if there is something new to see. serve() does so too, but
-    // is not called while nothing arrives; this is to be called whenever events are handled.
+    // Sends the frame that the page wants, if there is something new to see. serve() does so too; a
+    // device that calls that only when something has arrived calls this whenever events are
+    // handled.
     void sendFrame();
 
     // Only sends, for while the application waits without handling events.

@@ -1,7 +1,5 @@
 #include "bridge/methods.h"
 
-#include "helper/items.h"
-
 namespace bridge {
 namespace {
 
@@ -18,6 +16,16 @@ std::vector<std::string> namesOf(const NativeMethods& methods) {
         names.push_back(list.readString());
     }
     return names;
+}
+
+std::string callItems(std::string_view name, const std::vector<helper::Text>& arguments) {
+    helper::ItemWriter items;
+    items.writeText(name);
+    items.writeInt(static_cast<int32_t>(arguments.size()));
+    for (const helper::Text& argument : arguments) {
+        items.writeText(argument);
+    }
+    return items.message();
 }
 
 MethodReply callMethod(const NativeMethods& methods, std::string_view call, HDataWriter* answer) {

@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "helper/items.h"
 #include "platform/napp.h"
 
 namespace bridge {
@@ -22,8 +23,11 @@ struct MethodReply {
 
 std::vector<std::string> namesOf(const NativeMethods& methods);
 
-// The call is the name, the number of arguments and the arguments, as items. `answer` gets what the
-// application writes: nothing when it could not read the call, which counts as an exception.
+// The items of a call, of a native method or of the page: name, number of arguments, arguments.
+std::string callItems(std::string_view name, const std::vector<helper::Text>& arguments);
+
+// `answer` gets what the application writes: nothing when it could not read the call's items, which
+// counts as an exception.
 MethodReply callMethod(const NativeMethods& methods, std::string_view call, HDataWriter* answer);
 
 // What has been written so far; valid until the next write.

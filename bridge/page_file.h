@@ -16,4 +16,10 @@ inline bool isDocument(const std::string& file) {
            strcasecmp(extension.c_str(), ".htm") == 0;
 }
 
+// Empty for a script. For a document, why it is not shown in virtual time.
+inline std::string whyNotInVirtualTime(const std::string& file) {
+    return isDocument(file) ? file + ": a page in a browser is in real time, not in virtual time"
+                            : std::string();
+}
+
 }  // namespace bridge

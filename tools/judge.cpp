@@ -6,6 +6,7 @@
 #include <fstream>
 
 #include "base/json/writer.h"
+#include "bridge/page_file.h"
 #include "environment.h"
 #include "simulator/device/profile.h"
 #include "simulator/scenario/parameters.h"
@@ -99,6 +100,7 @@ void adoptHeader(const Scenario& scenario, RunRequest* request) {
     }
     if (request->page.empty()) {
         request->page = scenario.page.value_or("");
+        request->virtualTime = request->virtualTime && !bridge::isDocument(request->page);
     }
     if (request->timeout == 0) {
         // Who looks at the device in a browser may take their time.

@@ -12,7 +12,8 @@
 
 namespace tools {
 
-// Fills in the options that the command line does not set.
+// Fills in the options that the command line does not set. A scenario whose page is for a browser
+// is played in real time.
 void adoptHeader(const tavsim::Scenario& scenario, RunRequest* request);
 
 std::vector<std::string> globsOf(const tavsim::Scenario& scenario);

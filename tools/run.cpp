@@ -10,6 +10,7 @@
 #include <optional>
 
 #include "base/file.h"
+#include "bridge/page_file.h"
 #include "environment.h"
 #include "judge.h"
 #include "output_watch.h"
@@ -57,6 +58,9 @@ std::string whyNoSetup(const RunRequest& request) {
     }
     if (!request.page.empty()) {
         error = base::whyNoFile(request.page);
+    }
+    if (error.empty() && request.virtualTime) {
+        error = bridge::whyNotInVirtualTime(request.page);
     }
     if (!error.empty()) {
         return error;

@@ -1,15 +1,12 @@
 #include "simulator/control/control.h"
 
 #include <fcntl.h>
-#include <poll.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <chrono>
-#include <climits>
 #include <functional>
 #include <iterator>
 #include <list>
@@ -24,7 +21,6 @@
 #include "simulator/device/root.h"
 #include "simulator/device/trusted_folder.h"
 #include "simulator/input/window.h"
-#include "simulator/time/clock.h"
 #include "simulator/time/pause.h"
 
 namespace tavsim {
@@ -34,7 +30,6 @@ constexpr size_t kMostClients = 16;
 constexpr std::chrono::milliseconds kHeldStep(5);
 
 using Clients = std::list<ControlClient>;
-using SteadyClock = std::chrono::steady_clock;
 
 struct Control {
     base::Descriptor listener;
@@ -122,26 +117,8 @@ void serveClients() {
     control().ended.clear();
 }
 
-// A socket takes less than a picture at once. So the clients are sent the rest while the
-// application waits anyway, and not only when it next handles events.
-void sendMeanwhile(Milliseconds longest) {
-    if (!isControlled() || control().serving) {
-        return;
-    }
-    const auto end = SteadyClock::now() + std::chrono::milliseconds(longest);
-    auto& clients = control().clients;
-    std::array<pollfd, kMostClients> sockets{};
-    while (std::any_of(clients.begin(), clients.end(), std::mem_fn(&ControlClient::isSending))) {
-        std::transform(clients.begin(), clients.end(), sockets.begin(), [](const auto& client) {
-            return pollfd{client.isSending() ? client.socket() : -1, POLLOUT, 0};
-        });
-        const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - SteadyClock::now());
-        const auto limit = static_cast<int>(std::clamp<Milliseconds>(left.count(), 0, INT_MAX));
-        if (poll(sockets.data(), clients.size(), limit) <= 0) {
-            return;
-        }
-        std::for_each(clients.begin(), clients.end(), std::mem_fn(&ControlClient::send));
-    }
+bool canSend() {
+    return isControlled() && !control().serving;
 }
 
 void holdWhilePaused() {
@@ -179,7 +156,6 @@ bool startControl(std::string* error) {
         return false;
     }
     control().owner = getpid();
-    setMeanwhile(sendMeanwhile);
     forgetWhatWasTold();
     announceDevice();
     return true;
@@ -196,12 +172,30 @@ void serveControl() {
     control().serving = false;
 }
 
+std::vector<pollfd> controlsToPoll() {
+    std::vector<pollfd> sockets;
+    if (canSend()) {
+        for (const ControlClient& client : control().clients) {
+            if (client.isSending()) {
+                sockets.push_back({client.socket(), POLLOUT, 0});
+            }
+        }
+    }
+    return sockets;
+}
+
+void sendToControls() {
+    if (canSend()) {
+        std::for_each(control().clients.begin(), control().clients.end(),
+                      std::mem_fn(&ControlClient::send));
+    }
+}
+
 void stopControl() {
     if (!isControlled()) {
         return;
     }
     control().owner = 0;
-    setMeanwhile(nullptr);
     control().listener.close();
     unlink(base::SocketAddress(rootFolder() + kControlSocket).path());
     withdrawDevice();

@@ -15,7 +15,7 @@
 #include "simulator/device/running.h"
 #include "simulator/device/state.h"
 #include "simulator/host/compass.h"
-#include "simulator/page/bridge.h"
+#include "simulator/page/plugin.h"
 #include "simulator/time/clock.h"
 #include "simulator/time/pause.h"
 #include "simulator/time/queue.h"

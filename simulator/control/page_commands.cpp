@@ -9,7 +9,7 @@
 #include "base/suggestion.h"
 #include "simulator/control/command.h"
 #include "simulator/language/text_word.h"
-#include "simulator/page/bridge.h"
+#include "simulator/page/plugin.h"
 
 namespace tavsim {
 namespace {

@@ -24,8 +24,9 @@ constexpr char kLink[] = ": is a symbolic link, and the device follows none";
 constexpr char kNoFile[] = ": is neither a file nor a folder";
 
 // Everything that the device and the library use in the root folder, except the application's data.
-constexpr const char* kUsed[] = {"/var",         "/usr",   "/proc",        kDescription,
-                                 kControlSocket, kVerdict, kRecordingMark, kRecording};
+constexpr const char* kUsed[] = {"/var",       "/usr",         "/proc",
+                                 kDescription, kControlSocket, kPageSocket,
+                                 kVerdict,     kRecordingMark, kRecording};
 
 // The user, or root.
 bool isTrusted(uid_t owner) {

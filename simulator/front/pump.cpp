@@ -1,11 +1,16 @@
 #include "simulator/front/pump.h"
 
+#include <poll.h>
+
 #include <algorithm>
 #include <atomic>
+#include <chrono>
+#include <climits>
 #include <cstdlib>
 #include <optional>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "SDL.h"
 #include "front/events.h"
@@ -18,6 +23,7 @@
 #include "simulator/device/journal.h"
 #include "simulator/device/running.h"
 #include "simulator/input/origin.h"
+#include "simulator/page/plugin.h"
 #include "simulator/scenario/recorder.h"
 #include "simulator/time/pause.h"
 #include "simulator/time/queue.h"
@@ -25,6 +31,8 @@
 
 namespace tavsim {
 namespace {
+
+using SteadyClock = std::chrono::steady_clock;
 
 constexpr Milliseconds kWaitStep = 10;  // between two checks of SDL's queue
 // Sockets are not served in every poll, because that takes system calls.
@@ -71,7 +79,8 @@ std::optional<Milliseconds> nextMoment() {
 void sleepAStep() {
     static const auto realDelay = TAV_FRONT_NEXT(SDL_Delay);
     const Milliseconds untilDue = nextDue().value_or(now() + kWaitStep) - now();
-    realDelay(static_cast<Uint32>(useWait(std::clamp<Milliseconds>(untilDue, 1, kWaitStep))));
+    realDelay(static_cast<Uint32>(
+        useWait(std::clamp<Milliseconds>(untilDue, 1, kWaitStep), Wait::ForEvents)));
 }
 
 void take(const SDL_Event& event) {
@@ -107,6 +116,32 @@ bool isShownInPanel() {
 
 void pumpNow() {
     serveAndDeliver(serveOutside);
+    servePage();
+}
+
+bool sendWhileWaiting(Milliseconds longest, Wait wait) {
+    const auto end = SteadyClock::now() + std::chrono::milliseconds(longest);
+    while (true) {
+        std::vector<pollfd> sockets = controlsToPoll();
+        pollfd page = pageToPoll();
+        if (wait == Wait::ForTime) {
+            page.events &= POLLOUT;
+        }
+        if (page.events != 0) {
+            sockets.push_back(page);
+        }
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - SteadyClock::now());
+        const auto limit = static_cast<int>(std::clamp<Milliseconds>(left.count(), 0, INT_MAX));
+        if (sockets.empty() || poll(sockets.data(), sockets.size(), limit) <= 0) {
+            return false;
+        }
+        if (wait == Wait::ForEvents && page.events != 0 &&
+            (sockets.back().revents & ~POLLOUT) != 0) {
+            return true;
+        }
+        sendToControls();
+        sendToPage();
+    }
 }
 
 void pumpUntil(Milliseconds time) {
@@ -138,6 +173,7 @@ void deliver() try {
     if (tavsim::isStarted()) {
         ++tavsim::g_deliveries;
         tavsim::serveAndDeliver(tavsim::serveOutsideNowAndThen);
+        tavsim::servePage();
         --tavsim::g_deliveries;
     }
 } catch (...) {
@@ -163,7 +199,7 @@ void waitForNext() try {
     if (tavsim::isTimePaced()) {
         const tavsim::Milliseconds step =
             tavsim::after(tavsim::now(), tavsim::inPace(tavsim::kWaitStep));
-        tavsim::passTime(std::min(next.value_or(step), step));
+        tavsim::passTime(tavsim::waitInPace(std::min(next.value_or(step), step)));
         return;
     }
     if (!next) {

@@ -13,10 +13,12 @@
 #include "simulator/control/control.h"
 #include "simulator/device/refusals.h"
 #include "simulator/device/state.h"
+#include "simulator/front/pump.h"
 #include "simulator/input/window.h"
-#include "simulator/page/bridge.h"
+#include "simulator/page/plugin.h"
 #include "simulator/scenario/player.h"
 #include "simulator/scenario/recorder.h"
+#include "simulator/time/clock.h"
 #include "simulator/time/pause.h"
 #include "simulator/time/queue.h"
 #include "simulator/time/timers.h"
@@ -62,7 +64,10 @@ bool startRooms(const Options& options, std::string* error) {
     }
     setPictureOptions({options.updatePictures, options.differences});
     startWorld(announceLocation);
-    startPage(options.pageFile);
+    if (!startPage(options.pageFile, error)) {
+        return false;
+    }
+    setMeanwhile(sendWhileWaiting);
     if (isSecond(options)) {
         return true;
     }
@@ -74,6 +79,7 @@ bool startRooms(const Options& options, std::string* error) {
 void stopRooms() {
     stopScenario();
     stopRecording();
+    setMeanwhile(nullptr);
     stopPage();
     stopControl();
     resumeTime();

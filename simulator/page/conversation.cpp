@@ -107,7 +107,7 @@ std::string fromEngineText(std::string_view engineText) {
 }
 
 struct Conversation {
-    base::MessageSocket device{kPageSocket};
+    base::MessageSocket device{kDeviceSocket};
     bridge::MessageKind kind = bridge::MessageKind::Idle;
     helper::ItemWriter written;
     base::Message received;

@@ -18,7 +18,7 @@ struct EngineText {
 };
 
 // Sets the page's end of the connection.
-constexpr int kPageSocket = 3;
+constexpr int kDeviceSocket = 3;
 
 // A message to the device: begin it with its kind, write its items, then send it. One that is not
 // sent is dropped when the next begins.

@@ -68,10 +68,10 @@ duk_ret_t handleEvent(duk_context* engine, void* kind) {
 }
 
 void keepOnly(int socket) {
-    dup2(socket, kPageSocket);
+    dup2(socket, kDeviceSocket);
     close(STDIN_FILENO);
     close(STDOUT_FILENO);
-    close_range(kPageSocket + 1, ~0u, 0);
+    close_range(kDeviceSocket + 1, ~0u, 0);
 }
 
 }  // namespace

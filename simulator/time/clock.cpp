@@ -27,7 +27,7 @@ constinit std::atomic<Pace> g_pace = Pace::Real;
 constinit std::atomic<Milliseconds> g_virtualNow = 0;
 constinit std::atomic<SteadyClock::time_point> g_startedAt = {};
 constinit Pacing g_pacing = {};
-constinit std::atomic<void (*)(Milliseconds)> g_meanwhile = nullptr;
+constinit std::atomic<bool (*)(Milliseconds, Wait)> g_meanwhile = nullptr;
 
 Milliseconds sinceStart(std::chrono::nanoseconds time) {
     const auto start = g_startedAt.load().time_since_epoch();
@@ -110,17 +110,19 @@ Milliseconds after(Milliseconds moment, Milliseconds stretch) {
     return stretch < kLast - moment ? moment + std::max<Milliseconds>(stretch, 0) : kLast;
 }
 
-void setMeanwhile(void (*meanwhile)(Milliseconds longest)) {
+void setMeanwhile(bool (*meanwhile)(Milliseconds longest, Wait wait)) {
     g_meanwhile = meanwhile;
 }
 
-Milliseconds useWait(Milliseconds longest) {
+Milliseconds useWait(Milliseconds longest, Wait wait) {
     const auto meanwhile = g_meanwhile.load();
     if (meanwhile == nullptr || longest <= 0 || !isOnApplicationThread()) {
         return longest;
     }
     const SteadyClock::time_point end = SteadyClock::now() + std::chrono::milliseconds(longest);
-    meanwhile(longest);
+    if (meanwhile(longest, wait)) {
+        return 0;
+    }
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - SteadyClock::now());
     return std::max<Milliseconds>(left.count(), 0);
 }
@@ -132,6 +134,15 @@ void setTime(Milliseconds moment) {
         }
         g_virtualNow.store(moment, std::memory_order_release);
     }
+}
+
+Milliseconds waitInPace(Milliseconds until) {
+    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(g_pacing.timeOf(until) -
+                                                                            SteadyClock::now());
+    if (left.count() <= 0 || useWait(left.count(), Wait::ForEvents) > 0) {
+        return until;
+    }
+    return std::clamp(g_pacing.momentAt(SteadyClock::now()), now(), until);
 }
 
 Milliseconds lag() {

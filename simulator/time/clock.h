@@ -39,17 +39,24 @@ bool mayHaveCome(Milliseconds moment);
 // The moment plus a duration; a negative duration counts as 0. Saturates at the largest value.
 Milliseconds after(Milliseconds moment, Milliseconds stretch);
 
-// What is done on the application's thread while it waits in real time, for so long at most; null:
-// nothing.
-void setMeanwhile(void (*meanwhile)(Milliseconds longest));
+// What a wait in real time is for: to let time pass, or to handle events afterwards.
+enum class Wait { ForTime, ForEvents };
 
-// Does it, and returns how long the wait still is.
-Milliseconds useWait(Milliseconds longest);
+// What is done on the application's thread while it waits in real time, for so long at most; null:
+// nothing. True ends a wait for events early, because there is something to be handled.
+void setMeanwhile(bool (*meanwhile)(Milliseconds longest, Wait wait));
+
+// Does it, and returns how long the wait still is, which is 0 when it ends early.
+Milliseconds useWait(Milliseconds longest, Wait wait = Wait::ForTime);
 
 // Virtual time only: moves the clock on, never back. On the application's thread.
 void setTime(Milliseconds moment);
 
 // The following are for paced time, on the application's thread.
+
+// Waits for events as long as `meanwhile` has something to do, at most until the moment. Returns up
+// to which moment to let time pass: this one, or an earlier one when there are events.
+Milliseconds waitInPace(Milliseconds until);
 
 // How far the clock is behind, because the application was busy.
 Milliseconds lag();

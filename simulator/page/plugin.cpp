@@ -1,4 +1,4 @@
-#include "simulator/page/bridge.h"
+#include "simulator/page/plugin.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -10,13 +10,17 @@
 #include "base/file.h"
 #include "base/print_line.h"
 #include "bridge/function_call.h"
+#include "bridge/page_file.h"
 #include "helper/items.h"
 #include "platform/napp.h"
 #include "simulator/device/edge.h"
 #include "simulator/device/journal.h"
 #include "simulator/device/refusals.h"
+#include "simulator/device/root.h"
 #include "simulator/device/running.h"
-#include "simulator/page/page.h"
+#include "simulator/device/trusted_folder.h"
+#include "simulator/page/document_page.h"
+#include "simulator/page/script_page.h"
 #include "simulator/time/clock.h"
 
 namespace tavsim {
@@ -37,27 +41,40 @@ Plugin& plugin() {
     return instance;
 }
 
-// False when the page's process cannot be started. If the script cannot be read, there is no page,
-// but the plug-in is not refused.
-bool openPage(const std::string& pageFile) {
-    const std::string name = std::filesystem::path(pageFile).filename();
+bool fails(const std::string& name, const char* what) {
+    base::printLine(stderr, name + what + std::strerror(errno));
+    return false;
+}
+
+bool openDocument(const std::string& name) {
+    const auto page = std::make_shared<DocumentPage>(name);
+    if (!page->connect(rootFolder() + kPageSocket)) {
+        return fails(name, ": nobody serves the page (`tavsim run --page` does): ");
+    }
+    plugin().page = page;
+    return true;
+}
+
+// If the script cannot be read, there is no page, but the plug-in is not refused.
+bool openScript(const std::string& pageFile, const std::string& name) {
     std::string error;
     const std::optional<std::string> source = base::readFile(pageFile, kLargestScript, &error);
     if (!source) {
         base::printLine(stderr, error);
         return true;
     }
-    const auto page = std::make_shared<Page>(name);
-    if (!page->start()) {
-        base::printLine(stderr, name + ": cannot be run: " + std::strerror(errno));
-        return false;
+    const auto page = std::make_shared<ScriptPage>(name);
+    if (!page->start(*source)) {
+        return fails(name, ": cannot be run: ");
     }
     plugin().page = page;
-    helper::ItemWriter items;
-    items.writeText(name);
-    items.writeText(*source);
-    page->post(now(), bridge::MessageKind::RunScript, items);
     return true;
+}
+
+// False, with a line on standard error, when the page cannot be reached or started.
+bool openPage(const std::string& pageFile) {
+    const std::string name = std::filesystem::path(pageFile).filename();
+    return bridge::isDocument(pageFile) ? openDocument(name) : openScript(pageFile, name);
 }
 
 bool connect(NApp_MethodListCallback methodList, NApp_MethodCallback methodCall) {
@@ -88,24 +105,17 @@ bool callPage(const char* function, const char* const* arguments, int argumentCo
     if (plugin().pageFile.empty()) {
         return true;
     }
-    if (!isPageAlive()) {
-        return false;
-    }
-    helper::ItemWriter items;
-    items.writeText(function);
-    items.writeInt(argumentCount);
-    for (const helper::Text& argument : bridge::textsOf(arguments, argumentCount)) {
-        items.writeText(argument);
-    }
-    plugin().page->post(now(), bridge::MessageKind::CallFunction, items);
-    return true;
+    return isPageAlive() &&
+           plugin().page->callFunction(function, bridge::textsOf(arguments, argumentCount));
 }
 
 }  // namespace
 
-void startPage(const std::string& pageFile) {
+bool startPage(const std::string& pageFile, std::string* error) {
     stopPage();
     plugin().pageFile = pageFile;
+    *error = isTimeVirtual() && !isTimePaced() ? bridge::whyNotInVirtualTime(pageFile) : "";
+    return error->empty();
 }
 
 void stopPage() {
@@ -123,6 +133,22 @@ std::optional<bridge::MethodReply> callFromPage(const std::string& method,
                                                 const std::vector<std::string>& arguments) {
     const std::shared_ptr<Page> page = plugin().page;  // the method may end it
     return isPageAlive() ? page->call(method, arguments) : std::nullopt;
+}
+
+void servePage() {
+    if (const std::shared_ptr<Page> page = plugin().page; isPageAlive()) {
+        page->serve();
+    }
+}
+
+void sendToPage() {
+    if (isPageAlive()) {
+        plugin().page->send();
+    }
+}
+
+pollfd pageToPoll() {
+    return isPageAlive() ? plugin().page->toPoll() : pollfd{-1, 0, 0};
 }
 
 }  // namespace tavsim
