@@ -12,6 +12,11 @@ constexpr size_t kMostConnections = 64;
 // Seconds without a byte. A browser that is alive answers the pings of its WebSocket.
 constexpr guint kLongestSilence = 20;
 
+// Tells connections from this machine apart; 0 where there is no address.
+guint16 portOf(GSocketAddress* address) {
+    return address != nullptr ? g_inet_socket_address_get_port(G_INET_SOCKET_ADDRESS(address)) : 0;
+}
+
 }  // namespace
 
 Listener::~Listener() {
@@ -43,12 +48,13 @@ bool Listener::listen(guint16 port, std::string* error) {
     return true;
 }
 
-void Listener::keep(GIOStream* stream) {
-    g_autoptr(GIOStream) connection = nullptr;
-    g_object_get(stream, "base-iostream", &connection, nullptr);
-    const auto found = std::find_if(
-        m_connections.begin(), m_connections.end(),
-        [&connection](GSocketConnection* each) { return G_IO_STREAM(each) == connection; });
+void Listener::keep(GSocketAddress* remote) {
+    const auto found =
+        std::find_if(m_connections.begin(), m_connections.end(), [remote](auto* connection) {
+            g_autoptr(GSocketAddress) address =
+                g_socket_connection_get_remote_address(connection, nullptr);
+            return portOf(address) == portOf(remote);
+        });
     if (found != m_connections.end()) {
         g_object_weak_unref(G_OBJECT(*found), forget, this);
         m_connections.erase(found);

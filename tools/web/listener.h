@@ -9,8 +9,8 @@
 
 namespace web {
 
-// Accepts connections from this machine for the server, but not without end: of those that are no
-// WebSocket, the oldest has to go, and so has each that is silent.
+// Accepts connections from this machine for the server, but not without end: of those that are not
+// kept, the oldest has to go, and so has each that is silent.
 class Listener {
 public:
     explicit Listener(SoupServer* server) : m_server(server) {}
@@ -23,8 +23,8 @@ public:
 
     guint16 port() const { return m_port; }
 
-    // This stream of the server's, around a connection, has become a WebSocket.
-    void keep(GIOStream* stream);
+    // The connection from this address does not have to go for another one.
+    void keep(GSocketAddress* remote);
 
 private:
     static gboolean accept(GSocketService* service, GSocketConnection* connection, GObject* source,
@@ -35,7 +35,7 @@ private:
     SoupServer* m_server;
     GSocketService* m_service = nullptr;
     guint16 m_port = 0;
-    std::list<GSocketConnection*> m_connections;  // that are no WebSockets, the oldest first
+    std::list<GSocketConnection*> m_connections;  // that are not kept, the oldest first
 };
 
 }  // namespace web

@@ -80,7 +80,7 @@ std::string Server::link() const {
 // All requests come by here first, also those that ask for a WebSocket.
 void Server::onHeaders(SoupServer*, SoupServerMessage* message, const char* path, GHashTable*,
                        gpointer self) noexcept {
-    const auto* const server = static_cast<const Server*>(self);
+    auto* const server = static_cast<Server*>(self);
     SoupMessageHeaders* const headers = soup_server_message_get_response_headers(message);
     soup_message_headers_append(headers, "Content-Security-Policy", server->m_policy.c_str());
     soup_message_headers_append(headers, "X-Content-Type-Options", "nosniff");
@@ -88,8 +88,11 @@ void Server::onHeaders(SoupServer*, SoupServerMessage* message, const char* path
     soup_message_headers_append(headers, "Cross-Origin-Resource-Policy", "same-origin");
     soup_message_headers_append(headers, "Cache-Control", "no-store");
     soup_message_body_set_accumulate(soup_server_message_get_request_body(message), FALSE);
+    const std::string method = soup_server_message_get_method(message);
     if (const unsigned status = server->whyNot(message, path); status != 0) {
         soup_server_message_set_status(message, status, nullptr);
+    } else if (method == SOUP_METHOD_POST || !headerOf(message, "Upgrade").empty()) {
+        server->m_listener.keep(soup_server_message_get_remote_address(message));
     }
 }
 
@@ -126,7 +129,6 @@ void Server::onRequest(SoupServer*, SoupServerMessage* message, const char* path
 void Server::onSocket(SoupServer*, SoupServerMessage* message, const char* path,
                       SoupWebsocketConnection* socket, gpointer self) noexcept {
     auto* const server = static_cast<Server*>(self);
-    server->m_listener.keep(soup_websocket_connection_get_io_stream(socket));
     server->m_handlers.connect(server->requestOf(message, path), socket);
 }
 
