@@ -1,4 +1,4 @@
-// The address of a Unix socket.
+// Unix sockets.
 #pragma once
 
 #include <fcntl.h>
@@ -56,6 +56,14 @@ inline int connectTo(const std::string& path) {
         return -1;
     }
     return connection;
+}
+
+// Whether the program at the other end of the connection runs for the user of this one.
+inline bool isOfThisUser(int connection) {
+    ucred peer{};
+    socklen_t size = sizeof peer;
+    return getsockopt(connection, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 &&
+           peer.uid == geteuid();
 }
 
 }  // namespace base

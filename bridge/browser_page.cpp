@@ -1,7 +1,6 @@
 #include "bridge/browser_page.h"
 
 #include <poll.h>
-#include <sys/socket.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -22,12 +21,6 @@ constexpr int kMostWithinMethod = 1;
 
 constexpr char kTooLong[] = "The application's reply is longer than 32 MiB";
 
-bool isOfThisUser(int socket) {
-    ucred peer{};
-    socklen_t size = sizeof peer;
-    return getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 && peer.uid == geteuid();
-}
-
 bool isLevel(std::string_view text) {
     return text == "log" || text == "warn" || text == "error";
 }
@@ -39,7 +32,7 @@ std::shared_ptr<BrowserPage> BrowserPage::connect(const std::string& path, Event
     if (socket < 0) {
         return nullptr;
     }
-    if (!isOfThisUser(socket)) {
+    if (!base::isOfThisUser(socket)) {
         close(socket);
         errno = EACCES;
         return nullptr;

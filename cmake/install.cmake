@@ -28,7 +28,8 @@ else()
     install(DIRECTORY python/tavsim DESTINATION ${TAV_PYTHON_DIR}
             FILES_MATCHING PATTERN *.py PATTERN py.typed PATTERN __pycache__ EXCLUDE)
     install(DIRECTORY simulator/devices DESTINATION ${TAV_DATA_DIR})
-    install(DIRECTORY tools/panel/page/ DESTINATION ${TAV_DATA_DIR}/panel)
+    install(DIRECTORY tools/panel/page/ tools/web/page/ DESTINATION ${TAV_DATA_DIR}/panel)
+    install(DIRECTORY tools/page/script/ tools/web/page/ DESTINATION ${TAV_DATA_DIR}/page)
     install(FILES docs/tavsim.1 docs/tav-page.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 endif()
 

@@ -27,13 +27,12 @@ void serve(const web::Request& request) {
     const std::string file = request.path == "/"
                                  ? kIndex
                                  : request.path.substr(std::min<size_t>(1, request.path.size()));
-    const char* const type = web::contentType(file);
     std::string error;
-    const bool isName = type != nullptr && file.find('/') == std::string::npos && file[0] != '.';
+    const bool isName = file.find('/') == std::string::npos && file[0] != '.';
     const std::optional<std::string> content =
         isName ? base::readFile(pageFolder() + "/" + file, kLargestFile, &error) : std::nullopt;
     if (content) {
-        request.answer(SOUP_STATUS_OK, type, *content);
+        request.answer(SOUP_STATUS_OK, web::contentType(file), *content);
     } else {
         soup_server_message_set_status(request.message, SOUP_STATUS_NOT_FOUND, nullptr);
     }

@@ -28,17 +28,42 @@ void Request::answer(unsigned status, const char* type, const std::string& conte
 
 const char* contentType(const std::string& file) {
     static constexpr std::pair<const char*, const char*> kTypes[] = {
-        {".html", "text/html; charset=utf-8"},
+        {".html", kHtml},
+        {".htm", kHtml},
         {".css", "text/css; charset=utf-8"},
         {".js", "text/javascript; charset=utf-8"},
+        {".mjs", "text/javascript; charset=utf-8"},
+        {".json", "application/json"},
+        {".txt", "text/plain; charset=utf-8"},
+        {".md", "text/plain; charset=utf-8"},
         {".svg", "image/svg+xml"},
-        {".png", "image/png"}};
+        {".png", "image/png"},
+        {".jpg", "image/jpeg"},
+        {".jpeg", "image/jpeg"},
+        {".gif", "image/gif"},
+        {".webp", "image/webp"},
+        {".ico", "image/x-icon"},
+        {".woff", "font/woff"},
+        {".woff2", "font/woff2"},
+        {".ttf", "font/ttf"},
+        {".mp3", "audio/mpeg"},
+        {".ogg", "audio/ogg"},
+        {".wav", "audio/wav"},
+        {".mp4", "video/mp4"},
+        {".webm", "video/webm"},
+        {".wasm", "application/wasm"},
+        {".xml", "text/xml; charset=utf-8"},
+        {".pdf", "application/pdf"},
+        {".ts", "text/plain; charset=utf-8"},
+        {".avif", "image/avif"},
+        {".opus", "audio/ogg"},
+        {".otf", "font/otf"}};
     for (const auto& [extension, type] : kTypes) {
         if (file.ends_with(extension)) {
             return type;
         }
     }
-    return nullptr;
+    return "application/octet-stream";
 }
 
 Server::Server(std::string policy, std::string socketPath, Handlers handlers)

@@ -23,7 +23,9 @@ struct Request {
     void answer(unsigned status, const char* type, const std::string& content) const;
 };
 
-// For the header Content-Type, by the file's extension; null where that is unknown.
+inline constexpr char kHtml[] = "text/html; charset=utf-8";
+
+// For the header Content-Type, by the file's extension.
 const char* contentType(const std::string& file);
 
 // Listens on this machine only, and answers only who knows the token and comes from one of this

@@ -48,6 +48,10 @@ bool Socket::isOpen() const {
     return soup_websocket_connection_get_state(m_connection) == SOUP_WEBSOCKET_STATE_OPEN;
 }
 
+bool Socket::isClosed() const {
+    return soup_websocket_connection_get_state(m_connection) == SOUP_WEBSOCKET_STATE_CLOSED;
+}
+
 bool Socket::isReady() const {
     GIOStream* const stream = soup_websocket_connection_get_io_stream(m_connection);
     GOutputStream* const output = g_io_stream_get_output_stream(stream);

@@ -31,6 +31,7 @@ public:
     void close(gushort code, const char* reason);
 
     bool isOpen() const;
+    bool isClosed() const;  // what was sent before has arrived, or never will
 
     // Whether the browser takes more. What the kernel does not take of a message is kept.
     bool isReady() const;

@@ -2,7 +2,8 @@
 import { byId, contextOf, save, setIcon } from "./dom.js";
 import { createSender } from "./device.js";
 import { draw } from "./frames.js";
-import { commandsTyping, meaningOf } from "./keyboard.js";
+import { commandsTyping } from "./keyboard.js";
+import { meaningOf } from "./keys.js";
 
 /** @typedef {import("./device.js").Device} Device */
 

@@ -1,6 +1,4 @@
-/** Pictures of the device's screen, as they come from the server. */
-
-import { contextOf } from "./dom.js";
+/** Pictures of the application's screen, as they come from the server. */
 
 const LINE_FEED = 10;
 
@@ -41,7 +39,7 @@ export async function draw(canvas, picture) {
         canvas.width = head.width;
         canvas.height = head.height;
     }
-    const context = contextOf(canvas);
+    const context = /** @type {CanvasRenderingContext2D} */ (canvas.getContext("2d"));
     let at = 0;
     for (const [x, y, width, height, length] of head.parts) {
         const size = head.format === "png" ? length : width * height * 3;

@@ -1,0 +1,62 @@
+#include "access.h"
+
+#include <libsoup/soup.h>
+
+#include <cstdint>
+#include <sstream>
+#include <string_view>
+
+#include "tools/web/security.h"
+
+namespace page {
+
+std::string contentPolicy(const std::vector<std::string>& origins) {
+    std::string more;
+    for (const std::string& origin : origins) {
+        more += " " + origin;
+    }
+    std::string policy = "default-src 'none'; style-src 'self' 'unsafe-inline'" + more;
+    for (const char* kind : {"script-src", "connect-src"}) {
+        policy += std::string("; ") + kind + " 'self'" + more;
+    }
+    for (const char* kind : {"img-src", "media-src", "font-src"}) {
+        policy += std::string("; ") + kind + " 'self' data: blob:" + more;
+    }
+    return policy + "; form-action 'self'; base-uri 'none'; frame-ancestors 'none'";
+}
+
+bool isOfOwnSite(const web::Request& request) {
+    const std::string site = request.header("Sec-Fetch-Site");
+    const bool isOpened = site == "none" && request.header("Sec-Fetch-Mode") == "navigate" &&
+                          request.method() != SOUP_METHOD_POST;
+    return site.empty() || site == "same-origin" || isOpened;
+}
+
+bool isNavigation(const web::Request& request) {
+    const std::string destination = request.header("Sec-Fetch-Dest");
+    return request.method() == SOUP_METHOD_GET &&
+           (destination.empty() || destination == "document");
+}
+
+bool hasCookie(const web::Request& request, const std::string& cookie) {
+    std::istringstream cookies(request.header("Cookie"));
+    for (std::string each; std::getline(cookies >> std::ws, each, ';');) {
+        if (web::isSameSecret(each, cookie)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+int documentOf(const web::Request& request) {
+    constexpr std::string_view kPage = "page=";
+    const char* const query = g_uri_get_query(soup_server_message_get_uri(request.message));
+    const bool hasPage = query != nullptr && std::string_view(query).starts_with(kPage);
+    guint64 number = 0;
+    return hasPage && g_ascii_string_to_unsigned(query + kPage.size(), 10, 1, INT32_MAX, &number,
+                                                 nullptr) != 0
+               ? static_cast<int>(number)
+               : 0;
+}
+
+}  // namespace page
