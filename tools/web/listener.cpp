@@ -2,8 +2,10 @@
 
 #include <netinet/in.h>
 #include <netinet/tcp.h>
+#include <sys/socket.h>
 
 #include <algorithm>
+#include <cerrno>
 
 namespace web {
 namespace {
@@ -40,12 +42,27 @@ bool Listener::listen(guint16 port, std::string* error) {
     g_autoptr(GSocketAddress) address = nullptr;
     g_autoptr(GError) problem = nullptr;
     if (g_socket_listener_add_address(G_SOCKET_LISTENER(m_service), wanted, G_SOCKET_TYPE_STREAM,
-                                      G_SOCKET_PROTOCOL_TCP, nullptr, &address, &problem) == 0) {
+                                      G_SOCKET_PROTOCOL_TCP, nullptr, &address, &problem) == 0 ||
+        !keepAlive(&problem)) {
         *error = problem->message;
         return false;
     }
     m_port = g_inet_socket_address_get_port(G_INET_SOCKET_ADDRESS(address));
     return true;
+}
+
+// A server that does not listen by itself closes each connection behind its first request. So it
+// gets a socket on which nobody ever connects.
+bool Listener::keepAlive(GError** problem) {
+    int pair[2];
+    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, pair) != 0) {
+        g_set_error_literal(problem, G_IO_ERROR, G_IO_ERROR_FAILED, g_strerror(errno));
+        return false;
+    }
+    m_silent = base::Descriptor(pair[0]);
+    g_autoptr(GSocket) socket = g_socket_new_from_fd(pair[1], problem);
+    return socket != nullptr &&
+           soup_server_listen_socket(m_server, socket, SoupServerListenOptions(0), problem) != 0;
 }
 
 void Listener::keep(GSocketAddress* remote) {

@@ -7,6 +7,8 @@
 #include <list>
 #include <string>
 
+#include "base/descriptor.h"
+
 namespace web {
 
 // Accepts connections from this machine for the server, but not without end: of those that are not
@@ -31,8 +33,10 @@ private:
                            gpointer self) noexcept;
     static void forget(gpointer self, GObject* connection) noexcept;
     void makeRoom();
+    bool keepAlive(GError** problem);
 
     SoupServer* m_server;
+    base::Descriptor m_silent;
     GSocketService* m_service = nullptr;
     guint16 m_port = 0;
     std::list<GSocketConnection*> m_connections;  // that are not kept, the oldest first
