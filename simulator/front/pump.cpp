@@ -79,8 +79,10 @@ std::optional<Milliseconds> nextMoment() {
 void sleepAStep() {
     static const auto realDelay = TAV_FRONT_NEXT(SDL_Delay);
     const Milliseconds untilDue = nextDue().value_or(now() + kWaitStep) - now();
-    realDelay(static_cast<Uint32>(
-        useWait(std::clamp<Milliseconds>(untilDue, 1, kWaitStep), Wait::ForEvents)));
+    const Milliseconds step = std::clamp<Milliseconds>(untilDue, 1, kWaitStep);
+    if (const Milliseconds left = useWait(step, Wait::ForEvents); left > 0) {
+        realDelay(static_cast<Uint32>(left));
+    }
 }
 
 void take(const SDL_Event& event) {
