@@ -2,8 +2,8 @@
 import { byId, contextOf, save, setIcon } from "./dom.js";
 import { createSender } from "./device.js";
 import { draw } from "./frames.js";
+import { setUpKeys, setUpTouches, within } from "./input.js";
 import { commandsTyping } from "./keyboard.js";
-import { meaningOf } from "./keys.js";
 
 /** @typedef {import("./device.js").Device} Device */
 
@@ -64,86 +64,8 @@ function createView() {
     };
 }
 
-/**
- * @param {number} value
- * @param {number} size
- */
-function within(value, size) {
-    return Math.max(0, Math.min(size - 1, Math.floor(value)));
-}
-
-/**
- * The device has one finger: further ones are ignored while it is down.
- *
- * @param {ReturnType<typeof createView>} view
- * @param {(line: string, canBeOvertaken?: boolean) => void} send
- */
-function setUpTouches(view, send) {
-    /** @type {number | null} */
-    let finger = null;
-
-    /**
-     * @param {string} what
-     * @param {PointerEvent} event
-     */
-    function touch(what, event) {
-        send(`touch ${what} ${view.pointAt(event).join(" ")}`, what === "move");
-    }
-
-    /** @param {PointerEvent} event */
-    function lift(event) {
-        if (event.pointerId === finger) {
-            finger = null;
-            touch("up", event);
-        }
-    }
-
-    canvas().addEventListener("pointerdown", (event) => {
-        if (finger === null && event.button === 0) {
-            finger = event.pointerId;
-            canvas().setPointerCapture(finger);
-            canvas().focus({ preventScroll: true });
-            touch("down", event);
-        }
-        event.preventDefault();
-    });
-    canvas().addEventListener("pointermove", (event) => {
-        if (event.pointerId === finger) {
-            touch("move", event);
-        }
-    });
-    canvas().addEventListener("pointerup", lift);
-    canvas().addEventListener("pointercancel", lift);
-    canvas().addEventListener("contextmenu", (event) => event.preventDefault());
-}
-
 /** @param {(line: string) => void} send */
-function setUpKeys(send) {
-    /** @type {Map<string, string>} what is pressed: the browser's code and the device's key */
-    const pressed = new Map();
-
-    canvas().addEventListener("keydown", (event) => {
-        const { key, text } = meaningOf(event);
-        if (key || text) {
-            event.preventDefault();
-        }
-        if (key && !event.repeat) {
-            pressed.set(event.code, key);
-            send("key down " + key);
-        } else if (text) {
-            send("text " + text);
-        }
-    });
-    canvas().addEventListener("keyup", (event) => {
-        const key = pressed.get(event.code);
-        if (pressed.delete(event.code)) {
-            send("key up " + key);
-        }
-    });
-    canvas().addEventListener("blur", () => {
-        pressed.forEach((key) => send("key up " + key));
-        pressed.clear();
-    });
+function setUpPaste(send) {
     document.addEventListener("paste", (event) => {
         if (document.activeElement === canvas() && event.clipboardData) {
             commandsTyping(event.clipboardData.getData("text")).forEach((line) => send(line));
@@ -179,8 +101,11 @@ export function setUpScreen(device) {
     const over = byId("over", HTMLElement);
     const notice = byId("notice", HTMLElement);
     const zoom = byId("zoom", HTMLButtonElement);
-    setUpTouches(view, send);
-    setUpKeys(send);
+    setUpTouches(canvas(), (what, event) =>
+        send(`touch ${what} ${view.pointAt(event).join(" ")}`, what === "move"));
+    setUpKeys(canvas(), (isPressed, name) => send(`key ${isPressed ? "down" : "up"} ${name}`),
+        (text) => send("text " + text));
+    setUpPaste(send);
     setUpTools(device);
 
     /** @param {string} text */
