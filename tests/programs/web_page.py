@@ -12,7 +12,7 @@ class Page:
     """A connection to the server, with one request: for a WebSocket if the path ends so."""
 
     def __init__(self, link, path="TOKEN/socket", host=None, origin=None, method="GET",
-                 headers=""):
+                 headers="", content=""):
         port, self.folder = re.fullmatch(r"http://127.0.0.1:(\d+)(/\w+/)", link).groups()
         host = host or "127.0.0.1:" + port
         if path.partition("?")[0].endswith("socket"):
@@ -20,11 +20,14 @@ class Page:
             headers += "Connection: Upgrade\r\nUpgrade: websocket\r\nSec-WebSocket-Version: 13\r\n"
             headers += "Sec-WebSocket-Key: AAAAAAAAAAAAAAAAAAAAAA==\r\n"
             headers += "Sec-WebSocket-Extensions: permessage-deflate\r\n"
+        if content:
+            headers += f"Content-Length: {len(content)}\r\n"
         if origin:
             headers += f"Origin: {origin}\r\n"
         path = path.replace("TOKEN/", self.folder)
         self.socket = socket.create_connection(("127.0.0.1", int(port)), timeout=60)
-        self.socket.sendall(f"{method} {path} HTTP/1.1\r\nHost: {host}\r\n{headers}\r\n".encode())
+        self.socket.sendall(f"{method} {path} HTTP/1.1\r\nHost: {host}\r\n{headers}\r\n"
+                            f"{content}".encode())
         self.stream = self.socket.makefile("rb")
         self.status = int(self.stream.readline().split()[1])
         self.headers = {}
