@@ -87,7 +87,10 @@ typedef struct TAVSim_Options {
      *  which is removed when the device stops. What is in it already is used as it is. It must be
      *  the user's own. */
     const char* root;
-    /** The script of the page whose plug-in the application is; null or empty: no page. */
+    /** The script of the page whose plug-in the application is; null or empty: no page. An HTML file
+     *  (.html, .htm) is a page in the browser: it needs realTime, and a server for it that listens on
+     *  the socket `page` in the root folder before the application registers its methods, such as
+     *  `tav-page --socket ROOT/page PAGE`. */
     const char* page;
     /** A file to which the journal is appended, a line at a time; null or empty: none. */
     const char* journal;
@@ -131,6 +134,7 @@ TAVSIM_API const char* TAVSim_GetError(void);
  *         - what `tavsim run` says of a profile that cannot be read. A text is called "profile", as
  *           in "profile: machine: must be a string".
  *         - "PAGE: no such file", or "PAGE: is no regular file".
+ *         - "PAGE: a page in a browser is in real time, not in virtual time".
  *         - "JOURNAL: the journal cannot be written: REASON".
  *         - what `tavsim run` says of a root folder that cannot be used.
  *         - "this program finds FUNCTION and others before the simulated device, which therefore

@@ -64,7 +64,8 @@ class Run:
             the device that the scenario names, or else "cinnabar".
         scenario: the path of a scenario to play. When it fails, wait() raises NotHappened.
         root: the folder of the device's files, which is kept. Default: a temporary folder.
-        page: the path of a page's script. The program runs as the plug-in of that page.
+        page: the path of a page: a script, or an HTML file, which is served to a browser and not
+            in virtual time. The program runs as the plug-in of that page.
         plugin: run the program as the plug-in of a page that never calls it.
         virtual_time: let waiting take no time. The program then runs as fast as it can, and does
             not wait for commands.

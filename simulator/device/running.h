@@ -11,7 +11,7 @@ namespace tavsim {
 struct Options {
     std::string root;  // folder of the device's files; empty: a fresh one, removed at the end
     bool virtualTime = false;  // SDL_Delay costs nothing and SDL_GetTicks follows it
-    std::string pageFile;      // script of the page; needs a profile that is a plug-in
+    std::string pageFile;      // a script, or a document; needs a profile that is a plug-in
     std::string journalFile;
     std::string scenarioFile;  // what happens to the device, and what is expected
     std::string scenarioRow;   // of the scenario's table

@@ -42,7 +42,7 @@ const char* readProgram(std::string_view value, const Line& line, Scenario* scen
 
 const char* readPage(std::string_view value, const Line& line, Scenario* scenario) {
     scenario->page = inFolder(line.folder, value);
-    return value.empty() ? "the page's script is missing" : nullptr;
+    return value.empty() ? "the page's file is missing" : nullptr;
 }
 
 const char* readLimit(std::string_view value, const Line& /*line*/, Scenario* scenario) {
