@@ -50,7 +50,11 @@ protected:
     }
 
     // The lines traced since the last call.
-    std::vector<std::string> trace() { return device.takeTrace(); }
+    std::vector<std::string> trace() {
+        std::vector<std::string> lines = device.takeTrace();
+        EXPECT_THAT(lines, testing::Each(testing::ContainsRegex("^tav_[f129e] [A-Za-z_]+ .")));
+        return lines;
+    }
 
     // Files of the device, named by their paths on the device.
     std::string path(const std::string& name) const { return device.root() + name; }

@@ -93,4 +93,31 @@ TEST_F(LocationTest, SwitchingOnAndOff) {
     CALL(tav::gpsCallbackContext().callId);
 }
 
+TEST_F(LocationTest, TheTraceSaysWhatIsWrongWithAReply) {
+    const std::map<std::string, std::vector<std::string>> problems = {
+        {"{", {"could not parse gps reply"}},
+        {R"({"errorCode":-7})", {"unknown error returned from gps: -7"}},
+        {R"({"errorCode":0,"longitude":2,"altitude":3,"horizAccuracy":4,"vertAccuracy":5,"heading":6})",
+         {"value not present: latitude", "value not present: velocity",
+          "reply from gps missing parameters"}},
+        {kFailure, {}}};
+    for (const auto& [reply, problem] : problems) {
+        begin();
+        TAV_EnableLocationTracking(SDL_TRUE);
+        trace();
+        device.deliver(device.openCalls(kUri).back(), reply);
+        std::vector<std::string> traced = trace();
+        EXPECT_EQ(traced.front(), "tav_f gpsCallback " + reply);
+        traced.erase(traced.begin());
+        for (std::string& line : traced) {
+            EXPECT_TRUE(line.starts_with("tav_e ")) << line;
+            line.erase(0, line.find(' ', line.find(' ') + 1) + 1);
+        }
+        EXPECT_EQ(traced, problem) << reply;
+    }
+    tav::gpsCallback(1, kFixReply, nullptr);
+    EXPECT_EQ(trace().back(),
+              "tav_e gpsCallback gps callback received, but context is wrong. ignoring.");
+}
+
 }  // namespace
