@@ -40,7 +40,20 @@ for browser in none-such false "'"; do
     expect 2 'http://127.0.0.1:*' 'tav-page: *--browser*'
 done
 complains "$app/none.html: no such file" run --page "$app/none.html" "$app/calculator"
+complains "$app/index.html: a page in a browser is in real time, not in virtual time" \
+    run --virtual-time --page "$app/index.html" "$app/calculator"
 expect_nothing_left 'what was refused'
+
+# A scenario whose page is for a browser is played in real time, and the page's server needs none.
+cat >"$work/scenario" <<END
+page $app/index.html
+program $app/calculator
+at 10ms: page call add 2 3
+expect within 10s what=call method=add outcome=5
+at 20ms: quit
+END
+run "$tavsim" test "$work/scenario"
+expect 0 '1 scenario: 1 passed in * s' ''
 
 on_linux() { exec "$tav_page" --browser true --linger 1 "$app"; }
 on_device() { exec "$tavsim" run --page "$app/index.html" "$app/calculator"; }
