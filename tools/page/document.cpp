@@ -21,6 +21,11 @@ constexpr guint64 kLongestMessage = 1 << 20;
 constexpr size_t kMostQueued = size_t{64} << 20;
 constexpr guint kUntilReady = 20;  // milliseconds, whether a slow browser takes more
 
+constexpr guint kBetweenPings = 5000;  // milliseconds
+constexpr std::chrono::seconds kLongestSilence(15);
+
+constexpr char kSilent[] = "the page's script has run for 15 seconds without a pause";
+constexpr char kTooFast[] = "the page has sent too many messages in a second, and is closed";
 constexpr char kSlow[] = "the page does not take the application's calls, which have to wait";
 constexpr char kTakesNothing[] = "the application takes nothing, so what the page tells it is lost";
 constexpr char kMalformed[] = "the page has sent what is no message, and is closed";
@@ -44,6 +49,7 @@ struct Saying {
     std::optional<bool> frames;
     std::string text;
     bool isShown = false;
+    bool isPong = false;
     bool isPressed = false;
     int x = 0;
     int y = 0;
@@ -69,6 +75,7 @@ json::Reader saying(Saying* said) {
                               flag(value);
                           }},
                          {"shown", json::flag(&said->isShown)},
+                         {"pong", json::flag(&said->isPong)},
                          {"touch", word(&said->touch, {"down", "move", "up"})},
                          {"x", json::integer(&said->x)},
                          {"y", json::integer(&said->y)},
@@ -93,6 +100,10 @@ void Document::connect(SoupWebsocketConnection* connection) {
         take(text.value_or(""));
     };
     const auto onClosed = [this] {
+        if (m_socket->wasTooFast()) {
+            complainOnce(kTooFast);
+        }
+        m_pings.stop();
         m_frames.stop();
         forgetCalls();
         send();
@@ -100,6 +111,8 @@ void Document::connect(SoupWebsocketConnection* connection) {
     };
     m_socket = std::make_unique<web::Socket>(connection, kLongestMessage,
                                              web::Socket::Events{onMessage, onClosed});
+    hear();
+    m_pings.every(kBetweenPings, [this] { ping(); });
     send();
     m_onConnection();
 }
@@ -132,6 +145,7 @@ void Document::take(const std::string& text) {
     if (m_hasEnded) {
         return;
     }
+    hear();
     if (!json::read(text, "page", saying(&said), &problem)) {
         complainOnce(kMalformed);
         m_socket->close(SOUP_WEBSOCKET_CLOSE_POLICY_VIOLATION, nullptr);
@@ -168,6 +182,14 @@ void Document::tell(MessageKind kind, const helper::ItemWriter& items) {
     if (!m_plugin.send(kind, items.message())) {
         complainOnce(kTakesNothing);
     }
+}
+
+// The browser answers a ping of the WebSocket itself, even while the script is in an endless loop.
+void Document::ping() {
+    if (Clock::now() - m_heard > kLongestSilence) {
+        complainOnce(kSilent);
+    }
+    m_socket->sendText(base::jsonObject("ping", true));
 }
 
 void Document::forgetCalls() {

@@ -3,6 +3,7 @@
 
 #include <libsoup/soup.h>
 
+#include <chrono>
 #include <cstddef>
 #include <deque>
 #include <functional>
@@ -39,16 +40,22 @@ public:
     // The application calls a function. False where the message is malformed.
     bool call(const std::string& message);
 
+    // The document has shown that its script is not in an endless loop.
+    void hear() { m_heard = Clock::now(); }
+
     void show(const std::string& frame) { m_origin.take(frame); }
 
     // Tells the document why it has no plug-in any more.
     void end(const std::string& why);
 
 private:
+    using Clock = std::chrono::steady_clock;
+
     void take(const std::string& text);
     void tell(bridge::MessageKind kind, const helper::ItemWriter& items);
     void forgetCalls();
     void send();
+    void ping();
 
     const int m_number;
     Plugin& m_plugin;
@@ -58,6 +65,8 @@ private:
     std::deque<std::string> m_calls;  // that the browser has not taken
     size_t m_size = 0;                // of them
     web::Source m_retry;
+    web::Source m_pings;
+    Clock::time_point m_heard;
     web::Frames m_frames;
     FrameOrigin m_origin;
 };

@@ -117,6 +117,9 @@ unsigned PageServer::whyNot(const web::Request& request) const {
     if (!isOfOwnSite(request)) {
         return SOUP_STATUS_FORBIDDEN;
     }
+    if (!request.header("Sec-Purpose").empty()) {
+        return SOUP_STATUS_SERVICE_UNAVAILABLE;  // not shown yet, and perhaps never
+    }
     if (isPost != isCall(request) || (!isPost && method != SOUP_METHOD_GET &&
                                       (method != SOUP_METHOD_HEAD || request.isSocket))) {
         return SOUP_STATUS_METHOD_NOT_ALLOWED;
@@ -194,7 +197,10 @@ void PageServer::serveCall(const web::Request& request) {
     }
     if (!error.empty()) {
         giveJson(request.message, SOUP_STATUS_GONE, errorJson(error));
-    } else if (request.path == kMethods) {
+        return;
+    }
+    newest()->hear();
+    if (request.path == kMethods) {
         m_calls.ask(MessageKind::MethodList, {}, request.message);
     } else if (const auto items = callItems(bodyOf(request), &error)) {
         m_calls.ask(MessageKind::MethodCall, *items, request.message);

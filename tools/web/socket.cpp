@@ -5,8 +5,7 @@
 namespace web {
 namespace {
 
-constexpr int kMostMessages = 1000;  // a second
-constexpr guint kBetweenPings = 5;   // seconds
+constexpr guint kBetweenPings = 5;  // seconds
 
 }  // namespace
 

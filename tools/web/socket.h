@@ -33,11 +33,16 @@ public:
     bool isOpen() const;
     bool isClosed() const;  // what was sent before has arrived, or never will
 
+    // Whether it was closed because of too many messages in a second.
+    bool wasTooFast() const { return m_messages > kMostMessages; }
+
     // Whether the browser takes more. What the kernel does not take of a message is kept.
     bool isReady() const;
 
 private:
     using Clock = std::chrono::steady_clock;
+
+    static constexpr int kMostMessages = 1000;  // a second
 
     static void onMessage(SoupWebsocketConnection* connection, gint type, GBytes* message,
                           gpointer self) noexcept;

@@ -272,6 +272,8 @@
             onPicture(data);
         } else if ("end" in message) {
             lose(message.end);
+        } else if ("ping" in message) {
+            tell({ pong: true });
         } else {
             calls.push(message);
             ready.then(() => turns.port1.postMessage(null));
