@@ -93,3 +93,18 @@ asked="$is_at**is asked to end, because its page has ended**"
 ends on_device 0 "The page's server was ended." "$asked" kill_server TERM
 ends on_device 0 closed "$asked" kill_server KILL
 ends on_device 137 'tavsim was killed, and its program with it.' "$is_at" kill_runner KILL
+
+# What the server refuses, and how much it takes from a page and from an application.
+run timeout 300 python3 "$TAV_SOURCE/tests/programs/page_attacks.py" "$tav_page" "$work/attacks"
+expect 0 "503 {'error': 'the application has not answered for 10 seconds'}
+15 (200, {'reply': None})
+256 (503, {'error': 'The page was opened anew, and the newer one has the plug-in.'})
+9 (503, {'error': 'too many calls are waiting for the application'})
+tavsim was killed, and its program with it.
+the application takes no more calls, or the call is too long" 'tav-page: the page has sent what is no message, and is closed
+tav-page: the page has sent too many messages in a second, and is closed
+tav-page: the application has sent what is no message, and is refused
+tav-page: the page has its plug-in already, and another one is refused
+tav-page: the page does not take the application'"'s calls, which have to wait
+tav-page: the application has not answered for 10 seconds
+tav-page: the application takes no more calls, or the call is too long"
