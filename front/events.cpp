@@ -59,4 +59,9 @@ TAV_PLATFORM_API int SDL_WaitEvent(SDL_Event* event) {
         front::waitForNext();
     }
 }
+
+TAV_PLATFORM_API void SDL_Delay(Uint32 milliseconds) {
+    static const auto real = TAV_FRONT_NEXT(SDL_Delay);
+    front::delay(milliseconds, real);
+}
 }

@@ -8,7 +8,7 @@ union SDL_Event;
 
 namespace front {
 
-// The following is defined by the implementation, and used with SDL 1.2 only.
+// The following is defined by the implementation, and all but delay() is used with SDL 1.2 only.
 
 // False until the implementation has something to do, so that a program that does not use the
 // library pays nothing. The implementation chooses the initial value.
@@ -33,5 +33,8 @@ void looked(const SDL_Event* event);
 // Called while the application waits and there is no event. Returns when a delivery may be due, or
 // after a few milliseconds, because SDL may have an event.
 void waitForNext();
+
+// Carries out SDL_Delay() on any thread, with or without SDL's own function.
+void delay(unsigned milliseconds, void (*real)(unsigned milliseconds));
 
 }  // namespace front

@@ -61,7 +61,7 @@
 // Functions that need more than another path. Each is defined where it belongs.
 #define TAV_FRONT_OTHER_FUNCTIONS(NAME)                                                            \
     NAME(mkdir) NAME(system) NAME(getuid)                                                          \
-    NAME(SDL_PumpEvents) NAME(SDL_PollEvent) NAME(SDL_WaitEvent)                                   \
+    NAME(SDL_PumpEvents) NAME(SDL_PollEvent) NAME(SDL_WaitEvent) NAME(SDL_Delay)                   \
     NAME(SDL_GetMouseState) NAME(SDL_GetRelativeMouseState) NAME(SDL_GL_SwapBuffers)
 
 // The functions of this table that the library itself calls. It is linked with --wrap, so that its

@@ -59,6 +59,10 @@ void waitForNext() {
     tavlinux::waitForDelivery(step);
 }
 
+void delay(unsigned milliseconds, void (*real)(unsigned milliseconds)) {
+    real(tavlinux::sendToPage(milliseconds));
+}
+
 void keepFrame() {
     screen::keepFrame();
 }

@@ -1,8 +1,13 @@
 #include "linux/host/page.h"
 
 #include <glib-unix.h>
+#include <poll.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <chrono>
+#include <climits>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -116,6 +121,24 @@ void showPicture() {
         plugin().page->sendFrame();
         poll();
     }
+}
+
+unsigned sendToPage(unsigned milliseconds) {
+    if (!isApplicationThread() || !isConnected()) {
+        return milliseconds;
+    }
+    using std::chrono::steady_clock;
+    const auto end = steady_clock::now() + std::chrono::milliseconds(milliseconds);
+    const auto left = [end] {
+        const auto time = std::chrono::ceil<std::chrono::milliseconds>(end - steady_clock::now());
+        return std::max<int64_t>(time.count(), 0);
+    };
+    pollfd socket = {plugin().page->socket(), POLLOUT, 0};
+    while ((plugin().page->pollEvents() & POLLOUT) != 0 &&
+           ::poll(&socket, 1, static_cast<int>(std::min<int64_t>(left(), INT_MAX))) > 0) {
+        plugin().page->send();
+    }
+    return static_cast<unsigned>(left());
 }
 
 }  // namespace tavlinux

@@ -31,16 +31,15 @@ Uint32 callWithoutParameter(Uint32 interval, void* function) {
 }  // namespace
 }  // namespace tavsim
 
-extern "C" {
-
-TAV_PLATFORM_API void SDL_Delay(Uint32 milliseconds) {
-    static const auto real = TAV_FRONT_NEXT(SDL_Delay);
+void front::delay(unsigned milliseconds, void (*real)(unsigned milliseconds)) {
     if (!tavsim::isSimulated() || !tavsim::isOnApplicationThread()) {
-        real(static_cast<Uint32>(tavsim::useWait(milliseconds)));
+        real(static_cast<unsigned>(tavsim::useWait(milliseconds)));
         return;
     }
     tavsim::passTime(tavsim::after(tavsim::now(), milliseconds));
 }
+
+extern "C" {
 
 TAV_PLATFORM_API Uint32 SDL_GetTicks(void) {
     static const auto real = TAV_FRONT_NEXT(SDL_GetTicks);

@@ -6,9 +6,10 @@ import struct
 import subprocess
 from pathlib import Path
 
-from buses import BUILD, OnPrivateBuses
+from buses import BUILD, LONGEST_RUN, OnPrivateBuses
 
 CALL_FUNCTION, ANSWER, METHOD_LIST, METHOD_CALL, CONSOLE_LINE, PROBLEM = 1, 3, 5, 6, 8, 9
+PICTURE = BUILD + "/bin/tav_linux_picture"
 FRAME, FRAME_WANTED, TOUCH, KEY, TYPED = 4, 7, 10, 11, 12
 
 
@@ -46,11 +47,13 @@ class Page(OnPrivateBuses):
         self.addCleanup(self.listener.close)
         self.listener.bind(path)
         self.listener.listen()
+        self.listener.settimeout(LONGEST_RUN)
         return path
 
     def accept(self):
         self.socket, _ = self.listener.accept()
         self.addCleanup(self.socket.close)
+        self.socket.settimeout(LONGEST_RUN)
         self.stream = self.socket.makefile("rb")
 
     def send(self, kind, *values):
@@ -104,18 +107,20 @@ class Page(OnPrivateBuses):
 
     def display(self):
         """Starts an X server that ends with the test."""
-        server = self.start_program("Xvfb", "-displayfd", "1", "-nolisten", "tcp",
+        server = self.start_program("Xvfb", "-displayfd", "1", "-noreset", "-nolisten", "tcp",
                                     stderr=subprocess.DEVNULL)
         return ":" + server.stdout.readline().strip()
 
     def see(self, is_first, color):
-        """Waits for a frame, which may come before the application has drawn."""
         self.send(FRAME_WANTED, is_first)
+        self.check_frame(color)
+
+    def check_frame(self, color):
         kind, frame = self.receive_raw()
         header, pixels = frame.split(b"\n", 1)
         self.assertEqual((kind, json.loads(header)), (FRAME, {
-            "width": 40, "height": 30, "parts": [[0, 0, 40, 30]]}))
-        self.assertEqual(set(zip(*[iter(pixels)] * 3)), {color})
+            "width": 480, "height": 800, "parts": [[0, 0, 480, 800]]}))
+        self.assertTrue(pixels == bytes(color) * 480 * 800)
 
     def test_the_picture_is_seen_and_touched_in_the_page(self):
         display = self.display()
@@ -125,31 +130,31 @@ class Page(OnPrivateBuses):
                 self.check_picture(*arguments, SDL_VIDEODRIVER=driver, DISPLAY=display, **gl)
 
     def check_picture(self, *arguments, **environment):
-        process = self.start_program(BUILD + "/bin/tav_linux_picture", *arguments,
-                                     TAV_PAGE_SOCKET=self.listen(), **environment)
+        process = self.start_program(PICTURE, *arguments, TAV_PAGE_SOCKET=self.listen(),
+                                     **environment)
         self.accept()
         line = process.stdout.readline
         self.see(True, (0, 0, 0))
-        self.send(TOUCH, "down", 40, 6)  # beside the surface
-        self.send(TOUCH, "up", 39, 6)  # of nothing
+        self.send(TOUCH, "down", 480, 6)  # beside the surface
+        self.send(TOUCH, "up", 479, 6)  # of nothing
         self.send(TOUCH, "down", 5, 6)
         self.assertEqual(line(), "+5,6, 1 at 5,6\n")
         self.see(False, (255, 0, 0))
-        self.send(TOUCH, "move", 39, 29)
-        self.send(TOUCH, "up", 50, 60)
-        self.assertEqual(line(), "-39,29, 0 at 39,29\n")
+        self.send(TOUCH, "move", 479, 799)
+        self.send(TOUCH, "up", 480, 800)
+        self.assertEqual(line(), "-479,799, 0 at 479,799\n")
         self.send(KEY, True, "nothing")
         self.send(KEY, True, "left ctrl")
-        self.assertEqual(line(), "+left ctrl 0, 0 at 39,29 left ctrl\n")
+        self.assertEqual(line(), "+left ctrl 0, 0 at 479,799 left ctrl\n")
         self.see(True, (0, 0, 0))  # a page that begins to look presses no key
-        self.assertEqual(line(), "-left ctrl 0, 0 at 39,29\n")
+        self.assertEqual(line(), "-left ctrl 0, 0 at 479,799\n")
         self.send(TYPED, "\n")
         self.send(TYPED, "A\u20ac")
         self.assertEqual([line().split(",")[0] for _ in range(6)], [
             "+left shift 0", "+a 41", "-a 0", "-left shift 0", "+unknown key 20ac",
             "-unknown key 0"])
         self.send(KEY, True, "q")
-        self.assertEqual(line(), "+q 71, 0 at 39,29 q\n")
+        self.assertEqual(line(), "+q 71, 0 at 479,799 q\n")
         self.send(TOUCH, "down", 1, 2)
         self.assertEqual(line(), "+1,2, 1 at 1,2 q\n")
         self.socket.shutdown(socket.SHUT_RDWR)
@@ -157,3 +162,11 @@ class Page(OnPrivateBuses):
         self.assertEqual(output, "-1,2, 0 at 1,2\n-q 0, 0 at 1,2\n")
         self.assertRegex(errors, "^tav: the page has ended: .*closed")
         self.assertEqual(process.returncode, 0)
+
+    def test_a_picture_is_sent_while_the_application_waits_without_handling_events(self):
+        process = self.start_program(PICTURE, TAV_PAGE_SOCKET=self.listen())
+        self.accept()
+        self.send(FRAME_WANTED, True)
+        self.send(KEY, True, "w")
+        process.stdout.readline()
+        self.check_frame((0, 0, 0))

@@ -1,5 +1,6 @@
 /* A plug-in with a picture, which is red while it is touched, and else black. Prints each key and
- * touch, with SDL's state of the mouse and the keys. Ends when the key q is released.
+ * touch, with SDL's state of the mouse and the keys. The key w lets it wait for minutes without
+ * handling events. Ends when the key q is released.
  *
  * usage: picture [opengl]
  */
@@ -56,7 +57,7 @@ int main(int argc, char *argv[])
     setvbuf(stdout, NULL, _IOLBF, 0);
     SDL_Init(SDL_INIT_VIDEO);
     SDL_EnableUNICODE(1);
-    if (SDL_SetVideoMode(40, 30, 0, argc > 1 ? SDL_OPENGL : SDL_SWSURFACE) == NULL) {
+    if (SDL_SetVideoMode(480, 800, 0, argc > 1 ? SDL_OPENGL : SDL_SWSURFACE) == NULL) {
         fprintf(stderr, "SDL: %s\n", SDL_GetError());
         return 1;
     }
@@ -75,6 +76,9 @@ int main(int argc, char *argv[])
             print(&event);
         } else if (event.type == SDL_KEYDOWN || event.type == SDL_KEYUP) {
             print(&event);
+        }
+        if (event.type == SDL_KEYDOWN && event.key.keysym.sym == SDLK_w) {
+            SDL_Delay(600000);
         }
     }
     TAV_Quit();
