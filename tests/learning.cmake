@@ -8,7 +8,7 @@ set(SANITIZER_FLAGS)
 if(TAV_SANITIZE)
     set(SANITIZER_FLAGS -fsanitize=${TAV_SANITIZE})
 endif()
-foreach(TEXT README.md docs/guide.md docs/simulator.md docs/testing.md)
+foreach(TEXT README.md docs/guide.md docs/page.md docs/simulator.md docs/testing.md)
     get_filename_component(NAME ${TEXT} NAME_WE)
     string(TOLOWER programs_in_${NAME} NAME)
     add_test(NAME ${NAME}

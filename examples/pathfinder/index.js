@@ -3,7 +3,7 @@
 
 const controls = document.getElementById("controls");
 const progress = document.getElementById("progress");
-const status = document.getElementById("status");
+const notice = document.getElementById("status");
 const results = document.getElementById("results");
 
 let land = 3;
@@ -13,7 +13,7 @@ async function ask(method, ...values) {
     try {
         await component.async[method](...values);
     } catch (error) {
-        status.textContent = error.message;
+        notice.textContent = error.message;
     }
 }
 
@@ -33,7 +33,7 @@ function rowOf(method) {
 
 controls.addEventListener("submit", (event) => {
     event.preventDefault();
-    status.textContent = "Searching…";
+    notice.textContent = "Searching…";
     ask("find", controls.method.value, controls.speed.value);
 });
 
@@ -44,7 +44,7 @@ document.getElementById("brushes").addEventListener("change", (event) => {
 document.getElementById("new-land").addEventListener("click", () => {
     ask("land", ++land);
     results.replaceChildren();
-    status.textContent = "";
+    notice.textContent = "";
     progress.value = 0;
 });
 
@@ -57,11 +57,14 @@ component.on("found", (minutes, looked) => {
     const { cells } = rowOf(controls.method.value);
     cells[1].textContent = minutes < 0 ? "none" : `${minutes} min`;
     cells[2].textContent = looked;
-    status.textContent = minutes < 0 ? "There is no way." : `The way takes ${minutes} minutes.`;
+    notice.textContent = minutes < 0 ? "There is no way." : `The way takes ${minutes} minutes.`;
 });
 
+// The application may still have the brush of an earlier page.
+ask("brush", controls.brush.value);
+
 window.addEventListener("tavend", (event) => {
-    status.textContent = event.detail;
+    notice.textContent = event.detail;
     for (const control of controls.elements) {
         control.disabled = true;
     }
