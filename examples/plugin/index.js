@@ -83,7 +83,7 @@ document.getElementById("keys").addEventListener("click", (event) => {
 
 // Enter calculates, wherever the focus is. The space bar presses the button that has it.
 document.addEventListener("keydown", (event) => {
-    const key = { "=": "Enter", ",": "." }[event.key] ?? event.key;
+    const key = { "=": "Enter", ",": "." }[event.key] || event.key;
     const button = document.querySelector(`[data-key="${CSS.escape(key)}"]`);
     if (button && !event.ctrlKey && !event.metaKey && !event.altKey) {
         event.preventDefault();
