@@ -100,9 +100,11 @@ class BrowserTest(unittest.TestCase):
         mark = ("TMPDIR=" + self.folder).encode()
         wait_until(lambda: not [one for one in os.listdir("/proc") if has_mark(one, mark)],
                    "the end of all processes of the test")
-        roots = [root for user in os.scandir(self.folder) if user.is_dir()
-                 for root in os.listdir(user)]
-        self.assertEqual(roots, [])
+        self.assertEqual(self.leftovers(), [])
+
+    def leftovers(self):
+        return [root for user in os.scandir(self.folder) if user.is_dir()
+                for root in os.listdir(user)]
 
     def start(self, *command, **environment):
         running = Running(self.folder, *command, **environment)
