@@ -168,7 +168,11 @@ void Launcher::onPages(size_t count) {
     if (count > 0) {
         m_limit.stop();
     } else if (m_hadPage) {
-        m_limit.after(static_cast<guint>(m_options.linger) * kSecond, [this] { askToEnd(); });
+        m_limit.after(static_cast<guint>(m_options.linger) * kSecond, [this] {
+            complain("no page has been open for " + std::to_string(m_options.linger) +
+                     " seconds, so the program is ended");
+            askToEnd();
+        });
     }
 }
 
