@@ -4,6 +4,7 @@ from __future__ import annotations
 
 import json
 import os
+import re
 import shutil
 import subprocess
 import tempfile
@@ -32,6 +33,7 @@ _NOT_SET_UP = (2, 127)  # how `tavsim run` ends when it cannot start the program
 _SCENARIO_FAILED = 3
 _NO_ENTRY = 1  # how `tavsim journal` ends when nothing matches
 _LINES_SHOWN = 10
+_LINK = re.compile(r"^tavsim: .* is at (http://\S+)\n", re.MULTILINE)
 _ASKED_S = 5.0  # that a program has to end when it is asked to quit
 
 
@@ -229,6 +231,19 @@ class Run:
     def wait_ready(self, *, within: float = 10.0) -> None:
         """Waits until the application handles SDL's events."""
         self.command("state", within=within)
+
+    def link(self, *, within: float = 10.0) -> str:
+        """Waits until the page can be opened in a browser, and returns the link to it.
+
+        Raises NotHappened after that many seconds.
+        """
+        deadline = time.monotonic() + within
+        while (found := _LINK.search(self.errors)) is None:
+            self._raise_if_ended()
+            if time.monotonic() >= deadline:
+                raise NotHappened(f"no page was served within {within:g} s")
+            time.sleep(_LOOK_S)
+        return found[1]
 
     def quit(self) -> None:
         """Sends the application an SDL_QUIT event, and does not wait for its end."""

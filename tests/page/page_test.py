@@ -287,7 +287,7 @@ class DocumentedTest(PageTest):
             file.write(re.sub(r'( *options.*)"--headless=new"\)', r'\g<0>\n\1"--no-sandbox")', test))
         ran = subprocess.run(["/usr/bin/python3", "-B", "-m", "unittest", "test_calculator"], cwd=folder,
                              env=dict(os.environ, PATH=PROGRAMS + ":" + os.environ["PATH"],
-                                      PYTHONPATH=PROJECT + "/python", TMPDIR=self.folder),
+                                      PYTHONPATH=PROJECT + "/python", TMPDIR=self.folder + "/page"),
                              capture_output=True, text=True)
         shutil.rmtree(self.folder + "/page")
         self.assertEqual(ran.returncode, 0, ran.stderr)
