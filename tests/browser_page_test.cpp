@@ -3,6 +3,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <thread>
+
 #include "base/message_socket.h"
 #include "base/socket_address.h"
 #include "bridge/message.h"
@@ -191,6 +193,28 @@ TEST_F(BrowserPageTest, RefusesCallsThatAreNotTaken) {
     }
     EXPECT_EQ(all.size(), static_cast<size_t>(calls) + 1);
     note("again");
+}
+
+// A wait for events ends when the page asks. The other one only sends what is queued.
+TEST_F(BrowserPageTest, WaitsEndOrAreUsed) {
+    constexpr tavsim::Milliseconds kLong = 60000;
+    const std::string mega(1 << 20, 'x');
+    const char* argument = mega.c_str();
+    EXPECT_EQ(TAV_CallJS("note", &argument, 1), TAV_NOERROR);
+    EXPECT_TRUE(taken().empty()) << "a socket takes less at once";
+    EXPECT_FALSE(tavsim::sendWhileWaiting(1, tavsim::Wait::ForEvents));
+    std::thread reader([] { EXPECT_TRUE(g_server->receive()); });
+    EXPECT_FALSE(tavsim::sendWhileWaiting(kLong, tavsim::Wait::ForTime));
+    reader.join();
+    ask(MessageKind::MethodList, {1});
+    EXPECT_TRUE(tavsim::sendWhileWaiting(kLong, tavsim::Wait::ForEvents));
+    EXPECT_FALSE(tavsim::sendWhileWaiting(kLong, tavsim::Wait::ForTime));
+    pump();
+    EXPECT_THAT(taken(), ElementsAre("1"));
+    g_server.reset();
+    EXPECT_TRUE(tavsim::sendWhileWaiting(kLong, tavsim::Wait::ForEvents));
+    EXPECT_THAT(pump(), testing::HasSubstr("closed"));
+    EXPECT_FALSE(tavsim::sendWhileWaiting(kLong, tavsim::Wait::ForEvents));
 }
 
 // However the page ends, one line says why, and the application goes on.

@@ -11,7 +11,7 @@ TAV_PLATFORM_API void pumpNow();
 
 // While the application waits, for so long at most: sends to the clients of the control socket and
 // to the page what they take. True when it waits for events, and the page has something.
-bool sendWhileWaiting(Milliseconds longest, Wait wait);
+TAV_PLATFORM_API bool sendWhileWaiting(Milliseconds longest, Wait wait);
 
 // In virtual time: moves the clock from one delivery to the next, and finally to `time`.
 void pumpUntil(Milliseconds time);
