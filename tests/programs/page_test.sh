@@ -31,7 +31,7 @@ refuses "$app/none.html: no such file; *" '{"program": "program", "main": "none.
 refuses "$app/appinfo.json: hosts[[]0]: must be an origin, *" \
     '{"program": "program", "hosts": ["https://x; script-src *"]}'
 refuses "$app/unrunnable: cannot be started: Permission denied" '{"program": "unrunnable"}'
-refuses 'program: has not become a plug-in. The program has ended with status 3.; *' \
+refuses 'program: has not become a plug-in. The program has ended with status 3. A plug-in calls *' \
     '{"program": "program"}'
 information='{"main": "index.html", "program": "calculator"}'
 for browser in none-such false "'"; do

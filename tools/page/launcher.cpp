@@ -28,7 +28,7 @@ constexpr guint kFirstPage = 60 * kSecond;
 constexpr guint kGrace = 5 * kSecond;
 
 constexpr char kNoPlugin[] =
-    "; a plug-in calls TAV_JSRegistrationComplete when its methods are registered";
+    " A plug-in calls TAV_JSRegistrationComplete when its methods are registered.";
 constexpr char kOtherBrowser[] =
     "; name another with --browser COMMAND, or open the link yourself with --browser true";
 
@@ -113,7 +113,7 @@ int Launcher::run() {
     }
     m_signal.onReady(m_requests.number(), G_IO_IN, [this] { onSignal(); });
     m_limit.after(kLongestStart, [this] {
-        fail(m_options.application.program + ": has not become a plug-in within 10 seconds" +
+        fail(m_options.application.program + ": has not become a plug-in within 10 seconds." +
              kNoPlugin);
     });
     g_main_loop_run(m_loop);
