@@ -23,9 +23,15 @@ std::optional<base::MessageSocket> g_server;
 int g_depth = 0;
 int g_deepest = 0;
 
-std::string items(const std::vector<std::variant<int, const char*>>& values) {
+using Items = std::vector<std::variant<bool, int, const char*>>;
+
+std::string items(const Items& values) {
     helper::ItemWriter writer;
     for (const auto& value : values) {
+        if (const bool* flag = std::get_if<bool>(&value)) {
+            writer.writeBool(*flag);
+            continue;
+        }
         const int* number = std::get_if<int>(&value);
         const char* text = number == nullptr ? std::get<const char*>(value) : nullptr;
         number != nullptr ? writer.writeInt(*number)
@@ -34,7 +40,7 @@ std::string items(const std::vector<std::variant<int, const char*>>& values) {
     return writer.message();
 }
 
-void ask(MessageKind kind, const std::vector<std::variant<int, const char*>>& values) {
+void ask(MessageKind kind, const Items& values) {
     g_server->queue(static_cast<uint8_t>(kind), items(values));
     g_server->sendNow();
 }
@@ -86,12 +92,15 @@ const std::pair<const char*, TAV_JSHandler> kMethods[] = {
     {"long", [](TAV_JSParameters* call) { TAV_JSReply(call, std::string(33 << 20, 'x').c_str()); }},
 };
 
-class BrowserPageTest : public tavtest::DeviceTest {
+class BrowserPageTest : public tavtest::EventTest {
 protected:
-    void SetUp() override { open(); }
+    void SetUp() override {
+        EventTest::SetUp();
+        open();
+    }
 
     void TearDown() override {
-        DeviceTest::TearDown();
+        EventTest::TearDown();
         g_server.reset();
     }
 
@@ -101,6 +110,7 @@ protected:
         tavsim::Options options;
         options.virtualTime = isVirtual;
         options.pageFile = "/anywhere/index.html";
+        options.recordFile = m_recordFile;
         m_error.clear();
         device.start(profile, options, &m_error);
         for (const auto& [name, method] : kMethods) {
@@ -129,6 +139,7 @@ protected:
     }
 
     std::string m_error;
+    std::string m_recordFile;
 };
 
 TEST_F(BrowserPageTest, AnswersInTheOrderOfTheQuestions) {
@@ -230,6 +241,10 @@ TEST_F(BrowserPageTest, EndsWithOneReason) {
         {send(MessageKind::ConsoleLine, items({"loud", "x"})), kMalformed},
         {send(MessageKind::ConsoleLine, items({"log", 1})), kMalformed},
         {send(MessageKind::Problem, items({1})), kMalformed},
+        {send(MessageKind::FrameWanted, ""), kMalformed},
+        {send(MessageKind::Touch, items({"sideways", 1, 1})), kMalformed},
+        {send(MessageKind::Key, items({"a", true})), kMalformed},
+        {send(MessageKind::Typed, items({nullptr, 1}).substr(1)), kMalformed},
         {send(MessageKind::Idle, ""), kMalformed},
         {send(static_cast<MessageKind>(255), "x"), kMalformed},
         {[] { g_server->queue(0, std::string(bridge::kLongestMessage + 1, 'x')); }, kClosed},
@@ -290,6 +305,95 @@ TEST_F(BrowserPageTest, NeedsAServerAndRealTime) {
     EXPECT_EQ(m_error,
               "/anywhere/index.html: a page in a browser is in real time, "
               "not in virtual time");
+}
+
+class PageViewTest : public BrowserPageTest {
+protected:
+    void SetUp() override {
+        m_recordFile = testing::TempDir() + "/view-" + std::to_string(getpid()) + ".scenario";
+        BrowserPageTest::SetUp();
+        SDL_ShowCursor(SDL_DISABLE);  // SDL draws it into the picture
+        m_surface = SDL_SetVideoMode(40, 30, 32, SDL_SWSURFACE);
+        takeEvents();
+    }
+
+    void TearDown() override {
+        BrowserPageTest::TearDown();
+        std::filesystem::remove(m_recordFile);
+    }
+
+    static void takeEvents() {
+        for (SDL_Event event; SDL_PollEvent(&event) != 0;) {}
+    }
+
+    std::string frame(bool isWhole) {
+        ask(MessageKind::FrameWanted, {isWhole});
+        pump();
+        const auto message = g_server->receiveNow();
+        return message ? message->content : "";
+    }
+
+    // SDL's state: the mouse's buttons and position, and whether the left key is pressed.
+    static std::vector<int> state() {
+        int x = 0, y = 0;
+        const int buttons = SDL_GetMouseState(&x, &y);
+        return {buttons, x, y, SDL_GetKeyState(nullptr)[SDLK_LEFT]};
+    }
+
+    SDL_Surface* m_surface = nullptr;
+};
+
+TEST_F(PageViewTest, FramesHaveWhatChangesAndAllForAPageThatBeginsToLook) {
+    const std::string whole = "{\"width\":40,\"height\":30,\"parts\":[[0,0,40,30]]}\n";
+    std::string pixels(3600, '\0');
+    EXPECT_TRUE(frame(true) == whole + pixels);
+    SDL_Rect dot = {38, 29, 2, 1};
+    SDL_FillRect(m_surface, &dot, SDL_MapRGB(m_surface->format, 1, 2, 3));
+    pixels.replace(3594, 6, "\1\2\3\1\2\3");
+    EXPECT_EQ(frame(false), "{\"width\":40,\"height\":30,\"parts\":[[38,29,2,1]]}\n\1\2\3\1\2\3");
+    EXPECT_EQ(frame(false), "") << "nothing has changed";
+    EXPECT_TRUE(frame(true) == whole + pixels);
+}
+
+TEST_F(PageViewTest, InputIsRecordedAsTheUsersAndReleasedWithThePage) {
+    ask(MessageKind::Touch, {"down", 40, 4});
+    ask(MessageKind::Touch, {"down", 3, 4});
+    ask(MessageKind::Touch, {"move", 5, 6});
+    ask(MessageKind::Touch, {"up", 99, -1});
+    ask(MessageKind::Touch, {"down", 7, 8});
+    ask(MessageKind::Typed, {"a\n"});
+    ask(MessageKind::Typed, {"a"});
+    ask(MessageKind::Key, {true, "left"});
+    ask(MessageKind::Key, {true, "left"});
+    takeEvents();
+    EXPECT_THAT(state(), ElementsAre(1, 7, 8, 1));
+    EXPECT_EQ(tavsim::carryOut("key tap right").error, "");
+    g_server.reset();
+    EXPECT_THAT(pump(), testing::HasSubstr("closed the connection"));
+    takeEvents();
+    EXPECT_THAT(state(), ElementsAre(0, 7, 8, 0));
+    std::ifstream file(m_recordFile);
+    std::vector<std::string> recorded;
+    for (std::string line; std::getline(file, line);) {
+        recorded.push_back(line.substr(line.find(": ") + 2));
+    }
+    EXPECT_THAT(recorded, ElementsAre("plugin on", "touch move 3 4", "touch down 3 4",
+                                      "touch move 5 6", "touch up 5 6", "touch move 7 8",
+                                      "touch down 7 8", "key down a", "key up a", "key down left",
+                                      "key tap right", "touch up 7 8", "key up left"));
+}
+
+TEST_F(PageViewTest, StateFollowsWhereTheQueueIsFull) {
+    SDL_Event other{};
+    other.type = SDL_USEREVENT;
+    while (SDL_PushEvent(&other) == 0) {}
+    ask(MessageKind::Touch, {"down", 3, 4});
+    ask(MessageKind::Key, {true, "left"});
+    pump();
+    EXPECT_THAT(state(), ElementsAre(1, 3, 4, 1));
+    g_server.reset();
+    pump();
+    EXPECT_THAT(state(), ElementsAre(0, 3, 4, 0));
 }
 
 }  // namespace
