@@ -13,7 +13,7 @@ inline constexpr char kControlSocket[] = "/control";
 inline constexpr char kVerdict[] = "/verdict";
 inline constexpr char kRecordingMark[] = "/recorded";
 inline constexpr char kRecording[] = "/recording";  // of a run with a panel
-inline constexpr char kPageSocket[] = "/page";  // of tav-page
+inline constexpr char kPageSocket[] = "/page";      // of tav-page
 inline constexpr char kDataFolder[] = "/data";
 
 // Creates the folder and its missing parents, writable only by the user, whatever the umask is.
