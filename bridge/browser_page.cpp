@@ -28,16 +28,16 @@ bool isLevel(std::string_view text) {
 }  // namespace
 
 std::shared_ptr<BrowserPage> BrowserPage::connect(const std::string& path, Events events) {
-    const int socket = base::connectTo(path);
-    if (socket < 0) {
+    const int connected = base::connectTo(path);
+    if (connected < 0) {
         return nullptr;
     }
-    if (!base::isOfThisUser(socket)) {
-        close(socket);
+    if (!base::isOfThisUser(connected)) {
+        close(connected);
         errno = EACCES;
         return nullptr;
     }
-    return std::make_shared<BrowserPage>(socket, std::move(events));
+    return std::make_shared<BrowserPage>(connected, std::move(events));
 }
 
 BrowserPage::BrowserPage(int connectedSocket, Events events)

@@ -77,8 +77,8 @@ void PageInput::release() {
     const front::Mouse mouse = front::mouseNow();
     touchUp({mouse.x, mouse.y});
     input::KeyStrokes strokes;
-    for (const SDLKey key : std::exchange(m_pressed, {})) {
-        strokes.release(key);
+    for (const SDLKey held : std::exchange(m_pressed, {})) {
+        strokes.release(held);
     }
     input::sendOrDrop(strokes.events());
 }

@@ -13,7 +13,7 @@ namespace tavsim {
 class DocumentPage : public Page {
 public:
     using Page::Page;
-    ~DocumentPage() override { end(); }
+    ~DocumentPage() override { DocumentPage::end(); }
 
     // False, with errno, when nobody serves the page at the socket's path.
     bool connect(const std::string& socket);

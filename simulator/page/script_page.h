@@ -21,7 +21,7 @@ namespace tavsim {
 class ScriptPage : public Page, public std::enable_shared_from_this<ScriptPage> {
 public:
     using Page::Page;
-    ~ScriptPage() override { end(); }
+    ~ScriptPage() override { ScriptPage::end(); }
 
     // False, with errno, when the process cannot be started. The script starts with the pump.
     bool start(const std::string& source);
