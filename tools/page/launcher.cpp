@@ -27,7 +27,7 @@ constexpr guint kLongestStart = 10 * kSecond;
 constexpr guint kFirstPage = 60 * kSecond;
 constexpr guint kGrace = 5 * kSecond;
 
-constexpr char kNoPlugin[] =
+constexpr char kWhatToDo[] =
     " A plug-in calls TAV_JSRegistrationComplete when its methods are registered.";
 constexpr char kOtherBrowser[] =
     "; name another with --browser COMMAND, or open the link yourself with --browser true";
@@ -114,7 +114,7 @@ int Launcher::run() {
     m_signal.onReady(m_requests.number(), G_IO_IN, [this] { onSignal(); });
     m_limit.after(kLongestStart, [this] {
         fail(m_options.application.program + ": has not become a plug-in within 10 seconds." +
-             kNoPlugin);
+             kWhatToDo);
     });
     g_main_loop_run(m_loop);
     return m_status;
@@ -210,7 +210,7 @@ void Launcher::askToEnd() {
 void Launcher::onEnd() {
     const std::string how = tools::howEnded(m_program.status());
     if (!m_isAsked && !m_isPlugin) {
-        fail(m_options.application.program + ": has not become a plug-in. " + how + kNoPlugin);
+        fail(m_options.application.program + ": has not become a plug-in. " + how + kWhatToDo);
     } else if (!m_isAsked && WIFSIGNALED(m_program.status())) {
         complain(how);
     }
