@@ -16,6 +16,7 @@ import tempfile
 import time
 
 import linux_report
+import page_report
 import shown_report
 
 OPEN = 100000  # calls, at most
@@ -296,6 +297,7 @@ def main():
     rows.append(time_row(PURCHASE, [measure(program, SLOW)]))
     rows += loading_rows(f"{build}/bin/tav_loading", f"{build}/lib/libtav.so")
     rows += linux_report.rows(build, rounds, clean_environment(), shown_time)
+    rows += page_report.rows(build, clean_environment(), shown_time)
     print_table(rows)
     missed = sum(not met for _, met in rows)
     if missed:
