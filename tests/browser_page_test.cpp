@@ -314,6 +314,7 @@ protected:
         BrowserPageTest::SetUp();
         SDL_ShowCursor(SDL_DISABLE);  // SDL draws it into the picture
         m_surface = SDL_SetVideoMode(40, 30, 32, SDL_SWSURFACE);
+        SDL_FillRect(m_surface, nullptr, 0);
         takeEvents();
     }
 
