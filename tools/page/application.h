@@ -13,8 +13,7 @@ struct Application {
     std::vector<std::string> hosts;  // origins that the page may use besides its own
 };
 
-// Nothing, with one line of what is wrong and what to do, where it lacks something. The program may
-// be empty unless it is needed.
+// Nothing, with one line of what is wrong and what to do, where it lacks something.
 std::optional<Application> readApplication(const std::string& folder, std::string* error);
 
 // The hosts that an appinfo.json in the folder names, if there is one. False, with a line, where it
