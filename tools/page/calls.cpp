@@ -19,7 +19,7 @@ constexpr size_t kMostWaitingBytes = size_t{64} << 20;
 constexpr guint kLongestWait = 10'000;  // milliseconds, for the application and for its answer
 
 constexpr char kTooMany[] = "too many calls are waiting for the application";
-constexpr char kNoPlugin[] = "no application has become the plug-in for 10 seconds";
+constexpr char kNobodyCame[] = "no application has become the plug-in for 10 seconds";
 constexpr char kNoAnswer[] = "the application has not answered for 10 seconds";
 constexpr char kLeft[] = "the application has gone";
 constexpr char kTakesNoCall[] = "the application takes no more calls, or the call is too long";
@@ -143,7 +143,7 @@ void Calls::send() {
 
 // A call that is with the application still counts there, until it is answered.
 void Calls::expire(int number) {
-    const std::string reason = m_plugin.isThere() ? kNoAnswer : kNoPlugin;
+    const std::string reason = m_plugin.isThere() ? kNoAnswer : kNobodyCame;
     complainOnce(reason);
     if (const auto asked = m_asked.find(number); asked != m_asked.end()) {
         asked->second->refuse(reason);

@@ -21,6 +21,7 @@ namespace {
 
 constexpr size_t kMostDocuments = 8;
 constexpr goffset kLongestBody = 16 << 20;
+constexpr size_t kLargestScript = 1 << 20;
 constexpr guint kTimeToTell = 700;    // milliseconds
 constexpr guint kUntilKnown = 1'000;  // milliseconds, how an application has ended that has gone
 
@@ -180,7 +181,7 @@ void PageServer::serveScript(const web::Request& request) {
     std::string unused;
     const std::optional<std::string> content =
         name.find('/') == std::string::npos
-            ? base::readFile(scriptFolder() + "/" + name, kLongestBody, &unused)
+            ? base::readFile(scriptFolder() + "/" + name, kLargestScript, &unused)
             : std::nullopt;
     if (content) {
         request.answer(SOUP_STATUS_OK, web::contentType(name), *content);
