@@ -8,7 +8,7 @@
 namespace tavsim {
 
 bridge::MethodReply Page::callMethod(std::string_view call, HDataWriter* answer) {
-    const bridge::MethodReply reply = bridge::callMethod(m_methods, call, answer);
+    bridge::MethodReply reply = bridge::callMethod(m_methods, call, answer);
     if (isAlive()) {
         tellCall(call, reply);
     }
