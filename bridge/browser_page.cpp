@@ -78,15 +78,13 @@ void BrowserPage::serve() {
         }
     }
     sendFrame();
-    if (m_socket && m_socket->isGone()) {
-        endWith(m_socket->isOurs() ? "its server has closed the connection"
-                                   : "the application has closed its connection to the page");
-    }
+    noticeEnd();
 }
 
 void BrowserPage::send() {
     if (!isGone()) {
         m_socket->sendNow();
+        noticeEnd();
     }
 }
 
@@ -201,7 +199,14 @@ void BrowserPage::answer(MessageKind question, int number, std::string_view call
 void BrowserPage::queue(MessageKind kind, std::string_view content) {
     if (!isGone()) {
         m_socket->queue(static_cast<uint8_t>(kind), content);
-        m_socket->sendNow();
+        send();
+    }
+}
+
+void BrowserPage::noticeEnd() {
+    if (m_socket && m_socket->isGone()) {
+        endWith(m_socket->isOurs() ? "its server has closed the connection"
+                                   : "the application has closed its connection to the page");
     }
 }
 

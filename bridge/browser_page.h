@@ -70,6 +70,7 @@ private:
     bool handleView(MessageKind kind, helper::ItemReader* items);
     void answer(MessageKind question, int number, std::string_view call);
     void queue(MessageKind kind, std::string_view content);
+    void noticeEnd();
     void endWith(const std::string& reason);
 
     const pid_t m_owner;

@@ -130,10 +130,11 @@ protected:
     }
 
     // What is printed while the device handles what the server has sent.
-    std::string pump() {
+    std::string pump(const std::function<void()>& before = [] {}) {
         testing::internal::CaptureStdout();
         testing::internal::CaptureStderr();
         device.acceptStreams();
+        before();
         device.pump();
         return testing::internal::GetCapturedStdout() + testing::internal::GetCapturedStderr();
     }
@@ -256,11 +257,13 @@ TEST_F(BrowserPageTest, EndsWithOneReason) {
     };
     for (const auto& [happens, reason] : cases) {
         open();
-        happens();
-        if (g_server) {
-            g_server->sendNow();
-        }
-        EXPECT_EQ(pump(), std::string("index.html: stopped: ") + reason + "\n");
+        const auto happensNow = [&happens = happens] {
+            happens();
+            if (g_server) {
+                g_server->sendNow();
+            }
+        };
+        EXPECT_EQ(pump(happensNow), std::string("index.html: stopped: ") + reason + "\n");
         EXPECT_EQ(pump(), "");
         EXPECT_EQ(TAV_CallJS("note", nullptr, 0), TAV_ECONNECTION);
     }
