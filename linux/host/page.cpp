@@ -64,7 +64,7 @@ gboolean onReady(gint, GIOCondition, gpointer) {
     return G_SOURCE_REMOVE;
 }
 
-void poll() {
+void pollSocket() {
     const short events = plugin().page->pollEvents();
     if (plugin().source != nullptr && plugin().events == events) {
         return;
@@ -81,9 +81,9 @@ void poll() {
 
 // A native method may handle events, and so serve the page's next questions.
 void serve() {
-    poll();
+    pollSocket();
     plugin().page->serve();
-    poll();
+    pollSocket();
 }
 
 void tell(std::string_view level, const std::string& text) {
@@ -119,7 +119,7 @@ bool isConnected() {
 void showPicture() {
     if (isConnected()) {
         plugin().page->sendFrame();
-        poll();
+        pollSocket();
     }
 }
 
@@ -135,7 +135,7 @@ unsigned sendToPage(unsigned milliseconds) {
     };
     pollfd socket = {plugin().page->socket(), POLLOUT, 0};
     while ((plugin().page->pollEvents() & POLLOUT) != 0 &&
-           ::poll(&socket, 1, static_cast<int>(std::min<int64_t>(left(), INT_MAX))) > 0) {
+           poll(&socket, 1, static_cast<int>(std::min<int64_t>(left(), INT_MAX))) > 0) {
         plugin().page->send();
     }
     return static_cast<unsigned>(left());
@@ -153,7 +153,7 @@ bool NApp_RegisterKiteHandlers(NApp_MethodListCallback methodList, NApp_MethodCa
         return false;
     }
     tavlinux::plugin().page->setMethods({methodList, methodCall});
-    tavlinux::poll();
+    tavlinux::pollSocket();
     return true;
 }
 
@@ -164,6 +164,6 @@ bool NApp_JSCall(const char* functionName, const char* const* arguments, int arg
     }
     const bool accepts = tavlinux::plugin().page->callFunction(
         functionName, bridge::textsOf(arguments, argumentCount));
-    tavlinux::poll();
+    tavlinux::pollSocket();
     return accepts;
 }
