@@ -54,6 +54,9 @@ const char* readLimit(std::string_view value, const Line& /*line*/, Scenario* sc
                : "the limit is a number of seconds above 0 and at most 604800";
 }
 
+// A command, though it begins as the header with the page's file does.
+constexpr std::string_view kCallByPage = "page call ";
+
 struct HeaderStatement {
     std::string_view name;
     ReadValue read;
@@ -75,6 +78,9 @@ std::string inFolder(const std::string& folder, std::string_view file) {
 
 bool readHeader(const Line& line, Scenario* scenario, std::string* error) {
     std::string_view value = line.text;
+    if (value.starts_with(kCallByPage)) {
+        return false;
+    }
     const std::string_view name = takeWord(&value);
     for (const HeaderStatement& statement : kStatements) {
         if (statement.name != name) {
