@@ -14,6 +14,7 @@ import tempfile
 import time
 
 import dbusmock
+from selenium.webdriver.common.action_chains import ActionChains
 from selenium.webdriver.common.keys import Keys
 
 from browser import PROGRAMS, PROJECT, TAVSIM, BrowserTest, kill_browser, start_browser, wait_until
@@ -26,8 +27,8 @@ NO_ANSWER = "the application has not answered for 10 seconds"
 
 # Texts that come back as they are, and texts that do not.
 KEPT = ["", "😀 𐀀 \U0010ffff", '"\\\n\r\u2028</script>', "xé€" * (1 << 18)]
-CHANGED = {"\0": "", "a\0b": "a", "\ud83d": "\ufffd", "a\ude00b\ud83d\ud83d": "a\ufffdb\ufffd\ufffd",
-           None: "null"}
+CHANGED = {"\0": "", "a\0b": "a", "\ud83d": "\ufffd",
+           "a\ude00b\ud83d\ud83d": "a\ufffdb\ufffd\ufffd", None: "null"}
 
 
 class PageTest(BrowserTest, dbusmock.DBusTestCase):
@@ -51,7 +52,8 @@ class PageTest(BrowserTest, dbusmock.DBusTestCase):
         runtime = self.folder + "/run"
         os.makedirs(runtime, 0o700, exist_ok=True)
         if place is ON_THE_DEVICE:
-            return self.start(TAVSIM, "run", "--page", folder + "/index.html", f"{folder}/{program}")
+            return self.start(TAVSIM, "run", "--page", folder + "/index.html",
+                              f"{folder}/{program}")
         return self.start(TAV_PAGE, "--browser", "true", "--linger", "1", folder,
                           XDG_RUNTIME_DIR=runtime)
 
@@ -94,12 +96,24 @@ def in_both_places(test):
     return in_both
 
 
-class CalculatorTest(PageTest):
+class ExamplesTest(PageTest):
+    @in_both_places
+    def test_the_pathfinder_finds_a_way_again_when_the_land_changes(self, place):
+        self.open_plugin(place, PLUGINS + "pathfinder", "pathfinder")
+        self.find_by("button.primary").click()
+        self.wait_for_text("status", "takes 141 minutes")
+        self.find_by("[value=water]").click()
+        ActionChains(self.browser) \
+            .move_to_element_with_offset(self.find_by("tav-plugin"), -200, 120).click_and_hold() \
+            .move_by_offset(60, 60).move_by_offset(80, -10).release().perform()
+        self.wait_for_text("status", "takes 147 minutes")
+
     @in_both_places
     def test_it_is_used_by_clicks_and_keys(self, place):
         calculator = self.open_plugin(place, PLUGINS + "calculator", "calculator")
-        for keys, shown, on_tape in [("12+30", "42", "12 + 30 = 42"), ("22/7", "3.14285714286", "22 / 7"),
-                                     (".1*4", "0.4", "0.1 * 4 = 0.4"), ("8/0", "division by zero", "")]:
+        for keys, shown, on_tape in [
+                ("12+30", "42", "12 + 30 = 42"), ("22/7", "3.14285714286", "22 / 7"),
+                (".1*4", "0.4", "0.1 * 4 = 0.4"), ("8/0", "division by zero", "")]:
             for key in [*keys, "Enter"]:
                 self.find_by(f'[data-key="{key}"]').click()
             self.assertEqual(self.find("display").text, shown)
@@ -138,7 +152,8 @@ class BridgeTest(PageTest):
     @in_both_places
     def test_calls_nest_and_fail_as_calls_do(self, place):
         self.open_echo(place)
-        rows = [("return component.methods().join()", "echo,back,refuse,ask,answer,hang,flood,quit"),
+        rows = [("return component.methods().join()",
+                 "echo,back,refuse,ask,answer,hang,flood,quit"),
                 ("return component.call('echo', 1.5)", "1.5"),
                 ("return [component.echo === component.echo, 'echo' in component,"
                  " 'nothing' in component, typeof component.nothing].join()",
@@ -169,7 +184,8 @@ class BridgeTest(PageTest):
 
     def color_at(self, picture, x, y):
         return self.run_script(
-            "const [plugin, x, y] = arguments, canvas = (plugin.shadowRoot ?? plugin).querySelector('canvas');"
+            "const [plugin, x, y] = arguments;"
+            "const canvas = (plugin.shadowRoot ?? plugin).querySelector('canvas');"
             "const copy = new OffscreenCanvas(canvas.width, canvas.height).getContext('2d');"
             "copy.drawImage(canvas, 0, 0);"
             "return [...copy.getImageData(x, y, 1, 1).data].slice(0, 3)", picture, x, y)
@@ -191,9 +207,9 @@ class FaultsTest(PageTest):
                     signal.SIGKILL)
 
         for end, status, words in [
-                (lambda plugin: self.result_of("component.async.quit()"), [0], "ended with status 0"),
+                (lambda plugin: self.error_of("component.quit()"), [0], "ended with status 0"),
                 (lambda plugin: os.kill(plugin.child("echo"), signal.SIGKILL), [137], "SIGKILL"),
-                (lambda plugin: plugin.process.send_signal(signal.SIGINT), [0], "ended with status 0"),
+                (lambda plugin: plugin.process.send_signal(signal.SIGINT), [0], "with status 0"),
                 (kill_server, [0, -9], "closed")]:
             with self.subTest(words):
                 plugin = self.open_echo(place)
@@ -210,7 +226,8 @@ class FaultsTest(PageTest):
             self.run_script("window.error = null; return component.echo('is there')")
             if call == "echo":
                 os.kill(plugin.child("echo"), signal.SIGSTOP)
-            self.run_script(f"component.async.{call}('x').catch((thrown) => {{ error = thrown.message }})")
+            self.run_script(f"component.async.{call}('x')"
+                            ".catch((thrown) => { error = thrown.message })")
             plugins[self.browser.current_window_handle] = plugin, time.monotonic()
             self.addCleanup(os.kill, plugin.child("echo"), signal.SIGKILL)
         for tab, (plugin, since) in plugins.items():
@@ -284,10 +301,11 @@ class DocumentedTest(PageTest):
         folder = shutil.copytree(PLUGINS + "calculator", self.folder + "/page/calculator")
         with open(folder + "/test_calculator.py", "w") as file:
             # A sandbox cannot be had in every container.
-            file.write(re.sub(r'( *options.*)"--headless=new"\)', r'\g<0>\n\1"--no-sandbox")', test))
-        ran = subprocess.run(["/usr/bin/python3", "-B", "-m", "unittest", "test_calculator"], cwd=folder,
-                             env=dict(os.environ, PATH=PROGRAMS + ":" + os.environ["PATH"],
-                                      PYTHONPATH=PROJECT + "/python", TMPDIR=self.folder + "/page"),
-                             capture_output=True, text=True)
+            headless = 'options.add_argument("--headless=new")'
+            file.write(test.replace(headless, headless + '; options.add_argument("--no-sandbox")'))
+        environment = dict(os.environ, PATH=PROGRAMS + ":" + os.environ["PATH"],
+                           PYTHONPATH=PROJECT + "/python", TMPDIR=self.folder + "/page")
+        ran = subprocess.run(["/usr/bin/python3", "-B", "-m", "unittest", "test_calculator"],
+                             cwd=folder, env=environment, capture_output=True, text=True)
         shutil.rmtree(self.folder + "/page")
         self.assertEqual(ran.returncode, 0, ran.stderr)
