@@ -86,7 +86,7 @@ ends on_linux 0 'The program has ended with status 0.' '' kill_runner TERM
 ends on_linux 0 'The program has ended with status 0.' '' stop_and_ask
 ends on_linux 137 'The program was ended by SIGKILL (Killed).' 'tav-page: *SIGKILL*' \
     kill_program KILL
-ends on_linux 137 closed '' kill_runner KILL
+ends on_linux 137 closed '**' kill_runner KILL  # the program may notice it before it is killed
 method=divide ends on_linux 0 '' 'tav-page: no page has been open for 1 seconds, *' true
 method=quit ends on_device 0 'The program has ended with status 0.' "$is_at" true
 asked="$is_at**is asked to end, because its page has ended**"
