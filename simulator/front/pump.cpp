@@ -38,6 +38,9 @@ constexpr Milliseconds kWaitStep = 10;  // between two checks of SDL's queue
 // Sockets are not served in every poll, because that takes system calls.
 constexpr Milliseconds kControlPause = 5;
 
+constexpr Milliseconds kNoMoment = -1;
+
+Milliseconds g_servedMoment = kNoMoment;  // in paced time, at which commands were last taken
 int g_deliveries = 0;  // that are being made: a delivery may look for events itself
 
 void serveOutside() {
@@ -60,8 +63,7 @@ void serveOutsideNowAndThen() {
 // they are not carried out at a moment whose deliveries have been made.
 void serveAndDeliver(void (*serve)()) {
     if (isTimePaced()) {
-        static Milliseconds served = -1;
-        const bool isNewMoment = std::exchange(served, now()) != now();
+        const bool isNewMoment = std::exchange(g_servedMoment, now()) != now();
         deliverDue(isNewMoment ? serve : [] {});
         return;
     }
@@ -115,6 +117,11 @@ bool isShownInPanel() {
 }
 
 }  // namespace
+
+void startPump() {
+    g_servedMoment = kNoMoment;
+    setMeanwhile(sendWhileWaiting);
+}
 
 void pumpNow() {
     serveAndDeliver(serveOutside);

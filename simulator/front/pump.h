@@ -6,6 +6,9 @@
 
 namespace tavsim {
 
+// For a device that starts, whose clock begins at 0.
+void startPump();
+
 // Serves the control socket and makes the deliveries that are due.
 TAV_PLATFORM_API void pumpNow();
 

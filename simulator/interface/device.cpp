@@ -67,7 +67,7 @@ bool startRooms(const Options& options, std::string* error) {
     if (!startPage(options.pageFile, error)) {
         return false;
     }
-    setMeanwhile(sendWhileWaiting);
+    startPump();
     if (isSecond(options)) {
         return true;
     }
