@@ -44,6 +44,10 @@ std::string suggestion(std::string_view word, const std::vector<std::string>& na
     size_t least = mostMistakes(word) + 1;
     const std::string* nearest = nullptr;
     for (const std::string& name : names) {
+        // So many letters are inserted or deleted at least.
+        if (std::max(word.size(), name.size()) - std::min(word.size(), name.size()) >= least) {
+            continue;
+        }
         const size_t mistakes = distance(word, name);
         // Two words without a common letter are not near, however short they are.
         if (mistakes < least && mistakes < std::max(word.size(), name.size())) {
