@@ -1,5 +1,6 @@
 """The panel in a browser."""
 
+from selenium.webdriver.common.keys import Keys
 from selenium.webdriver.support.ui import Select
 
 from browser import TAVSIM, BrowserTest
@@ -30,9 +31,9 @@ class PanelTest(BrowserTest):
         Select(self.find(id)).select_by_visible_text(text)
 
     def type(self, id, text):
-        field = self.find(id)
-        field.clear()
-        field.send_keys(text)
+        # Not by clear(), which takes the focus away: then the page may fill the form anew.
+        self.find(id).send_keys(Keys.CONTROL + "a")
+        self.find(id).send_keys(text)
 
     def value_of(self, id):
         return self.find(id).get_property("value")
