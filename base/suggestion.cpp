@@ -44,7 +44,7 @@ std::string suggestion(std::string_view word, const std::vector<std::string>& na
     size_t least = mostMistakes(word) + 1;
     const std::string* nearest = nullptr;
     for (const std::string& name : names) {
-        // So many letters are inserted or deleted at least.
+        // The difference in length alone makes too many mistakes.
         if (std::max(word.size(), name.size()) - std::min(word.size(), name.size()) >= least) {
             continue;
         }

@@ -39,8 +39,8 @@ RunEnd Supervisor::run(const std::string& file) {
     }
     const Guard guard([this] {
         m_members.kill();
-        // The kernel has killed it already. While it frees its memory, it is no member any more,
-        // but still has the device.
+        // The kernel has killed the program already. While its memory is freed, it no longer counts
+        // as a member, but still holds the device.
         m_process.waitForEnd();
         m_folder.release();
     });

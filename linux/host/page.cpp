@@ -99,9 +99,10 @@ bool connect() {
                            base::printLine(stderr, "tav: the page has ended: " + reason);
                        }});
     if (plugin().page == nullptr) {
-        base::printLine(stderr, "tav: " + socketPath() + ": " + std::strerror(errno) +
-                                    "; tav-page, whose page this program is a plug-in of, sets " +
-                                    kVariable);
+        base::printLine(stderr, "tav: " + socketPath() + ": " + std::strerror(errno) + "; " +
+                                    kVariable +
+                                    " names it, but no page is served there. Start the program "
+                                    "with tav-page.");
     }
     return plugin().page != nullptr;
 }

@@ -31,12 +31,14 @@ Uint32 callWithoutParameter(Uint32 interval, void* function) {
 }  // namespace
 }  // namespace tavsim
 
-void front::delay(unsigned milliseconds, void (*real)(unsigned milliseconds)) {
+void front::delay(unsigned milliseconds, void (*real)(unsigned milliseconds)) try {
     if (!tavsim::isSimulated() || !tavsim::isOnApplicationThread()) {
         real(static_cast<unsigned>(tavsim::useWait(milliseconds)));
         return;
     }
     tavsim::passTime(tavsim::after(tavsim::now(), milliseconds));
+} catch (...) {
+    tavsim::endProgramByException();
 }
 
 extern "C" {

@@ -104,7 +104,8 @@ class Page(OnPrivateBuses):
         self.assertEqual(process.communicate(), (
             "plugin 1 Could not register JS Handlers. Either this was not launched as a plugin, or "
             "the IPC is not yet set up.\n", f"tav: {self.folder}/page: No such file or directory; "
-            "tav-page, whose page this program is a plug-in of, sets TAV_PAGE_SOCKET\n"))
+            "TAV_PAGE_SOCKET names it, but no page is served there. Start the program "
+            "with tav-page.\n"))
 
     def display(self):
         """Starts an X server that ends with the test."""

@@ -42,8 +42,7 @@ public:
 
     void send(int signal) const;
 
-    // In a process that is not its parent too, and when its parent has died. Gives up after some
-    // seconds.
+    // Also works in a process that is not its parent. Gives up after some seconds.
     void waitForEnd() const;
 
 private:
