@@ -11,7 +11,7 @@ using tavbench::expect;
 
 constexpr char kSlow[] = "vire://com.example.bench/slow";
 
-void onReply(TAV_ServiceParameters*, void*) {
+void onSlowReply(TAV_ServiceParameters*, void*) {
 }
 
 using Poll = int (*)(SDL_Event*);
@@ -47,7 +47,7 @@ void pollLibtav(benchmark::State& state) {
     profile.services[kSlow].replies = {"{}"};
     profile.services[kSlow].delay = 3600 * 1000;
     const BenchDevice device(state, profile, options);
-    TAV_ServiceCallWithCallback(kSlow, "{}", onReply, nullptr, SDL_TRUE);
+    TAV_ServiceCallWithCallback(kSlow, "{}", onSlowReply, nullptr, SDL_TRUE);
     poll(state, SDL_PollEvent);
 }
 BENCHMARK(pollLibtav);
