@@ -17,7 +17,6 @@ namespace tools {
 namespace {
 
 constexpr char kLinkName[] = "libtavsim.so";
-constexpr char kLinuxLibrary[] = "libtavlinux.so";
 // AddressSanitizer complains when a library is preloaded before it, but works.
 constexpr char kSanitizerOption[] = "verify_asan_link_order=0";
 
@@ -77,7 +76,7 @@ std::string preloadableSimulator(RunFolder& folder) {
 }
 
 std::string preloadableLinux(std::string* why) {
-    const fs::path library = fs::path(simulatorLibrary()).replace_filename(kLinuxLibrary);
+    const fs::path library = fs::path(simulatorLibrary()).replace_filename(TAV_LINUX_LIBRARY);
     std::error_code problem;
     if (!fs::exists(library, problem)) {
         *why = library.string() + ": is not there; tavsim was built without it (TAV_LINUX)";

@@ -21,8 +21,10 @@ for file in bin/tavsim bin/tavsim-panel bin/tav-page include/tav.h include/tavsi
     [ -f "$prefix/$file" ] || fail "$file is not installed"
 done
 [ -n "$(find "$prefix/share/doc" -name LICENSE)" ] || fail 'the licence is not installed'
-grep -q 'soname: \[libtav.so.3\]' <<<"$(readelf -d "$libraries/libtav.so")" ||
-    fail 'the soname is wrong'
+for name in tav tavsim "${platform/tavsim/tav}"; do
+    grep -q "soname: \[lib$name.so.3\]" <<<"$(readelf -d "$libraries/lib$name.so")" ||
+        fail "the soname of lib$name.so is wrong"
+done
 
 # No installed file holds the path where it was built or first installed. Instrumented builds do.
 folders=("$work/before")
@@ -81,11 +83,11 @@ run env -u LD_LIBRARY_PATH TMPDIR="$odd" "$odd/bin/tavsim" run ./plain
 expect 2 '' 'tavsim: *blank, a colon*set TMPDIR *'
 if [ "$platform" = tavlinux ]; then
     run env -u LD_LIBRARY_PATH "$odd/bin/tavsim" run --real ./plain
-    expect 2 '' "tavsim: $odd/*/libtavlinux.so: cannot be preloaded, *"
-    rm "$libraries/libtavlinux.so"
+    expect 2 '' "tavsim: $odd/*/libtavlinux.so.3: cannot be preloaded, *"
+    rm "$libraries/libtavlinux.so.3"
     run "$prefix/bin/tavsim" run --real ./plain
-    expect 2 '' 'tavsim: */libtavlinux.so: is not there; *'
-    cp "$odd/$TAV_LIBDIR/libtavlinux.so" "$libraries"
+    expect 2 '' 'tavsim: */libtavlinux.so.3: is not there; *'
+    cp "$odd/$TAV_LIBDIR/libtavlinux.so.3" "$libraries"
 fi
 rm -rf "$odd"
 # Some distributions link with --as-needed, which drops a library that the program does not call. A
@@ -123,3 +125,18 @@ done
 echo 'expect output harp' >>replies.scenario
 run ctest --test-dir build --output-on-failure
 [[ $status -ne 0 && $out == *'replies.scenario:3: expect output harp'* ]] || fail "ctest: $out $err"
+
+# The links by which programs are linked come with a package that is not needed to run them.
+find "$libraries" -name '*.so' -delete
+works ./plain
+if [ "$platform" = tavlinux ]; then
+    run env LD_LIBRARY_PATH="$libraries" "$prefix/bin/tavsim" run --real ./plain
+    expect 2 '*' 'no call: Unable to dispatch service call'
+    # And programs are built where tavsim is not installed.
+    for component in library development; do
+        cmake --install "$TAV_BUILD" --prefix "$work/library" --component $component >/dev/null
+    done
+    prefix=$work/library
+    rm -rf build
+    builds_and_passes .
+fi
