@@ -40,7 +40,8 @@ else()
     install(DIRECTORY simulator/devices DESTINATION ${TAV_DATA_DIR} COMPONENT tavsim)
     install(DIRECTORY tools/panel/page/ tools/web/page/ DESTINATION ${TAV_DATA_DIR}/panel
             COMPONENT tavsim)
-    install(FILES docs/tavsim.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tavsim)
+    install(FILES docs/tavsim.1 docs/tavsim-panel.1
+            DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tavsim)
     install(TARGETS tav_page RUNTIME COMPONENT page)
     install(DIRECTORY tools/page/script/ tools/web/page/ DESTINATION ${TAV_DATA_DIR}/page
             COMPONENT page)

@@ -9,7 +9,7 @@ cd "$2"
 work=$(mktemp -d)
 trap 'rm -r "$work"' EXIT
 page=$work/tavsim.1
-for manual in tavsim.1 tav-page.1; do
+for manual in tavsim.1 tavsim-panel.1 tav-page.1; do
     groff -man -ww -rHY=0 -rLL=200n -Tutf8 -P -c "docs/$manual" 2>>"$work/complaints" |
         sed 's/.\x08//g; s/‐/-/g; s/−/-/g' >"$work/$manual"
 done
