@@ -1,6 +1,11 @@
 // The simulated device: profiles, bus, files and journal.
+#include <fcntl.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
+#include <csignal>
+
+#include "simulator/device/claim.h"
 #include "transcript.h"
 
 namespace {
@@ -115,6 +120,46 @@ TEST_F(ProfileTest, FilesAreMadeFromTheProfileOnceAndThenLeftAlone) {
     device.stop();
     EXPECT_TRUE(std::filesystem::exists(options.root + "/usr/vire/ks2/templates/KOB.pub"));
     std::filesystem::remove_all(options.root);
+}
+
+TEST(ClaimTest, EndsWithItsProcessAndNotBefore) {
+    const std::string folder = testing::TempDir() + "/claim-" + std::to_string(getpid());
+    std::filesystem::create_directory(folder);
+    for (const auto& [what, keepsClaim] : {std::pair("closefrom 0", true),
+                                           {"a child that stays", true},
+                                           {"a program that stays", true},
+                                           {"exec", false}}) {
+        SCOPED_TRACE(what);
+        const pid_t holder = fork();
+        if (holder == 0) {
+            setpgid(0, 0);
+            const bool isClaimed = tavsim::claim(folder, tavsim::kDeviceClaim);
+            const std::string way = isClaimed ? what : "";
+            if (way.starts_with("close")) {
+                closefrom(0);
+            } else if (way.starts_with("a ") && fork() == 0) {
+                way == "a child that stays" ? pause() : execlp("sleep", "sleep", "600", nullptr);
+                _exit(1);
+            } else if (way == "exec") {
+                execlp("sh", "sh", "-c", "kill -STOP $$", nullptr);
+            }
+            isClaimed ? raise(SIGSTOP) : 0;
+            _exit(1);
+        }
+        int status = 0;
+        waitpid(holder, &status, WUNTRACED);
+        EXPECT_TRUE(WIFSTOPPED(status));
+        EXPECT_EQ(tavsim::claimant(folder, tavsim::kDeviceClaim), keepsClaim ? holder : 0);
+        EXPECT_EQ(tavsim::claim(folder, tavsim::kDeviceClaim), !keepsClaim);
+        kill(holder, SIGKILL);
+        waitpid(holder, nullptr, 0);
+        EXPECT_TRUE(tavsim::claim(folder, tavsim::kDeviceClaim));
+        EXPECT_TRUE(tavsim::isClaimed(folder, tavsim::kDeviceClaim));
+        tavsim::removeClaim(folder, tavsim::kDeviceClaim);
+        EXPECT_TRUE(std::filesystem::is_empty(folder));
+        kill(-holder, SIGKILL);
+    }
+    std::filesystem::remove(folder);
 }
 
 // AddressSanitizer reports a queue that is used after its destruction.

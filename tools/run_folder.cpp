@@ -41,7 +41,7 @@ const std::string& RunFolder::freshFolder() {
 
 bool RunFolder::isUntouched() const {
     std::error_code unknown;
-    const bool hasClaim = fs::is_symlink(m_root + "/" + tavsim::kDeviceClaim, unknown);
+    const bool hasClaim = fs::exists(m_root + "/" + tavsim::kDeviceClaim, unknown);
     return !hasClaim && tavsim::isClaimed(m_root, tavsim::kRunClaim);
 }
 
@@ -57,12 +57,12 @@ std::set<pid_t> RunFolder::programs() const {
 void RunFolder::release() {
     const std::string used = std::exchange(m_root, {});
     const std::string fresh = std::exchange(m_fresh, {});
+    for (const std::string& folder : {used, fresh}) {
+        tavsim::removeClaim(folder, tavsim::kDeviceClaim);
+        tavsim::removeClaim(folder, tavsim::kRunClaim);
+    }
     if (!fresh.empty() && !tavsim::isClaimed(fresh, tavsim::kDeviceClaim)) {
         tavsim::removeFreshRoot(fresh);
-    }
-    if (!used.empty() && used != fresh) {
-        tavsim::removeClaim(used, tavsim::kDeviceClaim);
-        tavsim::removeClaim(used, tavsim::kRunClaim);
     }
 }
 

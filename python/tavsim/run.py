@@ -289,9 +289,9 @@ class Run:
         path.write_text(json.dumps(device), encoding="utf-8")
         return str(path)
 
-    # `tavsim run` makes this link in the folder once it has checked all its other arguments.
+    # `tavsim run` makes this file in the folder once it has checked all its other arguments.
     def _wait_until_set_up(self) -> None:
-        while not (self._root / ".run").is_symlink():
+        while not (self._root / ".run").exists():
             if self.status is not None:
                 self._raise_if_not_set_up()
                 return

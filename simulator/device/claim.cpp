@@ -1,8 +1,8 @@
 #include "simulator/device/claim.h"
 
 #include <fcntl.h>
-#include <poll.h>
 #include <sys/file.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -10,79 +10,69 @@
 #include <chrono>
 #include <climits>
 #include <cstdlib>
-#include <sstream>
+#include <map>
+#include <optional>
 #include <thread>
-
-extern "C" {  // which the header itself lacks
-#include <sys/pidfd.h>
-}
-
-#include "base/file.h"
 
 namespace tavsim {
 namespace {
 
-constexpr size_t kMostBytes = 1 << 14;
 constexpr int kTriesToLock = 200;
 constexpr std::chrono::milliseconds kBetweenTries(10);
-constexpr int kStartTime = 22;  // the field of /proc/PID/stat
-constexpr char kUnknown[] = "?";
 
-std::string readLink(int folder, const char* name) {
-    char text[PATH_MAX];
-    const ssize_t length = readlinkat(folder, name, text, sizeof text);
-    return std::string(text, length > 0 ? static_cast<size_t>(length) : 0);
-}
-
-// When the process started. A later process with the same number has another start time. Read
-// through the first thread's entry, because an emulator may fake what a process reads about itself.
-std::string startTime(pid_t process) {
-    const std::string number = std::to_string(process);
-    std::string error;
-    const std::string path = "/proc/" + number + "/task/" + number + "/stat";
-    const std::string text = base::readFile(path, kMostBytes, &error).value_or("");
-    // The second field is a name in parentheses, which may contain any characters.
-    std::istringstream fields(text.substr(text.rfind(')') + 1));
-    std::string field;
-    for (int n = 2; n < kStartTime; ++n) {
-        fields >> field;
-    }
-    return fields ? field : kUnknown;
+// What keeps this process's claims locked: by their paths, a page of each of their files.
+std::map<std::string, void*>& ownPages() {
+    static auto& pages = *new std::map<std::string, void*>;
+    return pages;
 }
 
 // Process numbers mean nothing in another namespace, such as a container that shares /tmp.
 std::string processNamespace() {
-    return readLink(AT_FDCWD, "/proc/self/ns/pid");
+    char text[PATH_MAX];
+    const ssize_t length = readlink("/proc/self/ns/pid", text, sizeof text);
+    return std::string(text, length > 0 ? static_cast<size_t>(length) : 0);
 }
 
-std::string nameOf(pid_t process) {
-    return std::to_string(process) + ' ' + startTime(process) + ' ' + processNamespace();
+struct flock wholeFile() {
+    struct flock lock = {};
+    lock.l_type = F_WRLCK;
+    return lock;
 }
 
-// The process that a claim names, if it is well-formed.
-pid_t namedIn(const std::string& text) {
-    return static_cast<pid_t>(std::strtol(text.c_str(), nullptr, 10));
+std::string ownName() {
+    return std::to_string(getpid()) + ' ' + processNamespace() + '\n';
 }
 
-bool hasEnded(const base::Descriptor& process) {
-    pollfd ready{process.number(), POLLIN, 0};
-    return poll(&ready, 1, 0) > 0;
-}
-
-// If this cannot be found out, for example without a free descriptor, the process counts as alive.
-bool lives(const std::string& text) {
-    const std::string space = text.substr(text.rfind(' ') + 1);
-    if (text.empty() || space != processNamespace()) {
-        return !text.empty();
-    }
-    const int opened = pidfd_open(namedIn(text), 0);
+// What is in a claim that a process holds; nothing when none does. If that cannot be found out, for
+// example without a free descriptor, a process holds it that is not known.
+std::optional<std::string> heldClaim(int folder, const char* path) {
+    const int flags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+    const int opened = openat(folder, path, flags);
     if (opened < 0) {
-        return errno != ESRCH && errno != EINVAL && errno != ENOENT;
+        return errno == EMFILE || errno == ENFILE ? std::optional<std::string>("") : std::nullopt;
     }
-    const base::Descriptor process(opened);
-    const std::string now = nameOf(namedIn(text));
-    const bool isKnown = (text + now).find(kUnknown) == std::string::npos;
-    return !hasEnded(process) && (text == now || !isKnown);
+    const base::Descriptor file(opened);
+    struct flock lock = wholeFile();
+    if (fcntl(file.number(), F_OFD_GETLK, &lock) == 0 && lock.l_type == F_UNLCK) {
+        return std::nullopt;
+    }
+    char text[PATH_MAX];
+    const ssize_t length = read(file.number(), text, sizeof text);
+    return std::string(text, length > 0 ? static_cast<size_t>(length) : 0);
+}
+
+// The kernel keeps the lock for as long as the file is mapped, which ends with the process or when
+// it executes another program. A child process does not get the mapping.
+void* lockedPage(int file) {
+    struct flock lock = wholeFile();
+    if (!base::writeAll(file, ownName()) || fcntl(file, F_OFD_SETLK, &lock) != 0) {
+        return MAP_FAILED;
+    }
+    void* page = mmap(nullptr, 1, PROT_NONE, MAP_PRIVATE, file, 0);
+    if (page != MAP_FAILED) {
+        madvise(page, 1, MADV_DONTFORK);
+    }
+    return page;
 }
 
 bool isSameFolder(int descriptor, const std::string& path) {
@@ -113,34 +103,41 @@ LockedFolder::LockedFolder(const std::string& path)
 
 bool claim(const std::string& folder, const char* name) {
     const LockedFolder locked(folder);
-    const std::string before = readLink(locked.descriptor(), name);
-    const std::string own = nameOf(getpid());
-    if (before == own) {
-        return true;
-    }
-    if (lives(before)) {
-        return false;
+    if (const auto holder = heldClaim(locked.descriptor(), name)) {
+        return *holder == ownName();
     }
     unlinkat(locked.descriptor(), name, 0);
-    return symlinkat(own.c_str(), locked.descriptor(), name) == 0;
+    const int flags = O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC;
+    const base::Descriptor file(openat(locked.descriptor(), name, flags, S_IRUSR | S_IWUSR));
+    void* page = file.isOurs() ? lockedPage(file.number()) : MAP_FAILED;
+    if (page == MAP_FAILED) {
+        unlinkat(locked.descriptor(), name, 0);
+        return false;
+    }
+    ownPages()[folder + "/" + name] = page;
+    return true;
 }
 
 void removeClaim(const std::string& folder, const char* name) {
     const LockedFolder locked(folder);
-    const std::string there = readLink(locked.descriptor(), name);
-    if (!lives(there) || there == nameOf(getpid())) {
-        unlinkat(locked.descriptor(), name, 0);
+    const auto holder = heldClaim(locked.descriptor(), name);
+    if (holder && holder != ownName()) {
+        return;
+    }
+    unlinkat(locked.descriptor(), name, 0);
+    if (auto own = ownPages().extract(folder + "/" + name); holder && own) {
+        munmap(own.mapped(), 1);
     }
 }
 
 bool isClaimed(const std::string& folder, const char* name) {
-    return lives(readLink(AT_FDCWD, (folder + "/" + name).c_str()));
+    return heldClaim(AT_FDCWD, (folder + "/" + name).c_str()).has_value();
 }
 
 pid_t claimant(const std::string& folder, const char* name) {
-    const std::string there = readLink(AT_FDCWD, (folder + "/" + name).c_str());
-    const bool isHere = there.ends_with(' ' + processNamespace());
-    return isHere && lives(there) ? namedIn(there) : 0;
+    const std::string holder = heldClaim(AT_FDCWD, (folder + "/" + name).c_str()).value_or("");
+    const bool isHere = holder.ends_with(' ' + processNamespace() + '\n');
+    return isHere ? static_cast<pid_t>(std::strtol(holder.c_str(), nullptr, 10)) : 0;
 }
 
 }  // namespace tavsim

@@ -1,8 +1,8 @@
 // Claims: which process uses a folder with a device's files.
 //
-// A claim is a dangling symbolic link in the folder, whose target names the process. So others can
-// check whether that process still lives, even if it was killed or has closed all its descriptors.
-// A lock on a file would not survive that.
+// A claim is a locked file in the folder, which names the process. The process keeps the file
+// mapped, not open. So the kernel ends the lock with the process, even if it was killed, and not
+// before that, even if it has closed all its descriptors.
 #pragma once
 
 #include <sys/types.h>
@@ -14,7 +14,7 @@
 
 namespace tavsim {
 
-// The names of the links: the run whose folder it is, and the process whose device it is.
+// The names of the files: the run whose folder it is, and the process whose device it is.
 inline constexpr char kRunClaim[] = ".run";
 inline constexpr char kDeviceClaim[] = ".device";
 

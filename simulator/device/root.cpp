@@ -113,10 +113,11 @@ bool prepareRoot(const Profile& profile, const std::string& folder, std::string*
 
 void releaseRoot() {
     const std::string& folder = rootFolder();
+    if (!folder.empty() && (g_isFresh || !isClaimed(folder, kRunClaim))) {
+        removeClaim(folder, kDeviceClaim);
+    }
     if (g_isFresh) {
         removeFreshRoot(folder);
-    } else if (!folder.empty() && !isClaimed(folder, kRunClaim)) {
-        removeClaim(folder, kDeviceClaim);
     }
     g_folder = nullptr;
     g_isFresh = false;
