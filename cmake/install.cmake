@@ -38,6 +38,8 @@ else()
             DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT tavsim)
     install(FILES include/tavsim.h TYPE INCLUDE COMPONENT tavsim)
     install(DIRECTORY simulator/devices DESTINATION ${TAV_DATA_DIR} COMPONENT tavsim)
+    install(DIRECTORY tools/new/project/ DESTINATION ${TAV_DATA_DIR}/new USE_SOURCE_PERMISSIONS
+            COMPONENT tavsim)
     install(DIRECTORY tools/panel/page/ tools/web/page/ DESTINATION ${TAV_DATA_DIR}/panel
             COMPONENT tavsim)
     install(FILES docs/tavsim.1 docs/tavsim-panel.1

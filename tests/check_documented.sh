@@ -37,7 +37,7 @@ expect_in docs/testing.md '^    def \K[a-z]\w*' python/tavsim/run.py
 expect_in docs/simulator.md '\{+"\K\w+(?=",( (json::)?\w+\(&| \[|$))' simulator/device/{profile,service_reader}.cpp simulator/bus/program_line.cpp
 for text in docs/simulator.md "$page"; do
     expect_in "$text" '"\K(TAVSIM_[A-Z]|TAV_TRACE)[A-Z_]*(?=")' helper/*.cpp base/*.cpp simulator/*/*.cpp tools/*.cpp tools/*/*.cpp
-    expect_in "$text" '"\K--[a-z-]+(?=")' tools/*.cpp tools/{control,panel,process,test}/*.cpp
+    expect_in "$text" '"\K--[a-z-]+(?=")' tools/*.cpp tools/{control,new,panel,process,test}/*.cpp
 done
 expect_in "$work/tav-page.1" '"\K(--[a-z-]+|TAV_[A-Z_]*)(?=")' tools/page/*.cpp linux/host/page.cpp
 

@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <optional>
 
+#include "base/application_folder.h"
 #include "base/file.h"
 #include "bridge/page_file.h"
 #include "environment.h"
@@ -36,11 +37,21 @@ constexpr char kNoPreload[] =
     "the simulated device is installed in a folder whose name holds a blank, a colon or a dollar, "
     "and so does the temporary folder; set TMPDIR to another one";
 
+constexpr char kOwnDevice[] = "/device.json";
 constexpr char kNoProgram[] = "run: no program given";
 
 // A shell passes an empty name for an unset variable.
 bool hasNoProgram(const RunRequest& request) {
     return request.command.empty() || request.command[0].empty();
+}
+
+// The profile that an application brings with it, or the usual one.
+std::string deviceOf(const std::string& program) {
+    int unused = 0;
+    const std::string file = findProgram(program, &unused);
+    const std::string own = base::applicationFolder(file) + kOwnDevice;
+    std::error_code problem;
+    return !file.empty() && fs::exists(own, problem) ? own : tavsim::kDefaultDevice;
 }
 
 // The devices of the run append to it.
@@ -146,11 +157,11 @@ int run(RunRequest request) {
     if (!request.scenario.empty()) {
         adoptHeader(*scenario, &request);
     }
-    if (request.device.empty()) {
-        request.device = tavsim::kDefaultDevice;
-    }
     if (hasNoProgram(request)) {
         return complain(kNoProgram);
+    }
+    if (request.device.empty()) {
+        request.device = deviceOf(request.command[0]);
     }
     if (const std::string reason = whyNoSetup(request); !reason.empty()) {
         return complain(reason);

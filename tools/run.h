@@ -13,7 +13,7 @@ struct PanelOptions {
 
 struct RunRequest {
     // Name of a profile that comes with the simulator, or a file. Empty: as the scenario says, or
-    // the usual one.
+    // the application's own, or the usual one.
     std::string device;
     std::string root;  // empty: a fresh folder, removed afterwards
     std::string page;

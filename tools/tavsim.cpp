@@ -16,6 +16,7 @@
 #include "simulator/control/commands.h"
 #include "simulator/device/profile.h"
 #include "tools/control/ctl.h"
+#include "tools/new/new.h"
 #include "tools/process/exit_status.h"
 #include "tools/test/test.h"
 
@@ -155,8 +156,8 @@ std::string whyNoCommand(const CLI::App& app, const std::string& word) {
 }
 
 CLI::App* addTest(CLI::App& app, tools::TestRequest* request) {
-    CLI::App* test =
-        app.add_subcommand("test", "Run scenarios as tests: tavsim test [OPTIONS] FOLDER|FILE...");
+    CLI::App* test = app.add_subcommand(
+        "test", "Run scenarios as tests: tavsim test [OPTIONS] FOLDER|FILE|PROGRAM...");
     test->add_option("--jobs", request->jobs,
                      "How many run at once; as many as there are processors when not given")
         ->check(CLI::Range(1, kMostJobs));
@@ -170,7 +171,8 @@ CLI::App* addTest(CLI::App& app, tools::TestRequest* request) {
                    "Show each that passes too, and the five slowest");
     test->add_flag("--update-pictures", request->updatePictures,
                    "Store anew the pictures that differ, and tell by how much they did");
-    test->add_option("paths", request->paths, "Scenarios, and folders with *.scenario");
+    test->add_option("paths", request->paths,
+                     "Scenarios, folders with *.scenario, and programs that bring theirs along");
     test->allow_extras();
     return test;
 }
@@ -182,6 +184,17 @@ CLI::App* addJournal(CLI::App& app, tools::JournalRequest* request) {
                       "Print in front of each entry which it is, from 0 on");
     journal->prefix_command();
     return journal;
+}
+
+CLI::App* addNew(CLI::App& app, tools::NewRequest* request) {
+    CLI::App* create = app.add_subcommand(
+        "new", "Make the smallest complete project of an application: tavsim new FOLDER");
+    create->add_option("--name", request->name, "The program's name; the folder's when not given");
+    create->add_option("--id", request->id,
+                       "The application's name on the buses; org.example.NAME when not given");
+    create->add_option("folder", request->folder, "A new folder, or an empty one");
+    create->allow_extras();
+    return create;
 }
 
 }  // namespace
@@ -199,6 +212,8 @@ int main(int argc, char** argv) try {
     const CLI::App* test = addTest(app, &tests);
     tools::JournalRequest journalRequest;
     const CLI::App* journal = addJournal(app, &journalRequest);
+    tools::NewRequest newProject;
+    const CLI::App* create = addNew(app, &newProject);
     CLI::App* panel = app.add_subcommand("panel", "Show all running devices in a browser");
     tools::PanelOptions panelOptions;
     addPanelOptions(panel, &panelOptions);
@@ -228,11 +243,14 @@ int main(int argc, char** argv) try {
         // A "--" before the program's name is ours; after it, it is an argument of the program.
         words.insert(words.end(), words.empty() ? dashes + 1 : dashes, end);
     }
-    if ((&used == devices || &used == panel) && !words.empty()) {
+    if ((&used == devices || &used == panel || &used == create) && !words.empty()) {
         return complain(used.get_name() + ": takes no \"" + words[0] + "\"");
     }
     if (&used == devices) {
         return listDevices(asJson);
+    }
+    if (&used == create) {
+        return tools::makeProject(newProject);
     }
     if (&used == panel) {
         return tools::runPanel(panelOptions);

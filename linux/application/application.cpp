@@ -4,10 +4,14 @@
 #include <simdjson.h>
 
 #include <filesystem>
+#include <map>
 #include <string_view>
 
+#include "base/application_folder.h"
 #include "base/file.h"
+#include "base/json/appinfo.h"
 #include "base/json/text.h"
+#include "base/print_line.h"
 
 namespace fs = std::filesystem;
 
@@ -28,8 +32,18 @@ std::optional<std::string> memberOfFile(const fs::path& file, const std::string&
     return isThere ? std::optional(base::textOf(value)) : std::nullopt;
 }
 
-fs::path folderOfExecutable() {
-    return fs::path(executable()).parent_path();
+const fs::path& folder() {
+    static const fs::path& path = *new fs::path(base::applicationFolder(executable()));
+    return path;
+}
+
+std::map<std::string, std::string> appinfo() {
+    std::string error;
+    const auto values = base::readAppinfo(folder(), &error);
+    if (!values) {
+        base::printLine(stderr, "tav: " + error + "; the application runs without it");
+    }
+    return values.value_or(std::map<std::string, std::string>());
 }
 
 // The first line of the first file that has one.
@@ -55,7 +69,9 @@ std::string executable() {
 }
 
 std::optional<std::string> appinfoValue(const std::string& key) {
-    return memberOfFile(folderOfExecutable() / "appinfo.json", key);
+    static const auto& values = *new std::map(appinfo());
+    const auto found = values.find(key);
+    return found != values.end() ? std::optional(found->second) : std::nullopt;
 }
 
 const std::string& applicationId() {
@@ -66,14 +82,13 @@ const std::string& applicationId() {
 
 std::string dataFilePath(const std::string& name) {
     std::error_code problem;
-    const fs::path beside = folderOfExecutable() / name;
-    if (fs::exists(beside, problem)) {
-        return beside.string();
+    const fs::path shipped = folder() / name;
+    if (fs::exists(shipped, problem)) {
+        return shipped.string();
     }
-    // The id comes from a file and names a folder: filename() keeps it below the user's.
-    const fs::path folder = fs::path(g_get_user_data_dir()) / fs::path(applicationId()).filename();
-    fs::create_directories(folder, problem);
-    return (folder / name).string();
+    const fs::path own = fs::path(g_get_user_data_dir()) / applicationId();
+    fs::create_directories(own, problem);
+    return (own / name).string();
 }
 
 std::optional<std::string> portabilityValue(const std::string& key) {

@@ -9,15 +9,15 @@ namespace tavlinux {
 // The absolute path of the executable; empty when the kernel does not tell.
 std::string executable();
 
-// The member of appinfo.json beside the executable: the content of a string, the JSON text of
-// anything else.
+// The member of appinfo.json in the application's folder, see base/application_folder.h: the
+// content of a string, the JSON text of anything else.
 std::optional<std::string> appinfoValue(const std::string& key);
 
 // The name by which other programs know the application: its "id", else the executable's name.
 const std::string& applicationId();
 
-// The path of a file beside the executable if there is one, else in the application's folder below
-// the user's data, which is created when needed.
+// The path of a file in the application's folder if there is one, else in its folder below the
+// user's data, which is created when needed.
 std::string dataFilePath(const std::string& name);
 
 // The value of the key in the environment (TAV_PORTABILITY_KEY), else in libtav/portability.json

@@ -157,7 +157,7 @@ fs::path ownTemporaryFolder() {
 }
 
 fs::path makeDeviceFolder() {
-    const fs::path own = fs::path("libtav") / fs::path(applicationId()).filename();
+    const fs::path own = fs::path("libtav") / applicationId();
     fs::path folder = g_get_user_runtime_dir() / own;
     if (makeFiles(folder)) {
         return folder;

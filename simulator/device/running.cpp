@@ -3,7 +3,10 @@
 #include <atomic>
 #include <cstdlib>
 #include <mutex>
+#include <utility>
 
+#include "base/application_folder.h"
+#include "base/json/appinfo.h"
 #include "base/print_line.h"
 #include "front/events.h"
 #include "front/next.h"
@@ -55,7 +58,13 @@ bool environmentSetup(Profile* newProfile, Options* options, std::string* error)
     if (!read) {
         return false;
     }
+    auto appinfo = base::readAppinfo(applicationFolder(), error);
+    if (!appinfo) {
+        return false;
+    }
     *newProfile = std::move(*read);
+    appinfo->merge(newProfile->appinfo);
+    newProfile->appinfo = std::move(*appinfo);
     options->root = environment("TAVSIM_ROOT");
     options->pageFile = environment("TAVSIM_PAGE");
     options->journalFile = environment("TAVSIM_JOURNAL");
@@ -80,6 +89,11 @@ std::string whyNotInFront() {
     return "this program finds " + std::string(overtaken) +
            " and others before the simulated device, which therefore refuses to work. Run it with "
            "`tavsim run`, or link it with the output of `pkg-config --libs tavsim` before SDL.";
+}
+
+const std::string& applicationFolder() {
+    static const std::string& folder = *new std::string(base::applicationFolder("/proc/self/exe"));
+    return folder;
 }
 
 bool isStarted() {

@@ -25,6 +25,9 @@ struct Options {
 // program would reach this machine's files, and nothing would ever be delivered.
 std::string whyNotInFront();
 
+// See base/application_folder.h.
+const std::string& applicationFolder();
+
 // Whether the device runs. May be called on any thread.
 bool isStarted();
 
@@ -50,7 +53,8 @@ bool changeDevice(const std::function<bool()>& change);
 // program's libraries may run before those of this one, and already use the device.
 bool startDevice(Profile newProfile, const Options& options, std::string* error);
 
-// Reads the TAVSIM_… variables. False, with a line in `error`, when one of them is wrong.
+// Reads the TAVSIM_… variables, and the application's appinfo.json, whose values replace those of
+// the profile. False, with a line in `error`, when one of them is wrong.
 bool environmentSetup(Profile* newProfile, Options* options, std::string* error);
 
 }  // namespace tavsim

@@ -44,6 +44,18 @@ int lookUp(const char* function, const char* key, const std::string* value, char
     return status;
 }
 
+// What the application wrote comes before what it was shipped with.
+std::string dataFilePath(const std::string& name) {
+    const std::string own = rootFolder() + "/data";
+    const std::string shipped = applicationFolder() + "/" + name;
+    if (name.empty()) {
+        return own;
+    }
+    const bool isShipped =
+        access((own + "/" + name).c_str(), F_OK) != 0 && access(shipped.c_str(), F_OK) == 0;
+    return isShipped ? shipped : own + "/" + name;
+}
+
 const char* lookUpOutcome(const std::string* value) {
     return value != nullptr ? "found" : "not found";
 }
@@ -92,9 +104,7 @@ int NApp_GetAppinfoValue(const char* key, char* buffer, int bufferLength) try {
 
 int NApp_GetDataFilePath(const char* name, char* buffer, int bufferLength) try {
     running();
-    const std::string folder = tavsim::rootFolder() + "/data";
-    const bool isFolder = name == nullptr || *name == '\0';
-    const std::string path = isFolder ? folder : folder + "/" + name;
+    const std::string path = tavsim::dataFilePath(name != nullptr ? name : "");
     return tavsim::lookUp(__func__, name, &path, buffer, bufferLength);
 } catch (...) {
     return tavsim::failLookUp(tavsim::refused(int{NAPP_FAILURE}), buffer, bufferLength);

@@ -2,10 +2,11 @@
 
 import json
 import os
+import shutil
 
 import dbus
 
-from buses import OnPrivateBuses
+from buses import BUILD, OnPrivateBuses
 
 
 class Machine(OnPrivateBuses):
@@ -30,6 +31,19 @@ class Machine(OnPrivateBuses):
         for language, expected in (("de_DE.UTF-8", ["de", "Germany", "de_de"]),
                                    ("eo", ["-", "-", "eo_"]), ("sr.UTF-8@latin", ["-", "-", "sr_"])):
             self.assertEqual(self.run_driver("about", LANG=language)[1:4], expected)
+
+    def test_an_installed_program_finds_what_is_in_share(self):
+        data = self.folder + "/share/tav_linux_driver"
+        os.makedirs(data)
+        os.mkdir(self.folder + "/bin")
+        self.program = shutil.move(self.program, self.folder + "/bin")
+        with open(data + "/appinfo.json", "w") as file:
+            json.dump({"title": "Installed"}, file)
+        open(data + "/level", "w").close()
+        for command in ([], [BUILD + "/bin/tavsim", "run"]):
+            lines = self.finish(self.start_program(*command, self.program, "about"))
+            self.assertEqual([lines[8], *lines[-2:]], [
+                "Installed", data + "/level", data + "/appinfo.json"])
 
     def test_the_unique_id_belongs_to_the_application(self):
         self.describe()

@@ -11,7 +11,7 @@ offers() {
     has_form "$offered" "$1" || fail "tavsim ${*:2}: offers $offered in place of $1"
 }
 offers 'ctl' c
-offers '* ctl devices journal panel run test' ''
+offers '* ctl devices journal new panel run test' ''
 offers '--version' --v
 offers '--device' run --dev
 offers 'harrow harrow+' run --device har

@@ -6,7 +6,7 @@ source "$(dirname "$0")/check.sh"
 cd "$TAV_SOURCE"
 
 # From top to bottom.
-rooms=(tools tools/panel tools/page tools/web tools/test tools/control tools/process
+rooms=(tools tools/panel tools/page tools/web tools/test tools/new tools/control tools/process
     simulator/interface simulator/front simulator/scenario simulator/control simulator/language simulator/input
     simulator/screen simulator/page simulator/bus simulator/host simulator/world simulator/device
     simulator/process simulator/time

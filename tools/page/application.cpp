@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "base/file.h"
+#include "base/json/appinfo.h"
 #include "base/json/reader.h"
 #include "tools/web/security.h"
 
@@ -14,7 +15,6 @@ namespace json = base::json;
 namespace page {
 namespace {
 
-constexpr char kInformation[] = "/appinfo.json";
 constexpr size_t kMostBytes = 1 << 20;
 
 json::Reader origin(std::string* target) {
@@ -41,7 +41,9 @@ json::Reader file(std::string* target) {
 // Its other members are the application's own affair.
 json::Reader information(Application* application) {
     return [application](const json::Value& value) {
+        std::string id;
         const std::map<std::string_view, json::Reader> known = {
+            {"id", base::applicationId(&id)},
             {"main", file(&application->main)},
             {"program", file(&application->program)},
             {"hosts", json::list(&application->hosts, origin)}};
@@ -62,7 +64,7 @@ bool read(const std::string& path, Application* application, std::string* error)
 
 std::optional<Application> readApplication(const std::string& folder, std::string* error) {
     Application application;
-    const std::string path = folder + kInformation;
+    const std::string path = folder + "/" + base::kAppinfo;
     if (!read(path, &application, error)) {
         return std::nullopt;
     }
@@ -81,7 +83,7 @@ std::optional<Application> readApplication(const std::string& folder, std::strin
 
 bool readHosts(const std::string& folder, std::vector<std::string>* hosts, std::string* error) {
     Application application;
-    const std::string path = folder + kInformation;
+    const std::string path = folder + "/" + base::kAppinfo;
     std::error_code problem;
     if (fs::exists(path, problem) && !read(path, &application, error)) {
         return false;

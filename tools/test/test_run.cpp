@@ -41,8 +41,9 @@ std::vector<std::string> commandLine(const TestRequest& request, const TestCase&
     if (!request.device.empty()) {
         words.insert(words.end(), {"--device", request.device});
     }
-    if (!request.program.empty()) {
-        words.insert(words.end(), {"--", request.program});
+    const std::string& program = request.program.empty() ? what.program : request.program;
+    if (!program.empty()) {
+        words.insert(words.end(), {"--", program});
     }
     return words;
 }
