@@ -1,6 +1,6 @@
 /* Cache hunt: walk to hidden caches, by distance, compass and, for money, a hint.
  *
- *     tavsim run --device hunt.json cache-hunt
+ *     tavsim run --device device.json cache-hunt
  */
 #include <stdio.h>
 

@@ -13,7 +13,7 @@ from selenium.webdriver.common.keys import Keys
 from browser import PROGRAMS, PROJECT, TAVSIM, kill_browser, start_browser, wait_until
 from panel import PanelTest
 
-HUNT = ["--device", PROJECT + "/examples/cache-hunt/hunt.json", PROGRAMS + "cache-hunt"]
+HUNT = ["--device", PROJECT + "/examples/cache-hunt/device.json", PROGRAMS + "cache-hunt"]
 BATTERY = "vire://com.vire.battery/status"
 HINT_BUTTON = (80, 770)
 

@@ -5,7 +5,7 @@ source "$(dirname "$0")/check.sh"
 cd "$work"
 start_display
 
-SDL_VIDEODRIVER=x11 "$tavsim" run --device "$TAV_SOURCE/examples/cache-hunt/hunt.json" \
+SDL_VIDEODRIVER=x11 "$tavsim" run --device "$TAV_SOURCE/examples/cache-hunt/device.json" \
     --record session.scenario --journal session.journal --timeout 300 "$TAV_BUILD/bin/cache-hunt" &
 session=$!
 
