@@ -46,6 +46,7 @@ int main(int argc, char** argv) try {
     panel::Options options;
     CLI::App app("Shows simulated devices in a browser");
     app.name("tavsim-panel");
+    app.set_version_flag("--version", std::string("tavsim-panel ") + TAV_VERSION);
     app.add_option("--port", options.port, "Port to listen on; any when not given")
         ->check(CLI::Range(0, 65535));
     app.add_option("--tiles", options.tiles, "Address of a tile server, with {x}, {y} and {z}");
