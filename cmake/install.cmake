@@ -26,6 +26,8 @@ else()
         tav_install_library(tav_linux tavTargets library development)
         set(TAV_PLATFORM_NAMES tavlinux)
     endif()
+endif()
+if(TAV_TOOLS)
     tav_install_library(tav_simulator tavsimTargets tavsim tavsim)
     file(RELATIVE_PATH TAV_LIBRARIES_FROM_TOOLS /${CMAKE_INSTALL_BINDIR} /${CMAKE_INSTALL_LIBDIR})
     set_target_properties(tavsim tavsim_panel tav_page PROPERTIES
@@ -74,7 +76,7 @@ string(REGEX REPLACE "/$" "" TAV_PREFIX_FROM_PKGCONFIG ${TAV_PREFIX_FROM_PKGCONF
 configure_file(cmake/tav.pc.in ${PROJECT_BINARY_DIR}/tav.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/tav.pc DESTINATION ${TAV_PKGCONFIG_DIR}
         COMPONENT development)
-if(NOT TAV_PLATFORM_LIBRARIES)
+if(TAV_TOOLS)
     configure_file(cmake/tavsim.pc.in ${PROJECT_BINARY_DIR}/tavsim.pc @ONLY)
     install(FILES ${PROJECT_BINARY_DIR}/tavsim.pc DESTINATION ${TAV_PKGCONFIG_DIR}
             COMPONENT tavsim)
