@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
 #include <string_view>
@@ -63,10 +64,12 @@ bool writeFile(const std::string& path, const std::string& content, std::string*
     std::error_code problem;
     if (file) {
         fs::rename(part, path, problem);
+    } else {
+        problem = std::error_code(errno, std::generic_category());
     }
-    if (!file || problem) {
+    if (problem) {
+        *error = path + ": cannot be written: " + problem.message();
         fs::remove(part, problem);
-        *error = path + ": cannot be written";
         return false;
     }
     return true;

@@ -18,8 +18,8 @@ complains 'new: "My game" cannot be a program*--name*' new 'My game'
 complains 'new: "test" cannot be a program*' new none --name test
 complains 'new: "game" is no D-Bus name; *' new none --name ok --id game
 # The name is longer than that of a file may be, which only shows when it is written.
-complains 'new: *cannot be written' new none --name ok --id "org.$(printf 'x%.0s' {1..245})"
-complains 'new: *cannot be written' new fresh --id "org.$(printf 'x%.0s' {1..245})"
+complains 'new: *cannot be written: File name too long' new none --name ok --id "org.$(printf 'x%.0s' {1..245})"
+complains 'new: *cannot be written: File name too long' new fresh --id "org.$(printf 'x%.0s' {1..245})"
 [[ -z $(ls none) && ! -e fresh ]] || fail 'what was refused has left something'
 
 says 0 'star-map: made; *' '' new star-map
