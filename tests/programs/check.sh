@@ -44,9 +44,14 @@ run() {
     err=$(<"$work/err")
 }
 
-# run_with_descriptors COUNT COMMAND…: with at most that many descriptors, too few for a sanitizer.
+# run_with_descriptors COUNT COMMAND…: with at most that many descriptors, none but the
+# first three open yet. They are too few for a sanitizer.
 run_with_descriptors() {
-    run bash -c 'exec 3>&- 4>&- && ulimit -n "$1" && exec "${@:2}"' - "$@"
+    run bash -c 'for each in /proc/self/fd/*; do
+            each=${each##*/}
+            [ "$each" -le 2 ] || exec {each}>&-
+        done
+        ulimit -n "$1" && exec "${@:2}"' - "$@"
 }
 
 # has_form TEXT PATTERN: * stands for any text within a line, ** for any text.

@@ -6,6 +6,8 @@ source "$(dirname "$0")/check.sh"
 tav_page=$TAV_BUILD/bin/tav-page
 app=$work/app
 cp -rL "$TAV_BUILD/plugins/calculator" "$app"
+# A copy may look for its libraries beside itself.
+export LD_LIBRARY_PATH=$TAV_BUILD/$TAV_LIBDIR${LD_LIBRARY_PATH:+:$LD_LIBRARY_PATH}
 
 client() { timeout 300 python3 "$TAV_SOURCE/tests/programs/page_client.py" "$@"; }
 is_linked() { grep -om1 'http://[^ ]*' "$work/out" "$work/err" -h >"$work/link"; }
