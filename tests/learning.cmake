@@ -18,7 +18,7 @@ foreach(TEXT README.md docs/guide.md docs/page.md docs/simulator.md docs/testing
                      -I${PROJECT_SOURCE_DIR}/include ${SDL_CFLAGS} ${SANITIZER_FLAGS}
                      $<TARGET_FILE:tav_simulator> $<TARGET_FILE:tav> ${SDL_LDFLAGS}
                      -Wl,-rpath,$<TARGET_FILE_DIR:tav>)
-    set_tests_properties(${NAME} PROPERTIES TIMEOUT 300)
+    set_tests_properties(${NAME} PROPERTIES TIMEOUT ${TAV_LONGEST_PROGRAM})
 endforeach()
 
 find_program(DOXYGEN doxygen)
