@@ -58,8 +58,8 @@ exec {crowd[1]}>&-
 says 0 '{*"what":"keyboard","outcome":"shown"}' '' ctl wait what=keyboard 'outcome="sh?w*"'
 "$tavsim" ctl --timeout 60 wait 'what="compass reading"' intValue=7 >"$work/entry" &
 awaiting=$!
-says 1 '' 'tavsim: ctl: wait: no such entry within 100 ms; the closest one, at * ms, has outcome "shown", not "hidden"' \
-    ctl wait what=keyboard outcome=hidden within 100ms
+says 1 '' 'tavsim: ctl: wait: no such entry within 1000 ms; the closest one, at * ms, has outcome "shown", not "hidden"' \
+    ctl wait what=keyboard outcome=hidden within 1s
 says 0 '{*"outcome":"shown"}' '' ctl journal what=keyboard
 "$tavsim" ctl compass 7 90 0.5
 wait "$awaiting" || fail 'an entry that came was not seen'
