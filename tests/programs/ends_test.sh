@@ -62,8 +62,8 @@ expect_end 137 ready $'tavsim: sh: was asked *second time*\n*did not use*'
 # The time-out asks the program to quit before it kills it.
 says 124 '*' "tavsim: $waits: ended after 0.3 seconds**" run --timeout 0.3 "$waits"
 deaf() { (trap '' TERM && exec "$@"); }
-run deaf "$tavsim" run --timeout 0.1 "${stubborn[@]}"
-expect 124 ready $'tavsim: *: ended after 0.1 seconds*\n*did not use*'
+run deaf "$tavsim" run --timeout 1 "${stubborn[@]}"
+expect 124 ready $'tavsim: *: ended after 1 seconds*\n*did not use*'
 says 5 '' '*did not use*' run --timeout 600 sh -c 'exit 5'
 expect_nothing_left 'runs with a time-out'
 
