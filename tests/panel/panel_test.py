@@ -3,6 +3,7 @@
 TAV_BUILD names the build folder.
 """
 
+import json
 import os
 import signal
 import subprocess
@@ -100,14 +101,18 @@ class DeviceInABrowserTest(PanelTest):
         after = wait_until(lambda: self.time_of(run) > before and self.time_of(run), "a step")
         self.assertLessEqual(after - before, 100)
         self.click("step-delivery")
-        wait_until(lambda: self.time_of(run) > after, "the next delivery")
+        wait_until(lambda: self.time_of(run) > after and self.is_paused(run), "the next delivery")
+        now = self.time_of(run)
+        self.wait_for_text("clock", f"{now // 60000}:{now % 60000 / 1000:06.3f}")
         self.wait_for_text("status", "paused")
         self.click("pause")
         self.wait_for_text("status", "running")
 
     def time_of(self, running):
-        state = running.ctl("state", "--json").stdout
-        return int(state.split('"now":')[1].split(",")[0])
+        return json.loads(running.ctl("state", "--json").stdout)["time"]["now"]
+
+    def is_paused(self, running):
+        return json.loads(running.ctl("state", "--json").stdout)["time"]["paused"]
 
     def test_patterns_are_those_of_the_device(self):
         hunt = self.start_and_open(*HUNT)
