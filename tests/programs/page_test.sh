@@ -11,7 +11,7 @@ export LD_LIBRARY_PATH=$TAV_BUILD/$TAV_LIBDIR${LD_LIBRARY_PATH:+:$LD_LIBRARY_PAT
 
 client() { timeout 300 python3 "$TAV_SOURCE/tests/programs/page_client.py" "$@"; }
 is_linked() { grep -om1 'http://[^ ]*' "$work/out" "$work/err" -h >"$work/link"; }
-has_no_program() { ! pgrep -f "^$app/calculator"; }
+has_no_program() { ! pgrep -f "$app/calculator"; }
 
 # refuses ERROR INFORMATION ARGUMENTS…: an application with this appinfo.json.
 refuses() {
@@ -79,8 +79,8 @@ ends() {
     wait_until nothing_is_left  # what was killed is tidied up after by another process
 }
 kill_runner() { kill "-$1" "$runner"; }
-kill_program() { kill "-$1" "$(pgrep -f "^$app/calculator")"; }
-kill_server() { kill "-$1" "$(pgrep -P "$runner" -x tav-page)"; }
+kill_program() { kill "-$1" "$(pgrep -f "$app/calculator")"; }
+kill_server() { kill "-$1" "$(pgrep -P "$runner" -f /tav-page)"; }
 stop_and_ask() { kill_program STOP && kill_runner INT; }
 is_at='tavsim: the page is at http://127.0.0.1:*'
 method=quit ends on_linux 0 'The program has ended with status 0.' '' true

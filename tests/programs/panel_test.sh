@@ -65,7 +65,8 @@ ends() {
     wait_until is_closed
     wait_until nothing_is_left  # a killed tavsim is tidied up after by another process
 }
-kill_child() { kill "-$1" "$(pgrep -P "$runner" -x "$2")"; }
+# By its command line, because an emulated process has the name of its emulator.
+kill_child() { kill "-$1" "$(pgrep -P "$runner" -f "^(\S*-binfmt-P )?\S*/$2( |$)")"; }
 ends 'The program has ended with status 0.' 0 "$tavsim" ctl quit
 program=$programs/plain
 start
