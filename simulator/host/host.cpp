@@ -46,7 +46,7 @@ int lookUp(const char* function, const char* key, const std::string* value, char
 
 // What the application wrote comes before what it was shipped with.
 std::string dataFilePath(const std::string& name) {
-    const std::string own = rootFolder() + "/data";
+    std::string own = rootFolder() + "/data";
     const std::string shipped = applicationFolder() + "/" + name;
     if (name.empty()) {
         return own;
