@@ -60,7 +60,7 @@ wait_until ends_when_asked "$runner"
 expect_end 137 ready $'tavsim: sh: was asked *second time*\n*did not use*'
 
 # The time-out asks the program to quit before it kills it.
-says 124 '*' "tavsim: $waits: ended after 0.3 seconds**" run --timeout 0.3 "$waits"
+says 124 '*' "tavsim: $waits: ended after 2 seconds*" run --timeout 2 "$waits"
 deaf() { (trap '' TERM && exec "$@"); }
 run deaf "$tavsim" run --timeout 1 "${stubborn[@]}"
 expect 124 ready $'tavsim: *: ended after 1 seconds*\n*did not use*'

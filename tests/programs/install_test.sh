@@ -76,8 +76,7 @@ read -ra sanitizing <<<"${TAV_FLAGS:--fsanitize=address}"
 odd=$work/'a copy: $ORIGIN'
 cp -R "$prefix" "$odd"
 for tool in "$prefix/bin/tavsim" "$odd/bin/tavsim"; do
-    # LeakSanitizer does not work under emulation.
-    run env -u LD_LIBRARY_PATH ASAN_OPTIONS="${ASAN_OPTIONS:-}:detect_leaks=0" "$tool" run --device quern ./sanitized
+    run env -u LD_LIBRARY_PATH "$tool" run --device quern ./sanitized
     expect 0 $'lute\npercent *' ''
 done
 run env -u LD_LIBRARY_PATH TMPDIR="$odd" "$odd/bin/tavsim" run ./plain
