@@ -179,7 +179,7 @@ function preview(value) {
  * @returns {HTMLElement}
  */
 export function tree(value, name = "", isOpen = false) {
-    const label = element("span", { className: "json-name" }, name ? name + ": " : "");
+    const label = element("span", { className: "muted" }, name ? name + ": " : "");
     if (!isTree(value) || Object.keys(value).length === 0) {
         const text = element("span", { className: "json-" + typeof value }, JSON.stringify(value));
         return element("div", { className: "json" }, label, text);

@@ -34,7 +34,7 @@ function tilesOf(state) {
     const calls = { name: "open calls", value: String(state.openCalls), usual: "0" };
     return [...known, ...others, calls].map(({ name, value, usual }) => element("li",
         { className: value === usual ? "tile" : "tile made", title: name },
-        element("span", { className: "tile-name" }, labelOf(name)),
+        element("span", { className: "muted small one-line" }, labelOf(name)),
         element("span", { className: "tile-value" }, value)));
 }
 

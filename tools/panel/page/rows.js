@@ -68,16 +68,16 @@ function createSummary(entry, note) {
     const outcome = outcomeOf(entry);
     const isBad = /refused|not found|exception|no such/.test(outcome);
     const parts = {
-        time: element("span", { className: "entry-time mono" }, timeText(entry.at)),
-        count: element("span", { className: "entry-count" }),
-        subject: element("span", { className: "entry-subject mono" }, subjectOf(entry)),
-        note: element("span", { className: "entry-note" }, note),
+        time: element("span", { className: "entry-time muted mono small" }, timeText(entry.at)),
+        count: element("span", { className: "muted small" }),
+        subject: element("span", { className: "muted mono one-line" }, subjectOf(entry)),
+        note: element("span", { className: "entry-note muted small" }, note),
     };
     const summary = element("summary", {}, parts.time,
         element("span", { className: "kind kind-" + entry.kind }, entry.kind),
-        element("span", { className: "entry-what", title: entry.what }, entry.what, parts.count),
+        element("span", { className: "one-line", title: entry.what }, entry.what, parts.count),
         parts.subject, parts.note,
-        element("span", { className: isBad ? "entry-outcome bad" : "entry-outcome" }, outcome));
+        element("span", { className: isBad ? "error" : "" }, outcome));
     return { ...parts, summary };
 }
 

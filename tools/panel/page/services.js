@@ -123,7 +123,7 @@ function createDelay(device, uri) {
  */
 function createCard(device, uri) {
     const facts = element("span", { className: "muted small" });
-    const preview = element("span", { className: "mono small service-preview" });
+    const preview = element("span", { className: "mono small one-line service-preview" });
     const editor = createEditor(device, uri);
     const delay = createDelay(device, uri);
     const silent = switchFor("Silent", false,
