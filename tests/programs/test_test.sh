@@ -125,7 +125,7 @@ start() {
     tester=$!
     wait_until all_run
 }
-programs_left() { pgrep -cf "^$sleeps"; }
+programs_left() { pgrep -cf "$sleeps$"; }  # an emulator's name can come first
 all_run() { [ "$(programs_left)" -eq 4 ]; }
 nothing_is_left() { [[ $(programs_left) -eq 0 && -z $(find "$TMPDIR" -mindepth 1) ]]; }
 start
