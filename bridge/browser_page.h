@@ -11,8 +11,8 @@
 #include <vector>
 
 #include "base/message_socket.h"
+#include "bridge/calls.h"
 #include "bridge/message.h"
-#include "bridge/methods.h"
 #include "bridge/page_frames.h"
 #include "bridge/page_input.h"
 #include "helper/items.h"

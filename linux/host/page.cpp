@@ -18,8 +18,7 @@
 
 #include "base/print_line.h"
 #include "bridge/browser_page.h"
-#include "bridge/function_call.h"
-#include "bridge/methods.h"
+#include "bridge/calls.h"
 #include "linux/bus/pump.h"
 #include "linux/host/in_front.h"
 #include "platform/napp.h"

@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-#include "bridge/methods.h"
+#include "bridge/calls.h"
 #include "helper/items.h"
 
 namespace tavsim {

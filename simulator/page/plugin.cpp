@@ -9,7 +9,6 @@
 
 #include "base/file.h"
 #include "base/print_line.h"
-#include "bridge/function_call.h"
 #include "bridge/page_file.h"
 #include "helper/items.h"
 #include "platform/napp.h"

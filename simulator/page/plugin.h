@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "bridge/methods.h"
+#include "bridge/calls.h"
 
 namespace tavsim {
 

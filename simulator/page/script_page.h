@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "base/message_socket.h"
+#include "bridge/calls.h"
 #include "bridge/message.h"
-#include "bridge/methods.h"
 #include "helper/items.h"
 #include "simulator/page/page.h"
 #include "simulator/process/child_process.h"

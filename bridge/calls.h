@@ -1,4 +1,4 @@
-// The application's native methods, as a page calls them.
+// Calls between an application and its page: of native methods, and of the page's functions.
 #pragma once
 
 #include <string>
@@ -29,6 +29,10 @@ std::string callItems(std::string_view name, const std::vector<helper::Text>& ar
 // `answer` gets what the application writes: nothing when it could not read the call's items, which
 // counts as an exception.
 MethodReply callMethod(const NativeMethods& methods, std::string_view call, HDataWriter* answer);
+
+// Whether these can be the arguments of NApp_JSCall(), and the texts in them, which stay there.
+bool isCallable(const char* function, const char* const* arguments, int argumentCount);
+std::vector<helper::Text> textsOf(const char* const* arguments, int argumentCount);
 
 // What has been written so far; valid until the next write.
 std::string_view itemsOf(const HDataWriter& writer);

@@ -1,4 +1,6 @@
-#include "bridge/methods.h"
+#include "bridge/calls.h"
+
+#include <algorithm>
 
 namespace bridge {
 namespace {
@@ -36,6 +38,19 @@ MethodReply callMethod(const NativeMethods& methods, std::string_view call, HDat
     reply.isException = items.readBool();
     reply.text = items.readString();
     return items.isSuccessful() ? reply : MethodReply{true, kNotRead};
+}
+
+bool isCallable(const char* function, const char* const* arguments, int argumentCount) {
+    const bool hasArguments = argumentCount == 0 || (argumentCount > 0 && arguments != nullptr);
+    return function != nullptr && hasArguments;
+}
+
+std::vector<helper::Text> textsOf(const char* const* arguments, int argumentCount) {
+    std::vector<helper::Text> texts(static_cast<size_t>(argumentCount));
+    std::transform(arguments, arguments + argumentCount, texts.begin(), [](const char* text) {
+        return text != nullptr ? helper::Text(text) : std::nullopt;
+    });
+    return texts;
 }
 
 std::string_view itemsOf(const HDataWriter& writer) {
