@@ -138,8 +138,9 @@ bool BrowserPage::handleView(MessageKind kind, helper::ItemReader* items) {
         const bool isWhole = items->readBool();
         if (isWhole) {
             m_input.release();  // what the page that looked before holds
+            m_changes.forget();
         }
-        m_frames.want(isWhole);
+        m_isFrameWanted = true;
         break;
     }
     case MessageKind::Touch: {
@@ -163,10 +164,15 @@ bool BrowserPage::handleView(MessageKind kind, helper::ItemReader* items) {
 }
 
 void BrowserPage::sendFrame() {
-    const std::optional<std::string> frame = isGone() ? std::nullopt : m_frames.next();
-    if (frame && frame->size() <= kLongestMessage) {
-        queue(MessageKind::Frame, *frame);
+    if (m_isFrameWanted && !isGone()) {
+        std::string nothingToSee;
+        const std::optional<std::string> frame = m_changes.next(&nothingToSee);
+        m_isFrameWanted = !frame;
+        if (frame && frame->size() <= kLongestMessage) {
+            queue(MessageKind::Frame, *frame);
+        }
     }
+    m_changes.forgetWhenUnasked();
 }
 
 void BrowserPage::answer(MessageKind question, int number, std::string_view call) {

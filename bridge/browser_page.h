@@ -13,9 +13,9 @@
 #include "base/message_socket.h"
 #include "bridge/calls.h"
 #include "bridge/message.h"
-#include "bridge/page_frames.h"
 #include "bridge/page_input.h"
 #include "helper/items.h"
+#include "screen/changes.h"
 
 namespace bridge {
 
@@ -78,7 +78,8 @@ private:
     NativeMethods m_methods;
     std::optional<base::MessageSocket> m_socket;
     int m_openQuestions = 0;
-    PageFrames m_frames;
+    bool m_isFrameWanted = false;
+    screen::ScreenChanges m_changes;
     PageInput m_input;
 };
 

@@ -16,6 +16,8 @@ namespace {
 // Between two looks at a screen that does not change: as long as a smooth animation takes.
 constexpr std::chrono::milliseconds kBetweenLooks(15);
 
+constexpr std::chrono::seconds kLongestSilence(5);
+
 // Columns and rows; `right` and `bottom` do not belong to it.
 struct Part {
     int left, top, right, bottom;
@@ -82,6 +84,9 @@ std::string encoded(const Picture& picture, const std::vector<Part>& parts) {
 
 std::optional<std::string> ScreenChanges::next(std::string* error) {
     m_asked = SteadyClock::now();
+    if (!m_watch) {
+        m_watch.emplace();
+    }
     *error = "nothing has changed";
     if (m_asked - m_seenUnchanged < kBetweenLooks) {
         return std::nullopt;
@@ -101,6 +106,18 @@ std::optional<std::string> ScreenChanges::next(std::string* error) {
     }
     m_shown = std::move(picture);
     return encoded(*m_shown, parts);
+}
+
+void ScreenChanges::forget() {
+    m_watch.reset();
+    m_shown.reset();
+    m_seenUnchanged = {};
+}
+
+void ScreenChanges::forgetWhenUnasked() {
+    if (m_watch && SteadyClock::now() - m_asked > kLongestSilence) {
+        forget();
+    }
 }
 
 }  // namespace screen

@@ -10,7 +10,7 @@
 
 namespace screen {
 
-// Keeps what was shown last, so it should only live while somebody goes on asking.
+// Keeps what was shown last while somebody goes on asking.
 class ScreenChanges {
 public:
     // The parts that differ from what the last call returned, at first all: a line of JSON,
@@ -19,13 +19,16 @@ public:
     // nothing has changed or there is no picture.
     std::optional<std::string> next(std::string* error);
 
-    // When next() was last called.
-    std::chrono::steady_clock::time_point lastAsked() const { return m_asked; }
+    // The next call returns everything.
+    void forget();
+
+    // Forgets when nobody has asked for some seconds. To be called again and again.
+    void forgetWhenUnasked();
 
 private:
     using SteadyClock = std::chrono::steady_clock;
 
-    const FrameWatch m_watch;
+    std::optional<FrameWatch> m_watch;  // while what was shown is kept
     std::optional<Picture> m_shown;
     SteadyClock::time_point m_asked;
     SteadyClock::time_point m_seenUnchanged;

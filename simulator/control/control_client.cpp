@@ -30,9 +30,7 @@ void ControlClient::serve() {
     if (isFollowing()) {
         follow();
     }
-    if (m_screen && SteadyClock::now() - m_screen->lastAsked() > kLongestSilence) {
-        m_screen.reset();
-    }
+    m_screen.forgetWhenUnasked();
     send();
 }
 
@@ -94,11 +92,8 @@ void ControlClient::answer(const Asked& asked) {
 
 // Empty, with an error, while there is none.
 std::string ControlClient::nextFrame(std::string* error) {
-    if (!m_screen) {
-        m_screen.emplace();
-    }
     std::string problem;
-    std::optional<std::string> frame = m_screen->next(&problem);
+    std::optional<std::string> frame = m_screen.next(&problem);
     *error = frame ? "" : "frame: " + problem;
     return std::move(frame).value_or("");
 }

@@ -62,7 +62,7 @@ private:
     std::optional<Asked> m_asked;  // and has no answer yet; tried again if it came early
     bool m_hasAsked = false;
     std::function<News()> m_follow;  // gives what it is sent from now on; null: it does not follow
-    std::optional<screen::ScreenChanges> m_screen;  // while frames are asked for
+    screen::ScreenChanges m_screen;
 };
 
 }  // namespace tavsim
