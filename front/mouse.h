@@ -2,8 +2,6 @@
 // to the application. The keyboard's state can be changed in SDL itself.
 #pragma once
 
-#include <atomic>
-
 #include "SDL.h"
 
 namespace front {
@@ -16,15 +14,14 @@ struct Mouse {
     bool operator==(const Mouse&) const = default;
 };
 
-// False until input is sent, so that others pay nothing.
-extern std::atomic<bool> g_isInputSent;
-
-// The following is defined in input/, and used with SDL 1.2 only. It is called on any thread.
-
-// The state that was sent last, until the real mouse moves.
+// The state that was sent last, until the real mouse moves. May be called on any thread.
 Mouse mouseNow();
 
-// The motion since the last call, instead of the position.
-Mouse mouseMovement();
+// Updates what SDL_GetMouseState() and SDL_GetRelativeMouseState() return.
+void followMotion(const SDL_MouseMotionEvent& event);
+void followButton(const SDL_MouseButtonEvent& event);
+
+// Forgets the state that was sent.
+void forgetMouse();
 
 }  // namespace front

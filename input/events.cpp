@@ -3,7 +3,6 @@
 #include "front/mouse.h"
 #include "front/next.h"
 #include "input/keyboard.h"
-#include "input/mouse.h"
 
 namespace input {
 namespace {
@@ -17,11 +16,11 @@ void followEvent(const SDL_Event& event) {
         followKey(event.key);
         break;
     case SDL_MOUSEMOTION:
-        followMotion(event.motion);
+        front::followMotion(event.motion);
         break;
     case SDL_MOUSEBUTTONDOWN:
     case SDL_MOUSEBUTTONUP:
-        followButton(event.button);
+        front::followButton(event.button);
         break;
     default:
         break;
@@ -59,7 +58,6 @@ bool sendEvents(const std::vector<SDL_Event>& events, EventObserver observer, st
         return false;
     }
     static const auto pushEvent = TAV_FRONT_NEXT(SDL_PushEvent);
-    front::g_isInputSent = true;
     for (SDL_Event event : events) {
         followEvent(event);
         if (!isWanted(event)) {
@@ -78,7 +76,6 @@ void sendOrDrop(const std::vector<SDL_Event>& events) {
     if (!queueRoom()) {
         return;
     }
-    front::g_isInputSent = true;
     for (SDL_Event event : events) {
         followEvent(event);
         const size_t keptFree = event.type == SDL_MOUSEMOTION ? kQueueHolds / 2 : 0;

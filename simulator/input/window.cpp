@@ -4,10 +4,10 @@
 #include <optional>
 #include <vector>
 
+#include "front/mouse.h"
 #include "front/next.h"
 #include "input/events.h"
 #include "input/keyboard.h"
-#include "input/mouse.h"
 #include "simulator/device/state.h"
 #include "simulator/input/origin.h"
 #include "simulator/input/touch.h"
@@ -88,7 +88,7 @@ Uint8 appState(Uint8 real) {
 
 void stopInput() {
     stopDrag();
-    input::forgetMouse();
+    front::forgetMouse();
     g_isMinimized = false;
 }
 
