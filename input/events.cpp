@@ -60,13 +60,10 @@ bool sendEvents(const std::vector<SDL_Event>& events, EventObserver observer, st
     static const auto pushEvent = TAV_FRONT_NEXT(SDL_PushEvent);
     for (SDL_Event event : events) {
         followEvent(event);
-        if (!isWanted(event)) {
-            continue;
-        }
-        if (observer != nullptr) {
+        if (isWanted(event)) {
             observer(event);
+            pushEvent(&event);
         }
-        pushEvent(&event);
     }
     return true;
 }

@@ -74,31 +74,4 @@ bool canRelease(const Finger& finger, const Point& point, std::string* error) {
     return canMove(point, error);
 }
 
-bool touchDown(const Point& point, EventObserver observer, std::string* error) {
-    Finger finger;
-    if (!canPress(finger, point, error)) {
-        return false;
-    }
-    finger.press(point);
-    return sendEvents(finger.events(), observer, error);
-}
-
-bool touchMove(const Point& point, EventObserver observer, std::string* error) {
-    if (!canMove(point, error)) {
-        return false;
-    }
-    Finger finger;
-    finger.moveTo(point);
-    return sendEvents(finger.events(), observer, error);
-}
-
-bool touchUp(const Point& point, EventObserver observer, std::string* error) {
-    Finger finger;
-    if (!canRelease(finger, point, error)) {
-        return false;
-    }
-    finger.release(point);
-    return sendEvents(finger.events(), observer, error);
-}
-
 }  // namespace input

@@ -6,7 +6,6 @@
 
 #include "SDL.h"
 #include "front/mouse.h"
-#include "input/events.h"
 
 namespace input {
 
@@ -38,11 +37,5 @@ private:
 bool canMove(const Point& point, std::string* error);
 bool canPress(const Finger& finger, const Point& point, std::string* error);
 bool canRelease(const Finger& finger, const Point& point, std::string* error);
-
-// Each returns false, with a line in `error` and nothing done, when it cannot be, or the
-// application's event queue has not enough room. A move without a finger is the motion of a mouse.
-bool touchDown(const Point& point, EventObserver observer, std::string* error);
-bool touchMove(const Point& point, EventObserver observer, std::string* error);
-bool touchUp(const Point& point, EventObserver observer, std::string* error);
 
 }  // namespace input

@@ -71,15 +71,30 @@ void dragOn() {
 }  // namespace
 
 bool touchDown(const Point& point, std::string* error) {
-    return isFree(error) && input::touchDown(point, noteOwnEvent, error);
+    input::Finger finger;
+    if (!isFree(error) || !input::canPress(finger, point, error)) {
+        return false;
+    }
+    finger.press(point);
+    return sendOwn(finger, error);
 }
 
 bool touchMove(const Point& point, std::string* error) {
-    return isFree(error) && input::touchMove(point, noteOwnEvent, error);
+    if (!isFree(error) || !input::canMove(point, error)) {
+        return false;
+    }
+    input::Finger finger;
+    finger.moveTo(point);
+    return sendOwn(finger, error);
 }
 
 bool touchUp(const Point& point, std::string* error) {
-    return isFree(error) && input::touchUp(point, noteOwnEvent, error);
+    input::Finger finger;
+    if (!isFree(error) || !input::canRelease(finger, point, error)) {
+        return false;
+    }
+    finger.release(point);
+    return sendOwn(finger, error);
 }
 
 bool tapScreen(const Point& point, std::string* error) {
