@@ -5,7 +5,6 @@
 
 #include "front/mouse.h"
 #include "input/events.h"
-#include "input/key_names.h"
 #include "input/keyboard.h"
 
 namespace bridge {

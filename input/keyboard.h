@@ -1,4 +1,4 @@
-// Pressed keys and typed texts, on a keyboard with a US layout.
+// The names of keys, and pressed keys and typed texts on a keyboard with a US layout.
 #pragma once
 
 #include <optional>
@@ -9,6 +9,10 @@
 #include "SDL.h"
 
 namespace input {
+
+// The key that SDL_GetKeyName() gives this name, known where SDL is not. Without one, `error` is a
+// line that may suggest another.
+std::optional<SDLKey> keyNamed(std::string_view name, std::string* error);
 
 // Builds the events of keys that are pressed and released one after the other.
 class KeyStrokes {

@@ -1,6 +1,5 @@
 // Commands for what the user does: keys, touches, the window.
 #include "input/events.h"
-#include "input/key_names.h"
 #include "input/keyboard.h"
 #include "simulator/control/command.h"
 #include "simulator/input/origin.h"

@@ -7,7 +7,7 @@
 
 #include "base/json/writer.h"
 #include "base/suggestion.h"
-#include "input/key_names.h"
+#include "input/keyboard.h"
 #include "simulator/device/faults.h"
 #include "simulator/device/profile.h"
 #include "simulator/language/pattern.h"
