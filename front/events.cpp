@@ -5,6 +5,9 @@
 #include "platform/visibility.h"
 
 namespace front {
+
+constinit std::atomic<bool> g_areFramesWatched = false;
+
 namespace {
 
 // 1 with an event, 0 without, negative when SDL has no event queue.
@@ -63,5 +66,13 @@ TAV_PLATFORM_API int SDL_WaitEvent(SDL_Event* event) {
 TAV_PLATFORM_API void SDL_Delay(Uint32 milliseconds) {
     static const auto real = TAV_FRONT_NEXT(SDL_Delay);
     front::delay(milliseconds, real);
+}
+
+TAV_PLATFORM_API void SDL_GL_SwapBuffers(void) {
+    static const auto real = TAV_FRONT_NEXT(SDL_GL_SwapBuffers);
+    if (front::g_areFramesWatched.load(std::memory_order_relaxed)) {
+        front::keepFrame();
+    }
+    real();
 }
 }

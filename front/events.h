@@ -1,5 +1,5 @@
 // Interposes SDL's event functions, so that the implementation of platform/ runs while the
-// application handles events.
+// application handles events, and the function with which it shows what it has drawn with OpenGL.
 #pragma once
 
 #include <atomic>
@@ -8,7 +8,12 @@ union SDL_Event;
 
 namespace front {
 
-// The following is defined by the implementation, and all but delay() is used with SDL 1.2 only.
+// Whether each frame is to be kept, because somebody is to see it. False until it is set, so that
+// others pay nothing.
+extern std::atomic<bool> g_areFramesWatched;
+
+// The following is defined by the implementation. All but delay() and keepFrame() is used with SDL
+// 1.2 only.
 
 // False until the implementation has something to do, so that a program that does not use the
 // library pays nothing. The implementation chooses the initial value.
@@ -36,5 +41,8 @@ void waitForNext();
 
 // Carries out SDL_Delay() on any thread, with or without SDL's own function.
 void delay(unsigned milliseconds, void (*real)(unsigned milliseconds));
+
+// Called by the thread that draws, before it shows a frame that is to be kept.
+void keepFrame();
 
 }  // namespace front

@@ -12,7 +12,7 @@
 #include <utility>
 
 #include "SDL.h"
-#include "front/frames.h"
+#include "front/events.h"
 #include "front/next.h"
 
 namespace screen {

@@ -6,7 +6,6 @@
 
 #include "base/print_line.h"
 #include "front/events.h"
-#include "front/frames.h"
 #include "front/next.h"
 #include "helper/trace.h"
 #include "linux/bus/pump.h"

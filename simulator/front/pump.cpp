@@ -15,6 +15,7 @@
 #include "SDL.h"
 #include "front/events.h"
 #include "front/next.h"
+#include "screen/frames.h"
 #include "simulator/bus/bus.h"
 #include "simulator/bus/service_program.h"
 #include "simulator/bus/services.h"
@@ -216,6 +217,10 @@ void waitForNext() try {
     }
     tavsim::passTime(next.value_or(tavsim::now()));
 } catch (...) {
+    tavsim::endProgramByException();
+}
+
+void keepFrame() try { screen::keepFrame(); } catch (...) {
     tavsim::endProgramByException();
 }
 
