@@ -1,5 +1,6 @@
 #include "simulator/control/device_state.h"
 
+#include <memory>
 #include <set>
 
 #include "base/json/text.h"
@@ -134,13 +135,13 @@ std::string screenJson() {
 }
 
 std::string pageJson() {
-    const std::optional<std::vector<std::string>> methods = pageMethods();
-    if (!methods) {
+    const std::shared_ptr<Page> page = livingPage();
+    if (page == nullptr) {
         return "null";
     }
     JsonWriter json;
     json.beginObject().key("methods").beginArray();
-    for (const std::string& method : *methods) {
+    for (const std::string& method : page->methods()) {
         json.value(method);
     }
     return json.endArray().endObject().take();

@@ -1,5 +1,6 @@
 // Commands for the web page whose plug-in the application is.
 #include <algorithm>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -29,18 +30,19 @@ CommandResult exception(std::string text) {
 }
 
 CommandResult pageCall(Words words) {
-    const std::optional<std::vector<std::string>> methods = pageMethods();
-    if (!methods) {
+    const std::shared_ptr<Page> page = livingPage();
+    if (page == nullptr) {
         return failed("page call: no page runs");
     }
+    const std::vector<std::string> methods = page->methods();
     std::vector<std::string> arguments = contents(words.rest());
     const std::string method = arguments.front();
     arguments.erase(arguments.begin());
-    if (std::find(methods->begin(), methods->end(), method) == methods->end()) {
+    if (std::ranges::find(methods, method) == methods.end()) {
         return failed("page call: no method " + base::quoted(method) +
-                      base::suggestion(method, *methods));
+                      base::suggestion(method, methods));
     }
-    const std::optional<bridge::MethodReply> reply = callFromPage(method, arguments);
+    const std::optional<bridge::MethodReply> reply = page->call(method, arguments);
     if (!reply) {
         CommandResult result = failed("page call: the page's script is in a call itself");
         result.isEarly = true;

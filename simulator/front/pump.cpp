@@ -7,6 +7,7 @@
 #include <chrono>
 #include <climits>
 #include <cstdlib>
+#include <memory>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -66,10 +67,13 @@ void serveAndDeliver(void (*serve)()) {
     if (isTimePaced()) {
         const bool isNewMoment = std::exchange(g_servedMoment, now()) != now();
         deliverDue(isNewMoment ? serve : [] {});
-        return;
+    } else {
+        serve();
+        deliverDue([] {});
     }
-    serve();
-    deliverDue([] {});
+    if (const std::shared_ptr<Page> page = livingPage()) {
+        page->serve();
+    }
 }
 
 // The time of the next delivery or timer, for which nothing from outside is needed.
@@ -126,31 +130,33 @@ void startPump() {
 
 void pumpNow() {
     serveAndDeliver(serveOutside);
-    servePage();
 }
 
 bool sendWhileWaiting(Milliseconds longest, Wait wait) {
     const auto end = SteadyClock::now() + std::chrono::milliseconds(longest);
     while (true) {
         std::vector<pollfd> sockets = controlsToPoll();
-        pollfd page = pageToPoll();
+        const std::shared_ptr<Page> page = livingPage();
+        pollfd pages = page != nullptr ? page->toPoll() : pollfd{-1, 0, 0};
         if (wait == Wait::ForTime) {
-            page.events &= POLLOUT;
+            pages.events &= POLLOUT;
         }
-        if (page.events != 0) {
-            sockets.push_back(page);
+        if (pages.events != 0) {
+            sockets.push_back(pages);
         }
         const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - SteadyClock::now());
         const auto limit = static_cast<int>(std::clamp<Milliseconds>(left.count(), 0, INT_MAX));
         if (sockets.empty() || poll(sockets.data(), sockets.size(), limit) <= 0) {
             return false;
         }
-        if (wait == Wait::ForEvents && page.events != 0 &&
+        if (wait == Wait::ForEvents && pages.events != 0 &&
             (sockets.back().revents & ~POLLOUT) != 0) {
             return true;
         }
         sendToControls();
-        sendToPage();
+        if (page != nullptr) {
+            page->send();
+        }
     }
 }
 
@@ -183,7 +189,6 @@ void deliver() try {
     if (tavsim::isStarted()) {
         ++tavsim::g_deliveries;
         tavsim::serveAndDeliver(tavsim::serveOutsideNowAndThen);
-        tavsim::servePage();
         --tavsim::g_deliveries;
     }
 } catch (...) {

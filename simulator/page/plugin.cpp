@@ -4,13 +4,14 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
-#include <memory>
 #include <optional>
+#include <utility>
+#include <vector>
 
 #include "base/file.h"
 #include "base/print_line.h"
+#include "bridge/browser_page.h"
 #include "bridge/page_file.h"
-#include "helper/items.h"
 #include "platform/napp.h"
 #include "simulator/device/edge.h"
 #include "simulator/device/journal.h"
@@ -18,7 +19,6 @@
 #include "simulator/device/root.h"
 #include "simulator/device/running.h"
 #include "simulator/device/trusted_folder.h"
-#include "simulator/page/document_page.h"
 #include "simulator/page/script_page.h"
 #include "simulator/time/clock.h"
 
@@ -26,6 +26,54 @@ namespace tavsim {
 namespace {
 
 constexpr size_t kLargestScript = 16 << 20;
+
+// A page in the user's browser, which speaks unprompted.
+class DocumentPage : public Page {
+public:
+    using Page::Page;
+    ~DocumentPage() override { DocumentPage::end(); }
+
+    // False, with errno, when nobody serves the page at the socket's path.
+    bool connect(const std::string& socket) {
+        m_connection = bridge::BrowserPage::connect(
+            socket, {tellCall, tellConsole, tellProblem,
+                     [this](const std::string& reason) { endWith(reason); }});
+        return m_connection != nullptr;
+    }
+
+    void end() override {
+        if (m_connection != nullptr) {
+            m_connection->end();
+        }
+    }
+
+    bool isAlive() const override { return m_connection != nullptr && !m_connection->isGone(); }
+
+    void setMethods(const bridge::NativeMethods& methods) override {
+        Page::setMethods(methods);
+        m_connection->setMethods(methods);
+    }
+
+    std::optional<bridge::MethodReply> call(const std::string& method,
+                                            const std::vector<std::string>& arguments) override {
+        HDataWriter unused;
+        return callMethod(bridge::callItems(method, {arguments.begin(), arguments.end()}), &unused);
+    }
+
+    bool callFunction(const std::string& name,
+                      const std::vector<helper::Text>& arguments) override {
+        return m_connection->callFunction(name, arguments);
+    }
+
+    void serve() override { m_connection->serve(); }
+    void send() override { m_connection->send(); }
+    pollfd toPoll() const override {
+        return {m_connection->socket(), m_connection->pollEvents(), 0};
+    }
+
+private:
+    std::shared_ptr<bridge::BrowserPage> m_connection;
+};
 
 // The host's state of the plug-in.
 struct Plugin {
@@ -92,10 +140,6 @@ bool connect(NApp_MethodListCallback methodList, NApp_MethodCallback methodCall)
     return true;
 }
 
-bool isPageAlive() {
-    return plugin().page != nullptr && plugin().page->isAlive();
-}
-
 bool callPage(const char* function, const char* const* arguments, int argumentCount) {
     if (!hostAccepts("bridge") || !plugin().isConnected ||
         !bridge::isCallable(function, arguments, argumentCount)) {
@@ -104,8 +148,9 @@ bool callPage(const char* function, const char* const* arguments, int argumentCo
     if (plugin().pageFile.empty()) {
         return true;
     }
-    return isPageAlive() &&
-           plugin().page->callFunction(function, bridge::textsOf(arguments, argumentCount));
+    const std::shared_ptr<Page> page = livingPage();
+    return page != nullptr &&
+           page->callFunction(function, bridge::textsOf(arguments, argumentCount));
 }
 
 }  // namespace
@@ -124,30 +169,9 @@ void stopPage() {
     plugin() = {};
 }
 
-std::optional<std::vector<std::string>> pageMethods() {
-    return isPageAlive() ? std::optional(plugin().page->methods()) : std::nullopt;
-}
-
-std::optional<bridge::MethodReply> callFromPage(const std::string& method,
-                                                const std::vector<std::string>& arguments) {
-    const std::shared_ptr<Page> page = plugin().page;  // the method may end it
-    return isPageAlive() ? page->call(method, arguments) : std::nullopt;
-}
-
-void servePage() {
-    if (const std::shared_ptr<Page> page = plugin().page; isPageAlive()) {
-        page->serve();
-    }
-}
-
-void sendToPage() {
-    if (isPageAlive()) {
-        plugin().page->send();
-    }
-}
-
-pollfd pageToPoll() {
-    return isPageAlive() ? plugin().page->toPoll() : pollfd{-1, 0, 0};
+std::shared_ptr<Page> livingPage() {
+    const std::shared_ptr<Page>& page = plugin().page;
+    return page != nullptr && page->isAlive() ? page : nullptr;
 }
 
 }  // namespace tavsim
