@@ -8,7 +8,6 @@
 #include "simulator/language/text_word.h"
 #include "simulator/scenario/check.h"
 #include "simulator/scenario/parameters.h"
-#include "simulator/scenario/table.h"
 
 namespace fs = std::filesystem;
 
