@@ -8,6 +8,7 @@
 #include <filesystem>
 
 #include "base/file.h"
+#include "base/json/text.h"
 #include "base/json/writer.h"
 #include "base/socket_address.h"
 #include "simulator/device/fresh_root.h"
@@ -35,7 +36,7 @@ bool isFreshRoot() {
 
 RunningDevice describedIn(const std::string& root) {
     dom::parser parser;
-    dom::element description;
+    dom::object description;
     RunningDevice device;
     device.root = root;
     std::string error;
@@ -43,16 +44,9 @@ RunningDevice describedIn(const std::string& root) {
     if (!text || parser.parse(*text).get(description) != simdjson::SUCCESS) {
         return device;
     }
-    std::string_view value;
-    if (description["device"].get(value) == simdjson::SUCCESS) {
-        device.device = value;
-    }
-    if (description["program"].get(value) == simdjson::SUCCESS) {
-        device.program = value;
-    }
-    if (description["process"].get(device.process) != simdjson::SUCCESS) {
-        device.process = 0;
-    }
+    device.device = base::textMember(description, "device");
+    device.program = base::textMember(description, "program");
+    device.process = base::memberOf<int64_t>(description, "process").value_or(0);
     return device;
 }
 
@@ -74,13 +68,8 @@ const std::string& commandLine() {
 bool describeDevice() {
     const std::string path = rootFolder() + kDescription;
     unlink(path.c_str());
-    return base::createFile(path, base::JsonWriter()
-                                          .beginObject()
-                                          .member("device", profile().name)
-                                          .member("program", commandLine())
-                                          .member("process", getpid())
-                                          .endObject()
-                                          .take() +
+    return base::createFile(path, base::jsonObject("device", profile().name, "program",
+                                                   commandLine(), "process", getpid()) +
                                       "\n");
 }
 
@@ -129,13 +118,10 @@ std::vector<RunningDevice> runningDevices(
             devices.push_back(describedIn(root));
         }
     }
-    std::sort(devices.begin(), devices.end(),
-              [](const auto& left, const auto& right) { return left.root < right.root; });
+    std::ranges::sort(devices, {}, &RunningDevice::root);
     // Devices that were killed leave their links to a root folder where another one runs.
-    devices.erase(
-        std::unique(devices.begin(), devices.end(),
-                    [](const auto& left, const auto& right) { return left.root == right.root; }),
-        devices.end());
+    const auto repeated = std::ranges::unique(devices, {}, &RunningDevice::root);
+    devices.erase(repeated.begin(), repeated.end());
     return devices;
 }
 

@@ -34,14 +34,8 @@ bool VerdictFile::open(const std::string& root) {
 }
 
 void VerdictFile::note(Outcome outcome, const std::string& step) {
-    const std::string line = base::JsonWriter()
-                                 .beginObject()
-                                 .member("outcome", nameOf(outcome))
-                                 .member("step", step)
-                                 .member("since", now())
-                                 .endObject()
-                                 .take();
-    if (!m_file.append(line)) {
+    if (!m_file.append(
+            base::jsonObject("outcome", nameOf(outcome), "step", step, "since", now()))) {
         endProgram(m_file.path() + ": the scenario's verdict cannot be written");
     }
 }
