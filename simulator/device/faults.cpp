@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <atomic>
-#include <charconv>
 #include <limits>
 #include <optional>
 
+#include "base/number.h"
 #include "helper/failing.h"
 
 namespace tavsim {
@@ -47,18 +47,14 @@ struct FaultText {
 
 std::optional<FaultText> readFault(std::string_view text) {
     const size_t colon = text.find(':');
-    auto* const plan =
-        std::find_if(std::begin(g_plans), std::end(g_plans),
-                     [name = text.substr(0, colon)](const Plan& one) { return one.name == name; });
+    auto* const plan = std::ranges::find(g_plans, text.substr(0, colon), &Plan::name);
     if (colon == std::string_view::npos || plan == std::end(g_plans)) {
         return std::nullopt;
     }
-    int n = 0;
     const bool isForEver = text.ends_with('+');
-    const char* const end = text.data() + text.size() - (isForEver ? 1 : 0);
-    const auto [rest, problem] = std::from_chars(text.data() + colon + 1, end, n);
-    const bool isCount = problem == std::errc() && rest == end && n > 0;
-    return isCount ? std::optional(FaultText{plan, n, isForEver}) : std::nullopt;
+    text.remove_suffix(isForEver ? 1 : 0);
+    const int n = base::numberIn<int>(text.substr(colon + 1)).value_or(0);
+    return n > 0 ? std::optional(FaultText{plan, n, isForEver}) : std::nullopt;
 }
 
 }  // namespace

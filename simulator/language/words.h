@@ -2,11 +2,11 @@
 #pragma once
 
 #include <algorithm>
-#include <charconv>
-#include <cmath>
+#include <optional>
 #include <string>
 #include <string_view>
-#include <type_traits>
+
+#include "base/number.h"
 
 namespace tavsim {
 
@@ -65,15 +65,9 @@ inline std::string_view Words::next() {
 
 template <typename Number>
 bool Words::nextNumber(Number* number) {
-    const std::string_view word = next();
-    const char* end = word.data() + word.size();
-    const auto [at, problem] = std::from_chars(word.data(), end, *number);
-    if constexpr (std::is_floating_point_v<Number>) {
-        if (!std::isfinite(*number)) {
-            return false;
-        }
-    }
-    return problem == std::errc() && at == end;
+    const std::optional<Number> read = base::numberIn<Number>(next());
+    *number = read.value_or(*number);
+    return read.has_value();
 }
 
 inline void Words::skipBlanks() {

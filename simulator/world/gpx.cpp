@@ -2,8 +2,10 @@
 #include <glib.h>
 
 #include <algorithm>
+#include <cmath>
 #include <pugixml.hpp>
 
+#include "base/number.h"
 #include "simulator/world/recordings.h"
 
 namespace tavsim {
@@ -78,7 +80,7 @@ private:
         fix.latitude = degreesIn(node, "lat", kHighestLatitude);
         fix.longitude = degreesIn(node, "lon", kHighestLongitude);
         if (const char* elevation = textOf(node, "ele")) {
-            const std::optional<double> altitude = numberIn(elevation);
+            const std::optional<double> altitude = base::numberIn<double>(elevation);
             if (!altitude) {
                 throw TrackError{m_line, "ele must be a number"};
             }
@@ -92,7 +94,7 @@ private:
     }
 
     double degreesIn(const pugi::xml_node& node, const char* name, double highest) const {
-        const std::optional<double> degrees = numberIn(node.attribute(name).value());
+        const std::optional<double> degrees = base::numberIn<double>(node.attribute(name).value());
         if (!degrees || std::abs(*degrees) > highest) {
             const std::string limit = std::to_string(static_cast<int>(highest));
             throw TrackError{

@@ -1,9 +1,13 @@
 // NMEA 0183: sentences such as $GPRMC,120000,A,5231.2000,N,01324.3000,E,2.7,90.0,010526,,*0B, of
 // which RMC and GGA contain the position. A recorder may be switched off within a sentence, lose
 // bytes, or write lines of its own, so lines that cannot be read are skipped.
+#include <glib.h>
+
 #include <algorithm>
 #include <array>
+#include <cmath>
 
+#include "base/number.h"
 #include "simulator/world/recordings.h"
 #include "simulator/world/walk.h"
 
@@ -95,14 +99,11 @@ private:
         for (const char c : line.substr(1, star - 1)) {
             sum ^= static_cast<unsigned char>(c);
         }
-        const std::string_view digits = line.substr(star + 1);
-        unsigned told = 0;
-        const char* end = digits.data() + digits.size();
-        const auto [at, problem] = std::from_chars(digits.data(), end, told, 16);
-        if (problem != std::errc() || at != end || digits.size() != 2 || told != sum) {
-            constexpr char kDigits[] = "0123456789ABCDEF";
-            fail("the checksum is not " + std::string(1, kDigits[sum >> 4 & 0xf]) +
-                 kDigits[sum & 0xf]);
+        char digits[3];
+        g_snprintf(digits, sizeof digits, "%02X", sum);
+        const std::string_view told = line.substr(star + 1);
+        if (told.size() != 2 || g_ascii_strncasecmp(told.data(), digits, 2) != 0) {
+            fail(std::string("the checksum is not ") + digits);
         }
     }
 
@@ -161,7 +162,7 @@ private:
     }
 
     Milliseconds timeIn(std::string_view text) const {
-        const std::optional<double> number = numberIn(text);
+        const std::optional<double> number = base::numberIn<double>(text);
         const bool isTime = text.size() >= 6 && number && *number >= 0 && *number < 240000;
         const double hours = isTime ? std::floor(*number / 10000) : 0;
         const double minutes = isTime ? std::floor((*number - hours * 10000) / 100) : 60;
@@ -202,7 +203,7 @@ private:
     }
 
     double numberOf(std::string_view text, const char* name) const {
-        const std::optional<double> number = numberIn(text);
+        const std::optional<double> number = base::numberIn<double>(text);
         if (!number) {
             fail(std::string(name) + " must be a number");
         }

@@ -1,10 +1,7 @@
 // The two file formats of recorded tracks.
 #pragma once
 
-#include <charconv>
-#include <cmath>
 #include <string>
-#include <string_view>
 
 #include "simulator/world/track.h"
 
@@ -27,15 +24,6 @@ inline Fix fixOfReceiver() {
     fix.horizAccuracy = 5.0;
     fix.vertAccuracy = 10.0;
     return fix;
-}
-
-// A number; it must be the whole text.
-inline std::optional<double> numberIn(std::string_view text) {
-    double number = 0.0;
-    const char* end = text.data() + text.size();
-    const auto [at, problem] = std::from_chars(text.data(), end, number);
-    return problem == std::errc() && at == end && std::isfinite(number) ? std::optional(number)
-                                                                        : std::nullopt;
 }
 
 }  // namespace tavsim
