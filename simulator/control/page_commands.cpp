@@ -9,7 +9,6 @@
 #include "base/json/writer.h"
 #include "base/suggestion.h"
 #include "simulator/control/command.h"
-#include "simulator/language/text_word.h"
 #include "simulator/page/plugin.h"
 
 namespace tavsim {

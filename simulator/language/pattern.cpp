@@ -11,7 +11,6 @@
 #include "base/json/path.h"
 #include "base/json/text.h"
 #include "base/json/writer.h"
-#include "simulator/language/text_word.h"
 #include "simulator/language/usage.h"
 #include "simulator/language/vocabulary.h"
 

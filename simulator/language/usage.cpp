@@ -11,7 +11,6 @@
 #include "simulator/device/faults.h"
 #include "simulator/device/profile.h"
 #include "simulator/language/pattern.h"
-#include "simulator/language/text_word.h"
 #include "simulator/language/vocabulary.h"
 #include "simulator/world/track.h"
 

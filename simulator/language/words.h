@@ -1,20 +1,28 @@
 // The words of a command line.
 #pragma once
 
-#include <algorithm>
 #include <optional>
 #include <string>
 #include <string_view>
 
 #include "base/number.h"
+#include "platform/visibility.h"
 
 namespace tavsim {
 
+// Takes the next word, and the blanks behind it, off the front of the text; empty at the end.
+// Blanks in a quoted part do not end a word; it begins with the word, or behind its first '='.
+std::string_view takeWord(std::string_view* text);
+
+// What the word says: itself, or what a word in quotes has in them, with JSON's escapes. Nothing
+// when it begins with a quote and is no JSON string.
+std::optional<std::string> contentOf(std::string_view word);
+
 // Takes one word after the other off the front of a line. Words have blanks between them; the last
 // thing asked for can be all that is left, as it stands. The line must outlive it.
-class Words {
+class TAV_PLATFORM_API Words {
 public:
-    explicit Words(std::string_view line) : m_rest(line) { skipBlanks(); }
+    explicit Words(std::string_view line);
 
     // The words of a temporary string would dangle.
     explicit Words(std::string&&) = delete;
@@ -50,28 +58,13 @@ public:
 
 private:
     template <typename Number>
-    bool nextNumber(Number* number);
-    void skipBlanks();
+    bool nextNumber(Number* number) {
+        const std::optional<Number> read = base::numberIn<Number>(next());
+        *number = read.value_or(*number);
+        return read.has_value();
+    }
 
     std::string_view m_rest;
 };
-
-inline std::string_view Words::next() {
-    const std::string_view word = m_rest.substr(0, m_rest.find(' '));
-    m_rest.remove_prefix(word.size());
-    skipBlanks();
-    return word;
-}
-
-template <typename Number>
-bool Words::nextNumber(Number* number) {
-    const std::optional<Number> read = base::numberIn<Number>(next());
-    *number = read.value_or(*number);
-    return read.has_value();
-}
-
-inline void Words::skipBlanks() {
-    m_rest.remove_prefix(std::min(m_rest.find_first_not_of(' '), m_rest.size()));
-}
 
 }  // namespace tavsim

@@ -2,7 +2,6 @@
 #include <filesystem>
 
 #include "simulator/device/profile.h"
-#include "simulator/language/text_word.h"
 #include "simulator/language/words.h"
 #include "simulator/scenario/reader.h"
 

@@ -5,7 +5,7 @@
 
 #include "base/json/writer.h"
 #include "base/suggestion.h"
-#include "simulator/language/text_word.h"
+#include "simulator/language/words.h"
 
 namespace tavsim {
 namespace {

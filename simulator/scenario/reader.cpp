@@ -5,7 +5,7 @@
 
 #include "base/file.h"
 #include "base/json/writer.h"
-#include "simulator/language/text_word.h"
+#include "simulator/language/words.h"
 #include "simulator/scenario/check.h"
 #include "simulator/scenario/parameters.h"
 

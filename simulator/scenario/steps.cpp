@@ -5,7 +5,6 @@
 #include "base/json/writer.h"
 #include "base/suggestion.h"
 #include "simulator/control/commands.h"
-#include "simulator/language/text_word.h"
 #include "simulator/language/vocabulary.h"
 #include "simulator/language/words.h"
 #include "simulator/scenario/reader.h"

@@ -1,4 +1,4 @@
-#include "simulator/language/text_word.h"
+#include "simulator/language/words.h"
 
 #include <simdjson.h>
 
@@ -28,12 +28,27 @@ size_t lengthOfWord(std::string_view text) {
     return std::min(text.find(' ', end), text.size());
 }
 
+void skipBlanks(std::string_view* text) {
+    text->remove_prefix(std::min(text->find_first_not_of(' '), text->size()));
+}
+
 }  // namespace
+
+Words::Words(std::string_view line) : m_rest(line) {
+    skipBlanks(&m_rest);
+}
+
+std::string_view Words::next() {
+    const std::string_view word = m_rest.substr(0, m_rest.find(' '));
+    m_rest.remove_prefix(word.size());
+    skipBlanks(&m_rest);
+    return word;
+}
 
 std::string_view takeWord(std::string_view* text) {
     const std::string_view word = text->substr(0, lengthOfWord(*text));
     text->remove_prefix(word.size());
-    text->remove_prefix(std::min(text->find_first_not_of(' '), text->size()));
+    skipBlanks(text);
     return word;
 }
 
