@@ -21,13 +21,13 @@ struct Command {
 };
 
 // The rows of each file of commands.
-std::span<const Command> worldCommands();
-std::span<const Command> serviceCommands();
-std::span<const Command> deviceCommands();
-std::span<const Command> timeCommands();
-std::span<const Command> inputCommands();
-std::span<const Command> screenCommands();
-std::span<const Command> pageCommands();
+extern const std::span<const Command> kWorldCommands;
+extern const std::span<const Command> kServiceCommands;
+extern const std::span<const Command> kDeviceCommands;
+extern const std::span<const Command> kTimeCommands;
+extern const std::span<const Command> kInputCommands;
+extern const std::span<const Command> kScreenCommands;
+extern const std::span<const Command> kPageCommands;
 
 inline CommandResult failed(const std::string& error) {
     return {error, {}};

@@ -24,9 +24,8 @@ constexpr Command kLocalCommands[] = {
 const std::vector<Command>& commands() {
     static const auto& all = *new const std::vector<Command>([] {
         std::vector<Command> joined(std::begin(kLocalCommands), std::end(kLocalCommands));
-        for (const auto& rows :
-             {worldCommands(), serviceCommands(), deviceCommands(), timeCommands(), inputCommands(),
-              screenCommands(), pageCommands()}) {
+        for (const auto& rows : {kWorldCommands, kServiceCommands, kDeviceCommands, kTimeCommands,
+                                 kInputCommands, kScreenCommands, kPageCommands}) {
             joined.insert(joined.end(), rows.begin(), rows.end());
         }
         return joined;
@@ -59,8 +58,7 @@ std::string unknownCommand(std::string_view word, std::vector<std::string> names
 }
 
 const Command* findCommand(std::string_view name) {
-    const auto found = std::find_if(commands().begin(), commands().end(),
-                                    [name](const Command& one) { return one.name == name; });
+    const auto found = std::ranges::find(commands(), name, &Command::name);
     return found != commands().end() ? &*found : nullptr;
 }
 
@@ -165,10 +163,8 @@ std::string fileNamedIn(const std::string& line) {
 
 bool looksAtScreen(const std::string& line) {
     const Command* command = readLine(line).command;
-    const auto rows = screenCommands();
-    return command != nullptr && std::any_of(rows.begin(), rows.end(), [=](const Command& row) {
-               return row.name == command->name;
-           });
+    return command != nullptr && std::ranges::find(kScreenCommands, command->name,
+                                                   &Command::name) != kScreenCommands.end();
 }
 
 std::string commandsHelp() {

@@ -107,7 +107,7 @@ CommandResult watchAll(Words) {
     return {{}, follow().lines, follow};
 }
 
-constexpr Command kDeviceCommands[] = {
+constexpr Command kDeviceRows[] = {
     {"set property", "PROPERTY VALUE", "Set a system property.", setProperty},
     {"set appinfo", "KEY VALUE", "Set a value of the application's information.", setAppinfo},
     {"set preference", "PREFERENCE JSON", "Store one of the user's preferences.", setPreference},
@@ -126,8 +126,6 @@ constexpr Command kDeviceCommands[] = {
 
 }  // namespace
 
-std::span<const Command> deviceCommands() {
-    return kDeviceCommands;
-}
+constinit const std::span<const Command> kDeviceCommands = kDeviceRows;
 
 }  // namespace tavsim

@@ -10,28 +10,25 @@
 namespace tavsim {
 namespace {
 
-CommandResult resultOf(const char* command, bool isDone, const std::string& error) {
-    return isDone ? CommandResult() : failed(std::string(command) + ": " + error);
+// What came of the input, which the function sends and says why it cannot.
+template <typename Function>
+CommandResult sent(const char* command, const Function& send) {
+    std::string error;
+    return send(&error) ? CommandResult() : failed(std::string(command) + ": " + error);
+}
+
+CommandResult sent(const char* command, const input::KeyStrokes& strokes) {
+    return sent(command, [&](std::string* error) {
+        return input::sendEvents(strokes.events(), noteOwnEvent, error);
+    });
 }
 
 using TouchFunction = bool (*)(const Point& point, std::string* error);
 
-TouchFunction touchFunction(std::string_view name) {
-    if (name == "down") {
-        return touchDown;
-    }
-    if (name == "move") {
-        return touchMove;
-    }
-    return touchUp;
-}
-
 CommandResult touchAt(const char* command, TouchFunction function, Words words) {
     Point point;
     words.takeNumbers(&point.x, &point.y);
-    std::string error;
-    const bool isDone = function(point, &error);
-    return resultOf(command, isDone, error);
+    return sent(command, [&](std::string* error) { return function(point, error); });
 }
 
 CommandResult pressKey(Words words) {
@@ -39,7 +36,7 @@ CommandResult pressKey(Words words) {
     std::string error;
     const std::optional<SDLKey> key = input::keyNamed(words.rest(), &error);
     if (!key) {
-        return resultOf("key", false, error);
+        return failed("key: " + error);
     }
     input::KeyStrokes strokes;
     if (action != "up") {
@@ -48,20 +45,21 @@ CommandResult pressKey(Words words) {
     if (action != "down") {
         strokes.release(*key);
     }
-    const bool isDone = input::sendEvents(strokes.events(), noteOwnEvent, &error);
-    return resultOf("key", isDone, error);
+    return sent("key", strokes);
 }
 
 CommandResult typeText(Words words) {
     input::KeyStrokes strokes;
     std::string error;
-    const bool isDone = strokes.type(std::string(words.rest()), &error) &&
-                        input::sendEvents(strokes.events(), noteOwnEvent, &error);
-    return resultOf("text", isDone, error);
+    const bool isTyped = strokes.type(std::string(words.rest()), &error);
+    return isTyped ? sent("text", strokes) : failed("text: " + error);
 }
 
 CommandResult touch(Words words) {
-    const TouchFunction function = touchFunction(words.next());
+    const std::string_view action = words.next();
+    const TouchFunction function = action == "down"   ? touchDown
+                                   : action == "move" ? touchMove
+                                                      : touchUp;
     return touchAt("touch", function, words);
 }
 
@@ -74,26 +72,21 @@ CommandResult drag(Words words) {
     Point to;
     words.takeNumbers(&from.x, &from.y, &to.x, &to.y);
     const Milliseconds time = readTime(words.next()).value_or(0);
-    std::string error;
-    const bool isDone = dragFinger(from, to, time, &error);
-    CommandResult result = resultOf("drag", isDone, error);
+    CommandResult result =
+        sent("drag", [&](std::string* error) { return dragFinger(from, to, time, error); });
     result.lasts = time;
     return result;
 }
 
 CommandResult window(Words words) {
-    std::string error;
-    const bool isDone = words.next() == "minimize" ? minimizeWindow(&error) : restoreWindow(&error);
-    return resultOf("window", isDone, error);
+    return sent("window", words.next() == "minimize" ? minimizeWindow : restoreWindow);
 }
 
 CommandResult quit(Words) {
-    std::string error;
-    const bool isDone = askToQuit(&error);
-    return resultOf("quit", isDone, error);
+    return sent("quit", askToQuit);
 }
 
-constexpr Command kInputCommands[] = {
+constexpr Command kInputRows[] = {
     {"key", "down|up|tap NAME", "Press a key, release it, or both; named as SDL_GetKeyName() does.",
      pressKey},
     {"text", "TEXT", "Type the text, key by key.", typeText},
@@ -107,8 +100,6 @@ constexpr Command kInputCommands[] = {
 
 }  // namespace
 
-std::span<const Command> inputCommands() {
-    return kInputCommands;
-}
+constinit const std::span<const Command> kInputCommands = kInputRows;
 
 }  // namespace tavsim

@@ -50,15 +50,13 @@ CommandResult pageCall(Words words) {
     return reply->isException ? exception(reply->text) : CommandResult{{}, reply->text + "\n"};
 }
 
-constexpr Command kPageCommands[] = {
+constexpr Command kPageRows[] = {
     {"page call", "METHOD [ARGUMENT...]",
      "Call a method of the application as its page does, and show the reply.", pageCall},
 };
 
 }  // namespace
 
-std::span<const Command> pageCommands() {
-    return kPageCommands;
-}
+constinit const std::span<const Command> kPageCommands = kPageRows;
 
 }  // namespace tavsim

@@ -120,7 +120,7 @@ CommandResult frame(Words /*words*/) {
     return result;
 }
 
-constexpr Command kScreenCommands[] = {
+constexpr Command kScreenRows[] = {
     {"screenshot", "PNG", "Store what the application shows as a PNG.", screenshot},
     {"picture", "PNG [TOLERANCE]",
      "Compare what the application shows with a PNG; a channel may differ by so much, of 255.",
@@ -137,8 +137,6 @@ void setPictureOptions(PictureOptions given) {
     options() = std::move(given);
 }
 
-std::span<const Command> screenCommands() {
-    return kScreenCommands;
-}
+constinit const std::span<const Command> kScreenCommands = kScreenRows;
 
 }  // namespace tavsim

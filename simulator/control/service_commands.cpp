@@ -75,7 +75,7 @@ CommandResult fail(Words words) {
     return {};
 }
 
-constexpr Command kServiceCommands[] = {
+constexpr Command kServiceRows[] = {
     {"reply", "URI TEXT", "Send a reply to every open call and subscription of the service.",
      reply},
     {"answer", "URI TEXT",
@@ -97,9 +97,7 @@ constexpr Command kServiceCommands[] = {
 
 }  // namespace
 
-std::span<const Command> serviceCommands() {
-    return kServiceCommands;
-}
+constinit const std::span<const Command> kServiceCommands = kServiceRows;
 
 CommandResult replyToAll(const std::string& uri, const std::string& text) {
     const std::vector<int> tokens = openBusCalls(uri);

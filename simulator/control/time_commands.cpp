@@ -46,7 +46,7 @@ CommandResult setSpeed(Words words) {
     return {};
 }
 
-constexpr Command kTimeCommands[] = {
+constexpr Command kTimeRows[] = {
     {"pause", "",
      "Hold the application where it handles its events, in virtual time or in a recording.",
      pauseApplication, true},
@@ -60,8 +60,6 @@ constexpr Command kTimeCommands[] = {
 
 }  // namespace
 
-std::span<const Command> timeCommands() {
-    return kTimeCommands;
-}
+constinit const std::span<const Command> kTimeCommands = kTimeRows;
 
 }  // namespace tavsim

@@ -137,7 +137,7 @@ CommandResult track(Words words) {
     return result;
 }
 
-constexpr Command kWorldCommands[] = {
+constexpr Command kWorldRows[] = {
     {"compass", "INT DOUBLE DOUBLE", "Deliver a compass reading.", compass},
     {"compass follow", "on|off", "Let the compass point where the device is heading, or not.",
      compassFollow},
@@ -162,8 +162,6 @@ constexpr Command kWorldCommands[] = {
 
 }  // namespace
 
-std::span<const Command> worldCommands() {
-    return kWorldCommands;
-}
+constinit const std::span<const Command> kWorldCommands = kWorldRows;
 
 }  // namespace tavsim
