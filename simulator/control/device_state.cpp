@@ -44,6 +44,16 @@ std::string jsonOf(const std::map<std::string, std::string>& values) {
     return json.endObject().take();
 }
 
+template <typename Texts>
+std::string listOf(const Texts& texts) {
+    JsonWriter json;
+    json.beginArray();
+    for (const std::string& text : texts) {
+        json.value(text);
+    }
+    return json.endArray().take();
+}
+
 // The database may have been made by something else, and hold anything.
 std::string preferencesJson() {
     simdjson::dom::parser parser;
@@ -56,15 +66,6 @@ std::string preferencesJson() {
                                                    : json.value(value);
     }
     return json.endObject().take();
-}
-
-std::string refusedJson() {
-    JsonWriter json;
-    json.beginArray();
-    for (const std::string& request : refusedRequests()) {
-        json.value(request);
-    }
-    return json.endArray().take();
 }
 
 const char* paceName() {
@@ -136,15 +137,7 @@ std::string screenJson() {
 
 std::string pageJson() {
     const std::shared_ptr<Page> page = livingPage();
-    if (page == nullptr) {
-        return "null";
-    }
-    JsonWriter json;
-    json.beginObject().key("methods").beginArray();
-    for (const std::string& method : page->methods()) {
-        json.value(method);
-    }
-    return json.endArray().endObject().take();
+    return page != nullptr ? R"({"methods":)" + listOf(page->methods()) + "}" : "null";
 }
 
 }  // namespace
@@ -169,7 +162,7 @@ std::vector<std::pair<const char*, std::string>> stateMembers() {
             {"page", pageJson()},
             {"openCalls", jsonOf(openBusCalls({}).size())},
             {"battery", batteryPercent().value_or("null")},
-            {"refused", refusedJson()},
+            {"refused", listOf(refusedRequests())},
             {"state", jsonOf(deviceState())}};
 }
 
