@@ -78,9 +78,7 @@ void serve(Clients::iterator client) {
 
 // The client that is the first to go.
 Clients::iterator leastClient() {
-    return std::min_element(
-        control().clients.begin(), control().clients.end(),
-        [](const auto& one, const auto& other) { return one.standing() < other.standing(); });
+    return std::ranges::min_element(control().clients, {}, &ControlClient::standing);
 }
 
 // Accepts only as many waiting clients as there is room for, so that each client is served once

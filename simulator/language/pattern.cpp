@@ -164,8 +164,7 @@ std::optional<Milliseconds> readTime(std::string_view word) {
     const char* const end = word.data() + word.size();
     const auto [at, problem] = std::from_chars(word.data(), end, number, std::chars_format::fixed);
     const std::string_view name = word.substr(static_cast<size_t>(at - word.data()));
-    const Unit* unit = std::find_if(std::begin(kUnits), std::end(kUnits),
-                                    [name](const Unit& one) { return one.name == name; });
+    const Unit* unit = std::ranges::find(kUnits, name, &Unit::name);
     if (problem != std::errc() || unit == std::end(kUnits) || std::signbit(number)) {
         return std::nullopt;
     }
@@ -232,9 +231,7 @@ std::string textOf(const MemberPattern& condition) {
     if (condition.comparison == Comparison::Near) {
         return std::string(kNear) + " " + condition.glob;
     }
-    const auto* sign = std::find_if(std::begin(kSigns), std::end(kSigns), [&](const Sign& one) {
-        return one.comparison == condition.comparison;
-    });
+    const Sign* sign = std::ranges::find(kSigns, condition.comparison, &Sign::comparison);
     return condition.member + std::string(sign->text) + condition.glob;
 }
 

@@ -187,8 +187,7 @@ constexpr Kind kKinds[] = {
 };
 
 const Kind* findKind(std::string_view name) {
-    const auto* found = std::find_if(std::begin(kKinds), std::end(kKinds),
-                                     [name](const Kind& one) { return one.name == name; });
+    const Kind* found = std::ranges::find(kKinds, name, &Kind::name);
     return found != std::end(kKinds) ? found : nullptr;
 }
 

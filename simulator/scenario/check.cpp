@@ -72,8 +72,7 @@ private:
 };
 
 bool isLike(const std::vector<std::string>& names, std::string_view glob) {
-    return std::any_of(names.begin(), names.end(),
-                       [glob](const std::string& name) { return matchesGlob(name, glob); });
+    return std::ranges::any_of(names, [glob](const auto& name) { return matchesGlob(name, glob); });
 }
 
 Known::Known(const Scenario& scenario, const Profile& profile) {

@@ -54,9 +54,8 @@ std::string Entries::whyNone(const Pattern& pattern, const Step& step) const {
 }
 
 void Entries::count(const Pattern& pattern) {
-    m_counts[&pattern] =
-        std::count_if(journalLines().begin(), journalLines().end(),
-                      [&](const std::string& line) { return matches(line, pattern); });
+    m_counts[&pattern] = std::ranges::count_if(
+        journalLines(), [&](const std::string& line) { return matches(line, pattern); });
 }
 
 void Entries::stopSeeking() {

@@ -101,23 +101,20 @@ bool Parameters::fillIn(std::string* text, size_t mostBytes, std::string* error)
 }
 
 bool Parameters::areUsed(size_t aside, std::string* error) const {
-    const auto unused =
-        std::find_if(m_all.begin() + static_cast<std::ptrdiff_t>(aside), m_all.end(),
-                     [](const Parameter& each) { return !each.isUsed; });
+    const auto unused = std::ranges::find(m_all.begin() + static_cast<std::ptrdiff_t>(aside),
+                                          m_all.end(), false, &Parameter::isUsed);
     return unused == m_all.end() ||
            fail("nothing uses the parameter " + base::quoted(unused->name), error);
 }
 
 Parameters::Parameter* Parameters::find(std::string_view name) {
-    const auto found = std::find_if(m_all.begin(), m_all.end(),
-                                    [name](const Parameter& each) { return each.name == name; });
+    const auto found = std::ranges::find(m_all, name, &Parameter::name);
     return found != m_all.end() ? &*found : nullptr;
 }
 
 std::string Parameters::whyUnknown(std::string_view name) const {
     std::vector<std::string> names;
-    std::transform(m_all.begin(), m_all.end(), std::back_inserter(names),
-                   [](const Parameter& each) { return each.name; });
+    std::ranges::transform(m_all, std::back_inserter(names), &Parameter::name);
     const std::string meant = base::suggestion(name, names);
     return "no parameter " + base::quoted(name) + " is given" + m_giver +
            (meant.empty() ? "; $${ stands for a literal ${" : meant);

@@ -53,14 +53,8 @@ Milliseconds rounded(Uint32 interval) {
     return std::max<Milliseconds>(ticks, 1) * kResolution;
 }
 
-bool isEarlier(const Timer& left, const Timer& right) {
-    return left.due < right.due;
-}
-
 std::vector<Timer>::iterator find(SDL_TimerID id) {
-    auto& all = timers().all;
-    return std::find_if(all.begin(), all.end(),
-                        [id](const Timer& timer) { return timer.id == id; });
+    return std::ranges::find(timers().all, id, &Timer::id);
 }
 
 std::optional<Timer> first() {
@@ -69,7 +63,7 @@ std::optional<Timer> first() {
     if (!all.empty() && !areTimersInitialized()) {
         all.clear();
     }
-    const auto found = std::min_element(all.begin(), all.end(), isEarlier);
+    const auto found = std::ranges::min_element(all, {}, &Timer::due);
     return found != all.end() ? std::optional(*found) : std::nullopt;
 }
 
