@@ -1,8 +1,6 @@
 #include "screen/changes.h"
 
 #include <algorithm>
-#include <cstring>
-#include <iterator>
 #include <string_view>
 #include <utility>
 #include <vector>

@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <initializer_list>
 #include <mutex>
-#include <optional>
 #include <string_view>
 #include <utility>
 

@@ -8,7 +8,6 @@
 #include "base/json/text.h"
 #include "simulator/bus/payload.h"
 #include "simulator/device/running.h"
-#include "simulator/time/clock.h"
 
 namespace dom = simdjson::dom;
 

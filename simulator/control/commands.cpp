@@ -8,7 +8,6 @@
 #include "base/suggestion.h"
 #include "simulator/control/command.h"
 #include "simulator/language/usage.h"
-#include "simulator/time/clock.h"
 
 namespace tavsim {
 namespace {

@@ -1,6 +1,5 @@
 #include "simulator/control/control.h"
 
-#include <fcntl.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>

@@ -1,6 +1,5 @@
 #include "simulator/control/control_client.h"
 
-#include <string>
 #include <utility>
 
 namespace tavsim {

@@ -4,7 +4,6 @@
 #include <memory>
 #include <vector>
 
-#include "simulator/bus/bus.h"
 #include "simulator/bus/services.h"
 #include "simulator/control/command.h"
 #include "simulator/host/compass.h"

@@ -4,7 +4,6 @@
 #include <map>
 #include <string>
 
-#include "platform/visibility.h"
 #include "simulator/device/profile.h"
 
 namespace tavsim {

@@ -13,7 +13,6 @@
 #include "simulator/control/control.h"
 #include "simulator/device/refusals.h"
 #include "simulator/device/state.h"
-#include "simulator/front/pump.h"
 #include "simulator/input/window.h"
 #include "simulator/page/plugin.h"
 #include "simulator/scenario/player.h"

@@ -5,7 +5,6 @@
 #include <cstring>
 #include <filesystem>
 #include <optional>
-#include <utility>
 #include <vector>
 
 #include "base/file.h"

@@ -1,6 +1,5 @@
 #include "simulator/time/queue.h"
 
-#include <cstdint>
 #include <map>
 #include <utility>
 
