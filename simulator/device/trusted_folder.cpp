@@ -1,5 +1,6 @@
 #include "simulator/device/trusted_folder.h"
 
+#include <glib.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -123,14 +124,8 @@ std::string whyNotTrusted(const std::string& root) {
 }  // namespace
 
 bool makeFolders(const std::string& path) {
-    constexpr mode_t kOnlyUserWrites = 0755;
-    for (size_t slash = path.find('/', 1); slash != std::string::npos;
-         slash = path.find('/', slash + 1)) {
-        mkdir(path.substr(0, slash).c_str(), kOnlyUserWrites);
-    }
-    mkdir(path.c_str(), kOnlyUserWrites);
-    std::error_code problem;
-    return fs::is_directory(path, problem);
+    constexpr int kOnlyUserWrites = 0755;
+    return g_mkdir_with_parents(path.c_str(), kOnlyUserWrites) == 0;
 }
 
 std::string makeTrustedRoot(const std::string& path) {
