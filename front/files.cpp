@@ -43,6 +43,14 @@ const char* realPath(const char* path, std::string* redirected) {
     return realPath(path, path != nullptr && isDevicePath(path), redirected);
 }
 
+// Whether a folder is one of the device's, or a parent of the roles' folder, which the library
+// creates too.
+bool isDeviceFolder(const char* path) {
+    const bool isAbove =
+        std::ranges::find(kFoldersAbove, std::string_view(path)) != std::end(kFoldersAbove);
+    return isAbove || isDevicePath(path);
+}
+
 }  // namespace
 
 bool isDevicePath(const char* path) {
@@ -50,11 +58,6 @@ bool isDevicePath(const char* path) {
     return view == kDatabase || view == kUniqueId || isIn(view, kRoles) || isIn(view, kTemplates);
 }
 
-bool isDeviceFolder(const char* path) {
-    const bool isAbove =
-        std::ranges::find(kFoldersAbove, std::string_view(path)) != std::end(kFoldersAbove);
-    return isAbove || isDevicePath(path);
-}
 }  // namespace front
 
 // The functions are defined by their symbol names: the headers of libc declare them with attributes

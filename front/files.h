@@ -23,10 +23,6 @@ inline constexpr char kNowhere[] = "/dev/null/none";
 // Whether a path is one of these, or is inside of one that is a folder.
 bool isDevicePath(const char* path);
 
-// Whether a folder is one of these, or a parent of the roles' folder, which the library creates
-// too.
-bool isDeviceFolder(const char* path);
-
 // The following is defined by the implementation of platform/. It is called on any thread, even
 // before the implementation's static constructors have run.
 

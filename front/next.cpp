@@ -34,6 +34,12 @@ bool isOvertaken(const char* name) {
     return found != nullptr && found == reinterpret_cast<void*>(nextFunction<void()>(name));
 }
 
+// Whether symbol lookup finds no other implementation of platform/ before this one.
+bool isFirst() {
+    return objectOf(dlsym(RTLD_DEFAULT, "tav_front_next")) ==
+           objectOf(reinterpret_cast<void*>(&findNext));
+}
+
 }  // namespace
 
 const void* objectOf(const void* function) {
@@ -56,11 +62,6 @@ void* findNext(const char* name) {
     // No library comes after one that was linked last. Nobody calls its functions then, and a
     // search from the start finds the others.
     return dlsym(RTLD_DEFAULT, name);
-}
-
-bool isFirst() {
-    return objectOf(dlsym(RTLD_DEFAULT, "tav_front_next")) ==
-           objectOf(reinterpret_cast<void*>(&findNext));
 }
 
 // The second look-up is for a program that loads the library with RTLD_LOCAL.

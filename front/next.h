@@ -33,9 +33,6 @@ bool usesLibrary();
 // first or loaded the library late. Null when there is none.
 const char* firstOvertaken();
 
-// Whether symbol lookup finds no other implementation of platform/ before this one.
-bool isFirst();
-
 // Whether the SDL of this process is version 1.2. Other versions have functions of the same names,
 // and a program that uses them does not use the library.
 bool isSdl12();

@@ -49,7 +49,7 @@ std::optional<size_t> queueRoom() {
 bool sendEvents(const std::vector<SDL_Event>& events, EventObserver observer, std::string* error) {
     const std::optional<size_t> room = queueRoom();
     if (!room) {
-        *error = kNoEventQueue;
+        *error = "the application has no event queue";
         return false;
     }
     if (events.size() > *room) {

@@ -13,7 +13,6 @@ namespace input {
 // How many events SDL's queue has room for. Nothing while there is no queue, because SDL's video is
 // not initialized.
 std::optional<size_t> queueRoom();
-inline constexpr char kNoEventQueue[] = "the application has no event queue";
 
 // Is told each event before it is pushed.
 using EventObserver = void (*)(const SDL_Event& event);

@@ -151,10 +151,6 @@ void keepNoMoreThanIsWatched() {
 
 }  // namespace
 
-bool areFramesWatched() {
-    return front::g_areFramesWatched;
-}
-
 void keepFrame() {
     static const auto videoSurface = TAV_FRONT_NEXT(SDL_GetVideoSurface);
     const SDL_Surface* surface = videoSurface();

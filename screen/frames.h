@@ -12,8 +12,6 @@
 
 namespace screen {
 
-bool areFramesWatched();
-
 // Reads the frame in the back buffer, if the thread has an OpenGL context. Called by the thread
 // that draws, before each swap, while frames are watched.
 void keepFrame();

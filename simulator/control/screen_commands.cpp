@@ -2,7 +2,7 @@
 #include <filesystem>
 #include <utility>
 
-#include "screen/frames.h"
+#include "front/events.h"
 #include "screen/screen.h"
 #include "simulator/control/command.h"
 #include "simulator/screen/picture.h"
@@ -78,7 +78,7 @@ CommandResult comparedWith(const Picture& screen, const Picture& stored, const s
 
 CommandResult notSeen(const std::string& error) {
     CommandResult result = failed(error);
-    result.isEarly = screen::areFramesWatched();
+    result.isEarly = front::g_areFramesWatched;
     return result;
 }
 

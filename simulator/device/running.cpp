@@ -34,24 +34,8 @@ bool saysWhetherInFront() {
     return problem.empty();
 }
 
-void startFromEnvironment() {
-    Profile newProfile;
-    Options options;
-    std::string error;
-    if (!environmentSetup(&newProfile, &options, &error) ||
-        !startDevice(std::move(newProfile), options, &error)) {
-        endProgram(error);
-    }
-    const std::string fault = environment("TAVSIM_FAIL");
-    if (!fault.empty() && !setFaultFromText(fault)) {
-        endProgram("TAVSIM_FAIL: \"" + fault +
-                   "\" is not allocation, dispatch, host or read, a colon and a number, "
-                   "with or without a + behind it");
-    }
-}
-
-}  // namespace
-
+// Reads the TAVSIM_… variables, and the application's appinfo.json, whose values replace those of
+// the profile. False, with a line in `error`, when one of them is wrong.
 bool environmentSetup(Profile* newProfile, Options* options, std::string* error) {
     const std::string path = profilePath(environment("TAVSIM_DEVICE", kDefaultDevice));
     std::optional<Profile> read = readProfile(path, error);
@@ -80,6 +64,24 @@ bool environmentSetup(Profile* newProfile, Options* options, std::string* error)
     }
     return true;
 }
+
+void startFromEnvironment() {
+    Profile newProfile;
+    Options options;
+    std::string error;
+    if (!environmentSetup(&newProfile, &options, &error) ||
+        !startDevice(std::move(newProfile), options, &error)) {
+        endProgram(error);
+    }
+    const std::string fault = environment("TAVSIM_FAIL");
+    if (!fault.empty() && !setFaultFromText(fault)) {
+        endProgram("TAVSIM_FAIL: \"" + fault +
+                   "\" is not allocation, dispatch, host or read, a colon and a number, "
+                   "with or without a + behind it");
+    }
+}
+
+}  // namespace
 
 std::string whyNotInFront() {
     const char* overtaken = front::firstOvertaken();

@@ -53,8 +53,4 @@ bool changeDevice(const std::function<bool()>& change);
 // program's libraries may run before those of this one, and already use the device.
 bool startDevice(Profile newProfile, const Options& options, std::string* error);
 
-// Reads the TAVSIM_… variables, and the application's appinfo.json, whose values replace those of
-// the profile. False, with a line in `error`, when one of them is wrong.
-bool environmentSetup(Profile* newProfile, Options* options, std::string* error);
-
 }  // namespace tavsim

@@ -137,10 +137,6 @@ void beginQuestion(bridge::MessageKind kind) {
     addInt(kOnlyQuestion);
 }
 
-void addBool(bool value) {
-    conversation().written.writeBool(value);
-}
-
 void addInt(int value) {
     conversation().written.writeInt(value);
 }

@@ -24,7 +24,6 @@ constexpr int kDeviceSocket = 3;
 // sent is dropped when the next begins.
 void beginMessage(bridge::MessageKind kind);
 void beginQuestion(bridge::MessageKind kind);  // with its number
-void addBool(bool value);
 void addInt(int value);
 void addText(EngineText text);
 void sendMessage();
