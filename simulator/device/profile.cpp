@@ -62,8 +62,7 @@ json::Reader refusals(std::set<std::string>* target) {
         target->clear();
         json::eachElement(value, [target](const json::Value& each) {
             std::string request;
-            const json::Reader name = json::text(&request);
-            name(each);
+            json::text (&request)(each);
             if (!canBeRefused(request)) {
                 each.fail(base::quoted(request) + " is nothing that the host can refuse");
             }
@@ -179,8 +178,7 @@ bool readOver(Profile* profile, const std::string& document, const std::string& 
 void readBase(Profile* profile, const json::Value& name, const fs::path& folder,
               const Files& extending) {
     std::string base;
-    const json::Reader text = json::text(&base);
-    text(name);
+    json::text (&base)(name);
     const fs::path path = folder / profilePath(base);
     const Files files = withFile(path, extending);
     std::string error;

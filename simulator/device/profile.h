@@ -1,12 +1,12 @@
 // The description of a simulated device, and the reading of profile files.
 #pragma once
 
+#include <compare>
 #include <functional>
 #include <map>
 #include <optional>
 #include <set>
 #include <string>
-#include <tuple>
 #include <vector>
 
 #include "platform/visibility.h"
@@ -27,9 +27,7 @@ struct ServiceCommand {
     std::vector<std::string> words;
     std::string folder;  // its working directory
 
-    bool operator<(const ServiceCommand& other) const {
-        return std::tie(words, folder) < std::tie(other.words, other.folder);
-    }
+    auto operator<=>(const ServiceCommand&) const = default;
 };
 
 // A bus service. A subscription receives the replies in order, one every `every` milliseconds, and

@@ -95,8 +95,7 @@ void readCases(Service* service, const json::Value& value) {
         each->every = service->every;
         return answerReader(each, {{"when", json::members(&each->when, payloadPattern)}});
     };
-    const json::Reader cases = json::list(&service->cases, caseReader);
-    cases(value);
+    json::list(&service->cases, caseReader)(value);
 }
 
 }  // namespace
