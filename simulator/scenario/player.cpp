@@ -201,7 +201,13 @@ bool Player::isDone(const Step& step) {
         startPhase();
         m_isActing = true;
     }
-    return std::visit([this](const auto& action) { return isDone(action); }, step.action);
+    const bool isThrough =
+        std::visit([this](const auto& action) { return isDone(action); }, step.action);
+    // The next step has begun before a command runs.
+    if (isThrough && !std::holds_alternative<CommandLine>(step.action)) {
+        startNextStep();
+    }
+    return isThrough;
 }
 
 bool Player::isDone(const CommandLine& command) {
@@ -222,17 +228,12 @@ bool Player::isDone(const CommandLine& command) {
 }
 
 bool Player::isDone(const ExpectEntries& expected) {
-    if (!haveCome(expected.patterns, expected.within, expected.lines)) {
-        return false;
-    }
-    startNextStep();
-    return true;
+    return haveCome(expected.patterns, expected.within, expected.lines);
 }
 
 bool Player::isDone(const ExpectCount& expected) {
     const std::string count = std::to_string(m_entries.countOf(expected.pattern));
     if (meets(count, expected.count)) {
-        startNextStep();
         return true;
     }
     if (hasPassed(after(m_since, expected.within))) {
@@ -244,7 +245,6 @@ bool Player::isDone(const ExpectCount& expected) {
 bool Player::isDone(const ExpectNoEntry& expected) {
     if (!expected.time) {
         m_entries.ban(step(), expected.pattern);
-        startNextStep();
         return true;
     }
     m_entries.seekInFuture(expected.pattern);
@@ -252,11 +252,7 @@ bool Player::isDone(const ExpectNoEntry& expected) {
         fail(step(), "the journal has " + shownEntry(m_entries.lastFound()));
         return false;
     }
-    if (!hasPassed(after(m_since, *expected.time))) {
-        return false;
-    }
-    startNextStep();
-    return true;
+    return hasPassed(after(m_since, *expected.time));
 }
 
 bool Player::isDone(const ExpectState& expected) {
@@ -266,15 +262,12 @@ bool Player::isDone(const ExpectState& expected) {
     });
     if (!holds) {
         fail(step(), whatIsThere(expected.name));
-        return false;
     }
-    startNextStep();
-    return true;
+    return holds;
 }
 
 bool Player::isDone(const ExpectEnd& expected) {
     if (m_hasEnded) {
-        startNextStep();
         return true;
     }
     if (hasPassed(after(m_since, expected.within))) {

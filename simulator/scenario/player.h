@@ -47,7 +47,8 @@ private:
     void finish();
     void fail(const Step& failing, const std::string& reason, const Pattern* pattern = nullptr);
 
-    // Each does what can be done now, and returns false while it has to wait.
+    // Each does what can be done now, and returns false while it has to wait. When a step is done,
+    // the next one begins.
     bool isDone(const Step& step);
     bool isItsTurn(const AtTime& turn) { return !m_isStarting && hasPassed(turn.time); }
     bool isItsTurn(const AfterTime& turn) { return hasPassed(after(m_since, turn.time)); }
