@@ -85,16 +85,25 @@ bool isFault(int fault) {
            fail(false, "there is no such fault");
 }
 
-bool canFail(int fault, int n) {
-    return isFault(fault) && (n >= 0 || fail(false, "things are counted from 1"));
-}
-
 Fault faultFrom(int fault) {
     static_assert(TAVSIM_ALLOCATION == static_cast<int>(Fault::Allocation) &&
                   TAVSIM_DISPATCH == static_cast<int>(Fault::Dispatch) &&
                   TAVSIM_HOST == static_cast<int>(Fault::HostRequest) &&
                   TAVSIM_READ == static_cast<int>(Fault::Read));
     return static_cast<Fault>(fault);
+}
+
+int planFault(int fault, int n, void (*plan)(Fault fault, int n)) {
+    return guarded(kFailed, isDeviceThere, [&] {
+        if (!isFault(fault)) {
+            return kFailed;
+        }
+        if (n < 0) {
+            return fail(kFailed, "things are counted from 1");
+        }
+        plan(faultFrom(fault), n);
+        return 0;
+    });
 }
 
 }  // namespace
@@ -225,23 +234,11 @@ int TAVSim_FindEntry(const char* pattern, int from) {
 }
 
 int TAVSim_FailNth(int fault, int n) {
-    return guarded(kFailed, isDeviceThere, [&] {
-        if (!canFail(fault, n)) {
-            return kFailed;
-        }
-        device().failNth(faultFrom(fault), n);
-        return 0;
-    });
+    return planFault(fault, n, failNthFault);
 }
 
 int TAVSim_FailFrom(int fault, int n) {
-    return guarded(kFailed, isDeviceThere, [&] {
-        if (!canFail(fault, n)) {
-            return kFailed;
-        }
-        device().failFrom(faultFrom(fault), n);
-        return 0;
-    });
+    return planFault(fault, n, failFaultsFrom);
 }
 
 int TAVSim_Occurrences(int fault) {
