@@ -120,8 +120,8 @@ std::vector<RunningDevice> runningDevices(
     }
     std::ranges::sort(devices, {}, &RunningDevice::root);
     // Devices that were killed leave their links to a root folder where another one runs.
-    const auto repeated = std::ranges::unique(devices, {}, &RunningDevice::root);
-    devices.erase(repeated.begin(), repeated.end());
+    const auto isSame = [](const auto& left, const auto& right) { return left.root == right.root; };
+    devices.erase(std::unique(devices.begin(), devices.end(), isSame), devices.end());
     return devices;
 }
 
