@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <filesystem>
 
+#include "base/environment.h"
 #include "bridge/page_file.h"
 #include "simulator/interface/device.h"
 #include "tools/process/picture.h"
@@ -40,15 +41,10 @@ std::string join(const std::string& first, const std::string& second) {
     return first + (first.empty() || second.empty() ? "" : ":") + second;
 }
 
-std::string userValue(const char* name) {
-    const char* value = std::getenv(name);
-    return value != nullptr ? value : std::string();
-}
-
 // Without a display, SDL 1.2 draws with letters into the terminal.
 void drawNowhereWithoutDisplay() {
     for (const char* name : {"SDL_VIDEODRIVER", "DISPLAY", "WAYLAND_DISPLAY"}) {
-        if (!userValue(name).empty()) {
+        if (!base::environment(name).empty()) {
             return;
         }
     }
@@ -113,8 +109,8 @@ void setEnvironment(const RunRequest& request, const std::string& root,
 }
 
 void preload(const std::string& library) {
-    set("LD_PRELOAD", join(library, userValue("LD_PRELOAD")));
-    set("ASAN_OPTIONS", join(userValue("ASAN_OPTIONS"), kSanitizerOption));
+    set("LD_PRELOAD", join(library, base::environment("LD_PRELOAD")));
+    set("ASAN_OPTIONS", join(base::environment("ASAN_OPTIONS"), kSanitizerOption));
 }
 
 }  // namespace tools

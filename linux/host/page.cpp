@@ -9,13 +9,13 @@
 #include <climits>
 #include <cstdint>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
 
+#include "base/environment.h"
 #include "base/print_line.h"
 #include "bridge/browser_page.h"
 #include "bridge/calls.h"
@@ -42,8 +42,7 @@ Plugin& plugin() {
 }
 
 std::string socketPath() {
-    const char* path = std::getenv(kVariable);
-    return path != nullptr ? path : "";
+    return base::environment(kVariable);
 }
 
 void stopPolling() {

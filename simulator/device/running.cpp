@@ -1,11 +1,11 @@
 #include "simulator/device/running.h"
 
 #include <atomic>
-#include <cstdlib>
 #include <mutex>
 #include <utility>
 
 #include "base/application_folder.h"
+#include "base/environment.h"
 #include "base/json/appinfo.h"
 #include "base/print_line.h"
 #include "front/events.h"
@@ -21,11 +21,6 @@ std::atomic<bool> g_started = false;
 std::recursive_mutex g_change;
 bool g_changing = false;
 
-std::string environment(const char* name, const char* otherwise = "") {
-    const char* value = std::getenv(name);
-    return value != nullptr ? value : otherwise;
-}
-
 bool saysWhetherInFront() {
     const std::string problem = whyNotInFront();
     if (!problem.empty()) {
@@ -37,7 +32,7 @@ bool saysWhetherInFront() {
 // Reads the TAVSIM_… variables, and the application's appinfo.json, whose values replace those of
 // the profile. False, with a line in `error`, when one of them is wrong.
 bool environmentSetup(Profile* newProfile, Options* options, std::string* error) {
-    const std::string path = profilePath(environment("TAVSIM_DEVICE", kDefaultDevice));
+    const std::string path = profilePath(base::environment("TAVSIM_DEVICE", kDefaultDevice));
     std::optional<Profile> read = readProfile(path, error);
     if (!read) {
         return false;
@@ -49,17 +44,17 @@ bool environmentSetup(Profile* newProfile, Options* options, std::string* error)
     *newProfile = std::move(*read);
     appinfo->merge(newProfile->appinfo);
     newProfile->appinfo = std::move(*appinfo);
-    options->root = environment("TAVSIM_ROOT");
-    options->pageFile = environment("TAVSIM_PAGE");
-    options->journalFile = environment("TAVSIM_JOURNAL");
-    options->scenarioFile = environment("TAVSIM_SCENARIO");
-    options->scenarioRow = environment("TAVSIM_ROW");
-    options->updatePictures = environment("TAVSIM_UPDATE_PICTURES") == "1";
-    options->differences = environment("TAVSIM_DIFFERENCES");
-    options->recordFile = environment("TAVSIM_RECORD");
-    options->virtualTime = environment("TAVSIM_VIRTUAL_TIME") == "1";
-    options->control = environment("TAVSIM_CONTROL") == "1";
-    if (!options->pageFile.empty() || environment("TAVSIM_PLUGIN") == "1") {
+    options->root = base::environment("TAVSIM_ROOT");
+    options->pageFile = base::environment("TAVSIM_PAGE");
+    options->journalFile = base::environment("TAVSIM_JOURNAL");
+    options->scenarioFile = base::environment("TAVSIM_SCENARIO");
+    options->scenarioRow = base::environment("TAVSIM_ROW");
+    options->updatePictures = base::environment("TAVSIM_UPDATE_PICTURES") == "1";
+    options->differences = base::environment("TAVSIM_DIFFERENCES");
+    options->recordFile = base::environment("TAVSIM_RECORD");
+    options->virtualTime = base::environment("TAVSIM_VIRTUAL_TIME") == "1";
+    options->control = base::environment("TAVSIM_CONTROL") == "1";
+    if (!options->pageFile.empty() || base::environment("TAVSIM_PLUGIN") == "1") {
         newProfile->plugin = true;
     }
     return true;
@@ -73,7 +68,7 @@ void startFromEnvironment() {
         !startDevice(std::move(newProfile), options, &error)) {
         endProgram(error);
     }
-    const std::string fault = environment("TAVSIM_FAIL");
+    const std::string fault = base::environment("TAVSIM_FAIL");
     if (!fault.empty() && !setFaultFromText(fault)) {
         endProgram("TAVSIM_FAIL: \"" + fault +
                    "\" is not allocation, dispatch, host or read, a colon and a number, "

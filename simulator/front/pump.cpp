@@ -6,14 +6,13 @@
 #include <atomic>
 #include <chrono>
 #include <climits>
-#include <cstdlib>
 #include <memory>
 #include <optional>
-#include <string_view>
 #include <utility>
 #include <vector>
 
 #include "SDL.h"
+#include "base/environment.h"
 #include "front/events.h"
 #include "front/next.h"
 #include "screen/frames.h"
@@ -114,10 +113,7 @@ void sendQuitAgain() {
 
 // Then a program that handles SDL's events is on the device, whether it uses the library or not.
 bool isShownInPanel() {
-    static const bool isShown = [] {
-        const char* const panel = std::getenv("TAVSIM_PANEL");
-        return panel != nullptr && std::string_view(panel) == "1";
-    }();
+    static const bool isShown = base::environment("TAVSIM_PANEL") == "1";
     return isShown;
 }
 

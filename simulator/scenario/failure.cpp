@@ -2,8 +2,7 @@
 
 #include <unistd.h>
 
-#include <cstdlib>
-
+#include "base/environment.h"
 #include "base/json/writer.h"
 #include "base/print_line.h"
 #include "simulator/control/commands.h"
@@ -16,8 +15,7 @@ namespace {
 
 // On a terminal whose user has not asked for none.
 bool isColoured() {
-    const char* const noColour = std::getenv("NO_COLOR");
-    return isatty(STDERR_FILENO) != 0 && (noColour == nullptr || *noColour == '\0');
+    return isatty(STDERR_FILENO) != 0 && base::environment("NO_COLOR").empty();
 }
 
 }  // namespace

@@ -6,11 +6,10 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
-#include <cstdlib>
 #include <limits>
-#include <string_view>
 #include <thread>
 
+#include "base/environment.h"
 #include "front/events.h"
 #include "simulator/time/pacing.h"
 
@@ -50,15 +49,10 @@ void keepPace(Milliseconds moment) {
     std::this_thread::sleep_until(time);
 }
 
-bool isSet(const char* variable) {
-    const char* value = std::getenv(variable);
-    return value != nullptr && *value != '\0';
-}
-
 __attribute__((constructor)) void startWithProgram() {
-    const char* virtualTime = std::getenv("TAVSIM_VIRTUAL_TIME");
-    const bool isVirtual = virtualTime != nullptr && std::string_view(virtualTime) == "1";
-    startClock(isVirtual ? Pace::Virtual : isSet("TAVSIM_RECORD") ? Pace::Paced : Pace::Real);
+    const bool isVirtual = base::environment("TAVSIM_VIRTUAL_TIME") == "1";
+    const bool isRecorded = !base::environment("TAVSIM_RECORD").empty();
+    startClock(isVirtual ? Pace::Virtual : isRecorded ? Pace::Paced : Pace::Real);
 }
 
 }  // namespace

@@ -23,6 +23,7 @@ extern "C" {  // which the header itself lacks
 
 #include "base/child.h"
 #include "base/descriptor.h"
+#include "base/environment.h"
 #include "base/file.h"
 #include "tools/process/exit_status.h"
 
@@ -137,8 +138,7 @@ Guard::~Guard() {
 }
 
 Members::Members() : m_mark(newMark()) {
-    const char* around = std::getenv(kVariable);
-    setenv(kVariable, ((around != nullptr ? around : "") + m_mark).c_str(), 1);
+    setenv(kVariable, (base::environment(kVariable) + m_mark).c_str(), 1);
 }
 
 // A process that has ended has no environment.
