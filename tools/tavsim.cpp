@@ -1,7 +1,6 @@
 // The command line of the simulated device.
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <charconv>
 #include <cstdio>
 #include <exception>
 #include <string>
@@ -9,6 +8,7 @@
 #include <vector>
 
 #include "base/json/writer.h"
+#include "base/number.h"
 #include "base/suggestion.h"
 #include "journal.h"
 #include "run.h"
@@ -55,12 +55,8 @@ int listDevices(bool asJson) {
 
 // What is wrong with a number of seconds; empty when nothing is.
 std::string isDuration(const std::string& text) {
-    double seconds = 0;
-    const char* const end = text.data() + text.size();
-    const auto read = std::from_chars(text.data(), end, seconds);
-    const bool isValid =
-        read.ec == std::errc() && read.ptr == end && seconds > 0 && seconds <= kLongestTimeout;
-    return isValid ? std::string() : kDurations;
+    const double seconds = base::numberIn<double>(text).value_or(0);
+    return seconds > 0 && seconds <= kLongestTimeout ? std::string() : kDurations;
 }
 
 void addPanelOptions(CLI::App* app, tools::PanelOptions* options) {

@@ -7,7 +7,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <charconv>
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
@@ -25,6 +24,7 @@ extern "C" {  // which the header itself lacks
 #include "base/descriptor.h"
 #include "base/environment.h"
 #include "base/file.h"
+#include "base/number.h"
 #include "tools/process/exit_status.h"
 
 namespace tools {
@@ -175,8 +175,7 @@ void Members::kill() const {
         isNoneNew = true;
         for (const std::string& path : base::entriesOf("/proc")) {
             const std::string name = path.substr(path.rfind('/') + 1);
-            pid_t process = 0;  // of what is no process
-            std::from_chars(name.data(), name.data() + name.size(), process);
+            const pid_t process = base::numberIn<pid_t>(name).value_or(0);  // of what is none
             if (base::Descriptor handle = signalled(process, SIGKILL); handle.isOurs()) {
                 isNoneNew = false;
                 killed.push_back(std::move(handle));
