@@ -12,7 +12,6 @@ import time
 import weakref
 from collections.abc import Iterator, Mapping, Sequence
 from pathlib import Path
-from types import TracebackType
 from typing import Any
 
 from tavsim.journal import Entry, Journal
@@ -110,12 +109,7 @@ class Run:
     def __enter__(self) -> Run:
         return self
 
-    def __exit__(
-        self,
-        kind: type[BaseException] | None,
-        error: BaseException | None,
-        trace: TracebackType | None,
-    ) -> None:
+    def __exit__(self, kind: type[BaseException] | None, *_: object) -> None:
         try:
             if kind is None and not self._is_told:
                 self.end()
@@ -153,14 +147,7 @@ class Run:
             self._raise_if_ended()
             time.sleep(_LOOK_S)
         left = max(deadline - time.monotonic(), _LOOK_S)
-        done = subprocess.run(
-            [self._tool, "ctl", "--root", str(self._root), "--timeout", f"{left:.3f}", line],
-            stdin=subprocess.DEVNULL,
-            capture_output=True,
-            encoding="utf-8",
-            errors="replace",
-            check=False,
-        )
+        done = self._tavsim("ctl", "--root", str(self._root), "--timeout", f"{left:.3f}", line)
         if done.returncode != 0:
             raise Error(reason(done.stderr))
         return done.stdout
@@ -297,6 +284,16 @@ class Run:
                 return
             time.sleep(_LOOK_S)
 
+    def _tavsim(self, *words: str, given: str = "") -> subprocess.CompletedProcess[str]:
+        return subprocess.run(
+            [self._tool, *words],
+            input=given,
+            capture_output=True,
+            encoding="utf-8",
+            errors="replace",
+            check=False,
+        )
+
     def _written(self, name: str) -> str:
         if not self._finish.alive:
             return self._kept[name]
@@ -316,14 +313,8 @@ class Run:
 
     # The index of the first of these entries that matches, or else why there is none.
     def _find(self, wanted: str, start: int, end: int) -> tuple[int | None, str]:
-        found = subprocess.run(
-            [self._tool, "journal", "--number", "/dev/stdin", wanted],
-            input="\n".join(self._journal.lines[start:end]),
-            capture_output=True,
-            encoding="utf-8",
-            errors="replace",
-            check=False,
-        )
+        lines = "\n".join(self._journal.lines[start:end])
+        found = self._tavsim("journal", "--number", "/dev/stdin", wanted, given=lines)
         if found.returncode == _NO_ENTRY:
             return None, found.stderr.strip()
         if found.returncode != 0:
