@@ -1,7 +1,6 @@
 #include "tools/test/test_run.h"
 
 #include <fcntl.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -57,7 +56,7 @@ TestRun::TestRun(const TestRequest& request, const TestCase& what, size_t number
     int ends[2];
     int problem = pipe2(ends, O_CLOEXEC | O_NONBLOCK) == 0 ? 0 : errno;
     if (problem == 0) {
-        m_output = ends[0];
+        m_output = base::Descriptor(ends[0]);
         fcntl(ends[1], F_SETFL, 0);  // which the programs share
         problem = m_process.start(kOwnFile, commandLine(request, what, number), signals,
                                   {ends[1], ends[1], true});
@@ -70,17 +69,11 @@ TestRun::TestRun(const TestRequest& request, const TestCase& what, size_t number
     }
 }
 
-TestRun::~TestRun() {
-    if (m_output >= 0) {
-        close(m_output);
-    }
-}
-
 void TestRun::takeOutput() {
     std::string& text = m_result.output;
     char bytes[1 << 14];
-    for (int reads = 0; m_output >= 0 && reads < kMostReads; ++reads) {
-        const ssize_t taken = read(m_output, bytes, sizeof bytes);
+    for (int reads = 0; output() >= 0 && reads < kMostReads; ++reads) {
+        const ssize_t taken = read(output(), bytes, sizeof bytes);
         if (taken < 0) {
             return;
         }
@@ -89,8 +82,7 @@ void TestRun::takeOutput() {
             text.replace(0, text.size() - kMostOutput, kLeftOut);
         }
         if (taken == 0) {
-            close(m_output);
-            m_output = -1;
+            m_output.close();
         }
     }
 }
@@ -101,9 +93,7 @@ bool TestRun::hasEnded() {
     }
     takeOutput();
     if (m_isStarted) {
-        const int status = m_process.status();
-        m_result.status =
-            WIFSIGNALED(status) ? kDeathBySignal + WTERMSIG(status) : WEXITSTATUS(status);
+        m_result.status = exitStatus(m_process.status());
     }
     takeNotes();
     m_result.seconds = std::chrono::duration<double>(Clock::now() - m_start).count();

@@ -4,6 +4,7 @@
 #include <chrono>
 #include <string>
 
+#include "base/descriptor.h"
 #include "tools/process/process.h"
 #include "tools/process/signals.h"
 #include "tools/test/result.h"
@@ -15,12 +16,9 @@ class TestRun {
 public:
     TestRun(const TestRequest& request, const TestCase& what, size_t number,
             const Signals& signals);
-    ~TestRun();
-    TestRun(const TestRun&) = delete;
-    TestRun& operator=(const TestRun&) = delete;
 
     // A descriptor that is readable when there is output; negative at the end of the output.
-    int output() const { return m_output; }
+    int output() const { return m_output.number(); }
     void takeOutput();
 
     // Whether it has ended; then the result is complete.
@@ -36,7 +34,7 @@ private:
 
     TestResult m_result;
     Process m_process;
-    int m_output = -1;
+    base::Descriptor m_output;
     bool m_isStarted = false;
     Clock::time_point m_start = Clock::now();
 };
