@@ -1,12 +1,10 @@
 #include "run.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
 #include <optional>
 
 #include "base/application_folder.h"
@@ -52,12 +50,6 @@ std::string deviceOf(const std::string& program) {
     const std::string own = base::applicationFolder(file) + kOwnDevice;
     std::error_code problem;
     return !file.empty() && fs::exists(own, problem) ? own : tavsim::kDefaultDevice;
-}
-
-// The devices of the run append to it.
-bool emptyJournal(const std::string& path) {
-    const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
-    return file >= 0 && close(file) == 0;
 }
 
 // Finds errors before the program starts that would otherwise only appear inside of it. Empty when
@@ -179,7 +171,8 @@ int run(RunRequest request) {
     if (simulator.empty()) {
         return complain(kNoPreload);
     }
-    if (!request.journal.empty() && !emptyJournal(request.journal)) {
+    // It is emptied, and the devices of the run append to it.
+    if (!request.journal.empty() && !std::ofstream(request.journal)) {
         return complain(request.journal + ": the journal cannot be written there");
     }
     if (request.panel && request.record.empty()) {
