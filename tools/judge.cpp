@@ -108,14 +108,6 @@ void adoptHeader(const Scenario& scenario, RunRequest* request) {
     }
 }
 
-std::vector<std::string> globsOf(const Scenario& scenario) {
-    std::vector<std::string> globs;
-    for (const tavsim::ExpectedOutput& expected : scenario.output) {
-        globs.push_back(expected.glob);
-    }
-    return globs;
-}
-
 int judge(const Scenario& scenario, const RunRequest& request, const RunFolder& folder,
           const RunEnd& end, const OutputWatch& output) {
     if (!end.isStarted) {

@@ -16,8 +16,6 @@ namespace tools {
 // is played in real time.
 void adoptHeader(const tavsim::Scenario& scenario, RunRequest* request);
 
-std::vector<std::string> globsOf(const tavsim::Scenario& scenario);
-
 // Called when the program has ended. Prints unmet expectations on standard error, unless the player
 // has done so, and returns the exit status of the run.
 int judge(const tavsim::Scenario& scenario, const RunRequest& request, const RunFolder& folder,

@@ -17,8 +17,8 @@ constexpr size_t kLongestLine = 64 << 10;  // the rest of a longer line is not m
 
 }  // namespace
 
-OutputWatch::OutputWatch(std::vector<std::string> globs)
-    : m_globs(std::move(globs)), m_seen(m_globs.size()) {
+OutputWatch::OutputWatch(std::vector<tavsim::ExpectedOutput> expected)
+    : m_expected(std::move(expected)), m_seen(m_expected.size()) {
 }
 
 bool OutputWatch::open() {
@@ -99,8 +99,8 @@ void OutputWatch::look(Stream& stream, std::string_view bytes) {
 }
 
 void OutputWatch::lookAt(const std::string& line) {
-    for (size_t n = 0; n < m_globs.size(); ++n) {
-        m_seen[n] = m_seen[n] || tavsim::matchesGlob(line, m_globs[n]);
+    for (size_t n = 0; n < m_expected.size(); ++n) {
+        m_seen[n] = m_seen[n] || tavsim::matchesGlob(line, m_expected[n].glob);
     }
 }
 

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "base/descriptor.h"
+#include "simulator/scenario/scenario.h"
 #include "tools/process/process.h"
 
 namespace tools {
@@ -13,7 +14,7 @@ namespace tools {
 // Pipes between the program's standard output and error and ours.
 class OutputWatch {
 public:
-    explicit OutputWatch(std::vector<std::string> globs);
+    explicit OutputWatch(std::vector<tavsim::ExpectedOutput> expected);
     ~OutputWatch() { stop(); }
     OutputWatch(const OutputWatch&) = delete;
     OutputWatch& operator=(const OutputWatch&) = delete;
@@ -28,8 +29,8 @@ public:
     void start();
     void stop();
 
-    // Whether a line has matched the glob with this number. To be called after stop().
-    bool hasSeen(size_t glob) const { return m_seen[glob]; }
+    // Whether a line has matched what is expected with this number. To be called after stop().
+    bool hasSeen(size_t expected) const { return m_seen[expected]; }
 
 private:
     struct Stream {
@@ -44,7 +45,7 @@ private:
     void look(Stream& stream, std::string_view bytes);
     void lookAt(const std::string& line);
 
-    std::vector<std::string> m_globs;
+    std::vector<tavsim::ExpectedOutput> m_expected;
     std::vector<bool> m_seen;
     std::vector<Stream> m_streams;
     base::Descriptor m_end;  // becomes readable when it must stop

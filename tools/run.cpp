@@ -181,7 +181,7 @@ int run(RunRequest request) {
     if (!request.record.empty() && !startRecording(request, folder.root())) {
         return complain(request.record + ": the recording cannot be written there");
     }
-    OutputWatch output(globsOf(*scenario));
+    OutputWatch output(scenario->output);
     if (!scenario->output.empty() && !output.open()) {
         return complain(std::string("no pipe for the program's output: ") + std::strerror(errno));
     }
