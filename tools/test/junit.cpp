@@ -12,6 +12,8 @@
 #include <string_view>
 #include <vector>
 
+#include "base/file.h"
+
 namespace fs = std::filesystem;
 
 namespace tools {
@@ -57,22 +59,13 @@ fs::path allDifferences(const std::string& report) {
     return fs::path(report).replace_extension().string() + "-pictures";
 }
 
-std::vector<fs::path> filesIn(const fs::path& folder) {
-    std::error_code problem;
-    std::vector<fs::path> files;
-    for (fs::directory_iterator at(folder, problem), end; !problem && at != end;
-         at.increment(problem)) {
-        files.push_back(at->path());
-    }
-    std::sort(files.begin(), files.end());
-    return files;
-}
-
 // The form in which continuous integration takes files for attachments of a case.
 std::string attachments(const std::string& report, const TestResult& result) {
     std::string lines;
-    for (const fs::path& file : filesIn(differencesFolder(report, result.number, result.what))) {
-        lines += "[[ATTACHMENT|" + file.string() + "]]\n";
+    auto files = base::entriesOf(differencesFolder(report, result.number, result.what));
+    std::sort(files.begin(), files.end());
+    for (const std::string& file : files) {
+        lines += "[[ATTACHMENT|" + file + "]]\n";
     }
     return lines;
 }
@@ -105,9 +98,9 @@ std::string differencesFolder(const std::string& report, size_t number, const Te
 
 void removeDifferences(const std::string& report) {
     std::error_code ignored;
-    for (const fs::path& folder : filesIn(allDifferences(report))) {
-        for (const fs::path& file : filesIn(folder)) {
-            if (file.string().ends_with(".difference.png")) {
+    for (const std::string& folder : base::entriesOf(allDifferences(report))) {
+        for (const std::string& file : base::entriesOf(folder)) {
+            if (file.ends_with(".difference.png")) {
                 fs::remove(file, ignored);
             }
         }
