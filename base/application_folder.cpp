@@ -6,6 +6,15 @@ namespace fs = std::filesystem;
 
 namespace base {
 
+std::string executable() {
+    std::error_code problem;
+    return fs::read_symlink("/proc/self/exe", problem);
+}
+
+std::string besideExecutable(const std::string& path) {
+    return fs::path(executable()).replace_filename(path);
+}
+
 std::string applicationFolder(const std::string& executable) {
     std::error_code problem;
     const fs::path file = fs::weakly_canonical(executable, problem);

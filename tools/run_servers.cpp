@@ -12,6 +12,7 @@
 #include <cstring>
 #include <filesystem>
 
+#include "base/application_folder.h"
 #include "base/child.h"
 #include "base/message_socket.h"
 #include "bridge/page_file.h"
@@ -44,14 +45,8 @@ std::string readLine(int file) {
     return {};
 }
 
-// Beside this program.
-std::string besides(const char* name) {
-    std::error_code problem;
-    return fs::read_symlink("/proc/self/exe", problem).replace_filename(name);
-}
-
 std::vector<std::string> panelCommand(const PanelOptions& options) {
-    std::vector<std::string> words = {besides("tavsim-panel"), "--port",
+    std::vector<std::string> words = {base::besideExecutable("tavsim-panel"), "--port",
                                       std::to_string(options.port)};
     if (!options.tiles.empty()) {
         words.insert(words.end(), {"--tiles", options.tiles});
@@ -76,8 +71,8 @@ std::vector<std::string> panelCommand(const RunRequest& request, const std::stri
 }
 
 std::vector<std::string> pageCommand(const RunRequest& request, const std::string& root) {
-    return {besides("tav-page"), std::string("--socket=") + root + tavsim::kPageSocket,
-            absolutePath(request.page)};
+    return {base::besideExecutable("tav-page"),
+            std::string("--socket=") + root + tavsim::kPageSocket, absolutePath(request.page)};
 }
 
 }  // namespace

@@ -33,7 +33,7 @@ std::optional<std::string> memberOfFile(const fs::path& file, const std::string&
 }
 
 const fs::path& folder() {
-    static const fs::path& path = *new fs::path(base::applicationFolder(executable()));
+    static const fs::path& path = *new fs::path(base::applicationFolder(base::executable()));
     return path;
 }
 
@@ -63,11 +63,6 @@ std::optional<std::string> firstLine(const char* const (&files)[count]) {
 
 }  // namespace
 
-std::string executable() {
-    std::error_code problem;
-    return fs::read_symlink("/proc/self/exe", problem).string();
-}
-
 std::optional<std::string> appinfoValue(const std::string& key) {
     static const auto& values = *new std::map(appinfo());
     const auto found = values.find(key);
@@ -75,8 +70,8 @@ std::optional<std::string> appinfoValue(const std::string& key) {
 }
 
 const std::string& applicationId() {
-    static const std::string& id =
-        *new std::string(appinfoValue("id").value_or(fs::path(executable()).filename().string()));
+    static const std::string& id = *new std::string(
+        appinfoValue("id").value_or(fs::path(base::executable()).filename().string()));
     return id;
 }
 

@@ -6,9 +6,6 @@
 
 namespace tavlinux {
 
-// The absolute path of the executable; empty when the kernel does not tell.
-std::string executable();
-
 // The member of appinfo.json in the application's folder, see base/application_folder.h: the
 // content of a string, the JSON text of anything else.
 std::optional<std::string> appinfoValue(const std::string& key);

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "SDL.h"
+#include "base/application_folder.h"
 #include "front/host.h"
 #include "front/next.h"
 #include "linux/application/application.h"
@@ -80,7 +81,7 @@ const char* NApp_GetPortabilityValue(const char* key) {
 }
 
 int NApp_GetProcSelfExe(char* buffer, int bufferLength) {
-    const std::string path = tavlinux::executable();
+    const std::string path = base::executable();
     return tavlinux::isInFront() && !path.empty() &&
            front::answerLookUp(&path, buffer, bufferLength) == NAPP_SUCCESS;
 }

@@ -5,9 +5,9 @@
 
 #include <algorithm>
 #include <csignal>
-#include <filesystem>
 #include <utility>
 
+#include "base/application_folder.h"
 #include "base/child.h"
 #include "base/file.h"
 
@@ -19,11 +19,6 @@ constexpr gsize kAtOnce = 64 << 10;
 
 void endWithPanel(gpointer) {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
-}
-
-std::string tavsimPath() {
-    std::error_code problem;
-    return std::filesystem::read_symlink("/proc/self/exe", problem).parent_path() / "tavsim";
 }
 
 }  // namespace
@@ -59,7 +54,8 @@ void Player::stop(const void* owner) {
 }
 
 bool Player::start() {
-    std::vector<std::string> words = {tavsimPath(), "run", "--virtual-time", "--scenario", m_file};
+    std::vector<std::string> words = {base::besideExecutable("tavsim"), "run", "--virtual-time",
+                                      "--scenario", m_file};
     words.insert(words.end(), m_command.begin(), m_command.end());
     g_autoptr(GSubprocessLauncher) launcher =
         g_subprocess_launcher_new(static_cast<GSubprocessFlags>(G_SUBPROCESS_FLAGS_STDOUT_PIPE |
