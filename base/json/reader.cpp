@@ -75,10 +75,7 @@ Reader text(std::string* target) {
 }
 
 Reader text(std::optional<std::string>* target) {
-    return [target](const Value& value) {
-        const Reader content = text(&target->emplace());
-        content(value);
-    };
+    return [target](const Value& value) { text (&target->emplace())(value); };
 }
 
 Reader raw(std::string* target) {
@@ -91,6 +88,10 @@ Reader flag(bool* target) {
             value.fail("must be true or false");
         }
     };
+}
+
+Reader flag(std::optional<bool>* target) {
+    return [target](const Value& value) { flag (&target->emplace())(value); };
 }
 
 Reader number(double* target, double lowest, double highest) {

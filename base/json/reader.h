@@ -62,6 +62,7 @@ Reader text(std::optional<std::string>* target);
 Reader raw(std::string* target);
 
 Reader flag(bool* target);
+Reader flag(std::optional<bool>* target);
 Reader number(double* target, double lowest = std::numeric_limits<double>::lowest(),
               double highest = std::numeric_limits<double>::max());
 Reader integer(int* target, int lowest = std::numeric_limits<int>::min(),

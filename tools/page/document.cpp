@@ -1,10 +1,7 @@
 #include "document.h"
 
-#include <algorithm>
-#include <initializer_list>
 #include <optional>
 #include <utility>
-#include <vector>
 
 #include "base/json/reader.h"
 #include "base/json/writer.h"
@@ -55,33 +52,21 @@ struct Saying {
     int y = 0;
 };
 
-json::Reader word(std::optional<std::string>* target, std::initializer_list<const char*> words) {
-    return [target, known = std::vector<std::string>(words.begin(), words.end())](
-               const json::Value& value) {
-        json::text(target)(value);
-        if (std::find(known.begin(), known.end(), **target) == known.end()) {
-            value.fail("is none of the words for this");
-        }
-    };
-}
-
 json::Reader saying(Saying* said) {
-    return json::fields({{"console", word(&said->console, {"log", "warn", "error"})},
-                         {"text", json::text(&said->text)},
-                         {"problem", json::text(&said->problem)},
-                         {"frames",
-                          [said](const json::Value& value) {
-                              const json::Reader flag = json::flag(&said->frames.emplace());
-                              flag(value);
-                          }},
-                         {"shown", json::flag(&said->isShown)},
-                         {"pong", json::flag(&said->isPong)},
-                         {"touch", word(&said->touch, {"down", "move", "up"})},
-                         {"x", json::integer(&said->x)},
-                         {"y", json::integer(&said->y)},
-                         {"key", json::text(&said->key)},
-                         {"pressed", json::flag(&said->isPressed)},
-                         {"type", json::text(&said->typed)}});
+    return json::fields(
+        {{"console",
+          json::word(&said->console, {{"log", "log"}, {"warn", "warn"}, {"error", "error"}})},
+         {"text", json::text(&said->text)},
+         {"problem", json::text(&said->problem)},
+         {"frames", json::flag(&said->frames)},
+         {"shown", json::flag(&said->isShown)},
+         {"pong", json::flag(&said->isPong)},
+         {"touch", json::word(&said->touch, {{"down", "down"}, {"move", "move"}, {"up", "up"}})},
+         {"x", json::integer(&said->x)},
+         {"y", json::integer(&said->y)},
+         {"key", json::text(&said->key)},
+         {"pressed", json::flag(&said->isPressed)},
+         {"type", json::text(&said->typed)}});
 }
 
 }  // namespace

@@ -90,12 +90,7 @@ void Browser::take(const std::string& message) {
                                   {"content", json::text(&request.content)},
                                   {"factor", json::number(&request.factor)},
                                   {"play", json::text(&request.play)},
-                                  {"frames",
-                                   [&request](const json::Value& value) {
-                                       const json::Reader flag =
-                                           json::flag(&request.frames.emplace());
-                                       flag(value);
-                                   }},
+                                  {"frames", json::flag(&request.frames)},
                                   {"shown", json::flag(&request.isShown)},
                                   {"id", json::integer(&request.id)}}),
                     &error)) {
