@@ -37,18 +37,13 @@ void DeviceFrames::stop() {
 }
 
 void DeviceFrames::take(const base::Message& message) {
-    switch (static_cast<ControlMessage>(message.kind)) {
-    case ControlMessage::Frame:
+    const auto kind = static_cast<ControlMessage>(message.kind);
+    if (kind == ControlMessage::Frame) {
         m_frames.hand(message.content);
-        break;
-    case ControlMessage::Refused: {
+    } else if (kind == ControlMessage::Refused) {
         // Where nothing has changed, the device has waited before it said so.
         const bool hasWaited = Clock::now() - m_asked > std::chrono::milliseconds(kBetweenTries);
         m_retry.after(hasWaited ? 0 : kBetweenTries, [this] { ask(); });
-        break;
-    }
-    default:
-        break;
     }
 }
 
