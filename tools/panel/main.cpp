@@ -1,6 +1,5 @@
 // The device in a browser: what `tavsim panel` and `tavsim run --panel` start.
 #include <CLI/CLI.hpp>
-#include <cstdio>
 #include <exception>
 #include <functional>
 #include <string>
@@ -10,7 +9,7 @@
 #include "browser.h"
 #include "security.h"
 #include "server.h"
-#include "simulator/device/edge.h"
+#include "tools/process/exit_status.h"
 #include "tools/web/main_loop.h"
 
 namespace panel {
@@ -18,16 +17,11 @@ namespace {
 
 constexpr char kInterrupted[] = "The panel was ended.";
 
-int complain(const std::string& text) {
-    std::fprintf(stderr, "tavsim: panel: %s\n", text.c_str());
-    return tavsim::kBadSetup;
-}
-
 int run(const Options& options) {
     Server server(options);
     std::string error;
     if (!server.start(&error)) {
-        return complain(error);
+        return tools::complain("panel: " + error);
     }
     web::MainLoop loop([&server](const std::string& how, std::function<void()> onTold) {
         server.end(how, std::move(onTold));
@@ -58,7 +52,7 @@ int main(int argc, char** argv) try {
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? 0 : tavsim::kBadSetup;
+        return app.exit(error) == 0 ? 0 : tools::kBadSetup;
     }
     if (run.size() > 1) {
         options.run = run[0];
@@ -66,9 +60,10 @@ int main(int argc, char** argv) try {
         options.command.assign(run.begin() + 2, run.end());
     }
     if (!options.tiles.empty() && !panel::originOfTiles(options.tiles)) {
-        return panel::complain("--tiles: an address such as https://tiles.example/{z}/{x}/{y}.png");
+        return tools::complain(
+            "panel: --tiles: an address such as https://tiles.example/{z}/{x}/{y}.png");
     }
     return panel::run(options);
 } catch (const std::exception& error) {
-    return panel::complain(error.what());
+    return tools::complain(std::string("panel: ") + error.what());
 }
