@@ -10,7 +10,7 @@
 #include "base/environment.h"
 #include "bridge/page_file.h"
 #include "simulator/interface/device.h"
-#include "tools/process/picture.h"
+#include "tools/process/process.h"
 
 namespace fs = std::filesystem;
 

@@ -13,7 +13,6 @@
 #include "base/child.h"
 #include "complain.h"
 #include "tools/process/exit_status.h"
-#include "tools/process/picture.h"
 
 namespace fs = std::filesystem;
 

@@ -35,6 +35,8 @@ using Clock = std::chrono::steady_clock;
 constexpr char kName[] = "tavsim-guard";
 constexpr int kParentDied = SIGTERM;
 constexpr char kVariable[] = "TAVSIM_RUN";
+constexpr char kElement[] = "<tav-plugin";
+constexpr size_t kLargestPage = 16 << 20;
 // For processes that cannot be killed at once, because they wait for a disk.
 constexpr std::chrono::seconds kLongestEnd(5);
 constexpr std::chrono::milliseconds kBetweenLooks(5);
@@ -67,6 +69,15 @@ std::string newMark() {
 int execute(const std::string& file, const std::vector<std::string>& words) {
     execv(file.c_str(), base::pointersTo(words).data());
     return errno;
+}
+
+void drawInPage(const std::string& page) {
+    constexpr int onlyUnset = 0;
+    std::string error;
+    if (base::readFile(page, kLargestPage, &error).value_or("").find(kElement) !=
+        std::string::npos) {
+        setenv("SDL_VIDEODRIVER", "dummy", onlyUnset);
+    }
 }
 
 int Process::start(const std::string& file, const std::vector<std::string>& words,

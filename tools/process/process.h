@@ -23,6 +23,10 @@ struct ProcessOutput {
 // number.
 int execute(const std::string& file, const std::vector<std::string>& words);
 
+// Lets the program draw nowhere, unless the user chose, when its picture is shown by the page: then
+// it needs no window. Changes this process's environment, which the program inherits.
+void drawInPage(const std::string& page);
+
 // A child that is killed when this process is.
 class Process {
 public:
