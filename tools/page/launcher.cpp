@@ -85,7 +85,7 @@ Launcher::Launcher(LaunchOptions options)
       m_serverOptions{m_options.folder, m_options.application.main, m_options.application.hosts,
                       m_folder + "/socket", m_options.port},
       m_server(m_serverOptions,
-               {[this] { onApplication(); }, [] {}, [this](size_t count) { onPages(count); }}),
+               {[this] { onApplication(); }, [this](size_t count) { onPages(count); }}),
       m_loop(g_main_loop_new(nullptr, FALSE)) {
 }
 

@@ -42,7 +42,7 @@ int serve(const std::string& index, const std::string& socket, int port) {
     if (!error.empty() || !readHosts(options.folder, &options.hosts, &error)) {
         return complain(error);
     }
-    PageServer server(options, {[] {}, [] {}, [](size_t) {}});
+    PageServer server(options, {[] {}, [](size_t) {}});
     if (!server.start(&error)) {
         return complain(error);
     }

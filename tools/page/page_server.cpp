@@ -268,7 +268,6 @@ void PageServer::onApplication() {
 // How it has ended is known better to who has started it.
 void PageServer::onApplicationGone() {
     m_lastWords.after(kUntilKnown, [this] { endWith(kGone); });
-    m_events.onApplicationGone();
 }
 
 void PageServer::hear(const base::Message& message) {

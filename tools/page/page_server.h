@@ -28,7 +28,6 @@ struct ServerOptions {
 
 struct ServerEvents {
     std::function<void()> onApplication;        // one has connected
-    std::function<void()> onApplicationGone;    // its connection is closed
     std::function<void(size_t count)> onPages;  // so many pages are open now
 };
 
