@@ -6,7 +6,6 @@
 #include "base/json/writer.h"
 #include "complain.h"
 #include "helper/items.h"
-#include "reply.h"
 #include "tools/web/source.h"
 
 using bridge::MessageKind;
@@ -52,13 +51,52 @@ std::string resultJson(helper::ItemReader* items) {
 
 }  // namespace
 
+// The answer to a request that has to wait. When the page has gone meanwhile, giving it does
+// nothing.
+class Reply {
+public:
+    explicit Reply(const web::Request& request) : m_request(request) {
+        g_object_ref(m_request.message);
+        // Without a status it would be taken for a request for a WebSocket.
+        soup_server_message_set_status(m_request.message, SOUP_STATUS_OK, nullptr);
+        soup_server_message_pause(m_request.message);
+        g_signal_connect(m_request.message, "finished", G_CALLBACK(onFinished), this);
+    }
+    ~Reply() { forget(); }
+    Reply(const Reply&) = delete;
+    Reply& operator=(const Reply&) = delete;
+
+    // Once.
+    void give(unsigned status, const std::string& json) {
+        if (m_request.message != nullptr) {
+            m_request.answer(status, web::kJson, json);
+            soup_server_message_unpause(m_request.message);
+            forget();
+        }
+    }
+
+private:
+    static void onFinished(SoupServerMessage*, gpointer self) noexcept {
+        static_cast<Reply*>(self)->forget();
+    }
+
+    void forget() {
+        if (auto* const message = std::exchange(m_request.message, nullptr); message != nullptr) {
+            g_signal_handlers_disconnect_by_data(message, this);
+            g_object_unref(message);
+        }
+    }
+
+    web::Request m_request;
+};
+
 struct Calls::Call {
-    Call(int givenNumber, MessageKind kind, std::string givenContent, SoupServerMessage* request)
+    Call(int givenNumber, MessageKind kind, std::string givenContent, const web::Request& request)
         : number(givenNumber), question(kind), content(std::move(givenContent)), reply(request) {}
 
     void refuse(const std::string& reason) {
         limit.stop();
-        reply.give(SOUP_STATUS_SERVICE_UNAVAILABLE, errorJson(reason));
+        reply.give(SOUP_STATUS_SERVICE_UNAVAILABLE, base::jsonObject("error", reason));
     }
 
     const int number;
@@ -73,7 +111,7 @@ Calls::Calls(Plugin& plugin) : m_plugin(plugin) {
 
 Calls::~Calls() = default;
 
-void Calls::ask(MessageKind question, const std::string& content, SoupServerMessage* request) {
+void Calls::ask(MessageKind question, const std::string& content, const web::Request& request) {
     const int number = m_lastNumber = m_lastNumber % INT32_MAX + 1;
     auto call = std::make_unique<Call>(number, question, content, request);
     if (m_waiting.size() == kMostWaiting || m_waitingBytes + content.size() > kMostWaitingBytes) {

@@ -1,8 +1,6 @@
 // What the page asks of the application.
 #pragma once
 
-#include <libsoup/soup.h>
-
 #include <cstddef>
 #include <deque>
 #include <map>
@@ -11,6 +9,7 @@
 
 #include "bridge/message.h"
 #include "plugin.h"
+#include "tools/web/server.h"
 
 namespace page {
 
@@ -24,7 +23,7 @@ public:
 
     // The content is what stands behind the question's number. The request is answered when the
     // application has answered, or has not for too long.
-    void ask(bridge::MessageKind question, const std::string& content, SoupServerMessage* request);
+    void ask(bridge::MessageKind question, const std::string& content, const web::Request& request);
 
     // The application has come.
     void start();

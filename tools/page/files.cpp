@@ -85,12 +85,6 @@ std::optional<std::string> readBelow(const std::string& folder, const std::strin
     return base::readFile(file, kLargestFile, &unused);
 }
 
-std::string scriptFolder() {
-    std::error_code problem;
-    const fs::path program = fs::read_symlink("/proc/self/exe", problem);
-    return program.parent_path() / TAV_SCRIPTS;
-}
-
 std::string withElement(const std::string& document, const std::string& element) {
     return std::string(document).insert(placeOf(document), element);
 }

@@ -10,9 +10,6 @@ namespace page {
 // is hidden, or a link leads out of the folder.
 std::optional<std::string> readBelow(const std::string& folder, const std::string& path);
 
-// The folder of the scripts that each page gets.
-std::string scriptFolder();
-
 // The HTML document with an element of its own before its first script.
 std::string withElement(const std::string& document, const std::string& element);
 

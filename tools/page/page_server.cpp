@@ -6,11 +6,12 @@
 #include <utility>
 
 #include "access.h"
+#include "base/application_folder.h"
 #include "base/file.h"
 #include "base/json/reader.h"
+#include "base/json/writer.h"
 #include "files.h"
 #include "helper/items.h"
-#include "reply.h"
 #include "tools/web/security.h"
 
 using bridge::MessageKind;
@@ -21,7 +22,6 @@ namespace {
 
 constexpr size_t kMostDocuments = 8;
 constexpr goffset kLongestBody = 16 << 20;
-constexpr size_t kLargestScript = 1 << 20;
 constexpr guint kTimeToTell = 700;    // milliseconds
 constexpr guint kUntilKnown = 1'000;  // milliseconds, how an application has ended that has gone
 
@@ -147,7 +147,9 @@ void PageServer::serve(const web::Request& request) {
     if (isCall(request)) {
         serveCall(request);
     } else if (request.path.starts_with(kOwnPath)) {
-        serveScript(request);
+        // The scripts that each page gets.
+        request.answerWithFile(base::besideExecutable(TAV_SCRIPTS),
+                               request.path.substr(kOwnPath.size()));
     } else {
         serveFile(request);
     }
@@ -176,20 +178,6 @@ void PageServer::serveDocument(const web::Request& request, const std::string& c
                    withElement(content, "<script src=\"" + script + "\"></script>"));
 }
 
-void PageServer::serveScript(const web::Request& request) {
-    const std::string name = request.path.substr(kOwnPath.size());
-    std::string unused;
-    const std::optional<std::string> content =
-        name.find('/') == std::string::npos
-            ? base::readFile(scriptFolder() + "/" + name, kLargestScript, &unused)
-            : std::nullopt;
-    if (content) {
-        request.answer(SOUP_STATUS_OK, web::contentType(name), *content);
-    } else {
-        soup_server_message_set_status(request.message, SOUP_STATUS_NOT_FOUND, nullptr);
-    }
-}
-
 void PageServer::serveCall(const web::Request& request) {
     std::string error = m_end;
     const bool isNewest = newest() != nullptr && newest()->number() == documentOf(request);
@@ -197,16 +185,16 @@ void PageServer::serveCall(const web::Request& request) {
         error = kTaken;
     }
     if (!error.empty()) {
-        giveJson(request.message, SOUP_STATUS_GONE, errorJson(error));
+        request.answer(SOUP_STATUS_GONE, web::kJson, base::jsonObject("error", error));
         return;
     }
     newest()->hear();
     if (request.path == kMethods) {
-        m_calls.ask(MessageKind::MethodList, {}, request.message);
+        m_calls.ask(MessageKind::MethodList, {}, request);
     } else if (const auto items = callItems(bodyOf(request), &error)) {
-        m_calls.ask(MessageKind::MethodCall, *items, request.message);
+        m_calls.ask(MessageKind::MethodCall, *items, request);
     } else {
-        giveJson(request.message, SOUP_STATUS_BAD_REQUEST, errorJson(error));
+        request.answer(SOUP_STATUS_BAD_REQUEST, web::kJson, base::jsonObject("error", error));
     }
 }
 

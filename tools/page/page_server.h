@@ -53,7 +53,6 @@ private:
     void serve(const web::Request& request);
     void serveFile(const web::Request& request);
     void serveDocument(const web::Request& request, const std::string& content);
-    static void serveScript(const web::Request& request);
     void serveCall(const web::Request& request);
     void connect(const web::Request& request, SoupWebsocketConnection* connection);
     void onConnection();

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <optional>
 #include <utility>
 
 #include "base/file.h"
@@ -14,7 +13,6 @@ namespace panel {
 namespace {
 
 constexpr size_t kMostBrowsers = 8;
-constexpr size_t kLargestFile = 1 << 20;
 constexpr guint kTimeToTell = 700;  // milliseconds
 constexpr char kIndex[] = "index.html";
 
@@ -24,18 +22,9 @@ std::string pageFolder() {
 }
 
 void serve(const web::Request& request) {
-    const std::string file = request.path == "/"
-                                 ? kIndex
-                                 : request.path.substr(std::min<size_t>(1, request.path.size()));
-    std::string error;
-    const bool isName = file.find('/') == std::string::npos && file[0] != '.';
-    const std::optional<std::string> content =
-        isName ? base::readFile(pageFolder() + "/" + file, kLargestFile, &error) : std::nullopt;
-    if (content) {
-        request.answer(SOUP_STATUS_OK, web::contentType(file), *content);
-    } else {
-        soup_server_message_set_status(request.message, SOUP_STATUS_NOT_FOUND, nullptr);
-    }
+    const std::string& path = request.path;
+    const std::string name = path == "/" ? kIndex : path.substr(std::min<size_t>(1, path.size()));
+    request.answerWithFile(pageFolder(), name);
 }
 
 std::string settings(const Options& options) {

@@ -1,12 +1,16 @@
 #include "tools/web/server.h"
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 
+#include "base/file.h"
 #include "tools/web/security.h"
 
 namespace web {
 namespace {
+
+constexpr size_t kLargestFile = 1 << 20;
 
 std::string headerOf(SoupServerMessage* message, const char* name) {
     SoupMessageHeaders* const headers = soup_server_message_get_request_headers(message);
@@ -26,6 +30,18 @@ void Request::answer(unsigned status, const char* type, const std::string& conte
                                      content.size());
 }
 
+void Request::answerWithFile(const std::string& folder, const std::string& name) const {
+    std::string error;
+    const bool isName = name.find('/') == std::string::npos && !name.starts_with('.');
+    const std::optional<std::string> content =
+        isName ? base::readFile(folder + "/" + name, kLargestFile, &error) : std::nullopt;
+    if (content) {
+        answer(SOUP_STATUS_OK, contentType(name), *content);
+    } else {
+        soup_server_message_set_status(message, SOUP_STATUS_NOT_FOUND, nullptr);
+    }
+}
+
 const char* contentType(const std::string& file) {
     static constexpr std::pair<const char*, const char*> kTypes[] = {
         {".html", kHtml},
@@ -33,7 +49,7 @@ const char* contentType(const std::string& file) {
         {".css", "text/css; charset=utf-8"},
         {".js", "text/javascript; charset=utf-8"},
         {".mjs", "text/javascript; charset=utf-8"},
-        {".json", "application/json"},
+        {".json", kJson},
         {".txt", "text/plain; charset=utf-8"},
         {".md", "text/plain; charset=utf-8"},
         {".svg", "image/svg+xml"},

@@ -21,9 +21,13 @@ struct Request {
     std::string method() const { return soup_server_message_get_method(message); }
 
     void answer(unsigned status, const char* type, const std::string& content) const;
+
+    // With the file of this name in the folder, if it is there, and is not hidden.
+    void answerWithFile(const std::string& folder, const std::string& name) const;
 };
 
 inline constexpr char kHtml[] = "text/html; charset=utf-8";
+inline constexpr char kJson[] = "application/json";
 
 // For the header Content-Type, by the file's extension.
 const char* contentType(const std::string& file);
