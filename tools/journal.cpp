@@ -14,20 +14,20 @@ constexpr int kNone = 1;
 
 }  // namespace
 
-int showJournal(const JournalRequest& request) {
-    if (request.words.empty()) {
+int showJournal(const std::vector<std::string>& words, bool withNumbers) {
+    if (words.empty()) {
         return complain("journal: no file given");
     }
-    const std::string text = base::joined({request.words.begin() + 1, request.words.end()});
+    const std::string text = base::joined({words.begin() + 1, words.end()});
     std::string error;
     const std::optional<tavsim::Pattern> pattern =
         text.empty() ? tavsim::Pattern() : tavsim::readPattern(text, &error);
     if (!pattern) {
         return complain("journal: " + error);
     }
-    std::ifstream file(request.words[0]);
+    std::ifstream file(words[0]);
     if (!file) {
-        return complain("journal: " + request.words[0] + ": cannot be read");
+        return complain("journal: " + words[0] + ": cannot be read");
     }
     std::vector<std::string> others;
     bool isFound = false;
@@ -38,11 +38,11 @@ int showJournal(const JournalRequest& request) {
             continue;
         }
         isFound = true;
-        const std::string place = request.numbers ? std::to_string(number) + ":" : "";
+        const std::string place = withNumbers ? std::to_string(number) + ":" : "";
         std::printf("%s%s\n", place.c_str(), line.c_str());
     }
     if (file.bad()) {
-        return complain("journal: " + request.words[0] + ": cannot be read");
+        return complain("journal: " + words[0] + ": cannot be read");
     }
     if (isFound) {
         return 0;

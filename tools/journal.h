@@ -6,13 +6,10 @@
 
 namespace tools {
 
-struct JournalRequest {
-    bool numbers = false;            // in front of each entry: which it is, from 0 on
-    std::vector<std::string> words;  // the file, and a pattern or nothing
-};
-
-// Prints the entries that match. 0; or 1 when there is none, and standard error says which comes
-// closest; or 2 for a pattern that is malformed, or a file that cannot be read.
-int showJournal(const JournalRequest& request);
+// The words are the file, and a pattern or nothing. Prints the entries that match, each with its
+// number in front of it, from 0 on, if that is wanted. 0; or 1 when there is none, and standard
+// error says which comes closest; or 2 for a pattern that is malformed, or a file that cannot be
+// read.
+int showJournal(const std::vector<std::string>& words, bool withNumbers);
 
 }  // namespace tools

@@ -173,10 +173,10 @@ CLI::App* addTest(CLI::App& app, tools::TestRequest* request) {
     return test;
 }
 
-CLI::App* addJournal(CLI::App& app, tools::JournalRequest* request) {
+CLI::App* addJournal(CLI::App& app, bool* withNumbers) {
     CLI::App* journal = app.add_subcommand(
         "journal", "Show the entries of a journal: tavsim journal [--number] FILE [PATTERN]");
-    journal->add_flag("--number", request->numbers,
+    journal->add_flag("--number", *withNumbers,
                       "Print in front of each entry which it is, from 0 on");
     journal->prefix_command();
     return journal;
@@ -206,8 +206,8 @@ int main(int argc, char** argv) try {
     CLI::App* ctl = addControl(app, &command);
     tools::TestRequest tests;
     const CLI::App* test = addTest(app, &tests);
-    tools::JournalRequest journalRequest;
-    const CLI::App* journal = addJournal(app, &journalRequest);
+    bool withNumbers = false;
+    const CLI::App* journal = addJournal(app, &withNumbers);
     tools::NewRequest newProject;
     const CLI::App* create = addNew(app, &newProject);
     CLI::App* panel = app.add_subcommand("panel", "Show all running devices in a browser");
@@ -256,8 +256,7 @@ int main(int argc, char** argv) try {
         return tools::test(tests);
     }
     if (&used == journal) {
-        journalRequest.words = words;
-        return tools::showJournal(journalRequest);
+        return tools::showJournal(words, withNumbers);
     }
     if (&used == ctl) {
         command.command = words;
