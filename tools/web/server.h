@@ -59,8 +59,6 @@ public:
     // The path of the main page, which begins and ends with a slash.
     std::string root() const { return "/" + m_token + "/"; }
 
-    SoupServer* soup() const { return m_server; }
-
 private:
     static void onHeaders(SoupServer* server, SoupServerMessage* message, const char* path,
                           GHashTable* query, gpointer self) noexcept;
