@@ -2,10 +2,10 @@
 
 #include <libsoup/soup.h>
 
-#include <cstdint>
 #include <sstream>
 #include <string_view>
 
+#include "base/number.h"
 #include "tools/web/security.h"
 
 namespace page {
@@ -51,12 +51,9 @@ bool hasCookie(const web::Request& request, const std::string& cookie) {
 int documentOf(const web::Request& request) {
     constexpr std::string_view kPage = "page=";
     const char* const query = g_uri_get_query(soup_server_message_get_uri(request.message));
-    const bool hasPage = query != nullptr && std::string_view(query).starts_with(kPage);
-    guint64 number = 0;
-    return hasPage && g_ascii_string_to_unsigned(query + kPage.size(), 10, 1, INT32_MAX, &number,
-                                                 nullptr) != 0
-               ? static_cast<int>(number)
-               : 0;
+    const std::string_view text = query != nullptr ? query : "";
+    const bool hasPage = text.starts_with(kPage);
+    return hasPage ? base::numberIn<int>(text.substr(kPage.size())).value_or(0) : 0;
 }
 
 }  // namespace page
