@@ -42,6 +42,7 @@ refuses() {
     echo "$2" >share/star-map/appinfo.json
     complains "$work/share/star-map/$1" run --device quern "$program"
     if [ "$TAV_LINUX" != OFF ]; then
+        : >err  # what the last program has complained of
         "$program" 2>err &
         wait_until grep -q . err
         kill $!
