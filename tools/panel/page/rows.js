@@ -100,7 +100,8 @@ export function createRows(list, expectThis) {
         const others = exchanges.others(entry).map((other) => element("div",
             { className: "joined" },
             element("h3", {}, `${other.what} at ${timeText(other.at)}`), ...members(other)));
-        return element("div", { className: "entry-content column" }, ...members(entry), ...others, expect);
+        return element("div", { className: "entry-content column" },
+            ...members(entry), ...others, expect);
     }
 
     /**
