@@ -12,6 +12,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
+#include <string_view>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -185,7 +186,7 @@ void Members::kill() const {
     while (Clock::now() < limit && !(isNoneNew && killed.empty())) {
         isNoneNew = true;
         for (const std::string& path : base::entriesOf("/proc")) {
-            const std::string name = path.substr(path.rfind('/') + 1);
+            const std::string_view name = std::string_view(path).substr(path.rfind('/') + 1);
             const pid_t process = base::numberIn<pid_t>(name).value_or(0);  // of what is none
             if (base::Descriptor handle = signalled(process, SIGKILL); handle.isOurs()) {
                 isNoneNew = false;
