@@ -62,7 +62,8 @@ json::Reader refusals(std::set<std::string>* target) {
         target->clear();
         json::eachElement(value, [target](const json::Value& each) {
             std::string request;
-            json::text (&request)(each);
+            const json::Reader name = json::text(&request);
+            name(each);
             if (!canBeRefused(request)) {
                 each.fail(base::quoted(request) + " is nothing that the host can refuse");
             }
@@ -178,7 +179,8 @@ bool readOver(Profile* profile, const std::string& document, const std::string& 
 void readBase(Profile* profile, const json::Value& name, const fs::path& folder,
               const Files& extending) {
     std::string base;
-    json::text (&base)(name);
+    const json::Reader text = json::text(&base);
+    text(name);
     const fs::path path = folder / profilePath(base);
     const Files files = withFile(path, extending);
     std::string error;

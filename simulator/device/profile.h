@@ -1,12 +1,12 @@
 // The description of a simulated device, and the reading of profile files.
 #pragma once
 
-#include <compare>
 #include <functional>
 #include <map>
 #include <optional>
 #include <set>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "platform/visibility.h"
@@ -27,7 +27,9 @@ struct ServiceCommand {
     std::vector<std::string> words;
     std::string folder;  // its working directory
 
-    auto operator<=>(const ServiceCommand&) const = default;
+    bool operator<(const ServiceCommand& other) const {
+        return std::tie(words, folder) < std::tie(other.words, other.folder);
+    }
 };
 
 // A bus service. A subscription receives the replies in order, one every `every` milliseconds, and
