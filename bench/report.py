@@ -262,7 +262,7 @@ def start_rows(binaries):
     runs = [[took(*command) for command in commands] for _ in range(LOADS)]
     for kind, unit in enumerate(("processor time", "real time")):
         bare, nothing, call = (min(times[n][kind] for times in runs) for n in range(len(commands)))
-        for what, ours, most in (("does nothing", nothing, 2.5), ("calls once", call, 4)):
+        for what, ours, most in (("does nothing", nothing, 3), ("calls once", call, 5)):
             bound = "" if kind else f"at most {most}"
             yield ([f"tavsim run of a program that {what}, {unit}", shown_time(ours),
                     shown_time(bare), f"{ours / bare:.3f}", bound],
