@@ -127,6 +127,9 @@ TEST_F(ReplyValues, AreReadInEveryType) {
         note(std::string("into 6, 5, 1, 0 and -1 bytes:") + strings);
     }
     TAV_GetParamString(&some, "a", nullptr, 6);
+    char text[8];
+    TAV_GetParamString(&none, "a", text, sizeof text);
+    EXPECT_THAT(trace().back(), testing::StartsWith("tav_f")) << "no reply is no malformed one";
 }
 
 TEST_F(ReplyValues, AreParsedAfreshAndAtAnyLength) {
