@@ -1,5 +1,6 @@
 // The simulated device: profiles, bus, files and journal.
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -120,6 +121,21 @@ TEST_F(ProfileTest, FilesAreMadeFromTheProfileOnceAndThenLeftAlone) {
     device.stop();
     EXPECT_TRUE(std::filesystem::exists(options.root + "/usr/vire/ks2/templates/KOB.pub"));
     std::filesystem::remove_all(options.root);
+}
+
+TEST_F(ProfileTest, ADiskThatIsFullIsToldAtTheStart) {
+    tavsim::Profile profile;
+    profile.uniqueId = std::string(1 << 17, '1');
+    const auto former = std::signal(SIGXFSZ, SIG_IGN);
+    rlimit limit;
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &limit), 0);
+    const rlimit half = {1 << 16, limit.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &half), 0);
+    std::string error;
+    EXPECT_FALSE(device.start(profile, {}, &error));
+    setrlimit(RLIMIT_FSIZE, &limit);
+    std::signal(SIGXFSZ, former);
+    EXPECT_THAT(error, testing::EndsWith("/proc/nduid: cannot be made below the device's root"));
 }
 
 TEST(ClaimTest, EndsWithItsProcessAndNotBefore) {
