@@ -242,6 +242,7 @@ TEST_F(BrowserPageTest, EndsWithOneReason) {
         {send(MessageKind::ConsoleLine, items({"loud", "x"})), kMalformed},
         {send(MessageKind::ConsoleLine, items({"log", 1})), kMalformed},
         {send(MessageKind::Problem, items({1})), kMalformed},
+        {send(MessageKind::FrameWanted, ""), kMalformed},
         {send(MessageKind::FrameWanted, "b\2"), kMalformed},  // neither true nor false
         {send(MessageKind::Touch, items({"sideways", 1, 1})), kMalformed},
         {send(MessageKind::Key, items({"a", true})), kMalformed},

@@ -75,7 +75,10 @@ Reader text(std::string* target) {
 }
 
 Reader text(std::optional<std::string>* target) {
-    return [target](const Value& value) { text (&target->emplace())(value); };
+    return [target](const Value& value) {
+        const Reader content = text(&target->emplace());
+        content(value);
+    };
 }
 
 Reader raw(std::string* target) {
@@ -91,7 +94,10 @@ Reader flag(bool* target) {
 }
 
 Reader flag(std::optional<bool>* target) {
-    return [target](const Value& value) { flag (&target->emplace())(value); };
+    return [target](const Value& value) {
+        const Reader content = flag(&target->emplace());
+        content(value);
+    };
 }
 
 Reader number(double* target, double lowest, double highest) {

@@ -30,10 +30,11 @@ CommandResult exception(std::string text) {
 
 CommandResult pageCall(Words words) {
     const std::shared_ptr<Page> page = livingPage();
-    if (page == nullptr) {
+    // The application lists the methods, and may end the page as it does.
+    const auto methods = page != nullptr ? page->methods() : std::vector<std::string>();
+    if (page == nullptr || !page->isAlive()) {
         return failed("page call: no page runs");
     }
-    const std::vector<std::string> methods = page->methods();
     std::vector<std::string> arguments = contents(words.rest());
     const std::string method = arguments.front();
     arguments.erase(arguments.begin());

@@ -203,7 +203,7 @@ bool Player::isDone(const Step& step) {
     }
     const bool isThrough =
         std::visit([this](const auto& action) { return isDone(action); }, step.action);
-    // The next step has begun before a command runs.
+    // A command begins the next step itself, before it runs.
     if (isThrough && !std::holds_alternative<CommandLine>(step.action)) {
         startNextStep();
     }

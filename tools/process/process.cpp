@@ -187,7 +187,7 @@ void Members::kill() const {
         isNoneNew = true;
         for (const std::string& path : base::entriesOf("/proc")) {
             const std::string_view name = std::string_view(path).substr(path.rfind('/') + 1);
-            const pid_t process = base::numberIn<pid_t>(name).value_or(0);  // of what is none
+            const pid_t process = base::numberIn<pid_t>(name).value_or(0);  // 0: no process
             if (base::Descriptor handle = signalled(process, SIGKILL); handle.isOurs()) {
                 isNoneNew = false;
                 killed.push_back(std::move(handle));
