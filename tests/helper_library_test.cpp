@@ -5,6 +5,7 @@
 
 #include "base/suggestion.h"
 #include "device_test.h"
+#include "platform/hdata.h"
 #include "platform/hjson.h"
 #include "platform/hlinkedlist.h"
 #include "platform/hstring.h"
@@ -15,9 +16,11 @@ TEST(HStringTest, GrowsKeepsItsLengthAndSurvivesAFailure) {
     HString_free(HString_alloc());
     HString* string = HString_alloc();  // in memory that was used before
     EXPECT_STREQ(HString_toStr(string), "");
-    const std::string piece(100000, 'x');
     ASSERT_NE(HString_append(string, "%s", "kept "), 0);
+    const std::string piece(5 * string->capacity / 2,
+                            'x');  // for which twice the room is too little
     ASSERT_NE(HString_append(string, "%s", piece.c_str()), 0);
+    EXPECT_GT(string->capacity, string->length);
     const char* volatile null = nullptr;  // volatile: else the compiler warns
     EXPECT_NE(HString_append(string, "%s", null), 0);
     tavsim::device().failNth(tavsim::Fault::Allocation, 1);
@@ -28,6 +31,22 @@ TEST(HStringTest, GrowsKeepsItsLengthAndSurvivesAFailure) {
     EXPECT_EQ(HString_alloc(), nullptr);
     HString_free(string);
     HString_free(nullptr);
+}
+
+TEST(HDataTest, WritesNothingOutsideTheBuffer) {
+    HDataWriter writer;
+    for (const char* text : {"longer", "lost", "unread"}) {
+        writer.writeStr(text);
+    }
+    HDataReader reader(writer.bytes(), writer.size());
+    char buffer[] = "12345678";
+    reader.readStr(buffer, 4);
+    EXPECT_EQ(std::string(buffer, 8), std::string("lon\0", 4) + "5678");
+    reader.readStr(buffer, 0);
+    EXPECT_STREQ(buffer, "lon");
+    reader.readStr(buffer, 4);
+    EXPECT_STREQ(buffer, "") << "nothing is read after a failure";
+    EXPECT_FALSE(reader.isSuccessful());
 }
 
 TEST(HJsonTest, TakesNothingAndDeepNesting) {

@@ -116,6 +116,9 @@ TEST_F(TavsimTest, OneThingOrAllFromItOnFail) {
     EXPECT_EQ(accepted(), "0000");
     TAVSim_FailFrom(TAVSIM_HOST, 0);
     EXPECT_EQ(accepted(), "1111");
+    for (const char* other : {"fail allocation:9", "fail dispatch:9", "fail read:9"}) {
+        EXPECT_STREQ(TAVSim_Command(other), "");
+    }
 }
 
 }  // namespace

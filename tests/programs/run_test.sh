@@ -43,6 +43,8 @@ complains "TAV_TRACE_FILE: cannot write $TAV_TRACE_FILE: No such file or directo
 TAV_TRACE=tav_e,tav_x
 complains 'TAV_TRACE: "tav_x" is none of tav_f, tav_e, tav_1, tav_2, tav_9, all' "${uses[@]}"
 unset TAV_TRACE TAV_TRACE_FILE
+run env TAV_TRACE=tav_f "$tavsim" "${uses[@]}"
+expect 0 '**' $'tav_f **\ntav_f TAV_JSQuit --'
 
 # A program that cannot be started: the message names it and the reason.
 printf 'no program' >"$work/text"
