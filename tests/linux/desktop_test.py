@@ -27,7 +27,7 @@ class Desktop(OnPrivateBuses):
         portal = self.portal("0")
         opened = {"https://example.com/?a=$(touch x)": 0, "HTTP://example.com": 0,
                   "localhost:8080/x": "http://localhost:8080/x",
-                  "www.example.org:80": "http://www.example.org:80"}
+                  "www.example.org:8": "http://www.example.org:8"}
         refused = ["", "http://", "file:///x", "javascript:x"]
         lines = self.run_driver(*[word for target in [*opened, *refused] for word in (
             "call", LAUNCH, f'{{"id":"com.vire.app.browser","params":{{"target":"{target}"}}}}')],
@@ -77,12 +77,14 @@ class Desktop(OnPrivateBuses):
         path, interface = "/org/mpris/MediaPlayer2", "org.mpris.MediaPlayer2.Player"
         players = [self.serve("org.mpris.MediaPlayer2." + name, path, interface)
                    for name in ("one", "two.instance7")]
-        for player in players:
-            player.AddMethod("", "Pause", "", "", "")
+        recorder = self.serve("com.example.Recorder", path, interface)
+        for service in (*players, recorder):
+            service.AddMethod("", "Pause", "", "", "")
         self.run_driver("pause", "call", "vire://com.vire.mediad/service/pauseAllMediaPlayback",
                         "{}", "call", "vire://com.example.Nobody/X", "{}")
         for player in players:
             self.assertEqual(self.calls(player)[0], ("Pause", []))
+        self.assertEqual(self.calls(recorder), [])
 
     def test_ports_are_opened_and_closed_at_run_time(self):
         name, path = "org.fedoraproject.FirewallD1", "/org/fedoraproject/FirewallD1"
@@ -106,10 +108,12 @@ class Desktop(OnPrivateBuses):
         self.assertTrue(self.reply(*vibrate)["returnValue"])
         feedback.AddMethod(name + ".Haptic", "Vibrate", "sa(du)", "b", "ret = True")
         self.assertTrue(self.reply(*vibrate)["returnValue"])
+        self.run_driver("vibrate", "200", "400")
         program = os.path.basename(DRIVER)
         self.assertEqual(self.calls(feedback), [
             ("TriggerFeedback", [program, "phone-incoming-call", {"profile": "quiet"}, 1]),
-            ("Vibrate", [program, [(1.0, 100), (0.0, 100), (1.0, 100), (0.0, 100), (1.0, 100)]])])
+            *[("Vibrate", [program, [(1.0, 100), (0.0, 100)] * 2 + rest])
+              for rest in ([(1.0, 100)], [])]])
 
     def test_switches_that_the_desktop_has(self):
         keyboard = self.serve("sm.puri.OSK0", "/sm/puri/OSK0", "sm.puri.OSK0")

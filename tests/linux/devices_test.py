@@ -152,9 +152,9 @@ class Sensors(OnPrivateBuses):
     def test_a_compass_that_rests_is_read_once(self):
         interface = "net.hadess.SensorProxy.Compass"
         proxy = self.serve("net.hadess.SensorProxy", self.COMPASS, interface, True)
-        proxy.AddProperties(interface, {"HasCompass": True, "CompassHeading": 40.0})
+        proxy.AddProperties(interface, {"HasCompass": True, "CompassHeading": 0.0})
         proxy.AddMethods(interface, [("ClaimCompass", "", "", ""), ("ReleaseCompass", "", "", "")])
-        self.assertEqual(self.run_driver("compass", "1"), ["enabled 0", "compass 1 40.0 1.0"])
+        self.assertEqual(self.run_driver("compass", "1"), ["enabled 0", "compass 1 0.0 1.0"])
         self.assertIn(("ReleaseCompass", []), self.calls(proxy))
 
     def test_without_any_compass_it_is_refused(self):

@@ -16,6 +16,7 @@ not JSON: *|{"machine":
 machien: unknown field; did you mean "machine"[?]|{"machien": "cinnabar"}
 machine: stands there twice|\xEF\xBB\xBF{"machine": "cinnabar", "machine": "fern"}
 compass.interval: must be *|{"compass": {"interval": "soon"}}
+plugin: must be true or false|{"plugin": 1}
 EOF
 refuses "$work/missing.json: no such device profile" run --device "$work/missing.json"
 refuses 'no device "no-such-device"; `tavsim devices` *' run --device no-such-device
