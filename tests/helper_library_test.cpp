@@ -3,6 +3,7 @@
 #include <random>
 #include <vector>
 
+#include "base/json/writer.h"
 #include "base/suggestion.h"
 #include "device_test.h"
 #include "platform/hdata.h"
@@ -73,6 +74,14 @@ TEST(SuggestionTest, NamesTheNearestAndNothingThatIsFar) {
         EXPECT_EQ(base::suggestion(word, names), "") << word;
     }
     EXPECT_EQ(base::suggestion(std::string(1 << 20, 'q'), names), "");
+}
+
+TEST(QuotedTest, CutsALongTextBetweenCharacters) {
+    std::string half;
+    for (int count = 0; count < 24; ++count) {
+        half += "\U0001F600";
+    }
+    EXPECT_EQ(base::quoted("a" + half + half + half + "b"), "\"a" + half + "…" + half + "b\"");
 }
 
 // Compared with a model, in phases that fill the list and empty it from both ends and at random.

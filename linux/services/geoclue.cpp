@@ -98,7 +98,6 @@ void GeoClue::readLocation(GVariant* update) {
 void GeoClue::takeLocation(GVariant* result, const GError*) {
     if (isOfType(result, "(a{sv})")) {
         m_hasWorked = true;
-        m_isAwaited = false;
         m_listener.onPosition(positionFrom(childOf(result, 0).get()));
     }
 }

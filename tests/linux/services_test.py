@@ -2,6 +2,7 @@
 
 import json
 import os
+import socket
 import time
 
 from buses import LONGEST_RUN, OnPrivateBuses
@@ -158,3 +159,11 @@ class BusThatDisappears(OnPrivateBuses):
                                             DBUS_SESSION_BUS_ADDRESS=self.address)
             self.wait_for(lambda: json.loads(process.stdout.readline()[6:])["tick"] >= int(first))
             self.stop(server)
+            # It goes on looking for a bus.
+            with socket.socket(socket.AF_UNIX) as no_bus:
+                no_bus.bind(self.folder + "/bus")
+                no_bus.listen()
+                no_bus.settimeout(LONGEST_RUN)
+                for _ in range(2):
+                    no_bus.accept()[0].close()
+            os.unlink(self.folder + "/bus")
