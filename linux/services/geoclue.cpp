@@ -17,6 +17,10 @@ Method ofManager(const char* name) {
     return {Bus::System, kGeoClue, kManagerPath, kManager, name};
 }
 
+bool isBusGone(const GError* problem) {
+    return g_error_matches(problem, G_IO_ERROR, G_IO_ERROR_CLOSED) != FALSE;
+}
+
 }  // namespace
 
 GeoClue::GeoClue(PositionListener listener, std::function<void()> onNobody)
@@ -78,6 +82,9 @@ void GeoClue::takeStart(GVariant* result, const GError* problem) {
 
 void GeoClue::failStart(const GError* problem) {
     m_isStarting = false;
+    if (isBusGone(problem)) {
+        return;  // as soon as it is back, this starts again
+    }
     if (!isNobodyThere(problem)) {
         m_listener.onProblem(problem);
     } else if (!m_isAwaited) {
