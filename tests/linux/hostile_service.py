@@ -1,5 +1,6 @@
-"""A service with malformed or late answers: hostile_service.py NAME FILE. It creates the file when
-it has received a call whose reply it holds back."""
+"""A service with malformed or late answers: hostile_service.py NAME FILE. It prints the path of each
+object that it describes, and creates the file when it has received a call whose reply it holds
+back."""
 
 import os
 import sys
@@ -33,6 +34,7 @@ def answer(connection, message, incoming):
         return message
     path = message.get_path()
     if message.get_member() == "Introspect":
+        print(path, flush=True)
         description = DESCRIPTIONS.get(path, "<node/>")
         body = GLib.Variant("(s)" if isinstance(description, str) else "(i)", [description])
     elif path == "/exit":

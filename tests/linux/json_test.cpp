@@ -98,9 +98,10 @@ TEST(Json, ResultsWithoutANameAreNumbered) {
 }
 
 TEST(Json, ArgumentsComeByNameOrByPositionAndNoneIsLost) {
+    const std::string twentyLists = std::string(20, 'a') + "y";
     const std::string deep = std::string(100, '[') + std::string(100, ']');
     // The types, the JSON, and the resulting value or the problem.
-    const std::tuple<std::vector<std::string>, std::string, const char*> rows[] = {
+    const std::tuple<std::vector<std::string>, std::string, std::string> rows[] = {
         {{"v"}, deep, "nested too deeply"},
         {{"s", "i"}, R"({"arg1":2,"a":"x"})", "('x', 2)"},
         {{"s", "i"}, R"(["x",2])", "('x', 2)"},
@@ -110,6 +111,7 @@ TEST(Json, ArgumentsComeByNameOrByPositionAndNoneIsLost) {
         {{"d"}, "[5]", "(5.0,)"},
         {{"v"}, "[2147483648]", "(<int64 2147483648>,)"},
         {{"v"}, R"([{"type":"as","value":["x"]}])", "(<['x']>,)"},
+        {{"v"}, R"([{"value":[],"type":")" + twentyLists + "\"}]", "(<@" + twentyLists + " []>,)"},
         {{"v"}, R"([{"value":[],"type":")" + std::string(40, 'a') + "y\"}]", "nested too deeply"},
         {{"s", "i"}, R"({"a":"x"})", "no argument \"arg1\""},
         {{"s"}, R"(["x",2])", "there are more arguments than the method has"},

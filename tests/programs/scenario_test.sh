@@ -100,6 +100,8 @@ scenario:4: expect status 7: it is 0' \
     $'expect output percent\nexpect output no*\nexpect status 7\nexpect output *' "$programs/service_reply"
 printf '"$1"\nprintf half\n' >unended
 plays 0 $'*\npercent 72\nhalf' '' 'expect output half' sh unended "$programs/service_reply"
+printf 'yes | head -c 100000\n"$1"\n' >more_than_a_pipe_holds
+plays 0 '**' '' 'expect output percent*' sh more_than_a_pipe_holds "$programs/service_reply"
 plays 3 '*' 'scenario:2: expect output percent[*]: *
 scenario: expect status 0: it is 1' 'expect output percent*' "$programs/service_reply" 0
 plays 0 '*' '' 'expect status 1' "$programs/service_reply" 0
