@@ -16,6 +16,8 @@ not JSON: *|{"machine":
 machien: unknown field; did you mean "machine"[?]|{"machien": "cinnabar"}
 machine: stands there twice|\xEF\xBB\xBF{"machine": "cinnabar", "machine": "fern"}
 compass.interval: must be *|{"compass": {"interval": "soon"}}
+compass.readings: must be a list|{"compass": {"readings": 1}}
+compass.readings\[0\]: must be a list of 3 values|{"compass": {"readings": [[1, 2, 3, 4]]}}
 plugin: must be true or false|{"plugin": 1}
 EOF
 refuses "$work/missing.json: no such device profile" run --device "$work/missing.json"
@@ -69,6 +71,14 @@ if [ "$(id -u)" -eq 0 ]; then
     chmod u+s "$foreign"
 fi
 refuses_program "$foreign" 'runs with rights *; run a copy *'
+# Another group alone gives no rights.
+others=$(command -v env)
+if [ "$(id -u)" -eq 0 ]; then
+    others=$work/env
+    cp "$(command -v env)" "$others"
+    chgrp 1 "$others"
+fi
+says 0 '**' '' run "$others" "$programs/service_reply"
 for change in '4 \x03' '5 \x03' '18 \xff'; do # word size, order of bytes, processor
     cp "$programs/waits" "$work/other"
     # shellcheck disable=SC2059 # the byte is an escape sequence
