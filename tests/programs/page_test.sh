@@ -21,6 +21,8 @@ refuses() {
 }
 run "$tav_page" "$work"
 expect 2 '' "tav-page: $work/appinfo.json: no such file"
+run "$tav_page" --linger long "$work"
+expect 2 '' 'tav-page: *--linger*; see tav-page --help'
 script "$app/program" 'exit 3'
 script "$app/unrunnable" ''
 chmod -x "$app/unrunnable"
