@@ -224,12 +224,11 @@ static void echo(TAV_JSParameters *parameters)
     ++replies;
 }
 
-/* Waits for a call, calls the page with its argument, and waits until the page calls back. */
+/* Calls the page with its argument, and waits until the page calls back. */
 static void ask(TAV_JSParameters *parameters)
 {
     const char *arguments[] = {TAV_GetJSParamString(parameters, 0), NULL};
 
-    waitFor(1);
     outcome("asked", TAV_CallJS("asked", arguments, 2));
     waitFor(1);
     TAV_JSReply(parameters, "told");
