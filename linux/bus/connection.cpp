@@ -68,13 +68,8 @@ void connect(const std::string& address, Line* line) {
         g_cancellable_cancel(cancellable);
     }
     line->connection = attempt->connection;
-    // The last messages, such as the release of the compass, must still be sent.
+    // The last messages, such as the release of the compass, must still arrive.
     [[maybe_unused]] static const int isRegistered = std::atexit(flushConnections);
-}
-
-void onFlushed(GObject*, GAsyncResult*, gpointer isFlushed) {
-    **static_cast<std::shared_ptr<bool>*>(isFlushed) = true;
-    delete static_cast<std::shared_ptr<bool>*>(isFlushed);
 }
 
 Line& lineOf(Bus bus) {
@@ -155,21 +150,17 @@ GDBusConnection* connectionTo(Bus bus) {
     return line.connection;
 }
 
+// The bus handles messages in their order. One that was only written is lost when the connection is
+// closed before the proxy of a sandbox has read it.
 void flushConnections() {
     if (!isApplicationThread()) {
         return;
     }
     for (const Bus bus : {Bus::Session, Bus::System}) {
-        if (lineOf(bus).connection == nullptr) {
-            continue;
+        GDBusConnection* connection = lineOf(bus).connection;
+        if (connection != nullptr && g_dbus_connection_is_closed(connection) == FALSE) {
+            callBriefly({bus, kBusService, kBusPath, kBusService, "GetId"}, nullptr, "(s)");
         }
-        const auto isFlushed = std::make_shared<bool>(false);
-        {
-            const OnContext here;
-            g_dbus_connection_flush(lineOf(bus).connection, nullptr, onFlushed,
-                                    new std::shared_ptr<bool>(isFlushed));
-        }
-        serveUntil([&isFlushed] { return *isFlushed; });
     }
 }
 

@@ -20,7 +20,7 @@ enum class Bus { Session, System };
 // bus that was lost. While there are subscriptions, that also happens without a call.
 GDBusConnection* connectionTo(Bus bus);
 
-// Waits until everything has been sent, for kLongestWaitMs at most.
+// Waits until the buses have handled everything that was sent, for kLongestWaitMs each at most.
 void flushConnections();
 
 struct Method {
