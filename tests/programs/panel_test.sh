@@ -26,6 +26,8 @@ expect_end() {
 }
 
 complains 'run: --tiles and --port are options of --panel' run --port 8400 "$program"
+run "$TAV_BUILD/bin/tavsim-panel" --port 65536
+expect 2 '' '--port: **'
 complains 'panel: --tiles: an address *' panel --tiles 'https://x;script-src/{z}/{x}/{y}'
 start
 says 2 '' 'tavsim: panel: port *' run --panel --port "$(port)" "$program"

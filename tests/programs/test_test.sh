@@ -69,7 +69,10 @@ says 2 '' 'tavsim: test: no scenario has "gold" in its name' test --filter gold 
 sed -i s/nothing/percent/ some/rows.scenario
 says 0 '1 scenario: 1 passed in *' '' test --failed some
 says 0 'none of the scenarios failed when it last ran' '' test --failed some
-run python3 -c 'import pty, sys; pty.spawn(sys.argv[1:])' "$tavsim" test --jobs 1 some
+on_terminal() { run python3 -c 'import pty, sys; pty.spawn(sys.argv[1:])' "$tavsim" test --jobs 1 "$@"; }
+on_terminal some/idle.scenario
+expect 0 $'**\r\e[[]K1 of 1 scenario\r**' ''
+on_terminal some
 expect 0 $'**\r\e[[]K1 of 3 scenarios**\r\e[[]K3 scenarios: 3 passed in *' ''
 
 # Pictures that differ: files show the difference beside the report, until --update-pictures.
