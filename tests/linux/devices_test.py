@@ -151,11 +151,29 @@ class Sensors(OnPrivateBuses):
 
     def test_a_compass_that_rests_is_read_once(self):
         interface = "net.hadess.SensorProxy.Compass"
-        proxy = self.serve("net.hadess.SensorProxy", self.COMPASS, interface, True)
-        proxy.AddProperties(interface, {"HasCompass": True, "CompassHeading": 0.0})
-        proxy.AddMethods(interface, [("ClaimCompass", "", "", ""), ("ReleaseCompass", "", "", "")])
-        self.assertEqual(self.run_driver("compass", "1"), ["enabled 0", "compass 1 0.0 1.0"])
-        self.assertEqual(self.calls(proxy), [("ClaimCompass", []), ("ReleaseCompass", [])])
+
+        def sensors():
+            """Requests its name once it can be claimed."""
+            proxy = self.serve("com.example.Sensors", self.COMPASS, interface, True)
+            proxy.AddProperties(interface, {"HasCompass": True, "CompassHeading": 0.0})
+            proxy.AddMethods(interface, [
+                ("ClaimCompass", "", "", ""), ("ReleaseCompass", "", "", ""),
+                ("Come", "", "", 'self.connection.request_name("net.hadess.SensorProxy")')])
+            proxy.Come(dbus_interface=interface)
+            return proxy
+
+        proxy, back = sensors(), self.folder + "/back"
+        process = self.start("compass", "1", "wait", back, "call", "vire://com.example.Nobody/X", "{}")
+        self.assertEqual(process.stdout.readline(), "enabled 0\n")
+        self.assertEqual(process.stdout.readline(), "compass 1 0.0 1.0\n")
+        used = [("Come", []), ("ClaimCompass", []), ("ReleaseCompass", [])]
+        self.wait_for(lambda: self.calls(proxy) == used)
+        # While it is switched off, it is not claimed when its service comes back.
+        self.stop(proxy.server)
+        proxy = sensors()
+        open(back, "w").close()
+        self.finish(process)
+        self.assertEqual(self.calls(proxy), used[:1])
 
     def test_without_any_compass_it_is_refused(self):
         self.assertEqual(self.run_driver("compass", "0"), ["enabled 2 "])
