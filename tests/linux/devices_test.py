@@ -163,7 +163,8 @@ class Sensors(OnPrivateBuses):
             return proxy
 
         proxy, back = sensors(), self.folder + "/back"
-        process = self.start("compass", "1", "wait", back, "call", "vire://com.example.Nobody/X", "{}")
+        process = self.start("compass", "1", "wait", back, "call", "vire://com.example.Nobody/X",
+                             "{}")
         self.assertEqual(process.stdout.readline(), "enabled 0\n")
         self.assertEqual(process.stdout.readline(), "compass 1 0.0 1.0\n")
         used = [("Come", []), ("ClaimCompass", []), ("ReleaseCompass", [])]
