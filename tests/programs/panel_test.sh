@@ -26,7 +26,7 @@ expect_end() {
 }
 
 complains 'run: --tiles and --port are options of --panel' run --port 8400 "$program"
-run "$TAV_BUILD/bin/tavsim-panel" --port 65536
+run timeout 60 "$TAV_BUILD/bin/tavsim-panel" --port 65536
 expect 2 '' '--port: **'
 complains 'panel: --tiles: an address *' panel --tiles 'https://x;script-src/{z}/{x}/{y}'
 start
