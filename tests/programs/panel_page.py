@@ -98,9 +98,14 @@ def attack(link):
     assert error == "a command is one line of at most 64 KiB", error
     # An application that is stopped keeps its own pages waiting, and no other.
     os.kill(page.process, signal.SIGSTOP)
-    page.send({"ask": "state --json", "id": 1})
-    assert Page(link).until("settings")["canPlay"]
-    os.kill(page.process, signal.SIGCONT)
+    try:
+        for _ in range(64):
+            page.send({"ask": "state --json", "id": 1})
+        error = page.answer({"ask": "state --json"})["error"]
+        assert error == "too many commands are waiting for the application", error
+        assert Page(link).until("settings")["canPlay"]
+    finally:
+        os.kill(page.process, signal.SIGCONT)
     # Those that were there are served as ever, and pages that are gone make room.
     assert '"device"' in page.until("output")
     del half
