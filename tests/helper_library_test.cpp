@@ -18,8 +18,7 @@ TEST(HStringTest, GrowsKeepsItsLengthAndSurvivesAFailure) {
     HString* string = HString_alloc();  // in memory that was used before
     EXPECT_STREQ(HString_toStr(string), "");
     ASSERT_NE(HString_append(string, "%s", "kept "), 0);
-    const std::string piece(5 * string->capacity / 2,
-                            'x');  // for which twice the room is too little
+    const std::string piece(3 * string->capacity / 2, 'x');  // twice the room is too little
     ASSERT_NE(HString_append(string, "%s", piece.c_str()), 0);
     EXPECT_GT(string->capacity, string->length);
     const char* volatile null = nullptr;  // volatile: else the compiler warns
