@@ -158,8 +158,13 @@ void flushConnections() {
     }
     for (const Bus bus : {Bus::Session, Bus::System}) {
         GDBusConnection* connection = lineOf(bus).connection;
-        if (connection != nullptr && g_dbus_connection_is_closed(connection) == FALSE) {
-            callBriefly({bus, kBusService, kBusPath, kBusService, "GetId"}, nullptr, "(s)");
+        if (connection == nullptr || g_dbus_connection_is_closed(connection) != FALSE) {
+            continue;
+        }
+        const auto isHandled = std::make_shared<bool>(false);
+        if (call({bus, kBusService, kBusPath, kBusService, "GetId"}, nullptr,
+                 [isHandled](GVariant*, const GError*) { *isHandled = true; })) {
+            serveUntil([&isHandled] { return *isHandled; });
         }
     }
 }

@@ -127,7 +127,7 @@ class BusThatDisappears(OnPrivateBuses):
         self.wait_for(lambda: self.has_owner(self.address, "com.example.Weather"))
 
     def test_calls_fail_until_there_is_one_again(self):
-        # Where a bus is by default.
+        # Where the session bus is unless a variable says otherwise.
         self.address = "unix:path=" + self.folder + "/bus"
         asked, back = self.folder + "/asked", self.folder + "/back"
         server = self.start_bus(self.address)
